@@ -1,0 +1,48 @@
+# The front door. Every target sets up what it needs, Debian packages included.
+
+.PHONY: help setup demo test test-full lint coverage bench soak clean
+
+help:
+	@echo "make demo       build, then measure the sample recording"
+	@echo "make test       build with assertions and run all tests"
+	@echo "make test-full  the same under sanitizers and valgrind, and the linters"
+	@echo "make bench      print speed as ratios measured in one run"
+
+setup:
+	@scripts/setup all
+
+demo:
+	@scripts/setup build
+	@cmake --preset release -D RT305_4_BUILD_TESTS=OFF >/dev/null
+	@cmake --build --preset release
+	@scripts/demo build/release
+
+test:
+	@scripts/setup test
+	@cmake --workflow --preset quick
+
+test-full: test lint
+	@cmake --workflow --preset full
+	@scripts/valgrind build/debug
+
+lint:
+	@scripts/setup all
+	@scripts/lint build/debug
+
+coverage:
+	@scripts/setup all
+	@cmake --preset coverage && cmake --build --preset coverage && ctest --preset coverage
+	@scripts/coverage build/coverage
+
+bench:
+	@scripts/setup all
+	@cmake --preset bench >/dev/null && cmake --build --preset bench
+	@scripts/bench build/bench
+
+soak:
+	@scripts/setup build
+	@cmake --preset release >/dev/null && cmake --build --preset release
+	@scripts/soak build/release
+
+clean:
+	rm -rf build

@@ -1,0 +1,22 @@
+# What every target of the project is compiled with, and how its packages are found.
+
+add_library(rt305_4_options INTERFACE)
+target_compile_features(rt305_4_options INTERFACE cxx_std_20 c_std_99)
+target_compile_options(rt305_4_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  $<$<BOOL:${RT305_4_WERROR}>:-Werror>
+  # Sums, grids, axes and scale factors are fixed bit for bit: no fused multiply-add behind our back.
+  -ffp-contract=off
+  # Nobody reads errno or the floating-point exception flags; without these loops with sqrt or selects stay scalar.
+  -fno-math-errno -fno-trapping-math)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# find_package with a message that says what to do about a missing package.
+macro(rt305_4_require package)
+  find_package(${package} ${ARGN} QUIET)
+  if(NOT ${package}_FOUND)
+    message(FATAL_ERROR "${package} was not found. 'make setup' installs every package this project needs.")
+  endif()
+endmacro()

@@ -1,0 +1,115 @@
+#include "toolkit/reductions.h"
+
+#include <cmath>
+#include <functional>
+
+#include "toolkit/scalar.h"
+
+namespace coder {
+namespace {
+
+/// Position of the first element that is before no other under better(), NaN skipped.
+template <class Better>
+std::size_t extremeIndex(samples x, Better better) {
+    assert(!x.empty());
+    std::size_t best = 0;
+    while (best < x.size() && std::isnan(x[best])) {
+        ++best;
+    }
+    if (best == x.size()) {
+        return 0;
+    }
+    for (std::size_t i = best + 1; i < x.size(); ++i) {
+        if (better(x[i], x[best])) {
+            best = i;
+        }
+    }
+    return best;
+}
+
+void store(samples x, std::size_t at, double* value, int* index) {
+    *value = x[at];
+    *index = static_cast<int>(at) + 1;
+}
+
+}  // namespace
+
+double combineVectorElements(samples x) {
+    return blockedSum(x.size(), [p = x.data()](std::size_t i) { return p[i]; });
+}
+
+creal_T sum(const complex_row& x) {
+    return blockedSum(static_cast<std::size_t>(x.numel()), [p = x.data()](std::size_t i) { return p[i]; });
+}
+
+double mean(samples x) {
+    return combineVectorElements(x) / static_cast<double>(x.size());
+}
+
+void maximum(samples x, double* value, int* index) {
+    store(x, extremeIndex(x, std::greater<>()), value, index);
+}
+
+void minimum(samples x, double* value, int* index) {
+    store(x, extremeIndex(x, std::less<>()), value, index);
+}
+
+double maximum(samples x) {
+    return x[extremeIndex(x, std::greater<>())];
+}
+
+double peak2peak(samples x) {
+    return maximum(x) - x[extremeIndex(x, std::less<>())];
+}
+
+void diff(const column& x, column& y) {
+    const int n = std::max(x.numel() - 1, 0);
+    y.set_size(n);
+    for (int k = 0; k < n; ++k) {
+        y[k] = x[k + 1] - x[k];
+    }
+}
+
+void eml_float_colon(double a, double b, row& y) {
+    double steps = std::floor(b - a + 0.5);
+    double end = a + steps;
+    if (std::fabs(end - b) < 4.440892098500626e-16 * std::max(std::fabs(a), std::fabs(b))) {
+        end = b;
+    } else if (end > b) {
+        steps -= 1.0;
+        end = a + steps;
+    }
+    const int count = steps < 0.0 ? 0 : truncatedToInt(steps + 1.0);
+    y.set_size(1, count);
+    if (count == 0) {
+        return;
+    }
+    const int last = count - 1;
+    const int half = last / 2;
+    y[0] = a;
+    y[last] = end;
+    for (int k = 1; k < half; ++k) {
+        y[k] = a + k;
+        y[last - k] = end - k;
+    }
+    if (2 * half == last) {
+        y[half] = (a + end) / 2.0;
+    } else {
+        y[half] = a + half;
+        y[half + 1] = end - half;
+    }
+}
+
+void bsxfun(const column& a, const column& b, column& c) {
+    const int n = expandedLength(a.numel(), b.numel());
+    column result;
+    result.set_size(n);
+    const expanded x(a);
+    const expanded y(b);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) {
+        result.data()[i] = x[i] * y[i];
+    }
+    c = std::move(result);
+}
+
+}  // namespace coder

@@ -1,0 +1,118 @@
+#ifndef RT305_4_TOOLKIT_REDUCTIONS_H
+#define RT305_4_TOOLKIT_REDUCTIONS_H
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+
+#include "toolkit/array.h"
+
+namespace coder {
+
+using samples = std::span<const double>;
+
+/// Sum of term(0) ... term(n-1); 0 for n = 0. The order is fixed bit for bit: blocks of 1024 terms (the last one may be
+/// shorter) are each added left to right, then the block sums are added left to right. Blocks are independent chains,
+/// so several run side by side without changing a bit of the result.
+template <class Term>
+auto blockedSum(std::size_t n, Term term) {
+    using Value = decltype(term(std::size_t{}));
+    constexpr std::size_t block = 1024;
+    constexpr std::size_t lanes = 8;
+    if (n == 0) {
+        return Value{};
+    }
+    const auto sumOf = [&](std::size_t from, std::size_t to) {
+        Value sum = term(from);
+        for (std::size_t i = from + 1; i < to; ++i) {
+            sum = sum + term(i);
+        }
+        return sum;
+    };
+    Value total = sumOf(0, std::min(block, n));
+    std::size_t done = std::min(block, n);
+    for (; n - done >= lanes * block; done += lanes * block) {
+        Value sums[lanes];
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            sums[lane] = term(done + lane * block);
+        }
+        for (std::size_t i = 1; i < block; ++i) {
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                sums[lane] = sums[lane] + term(done + lane * block + i);
+            }
+        }
+        for (const Value& sum : sums) {
+            total = total + sum;
+        }
+    }
+    for (; done < n; done = std::min(done + block, n)) {
+        total = total + sumOf(done, std::min(done + block, n));
+    }
+    return total;
+}
+
+/// Blocked sum of a row or column; 0 when empty.
+double combineVectorElements(samples x);
+
+/// Blocked sum of a complex row; 0 + 0i when empty.
+creal_T sum(const complex_row& x);
+
+/// Blocked sum divided by the count; NaN when empty.
+double mean(samples x);
+
+/// Largest (smallest) element of a non-empty vector with its 1-based position. NaN is skipped, the first of equals
+/// wins; a vector of NaN gives NaN at position 1.
+void maximum(samples x, double* value, int* index);
+void minimum(samples x, double* value, int* index);
+double maximum(samples x);
+
+/// Largest minus smallest element of a non-empty vector, NaN skipped; NaN when all are NaN.
+double peak2peak(samples x);
+
+/// First differences y[k] = x[k+1] - x[k], n - 1 of them; none for n <= 1.
+void diff(const column& x, column& y);
+
+/// The row a, a + 1, ... up to b. The end is b itself when the rounded count of steps hits it to within rounding; the
+/// row is filled from both ends, so that it is symmetric. Empty when b < a (by more than half a step).
+void eml_float_colon(double a, double b, row& y);
+
+/// Length of an element-wise expression over operands of lengths na and nb: an operand of length 1 is repeated against
+/// the other, unequal lengths are cut to the shorter.
+constexpr int expandedLength(int na, int nb) {
+    if (nb == 1) {
+        return na;
+    }
+    return na == 1 ? nb : std::min(na, nb);
+}
+
+/// Element access under that rule: a single element stands at every index.
+class expanded {
+public:
+    explicit expanded(samples x) : data_(x.data()), step_(x.size() == 1 ? 0 : 1) {}
+    double operator[](std::size_t i) const { return data_[i * step_]; }
+
+private:
+    const double* data_;
+    std::size_t step_;
+};
+
+/// out[i] = op(a[i], b[i]) with singleton expansion. out may be a or b.
+template <class Op>
+void binary_expand_op(row& out, const row& a, const row& b, Op op) {
+    const int n = expandedLength(a.numel(), b.numel());
+    row result;
+    result.set_size(1, n);
+    const expanded x(a);
+    const expanded y(b);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) {
+        result.data()[i] = op(x[i], y[i]);
+    }
+    out = std::move(result);
+}
+
+/// Element-wise product of two columns with singleton expansion.
+void bsxfun(const column& a, const column& b, column& c);
+
+}  // namespace coder
+
+#endif
