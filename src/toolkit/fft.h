@@ -1,0 +1,41 @@
+#ifndef RT305_4_TOOLKIT_FFT_H
+#define RT305_4_TOOLKIT_FFT_H
+
+#include "toolkit/array.h"
+#include "toolkit/reductions.h"
+
+namespace coder {
+
+/// Discrete Fourier transform of real signals of one length n >= 1, and its inverse. Make one per length and serve any
+/// number of signals with it; its scratch memory makes it unfit for use by two threads at once.
+/// Throws std::bad_array_new_length, before anything is allocated, when a working array would exceed 2^31 - 1 elements.
+class RealFft {
+public:
+    explicit RealFft(int n);
+
+    int size() const { return n_; }
+    int bins() const { return n_ / 2 + 1; }
+
+    /// x -> half[n/2+1], half[k] = sum x[m] e^(-2 pi i k m / n), unscaled; the bins above n/2 are the conjugates of
+    /// those below. A shorter x is padded with zeros, of a longer one the first n samples count. NaN spreads.
+    /// half must not overlap x.
+    void forward(samples x, creal_T* half);
+
+    /// half[n/2+1] -> x[n], scaled by 1/n, so that it undoes forward(). The imaginary parts at DC and, for even n, at
+    /// n/2 do not count. x must not overlap half.
+    void inverse(const creal_T* half, double* x);
+
+private:
+    int n_;
+};
+
+/// Transform y[n] of a column x[n]; empty for an empty column. All n bins are written, the upper ones by symmetry.
+void fft(const column& x, complex_column& y);
+
+/// Transform y[1 x nfft] of a row cut or zero-padded to nfft samples; nfft is truncated to a whole number. An empty row
+/// gives zeros; nfft below 1 or NaN gives an empty row; one beyond 2^31 - 1 throws std::bad_array_new_length.
+void fft(const row& x, double nfft, complex_row& y);
+
+}  // namespace coder
+
+#endif
