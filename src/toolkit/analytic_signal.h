@@ -13,7 +13,7 @@ namespace coder {
 void hilbert(samples x, complex_row& y);
 
 /// The same with a transform of length n made by the caller, for several rows of one length.
-void hilbert(samples x, RealFft& fft, complex_row& y);
+void hilbert(samples x, const RealFft& fft, complex_row& y);
 
 }  // namespace coder
 

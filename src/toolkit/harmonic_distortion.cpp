@@ -139,7 +139,7 @@ HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
 HarmonicDistortion::HarmonicDistortion(int n, const HarmonicSettings& settings)
     : periodogram_(kaiserOfLength(n), settings.rate), harmonics_(settings.harmonics) {}
 
-HarmonicResult HarmonicDistortion::measure(samples x) {
+HarmonicResult HarmonicDistortion::measure(samples x) const {
     column density;
     periodogram_.density(x, density);
     return computeTHD(density, periodogram_.frequencies(), periodogram_.noiseBandwidth(), harmonics_);

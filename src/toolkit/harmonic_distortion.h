@@ -25,14 +25,14 @@ inline constexpr HarmonicSettings thdSettings{500.0, 5};
 inline constexpr HarmonicSettings b_thdSettings{10000.0, 40};
 
 /// The measurement for rows of n samples: the power spectrum under a Kaiser window with beta = 38, searched by
-/// computeTHD. Made once, it serves any number of rows, not from two threads at once.
+/// computeTHD. Made once, it serves any number of rows, one at a time.
 /// Error of r below 0.001 dB for harmonics down to -120 dB when the lines stand at least 25 bins apart; lines closer
 /// than that run into one another. Rows of no or one sample give NaN.
 class HarmonicDistortion {
 public:
     HarmonicDistortion(int n, const HarmonicSettings& settings);
 
-    HarmonicResult measure(samples x);
+    HarmonicResult measure(samples x) const;
 
 private:
     Periodogram periodogram_;

@@ -22,7 +22,7 @@ Periodogram::Periodogram(column window, double rate)
     noiseBandwidth_ = energyOf(window_) / n / (meanWindow * meanWindow) * rate / n;
 }
 
-void Periodogram::density(samples x, column& pxx) {
+void Periodogram::density(samples x, column& pxx) const {
     assert(x.size() == static_cast<std::size_t>(window_.numel()));
     const double offset = mean(x);
     std::vector<double> windowed(x.size());

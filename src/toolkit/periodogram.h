@@ -8,7 +8,7 @@
 namespace coder {
 
 /// One-sided power spectral density of rows of n samples at one rate under one window. Made once, it serves any number
-/// of rows, not from two threads at once. bins() is n/2 + 1, one bin for n = 0.
+/// of rows, one at a time.
 class Periodogram {
 public:
     /// The window has n points; rate in Hz.
@@ -24,7 +24,7 @@ public:
     /// windowed row's transform X, doubled except at DC and, for even n, at rate/2. So scaled, the sum of pxx over a
     /// tone times rate/n is the tone's mean square. NaN spreads to all bins; n = 0 gives one NaN. P. D. Welch, IEEE
     /// Trans. Audio Electroacoust. 15 (1967), 70-73, with a single segment.
-    void density(samples x, column& pxx);
+    void density(samples x, column& pxx) const;
 
 private:
     column window_;
