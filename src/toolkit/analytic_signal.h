@@ -15,6 +15,11 @@ void hilbert(samples x, complex_row& y);
 /// The same with a transform of length n made by the caller, for several rows of one length.
 void hilbert(samples x, const RealFft& fft, complex_row& y);
 
+/// sum over k of A[k] conj(B[k]) for the analytic signals A, B of rows a[n], b[n]; a row of one sample stands for n
+/// equal ones, unequal rows are cut to the shorter; 0 when empty. The sum is taken over the spectra (Parseval), where
+/// the lines strictly between DC and half the rate count fourfold, so no analytic signal is formed.
+creal_T analyticProductSum(samples a, samples b);
+
 }  // namespace coder
 
 #endif
