@@ -12,6 +12,7 @@ namespace {
 struct Spectrum {
     std::span<double> power;
     samples frequency;
+    double spacing;
     double noiseBandwidth;
 };
 
@@ -40,19 +41,6 @@ Region regionAround(samples power, std::size_t start) {
     return region;
 }
 
-double meanSpacing(samples F) {
-    return (F.back() - F.front()) / static_cast<double>(F.size() - 1);
-}
-
-double regionPower(const Spectrum& spectrum, const Region& region) {
-    const samples F = spectrum.frequency;
-    const std::size_t bin = region.left;
-    if (region.count() == 1 && bin > 0 && bin + 1 < F.size()) {
-        return spectrum.power[bin] * (F[bin + 1] - F[bin - 1]) * 0.5;
-    }
-    return bandpower(spectrum.power.subspan(bin, region.count()), meanSpacing(F));
-}
-
 /// The line whose largest bin is start: its power and its mean frequency, weighted by power. A line narrower than the
 /// noise bandwidth counts as one bandwidth.
 Tone toneAt(const Spectrum& spectrum, std::size_t start) {
@@ -60,7 +48,7 @@ Tone toneAt(const Spectrum& spectrum, std::size_t start) {
     const samples power = spectrum.power.subspan(region.left, region.count());
     const double* const F = spectrum.frequency.data() + region.left;
     const double moment = blockedSum(power.size(), [&](std::size_t i) { return F[i] * power[i]; });
-    const Tone tone{regionPower(spectrum, region), moment / combineVectorElements(power)};
+    const Tone tone{bandpower(power, spectrum.spacing), moment / combineVectorElements(power)};
     const Tone narrow{spectrum.noiseBandwidth * spectrum.power[start], spectrum.frequency[start]};
     return narrow.power > tone.power ? narrow : tone;
 }
@@ -118,7 +106,8 @@ HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
     if (n == 0 || F.empty() || F.front() > 0.0 || F.back() < 0.0) {
         return result;
     }
-    Spectrum spectrum{{Pxx.begin(), Pxx.end()}, F, rbw};
+    const double spacing = (F.back() - F.front()) / static_cast<double>(F.size() - 1);
+    Spectrum spectrum{{Pxx.begin(), Pxx.end()}, F, spacing, rbw};
     spectrum.power[0] *= 2.0;
     clearDc(spectrum);
 

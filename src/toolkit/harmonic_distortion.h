@@ -44,9 +44,9 @@ HarmonicResult thd(samples x);
 HarmonicResult b_thd(samples x);
 
 /// Finds the fundamental, the largest line that is not DC, and its harmonics 2 ... nHarm (truncated) in a power density
-/// Pxx[L] over ascending frequencies F[L] in Hz; rbw is the noise bandwidth of a line in Hz. DC is cleared from Pxx.
-/// Everything is NaN when F is empty or does not hold 0 Hz. Harmonics beyond the last frequency stay NaN and do not
-/// count; if none is left, r is -Inf.
+/// Pxx[L] over ascending, equally spaced frequencies F[L] in Hz; rbw is the noise bandwidth of a line in Hz. DC is
+/// cleared from Pxx. Everything is NaN when F is empty or does not hold 0 Hz. Harmonics beyond the last frequency stay
+/// NaN and do not count; if none is left, r is -Inf.
 HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm);
 
 /// 0-based index of the element of F, ascending and not empty, closest to a finite target; the first of two equally

@@ -17,9 +17,8 @@ Periodogram::Periodogram(column window, double rate)
     for (int k = 0; k < fft_.bins(); ++k) {
         frequencies_[k] = k * rate / fft_.size();
     }
-    const double n = window_.numel();
-    const double meanWindow = mean(window_);
-    noiseBandwidth_ = energyOf(window_) / n / (meanWindow * meanWindow) * rate / n;
+    const double sum = combineVectorElements(window_);
+    noiseBandwidth_ = scale_ / (sum * sum);
 }
 
 void Periodogram::density(samples x, column& pxx) const {

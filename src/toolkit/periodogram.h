@@ -1,8 +1,6 @@
 #ifndef RT305_4_TOOLKIT_PERIODOGRAM_H
 #define RT305_4_TOOLKIT_PERIODOGRAM_H
 
-#include <span>
-
 #include "toolkit/fft.h"
 
 namespace coder {
@@ -17,7 +15,7 @@ public:
     /// F[k] = k * rate / n in Hz, from 0 to the largest not above rate/2.
     samples frequencies() const { return frequencies_; }
 
-    /// Equivalent noise bandwidth of the window in Hz: mean(w^2) / mean(w)^2 * rate / n. NaN for n = 0.
+    /// Equivalent noise bandwidth of the window in Hz: rate * sum w^2 / (sum w)^2. NaN for n = 0.
     double noiseBandwidth() const { return noiseBandwidth_; }
 
     /// x[n], of which the mean is removed -> pxx[n/2+1] in x-units^2 per Hz: |X[k]|^2 / (rate * sum w^2) for the
@@ -30,7 +28,7 @@ private:
     column window_;
     RealFft fft_;
     column frequencies_;
-    double scale_;
+    double scale_;  // rate * sum w^2
     double noiseBandwidth_;
 };
 

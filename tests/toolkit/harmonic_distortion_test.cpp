@@ -128,15 +128,15 @@ TEST(HarmonicDistortion, OfASpectrumByHand) {
     for (int k = 0; k < 10; ++k) {
         F[k] = 2.0 * k;
     }
-    const std::vector<double> density{9.0, 5.0, 1.0, 2.0, 8.0, 2.0, 1.0, 0.5, 2.0, 0.25};
+    const std::vector<double> density{3.0, 5.0, 1.0, 2.0, 8.0, 2.0, 1.0, 0.5, 2.0, 0.25};
     const auto measure = [&](double rbw, double count) {
         column pxx;
         pxx.set_size(10);
         std::copy(density.begin(), density.end(), pxx.begin());
         return coder::computeTHD(pxx, F, rbw, count);
     };
-    // DC rolls down to bin 2, which clears it; the fundamental reaches from bin 0 to bin 7, its second harmonic is the
-    // line of bin 8 with its neighbours 7 and 9; the third lies above the band.
+    // DC, doubled, rolls down to bin 2, which clears it; the fundamental reaches from bin 0 to bin 7, its second
+    // harmonic is the line of bin 8 with its neighbours 7 and 9; the third lies above the band.
     const HarmonicResult wide = measure(1.0, 3.9);
     const double f1 = (6.0 * 2 + 8.0 * 8 + 10.0 * 2 + 12.0 * 1 + 14.0 * 0.5) / 13.5;
     ASSERT_EQ(wide.harmPow.size(), 3U);

@@ -41,17 +41,13 @@ TEST(SpecialFunctions, BesselKeepsItsSpecialValues) {
     EXPECT_TRUE(std::isnan(besseli(rtNaN)));
 }
 
-TEST(SpecialFunctions, BesselOfManyArgumentsInAnyOrder) {
-    const std::vector<double> square{400.0, 1.0, 900.0, rtNaN, 4.0, 0.0, 1444.0, 481.0};
+TEST(SpecialFunctions, BesselOfManySquaresInAnyOrder) {
+    const std::vector<double> square{400.0, 1.0, 900.0, 1e4, 4.0, 0.0, 5.0, 481.0};
     const std::vector<double> low(square.size(), 0.0);
     std::vector<double> y(square.size());
     coder::besseliOfSquare(square, low, y.data());
     for (std::size_t i = 0; i < square.size(); ++i) {
-        if (std::isnan(square[i])) {
-            EXPECT_TRUE(std::isnan(y[i]));
-        } else {
-            EXPECT_LE(quad::ulps(y[i], quad::besseli(sqrtq(square[i]))), 4.0) << square[i];
-        }
+        EXPECT_LE(quad::ulps(y[i], quad::besseli(sqrtq(square[i]))), 4.0) << square[i];
     }
 }
 
