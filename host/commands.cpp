@@ -61,7 +61,7 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     }
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
-    std::string heading = headingOf(recording.source, measurement) + " (library " + library.version() + ")\n\n";
+    std::string heading = recording.source + "\n" + describe(measurement) + ", library " + library.version() + "\n\n";
     return {std::move(measurement), std::move(texts), std::move(heading)};
 }
 
@@ -89,7 +89,7 @@ void showParameters(const MeasureOptions& options) {
     const auto parameters = readParameters(result.texts.parameters);
     std::cout << result.heading << reportParameters(parameters) << '\n';
     for (const std::string& remark : remarksOn(parameters, result.measurement)) {
-        std::cout << remark << '\n';
+        std::cout << wrapped(remark, 100);
     }
 }
 

@@ -31,13 +31,13 @@ struct GeneratorSettings {
     double voltage = 230.0;     // RMS of the fundamental, V
     double current = 5.0;       // RMS of the fundamental, A
     double angleDegrees = 0.0;  // by which the current lags its voltage
-    std::vector<Harmonic> voltageHarmonics;
-    std::vector<Harmonic> currentHarmonics;
+    std::vector<Harmonic> voltageHarmonics{};
+    std::vector<Harmonic> currentHarmonics{};
     PerChannel<double> factors{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};  // unbalance
     PerChannel<double> offsets{};                              // V or A
     double noisePercent = 0.0;                                 // RMS of white noise, of the fundamental's RMS
     std::uint64_t seed = 1;
-    std::vector<Dropout> dropouts;
+    std::vector<Dropout> dropouts{};
 };
 
 /// The recording that the settings describe, round(rate * duration) samples of

@@ -33,12 +33,13 @@ bool isMissing(const std::vector<NamedValue>& parameters, std::string_view name)
 /// A channel set whose THD the library admits together.
 struct ThdSet {
     std::size_t firstChannel;
+    const char* quantities;  // that are given or missing together
     const char* nameOfAll;
     std::array<const char*, phaseTotal> parameters;
 };
 
-constexpr ThdSet thdSets[] = {{0, "the voltages, their frequencies", {"THD_Va", "THD_Vb", "THD_Vc"}},
-                              {phaseTotal, "the currents", {"THD_Ia", "THD_Ib", "THD_Ic"}}};
+constexpr ThdSet thdSets[] = {{0, "THD and frequency", "the voltages", {"THD_Va", "THD_Vb", "THD_Vc"}},
+                              {phaseTotal, "THD", "the currents", {"THD_Ia", "THD_Ib", "THD_Ic"}}};
 
 /// How a power method wants to be fed, and what to say when it is fed otherwise or in any case.
 struct PowerMethod {
@@ -116,7 +117,8 @@ bool explainThd(const ThdSet& set, const std::vector<NamedValue>& parameters, co
         return false;
     }
     const Window& window = measurement.has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow;
-    remarks.push_back("THD of " + (missing.size() == phaseTotal ? set.nameOfAll : joined(missing)) +
+    remarks.push_back(std::string(set.quantities) + " of " +
+                      (missing.size() == phaseTotal ? set.nameOfAll : joined(missing)) +
                       " not given: the fundamental must lie inside " + window.text() + " on average and per channel; " +
                       thdReason(set, measurement) + ".");
     return true;

@@ -85,18 +85,18 @@ std::string reportRecording(const Recording& recording, const PerChannel<std::st
     return facts.text() + "\n" + table.text() + (faults.empty() ? "" : "\nNot readable as samples:\n" + faults);
 }
 
-std::string headingOf(const std::string& source, const Measurement& measurement) {
-    std::string heading = source + ": " + std::to_string(measurement.length) + " samples at " +
-                          formatNumber(measurement.rateHz) + " Hz, " + inputTypeName(measurement.inputType);
+std::string describe(const Measurement& measurement) {
+    std::string words = std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) +
+                        " Hz, " + inputTypeName(measurement.inputType);
     if (measurement.inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS) {
-        heading += measurement.has(RT305_4_FOUR_WIRE) ? ", four-wire" : ", three-wire";
+        words += measurement.has(RT305_4_FOUR_WIRE) ? ", four-wire" : ", three-wire";
     }
-    return heading;
+    return words;
 }
 
 std::string reportParameters(const std::vector<NamedValue>& parameters) {
     TextTable table("lrrrrl");
-    table.add({"", "total", "a", "b", "c", ""});
+    table.add({"", "    total", "        a", "        b", "        c", ""});
     for (const ParameterRow& row : parameterRows) {
         std::vector<double> values;
         std::string unit;

@@ -13,8 +13,8 @@ namespace rt305 {
 /// What a recording holds, and which column is taken for which channel.
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
-/// One line that says what was measured and how.
-std::string headingOf(const std::string& source, const Measurement& measurement);
+/// What was measured and how, in a few words.
+std::string describe(const Measurement& measurement);
 
 /// All parameters by quantity, as an instrument shows them.
 std::string reportParameters(const std::vector<NamedValue>& parameters);

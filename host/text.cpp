@@ -101,6 +101,19 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return pieces;
 }
 
+std::string wrapped(std::string_view text, std::size_t width) {
+    std::string lines;
+    while (text.size() > width) {
+        const std::size_t blank = text.find_last_of(' ', width);
+        if (blank == std::string_view::npos) {
+            break;
+        }
+        lines += std::string(text.substr(0, blank)) + '\n';
+        text.remove_prefix(blank + 1);
+    }
+    return lines + std::string(text) + '\n';
+}
+
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (std::size_t i = 0; i < words.size(); ++i) {

@@ -32,6 +32,9 @@ std::string lowerCase(std::string_view text);
 /// The pieces between separators, trimmed; one empty piece for an empty text.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
+/// The words of a text on lines of at most `width` characters, each ended.
+std::string wrapped(std::string_view text, std::size_t width);
+
 /// "Ua, Ub and Uc".
 std::string joined(const std::vector<std::string>& words);
 

@@ -42,9 +42,11 @@ TEST(Reports, ParametersStandUnderTheirPhases) {
         const bool missing = parameterNames[i][0] == 'P' || parameterNames[i][0] == 'F';
         EXPECT_EQ(report.find(" " + std::to_string(i + 1) + ".") != std::string::npos, !missing) << parameterNames[i];
     }
-    EXPECT_NE(report.find("Line voltage ab, bc, ca           16.0000  17.0000  18.0000  V\n"), std::string::npos)
+    EXPECT_NE(report.find("Line voltage ab, bc, ca               16.0000    17.0000    18.0000  V\n"),
+              std::string::npos)
         << report;
-    EXPECT_NE(report.find("Active power P                 -        -        -        -  V\n"), std::string::npos)
+    EXPECT_NE(report.find("Active power P                   -          -          -          -  V\n"),
+              std::string::npos)
         << report;
 }
 
@@ -73,7 +75,7 @@ TEST(Remarks, SayWhyValuesAreMissing) {
         std::vector<std::string> missing;
         std::vector<std::string> remarks;
     };
-    const std::string outside = "THD of the voltages, their frequencies not given: the fundamental must lie inside ";
+    const std::string outside = "THD and frequency of the voltages not given: the fundamental must lie inside ";
     const Case cases[] = {
         {"nothing missing", {}, RT305_4_POWER_THREE_WATTMETER_COMPLEX, {}, {}},
         {"no method", {}, 0, {"S", "P", "Q"}, {"No power: --power was not given", "No power factors"}},
@@ -102,7 +104,11 @@ TEST(Remarks, SayWhyValuesAreMissing) {
          {"THD of the currents not given: the fundamental must lie inside 49.6-50.4 Hz on average and per channel; "
           "there is no fundamental in Ib.",
           "No power: it needs THD"}},
-        {"one phase", {}, RT305_4_POWER_TWO_WATTMETER, {"THD_Vc"}, {"THD of Uc not given", "No power: it needs THD"}},
+        {"one phase",
+         {},
+         RT305_4_POWER_TWO_WATTMETER,
+         {"THD_Vc"},
+         {"THD and frequency of Uc not given", "No power: it needs THD"}},
         {"two wattmeters",
          {},
          RT305_4_POWER_TWO_WATTMETER_PHASE,

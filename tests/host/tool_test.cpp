@@ -12,7 +12,7 @@ namespace {
 
 const std::string sample = SAMPLE_FOLDER "/sample.csv";
 
-struct Run {
+struct ToolRun {
     int exitCode;
     std::string output;  // stdout, or both with "2>&1" in the arguments
 };
@@ -33,8 +33,8 @@ std::string withShell(const std::string& command, int* exitCode) {
     return output;
 }
 
-Run run(const std::string& arguments, const std::string& environment = "") {
-    Run result{};
+ToolRun run(const std::string& arguments, const std::string& environment = "") {
+    ToolRun result{};
     result.output = withShell(environment + " " TOOL " " + arguments, &result.exitCode);
     return result;
 }
@@ -51,7 +51,7 @@ TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
     std::string arguments = readme.substr(start + 6, readme.find("```", start) - start - 6);
     const std::size_t target = arguments.find("-o ");
     ASSERT_NE(target, std::string::npos) << "the command writes the file by its name";
-    const Run made = run(arguments.substr(0, target));
+    const ToolRun made = run(arguments.substr(0, target));
     EXPECT_EQ(made.exitCode, 0);
     EXPECT_TRUE(made.output == contentOf(sample)) << "the recording has other bytes";
 }
@@ -88,14 +88,14 @@ TEST(Tool, ExitCodesAndMessages) {
          "There is no data for one or more phases"},
     };
     for (const Case& c : cases) {
-        const Run result = run(c.arguments);
+        const ToolRun result = run(c.arguments);
         EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments << "\n" << result.output;
         EXPECT_NE(result.output.find(c.says), std::string::npos) << c.arguments << "\n" << result.output;
     }
 }
 
 TEST(Tool, JsonIsTheLibrarysOwnText) {
-    const Run params = run("params --json " + sample);
+    const ToolRun params = run("params --json " + sample);
     EXPECT_EQ(params.output.substr(0, 14), R"({"paramData":[)");
     EXPECT_EQ(params.output.find('\n'), params.output.size() - 1);
     const std::string signals = run("signals --json " + sample).output;
