@@ -77,8 +77,10 @@ void cutDropouts(const GeneratorSettings& settings, Recording& recording) {
 /// So many decimals that the sampling times are exact where nine decimals can be.
 int timeDecimals(double rateHz) {
     int decimals = 0;
-    for (double scale = 1.0; decimals < 9 && std::fmod(scale, rateHz) != 0.0; scale *= 10.0) {
+    double scale = 1.0;
+    while (decimals < 9 && std::fmod(scale, rateHz) != 0.0) {
         ++decimals;
+        scale *= 10.0;
     }
     return decimals;
 }

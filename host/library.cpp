@@ -61,14 +61,14 @@ Function findFunction(void* handle, const char* name) {
 
 }  // namespace
 
-Library::Library(const std::string& file)
-    : _handle(dlopen(asPath(chooseFile(file)).c_str(), RTLD_NOW | RTLD_LOCAL), dlclose) {
-    if (!_handle) {
+Library::Library(const std::string& file) {
+    void* const handle = dlopen(asPath(chooseFile(file)).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
         failInput("cannot open the measurement library: " + lastLoadError() +
                   "\nName it with --library FILE or in the environment variable RT305_4_LIBRARY.");
     }
-    _getVersion = findFunction<decltype(_getVersion)>(_handle.get(), "getVersion");
-    _dataProccess = findFunction<decltype(_dataProccess)>(_handle.get(), "dataProccess");
+    _getVersion = findFunction<decltype(_getVersion)>(handle, "getVersion");
+    _dataProccess = findFunction<decltype(_dataProccess)>(handle, "dataProccess");
 }
 
 ResultTexts Library::measure(const Measurement& measurement, std::uint32_t operation) const {

@@ -1,7 +1,6 @@
 #ifndef RT305_HOST_LIBRARY_H
 #define RT305_HOST_LIBRARY_H
 
-#include <memory>
 #include <string>
 
 #include "measurement.h"
@@ -16,7 +15,7 @@ struct ResultTexts {
     std::string currentSignals;
 };
 
-/// The measurement library, loaded at run time.
+/// The measurement library, loaded at run time until the program ends.
 class Library {
 public:
     /// Opens the file that is given, else the one that the environment variable RT305_4_LIBRARY names, else
@@ -30,7 +29,6 @@ public:
     ResultTexts measure(const Measurement& measurement, std::uint32_t operation) const;
 
 private:
-    std::unique_ptr<void, int (*)(void*)> _handle;
     decltype(&::getVersion) _getVersion;
     decltype(&::dataProccess) _dataProccess;
 };

@@ -118,17 +118,18 @@ std::string reportParameters(const std::vector<NamedValue>& parameters) {
 }
 
 std::string reportSignals(const std::vector<SignalStatistics>& signals) {
-    TextTable table("l" + std::string(signals.size(), 'r') + "l");
-    std::vector<std::string> heading{""};
-    for (const SignalStatistics& signal : signals) {
-        heading.push_back(signal.channel);
+    if (signals.empty()) {
+        return {};
     }
-    heading.emplace_back();
+    TextTable table("l" + std::string(signals.size(), 'r') + "l");
+    std::vector<std::string> heading(signals.size() + 2);
+    std::transform(signals.begin(), signals.end(), heading.begin() + 1,
+                   [](const SignalStatistics& signal) { return signal.channel; });
     table.add(std::move(heading));
-    for (std::size_t i = 0; !signals.empty() && i < signals[0].statistics.size(); ++i) {
-        std::vector<double> values;
-        for (const SignalStatistics& signal : signals) {
-            values.push_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
+    for (std::size_t i = 0; i < signals[0].statistics.size(); ++i) {
+        std::vector<double> values(signals.size(), nan);
+        for (std::size_t s = 0; s < signals.size(); ++s) {
+            values[s] = i < signals[s].statistics.size() ? signals[s].statistics[i].value : nan;
         }
         const NamedValue& first = signals[0].statistics[i];
         std::vector<std::string> cells = TextTable::numbers(values);

@@ -47,8 +47,7 @@ std::vector<SignalStatistics> readSignals(const std::string& text) {
     return readTable(text, [](const json& rows) {
         std::vector<SignalStatistics> signals;
         for (const json& row : rows) {
-            signals.push_back(
-                {row.at("LastName"), row.at("dataName").size(), namedValues(row.at("paramData"), "UomName")});
+            signals.push_back({row.at("LastName"), namedValues(row.at("paramData"), "UomName")});
         }
         return signals;
     });

@@ -16,7 +16,6 @@ struct NamedValue {
 /// The statistics of one channel's signal.
 struct SignalStatistics {
     std::string channel;
-    std::size_t sampleCount;
     std::vector<NamedValue> statistics;
 };
 

@@ -60,7 +60,6 @@ TEST(Results, TextsAreReadAndOthersRefused) {
         R"({"signalDataI":[{"LastName":"Ia","LastNameX":"Sample","LastNameY":"Current, A","dataName":[1.0,null,3.0],)"
         R"("paramData":[{"LastName":"peak2rms","UomName":"A","dataName":1.5}]}]})");
     ASSERT_EQ(signals.size(), 1U);
-    EXPECT_EQ(signals[0].sampleCount, 3U);
     EXPECT_EQ(rt305::reportSignals(signals), "               Ia\npeak2rms  1.50000\n") << "a ratio has no unit";
     for (const char* const text : {"", "{", "\"{}\"", "null", R"({"paramData":[{"LastName":"S"}]})"}) {
         EXPECT_THROW(rt305::readParameters(text), rt305::Failure) << text;
