@@ -1,10 +1,9 @@
 #include "commands.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
 #include "csv_reader.h"
 #include "failure.h"
@@ -23,7 +22,12 @@ void warn(const std::string& message) {
 }
 
 std::string contentOf(std::istream& stream, const std::string& name) {
-    std::string content{std::istreambuf_iterator<char>(stream), {}};
+    std::string content;
+    std::vector<char> block(std::size_t{1} << 16);
+    do {  // read reports what an iterator would throw, such as a folder in place of a file
+        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
+        content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+    } while (stream);
     if (stream.bad()) {
         failInput(name + ": " + std::strerror(errno));
     }

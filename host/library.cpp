@@ -31,22 +31,21 @@ std::string findNearExecutable() {
     return {};
 }
 
+/// A name without a slash would be searched for on the system, so a file of the present folder gets one.
+std::string asPath(const std::string& file) {
+    return file.find('/') == std::string::npos ? "./" + file : file;
+}
+
 std::string chooseFile(const std::string& given) {
     if (!given.empty()) {
-        return given;
+        return asPath(given);
     }
     if (const char* const fromEnvironment = std::getenv("RT305_4_LIBRARY");
         fromEnvironment != nullptr && *fromEnvironment != '\0') {
-        return fromEnvironment;
+        return asPath(fromEnvironment);
     }
     const std::string near = findNearExecutable();
     return near.empty() ? soname : near;
-}
-
-/// A name without a slash would be searched for on the system only, so a file of the present folder gets one.
-std::string asPath(const std::string& file) {
-    const bool isPlainName = file.find('/') == std::string::npos;
-    return isPlainName && file != soname ? "./" + file : file;
 }
 
 template <class Function>
@@ -62,10 +61,11 @@ Function findFunction(void* handle, const char* name) {
 }  // namespace
 
 Library::Library(const std::string& file) {
-    void* const handle = dlopen(asPath(chooseFile(file)).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const handle = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         failInput("cannot open the measurement library: " + lastLoadError() +
-                  "\nName it with --library FILE or in the environment variable RT305_4_LIBRARY.");
+                  "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
+                  "the environment variable RT305_4_LIBRARY.");
     }
     _getVersion = findFunction<decltype(_getVersion)>(handle, "getVersion");
     _dataProccess = findFunction<decltype(_dataProccess)>(handle, "dataProccess");

@@ -45,8 +45,8 @@ std::optional<std::size_t> findByName(const Recording& recording, std::size_t ch
         }
         if (found) {
             failInput(recording.source + ": columns " + inQuotes(recording.columns[*found].name) + " and " +
-                      inQuotes(name) + " both name " + std::string(channelNames[channel]) + "; choose one with --map " +
-                      std::string(channelNames[channel]) + "=COLUMN");
+                      inQuotes(name) + " both name " + std::string(channelNames[channel]) +
+                      "; choose one by name or number with --map " + std::string(channelNames[channel]) + "=COLUMN");
         }
         found = i;
     }

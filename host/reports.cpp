@@ -20,16 +20,11 @@ struct ParameterRow {
 };
 
 constexpr ParameterRow parameterRows[] = {
-    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},
-    {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
-    {"Zero-sequence voltage", {"Ud0", "", "", ""}},
-    {"Current", {"", "Ida", "Idb", "Idc"}},
-    {"Frequency", {"", "Fa", "Fb", "Fc"}},
-    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}},
-    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}},
-    {"Active power P", {"P", "Pa", "Pb", "Pc"}},
-    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},
-    {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
+    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},           {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
+    {"Zero-sequence voltage", {"Ud0", "", "", ""}},         {"Current", {"", "Ida", "Idb", "Idc"}},
+    {"Frequency, 0.1 Hz steps", {"", "Fa", "Fb", "Fc"}},    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}},
+    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}}, {"Active power P", {"P", "Pa", "Pb", "Pc"}},
+    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},          {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
     {"Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}},
 };
 

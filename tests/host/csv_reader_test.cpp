@@ -90,7 +90,7 @@ TEST(CsvReader, SaysWhereItFails) {
          "rec.csv: column \"time\" does not advance from the first row to the last, so there is no sample rate; give "
          "--rate"},
         {"V1,MODAQ_Va_V\n1,1\n",
-         "rec.csv: columns \"V1\" and \"MODAQ_Va_V\" both name Ua; choose one with --map Ua=COLUMN"},
+         "rec.csv: columns \"V1\" and \"MODAQ_Va_V\" both name Ua; choose one by name or number with --map Ua=COLUMN"},
     };
     for (const auto& [text, message] : cases) {
         EXPECT_EQ(failureOf(text), message);

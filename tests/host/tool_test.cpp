@@ -73,6 +73,7 @@ TEST(Tool, ExitCodesAndMessages) {
         {"params --map Ua=nothing " + good, 2, "there is no column \"nothing\""},
         {"params --gains 1,2 " + good, 2, "neither six numbers"},
         {"params /nonexistent/file.csv 2>&1", 2, "/nonexistent/file.csv: No such file or directory"},
+        {"info /tmp 2>&1", 2, "/tmp: Is a directory"},
         {"params --library /nonexistent.so " + good, 2, "cannot open the measurement library"},
         {"params --library " WRONG_LIBRARY " " + good, 2, "has no function getVersion"},
         {"generate --dropout Ia:1 2>&1", 2, "CHANNEL:START:COUNT"},
