@@ -2,6 +2,7 @@
 
 #include <omp.h>
 
+#include "calc/electrical_parameters.h"
 #include "calc/time_signal.h"
 #include "toolkit/scalar.h"
 
@@ -75,12 +76,17 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
 
     ChannelSet voltages;
     ChannelSet currents;
-    if (any(results.voltages)) {
+    const bool parameters = both && results.parameters != nullptr;
+    if (parameters || any(results.voltages)) {
         data_305_4(measurement.voltages, measurement.samplesNumber, options.source, voltages);
     }
-    if (any(results.currents)) {
+    if (parameters || any(results.currents)) {
         data_305_4(measurement.currents, measurement.samplesNumber, options.source, currents);
         rebuildCurrent(currents, options);
+    }
+    if (parameters) {
+        const Harmonics harmonics = measureHarmonics(voltages, currents);
+        ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, harmonics, *results.parameters);
     }
     if (measurement.processingMode == 1) {
         if ((type == typeVoltages || both) && results.voltages.signals != nullptr) {

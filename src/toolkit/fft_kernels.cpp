@@ -1,0 +1,352 @@
+#include "toolkit/fft_kernels.h"
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#define ALWAYS_INLINE __attribute__((always_inline))
+
+namespace coder {
+namespace {
+
+template <int width>
+struct Lanes {
+    typedef double type __attribute__((vector_size(width * sizeof(double))));
+};
+template <>
+struct Lanes<1> {
+    using type = double;
+};
+
+/// Complex numbers side by side, `width` of them.
+template <int width>
+struct Complex {
+    using Part = typename Lanes<width>::type;
+    Part re;
+    Part im;
+
+    ALWAYS_INLINE friend Complex operator+(const Complex& a, const Complex& b) { return {a.re + b.re, a.im + b.im}; }
+    ALWAYS_INLINE friend Complex operator-(const Complex& a, const Complex& b) { return {a.re - b.re, a.im - b.im}; }
+    ALWAYS_INLINE friend Complex operator*(const Complex& a, double b) { return {a.re * b, a.im * b}; }
+    template <int other>
+    ALWAYS_INLINE friend Complex operator*(const Complex& a, const Complex<other>& b) {
+        return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+    }
+};
+
+/// Calls f(0) ... f(count-1) with the index as a compile-time constant.
+template <int count, class F>
+ALWAYS_INLINE inline void unroll(F f) {
+    [&]<int... i>(std::integer_sequence<int, i...>) ALWAYS_INLINE {
+        (f(std::integral_constant<int, i>{}), ...);
+    }
+    (std::make_integer_sequence<int, count>{});
+}
+
+template <int width>
+ALWAYS_INLINE inline Complex<width> load(const Split& from, std::ptrdiff_t at) {
+    Complex<width> z;
+    std::memcpy(&z.re, from.re + at, sizeof z.re);
+    std::memcpy(&z.im, from.im + at, sizeof z.im);
+    return z;
+}
+
+template <int width>
+ALWAYS_INLINE inline void store(const Complex<width>& z, const Split& to, std::ptrdiff_t at) {
+    std::memcpy(to.re + at, &z.re, sizeof z.re);
+    std::memcpy(to.im + at, &z.im, sizeof z.im);
+}
+
+/// out = the lanes at(0) ... at(width-1) of a followed by b.
+template <int width, class At>
+ALWAYS_INLINE inline void pick(const typename Lanes<width>::type& a, const typename Lanes<width>::type& b,
+                               typename Lanes<width>::type& out, At) {
+    [&]<int... i>(std::integer_sequence<int, i...>) ALWAYS_INLINE {
+        out = __builtin_shufflevector(a, b, At{}(i)...);
+    }
+    (std::make_integer_sequence<int, width>{});
+}
+
+/// Complex numbers stored as pairs, and back.
+template <int width>
+ALWAYS_INLINE inline Complex<width> loadPairs(const double* from) {
+    if constexpr (width == 1) {
+        return {from[0], from[1]};
+    } else {
+        Complex<width> raw;
+        Complex<width> z;
+        std::memcpy(&raw, from, sizeof raw);
+        pick<width>(raw.re, raw.im, z.re, [](int i) { return 2 * i; });
+        pick<width>(raw.re, raw.im, z.im, [](int i) { return 2 * i + 1; });
+        return z;
+    }
+}
+
+template <int width>
+ALWAYS_INLINE inline void interleave(const typename Lanes<width>::type& a, const typename Lanes<width>::type& b,
+                                     typename Lanes<width>::type& low, typename Lanes<width>::type& high) {
+    pick<width>(a, b, low, [](int i) { return i / 2 + i % 2 * width; });
+    pick<width>(a, b, high, [](int i) { return (i + width) / 2 + i % 2 * width; });
+}
+
+template <int width>
+ALWAYS_INLINE inline void storePairs(const Complex<width>& z, double* to) {
+    Complex<width> raw = z;
+    if constexpr (width > 1) {
+        interleave<width>(z.re, z.im, raw.re, raw.im);
+    }
+    std::memcpy(to, &raw, sizeof raw);
+}
+
+template <int width>
+ALWAYS_INLINE inline Complex<width> reversed(const Complex<width>& z) {
+    Complex<width> out = z;
+    if constexpr (width > 1) {
+        pick<width>(z.re, z.re, out.re, [](int i) { return width - 1 - i; });
+        pick<width>(z.im, z.im, out.im, [](int i) { return width - 1 - i; });
+    }
+    return out;
+}
+
+constexpr long double longTwoPi = 6.28318530717958647692528676655900577L;
+constexpr double cosine(int k, int n) {
+    return static_cast<double>(__builtin_cosl(longTwoPi * k / n));
+}
+constexpr double sine(int k, int n) {
+    return static_cast<double>(__builtin_sinl(longTwoPi * k / n));
+}
+
+/// z e^(-2 pi i k / n)
+template <int k, int n, int width>
+ALWAYS_INLINE inline Complex<width> turned(const Complex<width>& z) {
+    constexpr int eighth = 8 * k % n == 0 ? 8 * k / n % 8 : -1;
+    constexpr double diagonal = 0.70710678118654752440;
+    if constexpr (eighth == 0) {
+        return z;
+    } else if constexpr (eighth == 1) {
+        return {(z.re + z.im) * diagonal, (z.im - z.re) * diagonal};
+    } else if constexpr (eighth == 2) {
+        return {z.im, -z.re};
+    } else if constexpr (eighth > 2) {
+        return turned<2 * n, 8 * n>(turned<(eighth - 2) * n, 8 * n>(z));
+    } else {
+        constexpr double c = cosine(k, n);
+        constexpr double s = sine(k, n);
+        return {z.re * c + z.im * s, z.im * c - z.re * s};
+    }
+}
+
+constexpr int smallestFactor(int n) {
+    int factor = 2;
+    while (n % factor != 0) {
+        ++factor;
+    }
+    return factor;
+}
+
+/// Transforms z[0], z[stride], ... z[(n-1) stride] in place: n = 2 and odd primes by the definition, with conjugate
+/// roots taken together; composite n by Cooley and Tukey's factorisation.
+template <int n, int stride, int width>
+ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
+    constexpr int a = smallestFactor(n);
+    constexpr int b = n / a;
+    if constexpr (n == 2) {
+        const Complex<width> difference = z[0] - z[stride];
+        z[0] = z[0] + z[stride];
+        z[stride] = difference;
+    } else if constexpr (b == 1) {
+        constexpr int pairs = (n - 1) / 2;
+        const Complex<width> first = z[0];
+        Complex<width> sums[pairs];
+        Complex<width> differences[pairs];
+        unroll<pairs>([&](auto i) ALWAYS_INLINE {
+            sums[i] = z[(i + 1) * stride] + z[(n - 1 - i) * stride];
+            differences[i] = z[(i + 1) * stride] - z[(n - 1 - i) * stride];
+            z[0] = z[0] + sums[i];
+        });
+        unroll<pairs>([&](auto j) ALWAYS_INLINE {
+            Complex<width> even = first;
+            Complex<width> odd = differences[0] * sine(j + 1, n);
+            unroll<pairs>([&](auto i) ALWAYS_INLINE {
+                constexpr int k = (i + 1) * (j + 1) % n;
+                constexpr double c = cosine(k, n);
+                constexpr double s = sine(k, n);
+                even = even + sums[i] * c;
+                if constexpr (i > 0) {
+                    odd = odd + differences[i] * s;
+                }
+            });
+            z[(j + 1) * stride] = {even.re + odd.im, even.im - odd.re};
+            z[(n - 1 - j) * stride] = {even.re - odd.im, even.im + odd.re};
+        });
+    } else {
+        unroll<b>([&](auto i) ALWAYS_INLINE { butterfly<a, b * stride>(z + i * stride); });
+        unroll<a>([&](auto j) ALWAYS_INLINE {
+            unroll<b>([&](auto i) ALWAYS_INLINE {
+                Complex<width>& value = z[(b * j + i) * stride];
+                value = turned<i * j, n>(value);
+            });
+            butterfly<b, stride>(z + b * j * stride);
+        });
+        Complex<width> sorted[n];
+        unroll<n>([&](auto k) ALWAYS_INLINE { sorted[k] = z[(k % a * b + k / a) * stride]; });
+        unroll<n>([&](auto k) ALWAYS_INLINE { z[k * stride] = sorted[k]; });
+    }
+}
+
+/// Stores z[radix], lane p of z[j] at radix p + j. radix is a power of two.
+template <int radix, int width>
+ALWAYS_INLINE inline void storeTransposed(Complex<width>* z, const Split& to, std::ptrdiff_t at) {
+    if constexpr (width > 1) {
+        for (int round = 1; round < radix; round *= 2) {
+            Complex<width> mixed[radix];
+            unroll<radix / 2>([&](auto i) ALWAYS_INLINE {
+                interleave<width>(z[i].re, z[i + radix / 2].re, mixed[2 * i].re, mixed[2 * i + 1].re);
+                interleave<width>(z[i].im, z[i + radix / 2].im, mixed[2 * i].im, mixed[2 * i + 1].im);
+            });
+            unroll<radix>([&](auto i) ALWAYS_INLINE { z[i] = mixed[i]; });
+        }
+    }
+    unroll<radix>([&](auto i) ALWAYS_INLINE { store(z[i], to, at + i * width); });
+}
+
+/// A pass with s = 1: the lanes run along p. Too short a row, or a radix that is no power of two, goes one by one.
+template <int radix>
+struct FirstPass {
+    template <int width>
+    ALWAYS_INLINE static void run(const FftPass& pass) {
+        const std::ptrdiff_t m = pass.m;
+        if constexpr (width > 1) {
+            if (m < width || (radix & (radix - 1)) != 0) {
+                return run<1>(pass);
+            }
+        }
+        constexpr std::ptrdiff_t turns = radix - 1;
+        for (std::ptrdiff_t next = 0; next < m; next += width) {
+            const std::ptrdiff_t p = std::min(next, m - width);
+            Complex<width> z[radix];
+            unroll<radix>([&](auto i) ALWAYS_INLINE { z[i] = loadPairs<width>(pass.pairs + 2 * (p + m * i)); });
+            butterfly<radix, 1>(z);
+            unroll<turns>([&](auto j) ALWAYS_INLINE { z[j + 1] = z[j + 1] * load<width>(pass.twiddles, m * j + p); });
+            storeTransposed<radix>(z, pass.out, radix * p);
+        }
+    }
+};
+
+/// A pass with s > 1: the lanes run along q, narrower when a row is shorter than the vector.
+template <int radix>
+struct LaterPass {
+    template <int width>
+    ALWAYS_INLINE static void run(const FftPass& pass) {
+        if constexpr (width > 1) {
+            if (pass.s < width) {
+                return run < width == 8 ? 4 : 1 > (pass);
+            }
+        }
+        rows<width>(pass, 0, [](Complex<width>*) ALWAYS_INLINE {});
+        constexpr std::ptrdiff_t turns = radix - 1;
+        for (std::ptrdiff_t p = 1; p < pass.m; ++p) {
+            Complex<1> w[turns];
+            unroll<turns>([&](auto j) ALWAYS_INLINE { w[j] = load<1>(pass.twiddles, pass.m * j + p); });
+            rows<width>(pass, p, [&](Complex<width>* z) ALWAYS_INLINE {
+                unroll<turns>([&](auto j) ALWAYS_INLINE { z[j + 1] = z[j + 1] * w[j]; });
+            });
+        }
+    }
+
+    template <int width, class Twiddle>
+    ALWAYS_INLINE static void rows(const FftPass& pass, std::ptrdiff_t p, Twiddle twiddle) {
+        const std::ptrdiff_t m = pass.m;
+        const std::ptrdiff_t s = pass.s;
+        for (std::ptrdiff_t next = 0; next < s; next += width) {
+            const std::ptrdiff_t q = std::min(next, s - width);
+            Complex<width> z[radix];
+            unroll<radix>([&](auto i) ALWAYS_INLINE { z[i] = load<width>(pass.in, q + s * (p + m * i)); });
+            butterfly<radix, 1>(z);
+            twiddle(z);
+            unroll<radix>([&](auto j) ALWAYS_INLINE { store(z[j], pass.out, q + s * (radix * p + j)); });
+        }
+    }
+};
+
+struct Untangle {
+    template <int width>
+    ALWAYS_INLINE static void run(const FftUntangling& u) {
+        const std::ptrdiff_t last = (u.n - 1) / 2;  // k = 1 ... last and their mirrors
+        if constexpr (width > 1) {
+            if (last < width) {
+                return run<1>(u);
+            }
+        }
+        u.half[0] = {u.z.re[0] + u.z.im[0], 0.0};
+        u.half[u.n] = {u.z.re[0] - u.z.im[0], 0.0};
+        if (u.n % 2 == 0) {
+            u.half[u.n / 2] = {u.z.re[u.n / 2], -u.z.im[u.n / 2]};
+        }
+        for (std::ptrdiff_t next = 1; next <= last; next += width) {
+            const std::ptrdiff_t k = std::min(next, last + 1 - width);
+            const std::ptrdiff_t mirror = u.n - k - width + 1;
+            const Complex<width> low = load<width>(u.z, k) * 0.5;
+            const Complex<width> high = reversed(load<width>(u.z, mirror)) * 0.5;
+            const Complex<width> even{low.re + high.re, low.im - high.im};
+            const Complex<width> odd = Complex<width>{low.im + high.im, high.re - low.re} * load<width>(u.roots, k);
+            const Complex<width> sum = even + odd;
+            const Complex<width> difference = even - odd;
+            storePairs(sum, &u.half[k].re);
+            storePairs(reversed(Complex<width>{difference.re, -difference.im}), &u.half[mirror].re);
+        }
+    }
+};
+
+/// The instruction sets. A kernel is compiled for one by being inlined into its run().
+struct Avx512 {
+    static bool supported() { return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"); }
+    template <class Kernel, class Work>
+    __attribute__((target("avx512f,avx512dq"))) static void run(const Work& work) {
+        Kernel::template run<8>(work);
+    }
+};
+
+struct Avx2 {
+    static bool supported() { return __builtin_cpu_supports("avx2"); }
+    template <class Kernel, class Work>
+    __attribute__((target("avx2"))) static void run(const Work& work) {
+        Kernel::template run<4>(work);
+    }
+};
+
+struct Baseline {
+    static bool supported() { return true; }
+    template <class Kernel, class Work>
+    static void run(const Work& work) {
+        Kernel::template run<2>(work);
+    }
+};
+
+template <class Set>
+constexpr FftKernels kernelsFor(const char* name) {
+    return [&]<std::size_t... i>(std::index_sequence<i...>) {
+        return FftKernels{name,
+                          Set::supported,
+                          {Set::template run<FirstPass<fftRadices[i]>, FftPass>...},
+                          {Set::template run<LaterPass<fftRadices[i]>, FftPass>...},
+                          Set::template run<Untangle, FftUntangling>};
+    }
+    (std::make_index_sequence<fftRadices.size()>{});
+}
+
+constexpr std::array allKernels{kernelsFor<Avx512>("avx512"), kernelsFor<Avx2>("avx2"),
+                                kernelsFor<Baseline>("baseline")};
+
+}  // namespace
+
+std::span<const FftKernels> fftKernels() {
+    return allKernels;
+}
+
+const FftKernels& bestFftKernels() {
+    return *std::find_if(allKernels.begin(), allKernels.end(), [](const FftKernels& k) { return k.supported(); });
+}
+
+}  // namespace coder
