@@ -501,13 +501,18 @@ void print(const Entry& entry, const Parameters& p, bool last) {
     std::printf("}}%s\n", last ? "" : ",");
 }
 
+/// The tolerances leave room for other orders of summation and other transforms: this program in plain double stays
+/// within 2e-15 of itself for V and A, 5e-15 for THD and 3e-14 for power. Frequencies are points of a grid.
 void writeGolden(const std::string& file) {
     const Channels recording = readRecording(file);
     const std::vector<Entry> list = entries(recording[Ua].size());
     std::map<std::pair<std::size_t, std::uint32_t>, Measurement> measurements;  // by length and rebuilt current
-    std::printf("{\n  \"written by\": \"parameters_reference tests/reference/recording.csv\",\n");
-    std::printf("  \"relative tolerance by unit\": {\"V\": 1e-13, \"A\": 1e-13, \"Hz\": 0, \"%%\": 1e-10,\n");
-    std::printf("    \"W\": 1e-10, \"VAR\": 1e-10, \"VA\": 1e-10, \"-\": 0},\n  \"entries\": [\n");
+    std::printf("%s", R"({
+  "command": "build/debug/tests/reference/parameters_reference tests/reference/recording.csv > tests/reference/golden_parameters.json",
+  "recording": "recording.csv",
+  "relative tolerance by unit": {"V": 1e-13, "A": 1e-13, "%": 1e-12, "W": 1e-12, "VAR": 1e-12, "VA": 1e-12, "Hz": 0, "-": 0},
+  "entries": [
+)");
     for (std::size_t i = 0; i < list.size(); ++i) {
         const Entry& entry = list[i];
         const bool rebuilds = (entry.flags & RT305_4_TWO_CURRENTS) != 0;
