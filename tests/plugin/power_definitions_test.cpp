@@ -81,7 +81,8 @@ std::map<std::string, double> measure(std::uint32_t power) {
     call.request.options.measurementFlags = RT305_4_SIMULATED_SOURCE_MASK | RT305_4_FOUR_WIRE | power;
     EXPECT_EQ(call.run(), 1);
     std::map<std::string, double> parameters;
-    for (const json& row : json::parse(call.texts[Call::parameters]).at("paramData")) {
+    const json document = json::parse(call.texts[Call::parameters]);
+    for (const json& row : document.at("paramData")) {
         if (row.at("dataName").is_number()) {
             parameters[row.at("LastName")] = row.at("dataName");
         }

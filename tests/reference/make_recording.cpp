@@ -4,7 +4,8 @@
 //
 // 3000 samples at 10 kHz of an unbalanced three-phase system, seven significant digits. Whatever could be exchanged by
 // mistake differs: every channel has its own amplitude, offset, noise and harmonics 2 to 13, every phase its own
-// fundamental frequency and its own lag (phase b strongly lagging, phase c leading). Two samples are dropped.
+// fundamental frequency and its own lag (phase b strongly lagging, phase c leading). Phase b runs outside the fixed
+// frequency window, so that this window closes some gates and the control window none. Two samples are dropped.
 
 #include <array>
 #include <cmath>
@@ -25,10 +26,10 @@ struct Channel {
 };
 
 constexpr std::array<Channel, 6> channels{{{"Ua", 50.03, 325.3, 11.0, 1.7, 0.031},
-                                           {"Ub", 49.87, 311.8, -107.0, -2.4, 0.023},
+                                           {"Ub", 50.52, 311.8, -107.0, -2.4, 0.023},
                                            {"Uc", 50.24, 337.1, 134.0, 0.6, 0.042},
                                            {"Ia", 50.03, 14.42, -17.0, 0.05, 0.11},
-                                           {"Ib", 49.87, 17.97, -176.0, -0.11, 0.16},
+                                           {"Ib", 50.52, 17.97, -176.0, -0.11, 0.16},
                                            {"Ic", 50.24, 12.59, 165.0, 0.08, 0.07}}};
 constexpr int sampleCount = 3000;
 constexpr double sampleRate = 10000.0;  // Hz
