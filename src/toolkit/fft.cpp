@@ -15,17 +15,16 @@ namespace {
 
 using index = std::ptrdiff_t;
 
-/// n complex numbers, uninitialised, on a cache line as the widest vectors want it: split or as pairs, whatever the
-/// user puts there.
+/// n complex numbers, uninitialised: split or as pairs, whatever the user puts there. They start on a cache line, and
+/// the imaginary parts lie so that they do not compete with the real ones for the same sets of the cache when n is a
+/// power of two.
 class Scratch {
 public:
     Scratch() = default;
     explicit Scratch(index n)
-        : n_(n),
-          parts_(static_cast<double*>(
-              ::operator new[](2 * static_cast<std::size_t>(padded()) * sizeof(double), cacheLine))) {}
+        : n_(n), imaginary_((n + 7) / 8 * 8 + 72), parts_(allocate(static_cast<std::size_t>(2 * imaginary_))) {}
 
-    Split split() const { return {parts_.get(), parts_.get() + padded()}; }
+    Split split() const { return {parts_.get(), parts_.get() + imaginary_}; }
     double* pairs() const { return parts_.get(); }
     index size() const { return n_; }
 
@@ -34,10 +33,12 @@ private:
     struct Free {
         void operator()(double* parts) const { ::operator delete[](parts, cacheLine); }
     };
-
-    index padded() const { return (n_ + 7) / 8 * 8; }
+    static double* allocate(std::size_t n) {
+        return static_cast<double*>(::operator new[](n * sizeof(double), cacheLine));
+    }
 
     index n_ = 0;
+    index imaginary_ = 0;
     std::unique_ptr<double[], Free> parts_;
 };
 
@@ -249,9 +250,18 @@ private:
     Scratch response_;
 };
 
-/// Writes the bins above n/2 of a spectrum y[n] as the conjugates of those below.
-void mirrorUpperHalf(creal_T* y, int n) {
-    for (int k = n / 2 + 1; k < n; ++k) {
+/// All n bins of the transform of x, into the memory that resize(n) returns; the upper ones are conjugates of the
+/// lower.
+template <class Resize>
+void fullSpectrum(samples x, int n, Resize resize) {
+    if (n == 0) {
+        resize(0);
+        return;
+    }
+    const RealFft plan(n);
+    creal_T* const y = resize(n);
+    plan.forward(x, y);
+    for (int k = plan.bins(); k < n; ++k) {
         y[k] = {y[n - k].re, -y[n - k].im};
     }
 }
@@ -339,30 +349,20 @@ void RealFft::inverse(const creal_T* half, double* x) const {
 }
 
 void fft(const column& x, complex_column& y) {
-    const int n = x.numel();
-    if (n == 0) {
-        y.set_size(0);
-        return;
-    }
-    const RealFft plan(n);
-    y.set_size(n);
-    plan.forward(x, y.data());
-    mirrorUpperHalf(y.data(), n);
+    fullSpectrum(x, x.numel(), [&](int n) {
+        y.set_size(n);
+        return y.data();
+    });
 }
 
 void fft(const row& x, double nfft, complex_row& y) {
     if (nfft >= 2147483648.0) {
         throw std::bad_array_new_length();
     }
-    const int n = std::max(truncatedToInt(nfft), 0);
-    if (n == 0) {
-        y.set_size(1, 0);
-        return;
-    }
-    const RealFft plan(n);
-    y.set_size(1, n);
-    plan.forward(x, y.data());
-    mirrorUpperHalf(y.data(), n);
+    fullSpectrum(x, std::max(truncatedToInt(nfft), 0), [&](int n) {
+        y.set_size(1, n);
+        return y.data();
+    });
 }
 
 }  // namespace coder
