@@ -1,7 +1,8 @@
 #include "toolkit/fft_implementation_callback.h"
 
+#include <bit>
 #include <cmath>
-#include <complex>
+#include <cstdint>
 
 #include "toolkit/scalar.h"
 
@@ -16,10 +17,6 @@ creal_T minus(creal_T a, creal_T b) {
 }
 creal_T conjugate(creal_T a) {
     return {a.re, -a.im};
-}
-
-bool isPowerOfTwo(int n) {
-    return n > 0 && (n & (n - 1)) == 0;
 }
 
 /// z[length], z[m] = x[2m] + i x[2m+1]; what x lacks is 0.
@@ -116,7 +113,7 @@ void FFTImplementationCallback_get_algo_sizes(int nfft, bool useRadix2, int* n2b
 
 void FFTImplementationCallback_generate_twiddle_tables(int nRows, bool useRadix2, row& costab, row& sintab,
                                                        row& sintabinv) {
-    assert(isPowerOfTwo(nRows));
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)));
     const int quarter = nRows / 4;
     row wave;
     wave.set_size(1, quarter + 1);
@@ -142,7 +139,7 @@ void FFTImplementationCallback_generate_twiddle_tables(int nRows, bool useRadix2
 
 void FFTImplementationCallback_r2br_r2dit_trig_impl(const complex_column& x, int nRows, const row& costab,
                                                     const row& sintab, complex_column& y) {
-    assert(isPowerOfTwo(nRows) && 2 * (costab.numel() - 1) % nRows == 0);
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)) && 2 * (costab.numel() - 1) % nRows == 0);
     y.set_size(nRows);
     for (int i = 0, reversed = 0; i < nRows; ++i) {
         y[reversed] = i < x.numel() ? x[i] : creal_T{};
@@ -169,7 +166,7 @@ void FFTImplementationCallback_r2br_r2dit_trig_impl(const complex_column& x, int
 
 void FFTImplementationCallback_doHalfLengthRadix2(const column& x, complex_column& y, int nRows, const row& costab,
                                                   const row& sintab) {
-    assert(isPowerOfTwo(nRows));
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)));
     if (nRows == 1) {
         y.set_size(1);
         y[0] = {x.numel() > 0 ? x[0] : 0.0, 0.0};
@@ -184,7 +181,7 @@ void FFTImplementationCallback_doHalfLengthRadix2(const column& x, complex_colum
 
 void FFTImplementationCallback_dobluesteinfft(const column& x, int n2blue, int nfft, const row& costab,
                                               const row& sintab, const row& sintabinv, complex_column& y) {
-    assert(nfft >= 1 && isPowerOfTwo(n2blue) && n2blue >= 2 * nfft - 1);
+    assert(nfft >= 1 && std::has_single_bit(static_cast<unsigned>(n2blue)) && n2blue >= 2 * nfft - 1);
     complex_column z;
     complex_column transformed;
     if (nfft % 2 == 0) {
