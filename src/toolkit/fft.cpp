@@ -15,20 +15,20 @@ namespace {
 
 using index = std::ptrdiff_t;
 
-/// n complex numbers, uninitialised: split or as pairs, whatever the user puts there. They start on a cache line, and
-/// the imaginary parts lie so that they do not compete with the real ones for the same sets of the cache when n is a
-/// power of two.
+/// n complex numbers, uninitialised: split or as pairs, whatever the user puts there. They start on a cache line.
 class Scratch {
 public:
     Scratch() = default;
     explicit Scratch(index n)
-        : n_(n), imaginary_((n + 7) / 8 * 8 + 72), parts_(allocate(static_cast<std::size_t>(2 * imaginary_))) {}
+        : n_(n), imaginary_((n + 7) / 8 * 8 + stagger), parts_(allocate(static_cast<std::size_t>(2 * imaginary_))) {}
 
     Split split() const { return {parts_.get(), parts_.get() + imaginary_}; }
     double* pairs() const { return parts_.get(); }
     index size() const { return n_; }
 
 private:
+    /// An odd number of cache lines, lest real and imaginary parts compete for the same sets when n is a power of two.
+    static constexpr index stagger = 72;
     static constexpr std::align_val_t cacheLine{64};
     struct Free {
         void operator()(double* parts) const { ::operator delete[](parts, cacheLine); }
@@ -47,11 +47,12 @@ void put(Split to, index at, creal_T value) {
     to.im[at] = value.im;
 }
 
-/// The roots of unity e^(-2 pi i k / n), 0 <= k < n, each as accurate as the library's sine and cosine of angles up to
-/// pi/4: the circle is folded to one octant.
+/// The roots of unity e^(-2 pi i k / n), 0 <= k < n, for even n. Each is as accurate as the library's sine and cosine
+/// of angles up to pi/4: the circle is folded to one octant.
 class Roots {
 public:
-    explicit Roots(index n) : perStep_(n % 4 == 0 ? 1 : n % 2 == 0 ? 2 : 4), turn_(n * perStep_) {
+    explicit Roots(index n) : perStep_(n % 4 == 0 ? 1 : 2), turn_(n * perStep_) {
+        assert(n % 2 == 0);
         octant_.resize(static_cast<std::size_t>(turn_ / 8 + 1));
         const double step = twoPi / static_cast<double>(turn_);
         for (std::size_t k = 0; k < octant_.size(); ++k) {
@@ -269,6 +270,8 @@ void fullSpectrum(samples x, int n, Resize resize) {
 }  // namespace
 
 struct RealFft::Plan {
+    explicit Plan(SmoothFft made) : transform(std::move(made)) {}
+
     SmoothFft transform;         // of the complex sequence, or of the convolution that replaces it
     std::optional<Chirp> chirp;  // when the length of the sequence is not smooth
     Scratch roots;               // for even n: e^(-2 pi i k / n), k = 0 ... n/4

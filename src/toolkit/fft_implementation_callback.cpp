@@ -1,8 +1,10 @@
 #include "toolkit/fft_implementation_callback.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 #include "toolkit/scalar.h"
 
@@ -92,6 +94,20 @@ void chirpTransform(const complex_column& z, int size, const row& costab, const 
     }
 }
 
+/// cos(2 pi k / n), k = 0 ... n/4, from angles up to pi/4; {1, 0} for n < 4.
+row quarterWave(int n) {
+    const int last = std::max(n / 4, 1);
+    row wave;
+    wave.set_size(1, last + 1);
+    const double step = twoPi / n;
+    for (int k = 1; k < last; ++k) {
+        wave[k] = k <= n / 8 ? std::cos(step * k) : std::sin(step * (last - k));
+    }
+    wave[0] = 1.0;
+    wave[last] = 0.0;
+    return wave;
+}
+
 }  // namespace
 
 void FFTImplementationCallback_get_algo_sizes(int nfft, bool useRadix2, int* n2blue, int* nRows) {
@@ -114,25 +130,17 @@ void FFTImplementationCallback_get_algo_sizes(int nfft, bool useRadix2, int* n2b
 void FFTImplementationCallback_generate_twiddle_tables(int nRows, bool useRadix2, row& costab, row& sintab,
                                                        row& sintabinv) {
     assert(std::has_single_bit(static_cast<unsigned>(nRows)));
-    const int quarter = nRows / 4;
-    row wave;
-    wave.set_size(1, quarter + 1);
-    const double step = twoPi / nRows;
-    for (int k = 0; k <= quarter; ++k) {
-        wave[k] = k <= nRows / 8 ? std::cos(step * k) : std::sin(step * (quarter - k));
-    }
-    wave[0] = 1.0;
-    wave[quarter] = quarter > 0 ? 0.0 : 1.0;
     const int last = nRows / 2;
+    const row wave = quarterWave(nRows);
     costab.set_size(1, last + 1);
     sintab.set_size(1, last + 1);
     sintabinv.set_size(1, useRadix2 ? 0 : last + 1);
     for (int k = 0; k <= last; ++k) {
-        const bool first = k <= quarter;
-        costab[k] = first ? wave[k] : -wave[std::max(last - k, 0)];
-        sintab[k] = k == 0 || quarter == 0 ? 0.0 : -(first ? wave[quarter - k] : wave[k - quarter]);
+        const int fromQuarter = nRows < 4 ? 1 : std::abs(nRows / 4 - k);
+        costab[k] = 2 * k <= last ? wave[k] : -wave[last - k];
+        sintab[k] = 0.0 - wave[fromQuarter];
         if (!useRadix2) {
-            sintabinv[k] = -sintab[k];
+            sintabinv[k] = wave[fromQuarter];
         }
     }
 }

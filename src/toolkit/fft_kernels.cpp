@@ -12,7 +12,7 @@ namespace {
 
 template <int width>
 struct Lanes {
-    typedef double type __attribute__((vector_size(width * sizeof(double))));
+    using type [[gnu::vector_size(width * sizeof(double))]] = double;
 };
 template <>
 struct Lanes<1> {
@@ -120,12 +120,20 @@ ALWAYS_INLINE inline Complex<width> reversed(const Complex<width>& z) {
     return out;
 }
 
-constexpr long double longTwoPi = 6.28318530717958647692528676655900577L;
-constexpr double cosine(int k, int n) {
-    return static_cast<double>(__builtin_cosl(longTwoPi * k / n));
-}
+/// sin(2 pi k / n) by its power series, in extended precision up to the last step.
 constexpr double sine(int k, int n) {
-    return static_cast<double>(__builtin_sinl(longTwoPi * k / n));
+    const int turn = k % n;
+    const long double x = 6.28318530717958647692528676655900577L * (2 * turn > n ? turn - n : turn) / n;
+    long double term = x;
+    long double sum = x;
+    for (int i = 2; i < 40; i += 2) {
+        term *= -x * x / (i * (i + 1));
+        sum += term;
+    }
+    return static_cast<double>(sum);
+}
+constexpr double cosine(int k, int n) {
+    return sine(4 * k + n, 4 * n);
 }
 
 /// z e^(-2 pi i k / n)
