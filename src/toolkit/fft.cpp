@@ -15,29 +15,30 @@ namespace {
 
 using index = std::ptrdiff_t;
 
-/// n complex numbers, uninitialised, on a cache line as the widest vectors want it: split or as pairs, whatever the
-/// user puts there.
+/// n complex numbers, uninitialised: split or as pairs, whatever the user puts there. They start on a cache line.
 class Scratch {
 public:
     Scratch() = default;
     explicit Scratch(index n)
-        : n_(n),
-          parts_(static_cast<double*>(
-              ::operator new[](2 * static_cast<std::size_t>(padded()) * sizeof(double), cacheLine))) {}
+        : n_(n), imaginary_((n + 7) / 8 * 8 + stagger), parts_(allocate(static_cast<std::size_t>(2 * imaginary_))) {}
 
-    Split split() const { return {parts_.get(), parts_.get() + padded()}; }
+    Split split() const { return {parts_.get(), parts_.get() + imaginary_}; }
     double* pairs() const { return parts_.get(); }
     index size() const { return n_; }
 
 private:
+    /// An odd number of cache lines, lest real and imaginary parts compete for the same sets when n is a power of two.
+    static constexpr index stagger = 72;
     static constexpr std::align_val_t cacheLine{64};
     struct Free {
         void operator()(double* parts) const { ::operator delete[](parts, cacheLine); }
     };
-
-    index padded() const { return (n_ + 7) / 8 * 8; }
+    static double* allocate(std::size_t n) {
+        return static_cast<double*>(::operator new[](n * sizeof(double), cacheLine));
+    }
 
     index n_ = 0;
+    index imaginary_ = 0;
     std::unique_ptr<double[], Free> parts_;
 };
 
@@ -46,11 +47,12 @@ void put(Split to, index at, creal_T value) {
     to.im[at] = value.im;
 }
 
-/// The roots of unity e^(-2 pi i k / n), 0 <= k < n, each as accurate as the library's sine and cosine of angles up to
-/// pi/4: the circle is folded to one octant.
+/// The roots of unity e^(-2 pi i k / n), 0 <= k < n, for even n. Each is as accurate as the library's sine and cosine
+/// of angles up to pi/4: the circle is folded to one octant.
 class Roots {
 public:
-    explicit Roots(index n) : perStep_(n % 4 == 0 ? 1 : n % 2 == 0 ? 2 : 4), turn_(n * perStep_) {
+    explicit Roots(index n) : perStep_(n % 4 == 0 ? 1 : 2), turn_(n * perStep_) {
+        assert(n % 2 == 0);
         octant_.resize(static_cast<std::size_t>(turn_ / 8 + 1));
         const double step = twoPi / static_cast<double>(turn_);
         for (std::size_t k = 0; k < octant_.size(); ++k) {
@@ -249,9 +251,18 @@ private:
     Scratch response_;
 };
 
-/// Writes the bins above n/2 of a spectrum y[n] as the conjugates of those below.
-void mirrorUpperHalf(creal_T* y, int n) {
-    for (int k = n / 2 + 1; k < n; ++k) {
+/// All n bins of the transform of x, into the memory that resize(n) returns; the upper ones are conjugates of the
+/// lower.
+template <class Resize>
+void fullSpectrum(samples x, int n, Resize resize) {
+    if (n == 0) {
+        resize(0);
+        return;
+    }
+    const RealFft plan(n);
+    creal_T* const y = resize(n);
+    plan.forward(x, y);
+    for (int k = plan.bins(); k < n; ++k) {
         y[k] = {y[n - k].re, -y[n - k].im};
     }
 }
@@ -259,6 +270,8 @@ void mirrorUpperHalf(creal_T* y, int n) {
 }  // namespace
 
 struct RealFft::Plan {
+    explicit Plan(SmoothFft made) : transform(std::move(made)) {}
+
     SmoothFft transform;         // of the complex sequence, or of the convolution that replaces it
     std::optional<Chirp> chirp;  // when the length of the sequence is not smooth
     Scratch roots;               // for even n: e^(-2 pi i k / n), k = 0 ... n/4
@@ -339,30 +352,20 @@ void RealFft::inverse(const creal_T* half, double* x) const {
 }
 
 void fft(const column& x, complex_column& y) {
-    const int n = x.numel();
-    if (n == 0) {
-        y.set_size(0);
-        return;
-    }
-    const RealFft plan(n);
-    y.set_size(n);
-    plan.forward(x, y.data());
-    mirrorUpperHalf(y.data(), n);
+    fullSpectrum(x, x.numel(), [&](int n) {
+        y.set_size(n);
+        return y.data();
+    });
 }
 
 void fft(const row& x, double nfft, complex_row& y) {
     if (nfft >= 2147483648.0) {
         throw std::bad_array_new_length();
     }
-    const int n = std::max(truncatedToInt(nfft), 0);
-    if (n == 0) {
-        y.set_size(1, 0);
-        return;
-    }
-    const RealFft plan(n);
-    y.set_size(1, n);
-    plan.forward(x, y.data());
-    mirrorUpperHalf(y.data(), n);
+    fullSpectrum(x, std::max(truncatedToInt(nfft), 0), [&](int n) {
+        y.set_size(1, n);
+        return y.data();
+    });
 }
 
 }  // namespace coder

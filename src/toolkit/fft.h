@@ -11,9 +11,9 @@ namespace coder {
 
 /// Discrete Fourier transform of real signals of one length n >= 1, and its inverse. Made once per length, it serves
 /// any number of signals, one at a time: the scratch memory is its own. Nothing is kept between plans, which are cheap.
-/// RMS error relative to the RMS of the spectrum, u = 2^-53: below 3 u sqrt(log2 n) for lengths whose prime factors are
-/// at most 13, below 9 u sqrt(log2 n) for the others, which take three to six times as long. Throws
-/// std::bad_array_new_length, before anything is allocated, when a working array would exceed 2^31 - 1 elements.
+/// RMS error relative to the RMS of the spectrum, u = 2^-53: below 1.5 u sqrt(log2 n) for lengths whose prime factors
+/// are at most 13, below 3 u sqrt(log2 n) for the others, which take four to ten times as long.
+/// Throws std::bad_array_new_length, before anything is allocated, when a working array would exceed 2^31 - 1 elements.
 class RealFft {
 public:
     explicit RealFft(int n) : RealFft(n, bestFftKernels()) {}

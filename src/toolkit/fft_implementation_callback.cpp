@@ -1,7 +1,10 @@
 #include "toolkit/fft_implementation_callback.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
-#include <complex>
+#include <cstdint>
+#include <cstdlib>
 
 #include "toolkit/scalar.h"
 
@@ -16,10 +19,6 @@ creal_T minus(creal_T a, creal_T b) {
 }
 creal_T conjugate(creal_T a) {
     return {a.re, -a.im};
-}
-
-bool isPowerOfTwo(int n) {
-    return n > 0 && (n & (n - 1)) == 0;
 }
 
 /// z[length], z[m] = x[2m] + i x[2m+1]; what x lacks is 0.
@@ -95,6 +94,20 @@ void chirpTransform(const complex_column& z, int size, const row& costab, const 
     }
 }
 
+/// cos(2 pi k / n), k = 0 ... n/4, from angles up to pi/4; {1, 0} for n < 4.
+row quarterWave(int n) {
+    const int last = std::max(n / 4, 1);
+    row wave;
+    wave.set_size(1, last + 1);
+    const double step = twoPi / n;
+    for (int k = 1; k < last; ++k) {
+        wave[k] = k <= n / 8 ? std::cos(step * k) : std::sin(step * (last - k));
+    }
+    wave[0] = 1.0;
+    wave[last] = 0.0;
+    return wave;
+}
+
 }  // namespace
 
 void FFTImplementationCallback_get_algo_sizes(int nfft, bool useRadix2, int* n2blue, int* nRows) {
@@ -116,33 +129,25 @@ void FFTImplementationCallback_get_algo_sizes(int nfft, bool useRadix2, int* n2b
 
 void FFTImplementationCallback_generate_twiddle_tables(int nRows, bool useRadix2, row& costab, row& sintab,
                                                        row& sintabinv) {
-    assert(isPowerOfTwo(nRows));
-    const int quarter = nRows / 4;
-    row wave;
-    wave.set_size(1, quarter + 1);
-    const double step = twoPi / nRows;
-    for (int k = 0; k <= quarter; ++k) {
-        wave[k] = k <= nRows / 8 ? std::cos(step * k) : std::sin(step * (quarter - k));
-    }
-    wave[0] = 1.0;
-    wave[quarter] = quarter > 0 ? 0.0 : 1.0;
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)));
     const int last = nRows / 2;
+    const row wave = quarterWave(nRows);
     costab.set_size(1, last + 1);
     sintab.set_size(1, last + 1);
     sintabinv.set_size(1, useRadix2 ? 0 : last + 1);
     for (int k = 0; k <= last; ++k) {
-        const bool first = k <= quarter;
-        costab[k] = first ? wave[k] : -wave[std::max(last - k, 0)];
-        sintab[k] = k == 0 || quarter == 0 ? 0.0 : -(first ? wave[quarter - k] : wave[k - quarter]);
+        const int fromQuarter = nRows < 4 ? 1 : std::abs(nRows / 4 - k);
+        costab[k] = 2 * k <= last ? wave[k] : -wave[last - k];
+        sintab[k] = 0.0 - wave[fromQuarter];
         if (!useRadix2) {
-            sintabinv[k] = -sintab[k];
+            sintabinv[k] = wave[fromQuarter];
         }
     }
 }
 
 void FFTImplementationCallback_r2br_r2dit_trig_impl(const complex_column& x, int nRows, const row& costab,
                                                     const row& sintab, complex_column& y) {
-    assert(isPowerOfTwo(nRows) && 2 * (costab.numel() - 1) % nRows == 0);
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)) && 2 * (costab.numel() - 1) % nRows == 0);
     y.set_size(nRows);
     for (int i = 0, reversed = 0; i < nRows; ++i) {
         y[reversed] = i < x.numel() ? x[i] : creal_T{};
@@ -169,7 +174,7 @@ void FFTImplementationCallback_r2br_r2dit_trig_impl(const complex_column& x, int
 
 void FFTImplementationCallback_doHalfLengthRadix2(const column& x, complex_column& y, int nRows, const row& costab,
                                                   const row& sintab) {
-    assert(isPowerOfTwo(nRows));
+    assert(std::has_single_bit(static_cast<unsigned>(nRows)));
     if (nRows == 1) {
         y.set_size(1);
         y[0] = {x.numel() > 0 ? x[0] : 0.0, 0.0};
@@ -184,7 +189,7 @@ void FFTImplementationCallback_doHalfLengthRadix2(const column& x, complex_colum
 
 void FFTImplementationCallback_dobluesteinfft(const column& x, int n2blue, int nfft, const row& costab,
                                               const row& sintab, const row& sintabinv, complex_column& y) {
-    assert(nfft >= 1 && isPowerOfTwo(n2blue) && n2blue >= 2 * nfft - 1);
+    assert(nfft >= 1 && std::has_single_bit(static_cast<unsigned>(n2blue)) && n2blue >= 2 * nfft - 1);
     complex_column z;
     complex_column transformed;
     if (nfft % 2 == 0) {

@@ -12,7 +12,7 @@ namespace {
 
 template <int width>
 struct Lanes {
-    typedef double type __attribute__((vector_size(width * sizeof(double))));
+    using type [[gnu::vector_size(width * sizeof(double))]] = double;
 };
 template <>
 struct Lanes<1> {
@@ -76,18 +76,29 @@ ALWAYS_INLINE inline Complex<width> loadPairs(const double* from) {
     } else {
         Complex<width> raw;
         Complex<width> z;
-        std::memcpy(&raw, from, sizeof raw);
+        std::memcpy(&raw.re, from, sizeof raw.re);
+        std::memcpy(&raw.im, from + width, sizeof raw.im);
         pick<width>(raw.re, raw.im, z.re, [](int i) { return 2 * i; });
         pick<width>(raw.re, raw.im, z.im, [](int i) { return 2 * i + 1; });
         return z;
     }
 }
 
+/// low, high = a[0], b[0], a[1], b[1], ...
 template <int width>
 ALWAYS_INLINE inline void interleave(const typename Lanes<width>::type& a, const typename Lanes<width>::type& b,
                                      typename Lanes<width>::type& low, typename Lanes<width>::type& high) {
-    pick<width>(a, b, low, [](int i) { return i / 2 + i % 2 * width; });
-    pick<width>(a, b, high, [](int i) { return (i + width) / 2 + i % 2 * width; });
+    if constexpr (width == 4) {  // the two steps that AVX2 has instructions for
+        typename Lanes<width>::type even;
+        typename Lanes<width>::type odd;
+        pick<width>(a, b, even, [](int i) { return i % 2 == 0 ? i : i - 1 + width; });
+        pick<width>(a, b, odd, [](int i) { return i % 2 == 0 ? i + 1 : i + width; });
+        pick<width>(even, odd, low, [](int i) { return i < 2 ? i : i - 2 + width; });
+        pick<width>(even, odd, high, [](int i) { return i < 2 ? i + 2 : i + width; });
+    } else {
+        pick<width>(a, b, low, [](int i) { return i / 2 + i % 2 * width; });
+        pick<width>(a, b, high, [](int i) { return (i + width) / 2 + i % 2 * width; });
+    }
 }
 
 template <int width>
@@ -96,7 +107,7 @@ ALWAYS_INLINE inline void storePairs(const Complex<width>& z, double* to) {
     if constexpr (width > 1) {
         interleave<width>(z.re, z.im, raw.re, raw.im);
     }
-    std::memcpy(to, &raw, sizeof raw);
+    store(raw, {to, to + width}, 0);
 }
 
 template <int width>
@@ -109,12 +120,20 @@ ALWAYS_INLINE inline Complex<width> reversed(const Complex<width>& z) {
     return out;
 }
 
-constexpr long double longTwoPi = 6.28318530717958647692528676655900577L;
-constexpr double cosine(int k, int n) {
-    return static_cast<double>(__builtin_cosl(longTwoPi * k / n));
-}
+/// sin(2 pi k / n) by its power series, in extended precision up to the last step.
 constexpr double sine(int k, int n) {
-    return static_cast<double>(__builtin_sinl(longTwoPi * k / n));
+    const int turn = k % n;
+    const long double x = 6.28318530717958647692528676655900577L * (2 * turn > n ? turn - n : turn) / n;
+    long double term = x;
+    long double sum = x;
+    for (int i = 2; i < 40; i += 2) {
+        term *= -x * x / (i * (i + 1));
+        sum += term;
+    }
+    return static_cast<double>(sum);
+}
+constexpr double cosine(int k, int n) {
+    return sine(4 * k + n, 4 * n);
 }
 
 /// z e^(-2 pi i k / n)
@@ -145,8 +164,36 @@ constexpr int smallestFactor(int n) {
     return factor;
 }
 
-/// Transforms z[0], z[stride], ... z[(n-1) stride] in place: n = 2 and odd primes by the definition, with conjugate
-/// roots taken together; composite n by Cooley and Tukey's factorisation.
+/// Transforms z[0], z[stride], ... z[(n-1) stride] in place, for an odd prime n by the definition: a bin and its mirror
+/// share their products, with the sums and the differences of mirrored inputs.
+template <int n, int stride, int width>
+ALWAYS_INLINE inline void oddButterfly(Complex<width>* z) {
+    constexpr int pairs = (n - 1) / 2;
+    const Complex<width> first = z[0];
+    Complex<width> sums[pairs];
+    Complex<width> differences[pairs];
+    unroll<pairs>([&](auto i) ALWAYS_INLINE {
+        sums[i] = z[(i + 1) * stride] + z[(n - 1 - i) * stride];
+        differences[i] = z[(i + 1) * stride] - z[(n - 1 - i) * stride];
+        z[0] = z[0] + sums[i];
+    });
+    unroll<pairs>([&](auto j) ALWAYS_INLINE {
+        constexpr double c = cosine(j + 1, n);
+        constexpr double s = sine(j + 1, n);
+        Complex<width> even = first + sums[0] * c;
+        Complex<width> odd = differences[0] * s;
+        unroll<pairs - 1>([&](auto i) ALWAYS_INLINE {
+            constexpr double ci = cosine((i + 2) * (j + 1) % n, n);
+            constexpr double si = sine((i + 2) * (j + 1) % n, n);
+            even = even + sums[i + 1] * ci;
+            odd = odd + differences[i + 1] * si;
+        });
+        z[(j + 1) * stride] = {even.re + odd.im, even.im - odd.re};
+        z[(n - 1 - j) * stride] = {even.re - odd.im, even.im + odd.re};
+    });
+}
+
+/// The same for any n, composite n by the factorisation of J. W. Cooley and J. W. Tukey, Math. Comp. 19 (1965).
 template <int n, int stride, int width>
 ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
     constexpr int a = smallestFactor(n);
@@ -155,40 +202,17 @@ ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
         const Complex<width> difference = z[0] - z[stride];
         z[0] = z[0] + z[stride];
         z[stride] = difference;
-    } else if constexpr (b == 1) {
-        constexpr int pairs = (n - 1) / 2;
-        const Complex<width> first = z[0];
-        Complex<width> sums[pairs];
-        Complex<width> differences[pairs];
-        unroll<pairs>([&](auto i) ALWAYS_INLINE {
-            sums[i] = z[(i + 1) * stride] + z[(n - 1 - i) * stride];
-            differences[i] = z[(i + 1) * stride] - z[(n - 1 - i) * stride];
-            z[0] = z[0] + sums[i];
-        });
-        unroll<pairs>([&](auto j) ALWAYS_INLINE {
-            Complex<width> even = first;
-            Complex<width> odd = differences[0] * sine(j + 1, n);
-            unroll<pairs>([&](auto i) ALWAYS_INLINE {
-                constexpr int k = (i + 1) * (j + 1) % n;
-                constexpr double c = cosine(k, n);
-                constexpr double s = sine(k, n);
-                even = even + sums[i] * c;
-                if constexpr (i > 0) {
-                    odd = odd + differences[i] * s;
-                }
-            });
-            z[(j + 1) * stride] = {even.re + odd.im, even.im - odd.re};
-            z[(n - 1 - j) * stride] = {even.re - odd.im, even.im + odd.re};
-        });
+    } else if constexpr (n == a) {
+        oddButterfly<n, stride>(z);
     } else {
-        unroll<b>([&](auto i) ALWAYS_INLINE { butterfly<a, b * stride>(z + i * stride); });
-        unroll<a>([&](auto j) ALWAYS_INLINE {
-            unroll<b>([&](auto i) ALWAYS_INLINE {
+        unroll<b>([&](auto i) ALWAYS_INLINE {
+            butterfly<a, b * stride>(z + i * stride);
+            unroll<a>([&](auto j) ALWAYS_INLINE {
                 Complex<width>& value = z[(b * j + i) * stride];
                 value = turned<i * j, n>(value);
             });
-            butterfly<b, stride>(z + b * j * stride);
         });
+        unroll<a>([&](auto j) ALWAYS_INLINE { butterfly<b, stride>(z + b * j * stride); });
         Complex<width> sorted[n];
         unroll<n>([&](auto k) ALWAYS_INLINE { sorted[k] = z[(k % a * b + k / a) * stride]; });
         unroll<n>([&](auto k) ALWAYS_INLINE { z[k * stride] = sorted[k]; });
@@ -199,7 +223,7 @@ ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
 template <int radix, int width>
 ALWAYS_INLINE inline void storeTransposed(Complex<width>* z, const Split& to, std::ptrdiff_t at) {
     if constexpr (width > 1) {
-        for (int round = 1; round < radix; round *= 2) {
+        for (int round = 1; round < radix; round *= 2) {  // a round moves one bit of the index to the lanes' side
             Complex<width> mixed[radix];
             unroll<radix / 2>([&](auto i) ALWAYS_INLINE {
                 interleave<width>(z[i].re, z[i + radix / 2].re, mixed[2 * i].re, mixed[2 * i + 1].re);
@@ -241,31 +265,24 @@ struct LaterPass {
     ALWAYS_INLINE static void run(const FftPass& pass) {
         if constexpr (width > 1) {
             if (pass.s < width) {
-                return run < width == 8 ? 4 : 1 > (pass);
+                constexpr int narrower = width == 8 ? 4 : 1;
+                return run<narrower>(pass);
             }
         }
-        rows<width>(pass, 0, [](Complex<width>*) ALWAYS_INLINE {});
         constexpr std::ptrdiff_t turns = radix - 1;
-        for (std::ptrdiff_t p = 1; p < pass.m; ++p) {
-            Complex<1> w[turns];
-            unroll<turns>([&](auto j) ALWAYS_INLINE { w[j] = load<1>(pass.twiddles, pass.m * j + p); });
-            rows<width>(pass, p, [&](Complex<width>* z) ALWAYS_INLINE {
-                unroll<turns>([&](auto j) ALWAYS_INLINE { z[j + 1] = z[j + 1] * w[j]; });
-            });
-        }
-    }
-
-    template <int width, class Twiddle>
-    ALWAYS_INLINE static void rows(const FftPass& pass, std::ptrdiff_t p, Twiddle twiddle) {
         const std::ptrdiff_t m = pass.m;
         const std::ptrdiff_t s = pass.s;
-        for (std::ptrdiff_t next = 0; next < s; next += width) {
-            const std::ptrdiff_t q = std::min(next, s - width);
-            Complex<width> z[radix];
-            unroll<radix>([&](auto i) ALWAYS_INLINE { z[i] = load<width>(pass.in, q + s * (p + m * i)); });
-            butterfly<radix, 1>(z);
-            twiddle(z);
-            unroll<radix>([&](auto j) ALWAYS_INLINE { store(z[j], pass.out, q + s * (radix * p + j)); });
+        for (std::ptrdiff_t p = 0; p < m; ++p) {
+            Complex<1> w[turns];
+            unroll<turns>([&](auto j) ALWAYS_INLINE { w[j] = load<1>(pass.twiddles, m * j + p); });
+            for (std::ptrdiff_t next = 0; next < s; next += width) {
+                const std::ptrdiff_t q = std::min(next, s - width);
+                Complex<width> z[radix];
+                unroll<radix>([&](auto i) ALWAYS_INLINE { z[i] = load<width>(pass.in, q + s * (p + m * i)); });
+                butterfly<radix, 1>(z);
+                unroll<turns>([&](auto j) ALWAYS_INLINE { z[j + 1] = z[j + 1] * w[j]; });
+                unroll<radix>([&](auto j) ALWAYS_INLINE { store(z[j], pass.out, q + s * (radix * p + j)); });
+            }
         }
     }
 };
@@ -299,12 +316,13 @@ struct Untangle {
     }
 };
 
-/// The instruction sets. A kernel is compiled for one by being inlined into its run().
+/// The instruction sets. A kernel is compiled for one by being inlined into its run(); it gets a copy of its work, so
+/// that no store of a sample can change it.
 struct Avx512 {
     static bool supported() { return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"); }
     template <class Kernel, class Work>
     __attribute__((target("avx512f,avx512dq"))) static void run(const Work& work) {
-        Kernel::template run<8>(work);
+        Kernel::template run<8>(Work(work));
     }
 };
 
@@ -312,7 +330,7 @@ struct Avx2 {
     static bool supported() { return __builtin_cpu_supports("avx2"); }
     template <class Kernel, class Work>
     __attribute__((target("avx2"))) static void run(const Work& work) {
-        Kernel::template run<4>(work);
+        Kernel::template run<4>(Work(work));
     }
 };
 
@@ -320,7 +338,7 @@ struct Baseline {
     static bool supported() { return true; }
     template <class Kernel, class Work>
     static void run(const Work& work) {
-        Kernel::template run<2>(work);
+        Kernel::template run<2>(Work(work));
     }
 };
 
