@@ -37,6 +37,11 @@ double rt_powd_snf(double e);
 /// True when |b - a| is less than the spacing of doubles at |b/2|, or both are the same infinity.
 bool iseq(double a, double b);
 
+/// The leading 24 bits of x: products of two heads, or of a head and a whole number below 2^29, are exact.
+inline double head(double x) {
+    return static_cast<double>(static_cast<float>(x));
+}
+
 /// Truncates toward zero to a 32-bit count; what does not fit saturates, NaN gives 0.
 int truncatedToInt(double x);
 

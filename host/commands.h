@@ -1,0 +1,35 @@
+#ifndef RT305_HOST_COMMANDS_H
+#define RT305_HOST_COMMANDS_H
+
+#include <optional>
+#include <string>
+
+#include "generator.h"
+#include "measurement.h"
+
+namespace rt305 {
+
+/// The tool's subcommands. Data go to stdout, warnings to stderr; what ends a command is thrown as Failure.
+
+struct MeasureOptions {
+    std::string file;  // "-": stdin
+    std::optional<double> rateHz;
+    MeasurementSettings settings;
+    std::string library;  // empty: searched for
+    bool json = false;
+};
+
+struct GenerateOptions {
+    GeneratorSettings settings;
+    int digits = 6;
+    std::string file;  // empty: stdout
+};
+
+void showRecording(const MeasureOptions& options);
+void showParameters(const MeasureOptions& options);
+void showSignals(const MeasureOptions& options);
+void generateRecording(const GenerateOptions& options);
+
+}  // namespace rt305
+
+#endif

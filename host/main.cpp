@@ -1,0 +1,235 @@
+/// rt305 - measures recordings with libRT305_4.so.1 as any host does: through its C interface, loaded at run time.
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <map>
+#include <new>
+
+#include "commands.h"
+#include "failure.h"
+#include "text.h"
+
+namespace {
+
+using namespace rt305;
+
+/// An option whose words stand for a value under a mask of the measurement flags.
+struct FlagOption {
+    const char* name;
+    const char* help;
+    std::uint32_t mask;
+    std::map<std::string, std::uint32_t> words;
+};
+
+const std::vector<FlagOption>& flagOptions() {
+    static const std::vector<FlagOption> options{
+        {"--wiring",
+         "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
+         RT305_4_FOUR_WIRE,
+         {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}},
+        {"--frequency",
+         "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
+         RT305_4_FREQUENCY_CONTROL,
+         {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}},
+        {"--power",
+         "how power is measured (default none)",
+         RT305_4_POWER_MASK,
+         {{"none", RT305_4_POWER_NONE},
+          {"two-wattmeter", RT305_4_POWER_TWO_WATTMETER},
+          {"two-wattmeter-phase", RT305_4_POWER_TWO_WATTMETER_PHASE},
+          {"three-wattmeter", RT305_4_POWER_THREE_WATTMETER},
+          {"three-wattmeter-complex", RT305_4_POWER_THREE_WATTMETER_COMPLEX}}},
+        {"--two-currents",
+         "rebuild the current of this phase from the other two; it need not be recorded",
+         RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_MASK,
+         {{"a", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_A},
+          {"b", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_B},
+          {"c", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_C}}},
+        {"--source",
+         "simulated (default): samples are V and A; real: they are counts that gain and resistance scale",
+         RT305_4_SIMULATED_SOURCE_MASK,
+         {{"real", 0}, {"simulated", RT305_4_SIMULATED_SOURCE_MASK}}},
+    };
+    return options;
+}
+
+struct FlagSwitch {
+    const char* name;
+    const char* help;
+    std::uint32_t flag;
+};
+
+constexpr FlagSwitch flagSwitches[] = {
+    {"--keep-rebuilt-rms", "RMS of the rebuilt current from its samples, not the mean of the other two",
+     RT305_4_KEEP_REBUILT_RMS},
+    {"--invert-p", "turn the sign of the total active power", RT305_4_NEGATE_ACTIVE_POWER},
+    {"--invert-q", "turn the sign of the total reactive power", RT305_4_NEGATE_REACTIVE_POWER},
+};
+
+/// "3:8:-70" -> order, percent, degrees (0 when not given).
+Harmonic parseHarmonic(const std::string& text) {
+    const auto fields = split(text, ':');
+    const auto order = parseCount(fields[0]);
+    const auto percent = fields.size() > 1 ? parseNumber(fields[1]) : std::nullopt;
+    const auto degrees = fields.size() > 2 ? parseNumber(fields[2]) : 0.0;
+    if (!order || *order < 1 || *order > 10000 || !percent || !degrees || fields.size() > 3) {
+        failInput("the harmonic " + inQuotes(text) + " is not of the form ORDER:PERCENT[:DEGREES]");
+    }
+    return {static_cast<int>(*order), *percent, *degrees};
+}
+
+/// "Ia:1000:64" -> channel, first sample, number of samples.
+Dropout parseDropout(const std::string& text) {
+    const auto fields = split(text, ':');
+    const auto channel = findChannel(fields[0]);
+    const auto start = fields.size() == 3 ? parseCount(fields[1]) : std::nullopt;
+    const auto count = fields.size() == 3 ? parseCount(fields[2]) : std::nullopt;
+    if (!channel || !start || !count) {
+        failInput("the dropout " + inQuotes(text) + " is not of the form CHANNEL:START:COUNT");
+    }
+    return {*channel, *start, *count};
+}
+
+void addPerChannelOption(CLI::App& command, const std::string& name, const std::string& help,
+                         PerChannel<double>& values) {
+    command
+        .add_option_function<std::string>(
+            name, [name, &values](const std::string& text) { values = parsePerChannel(name, text, values[0]); },
+            help + ": six numbers or Ua=..,Ib=..")
+        ->type_name("LIST");
+}
+
+template <class Item>
+void addRepeatedOption(CLI::App& command, const char* name, const char* form, const char* help,
+                       std::vector<Item>& items, Item (*parse)(const std::string&)) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&items, parse](const std::vector<std::string>& texts) {
+                std::transform(texts.begin(), texts.end(), std::back_inserter(items), parse);
+            },
+            help)
+        ->type_name(form)
+        ->allow_extra_args(false);
+}
+
+void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
+    command.add_option("FILE", options.file, "CSV recording; - reads stdin")->required()->type_name("");
+    command
+        .add_option_function<std::string>(
+            "--map", [&options](const std::string& text) { options.settings.columns = parseColumnMap("--map", text); },
+            "which column holds which channel, by name or number from 1: Ua=COLUMN,Ub=COLUMN,...")
+        ->type_name("LIST");
+    command.add_option("--rate", options.rateHz, "sample rate in Hz; the time column is not read then")
+        ->check(CLI::PositiveNumber)
+        ->type_name("HZ");
+}
+
+void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
+    addRecordingOptions(command, options);
+    static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
+                                                            {"currents", RT305_4_INPUT_CURRENTS},
+                                                            {"all", RT305_4_INPUT_VOLTAGES_AND_CURRENTS}};
+    command
+        .add_option_function<std::string>(
+            "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
+            "what to measure (default: by the channels that are there)")
+        ->check(CLI::IsMember(types));
+    for (const FlagOption& option : flagOptions()) {
+        command
+            .add_option_function<std::string>(
+                option.name,
+                [&options, &option](const std::string& word) {
+                    options.settings.flags = (options.settings.flags & ~option.mask) | option.words.at(word);
+                },
+                option.help)
+            ->check(CLI::IsMember(option.words));
+    }
+    for (const FlagSwitch& flag : flagSwitches) {
+        command.add_flag_function(
+            flag.name, [&options, &flag](std::int64_t) { options.settings.flags |= flag.flag; }, flag.help);
+    }
+    addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
+    addPerChannelOption(command, "--gains", "gain settings for --source real, default 1", options.settings.gains);
+    addPerChannelOption(command, "--resistances", "input resistances in ohm for --source real, default 0",
+                        options.settings.resistances);
+    command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
+    command.add_flag("--json", options.json, "print the library's own texts");
+}
+
+void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
+    GeneratorSettings& settings = options.settings;
+    command.add_option("-o,--output", options.file, "write to this file, not to stdout")->type_name("FILE");
+    command.add_option("--frequency", settings.frequencyHz, "fundamental")->capture_default_str()->type_name("HZ");
+    command.add_option("--rate", settings.rateHz, "sample rate")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str()
+        ->type_name("HZ");
+    command.add_option("--duration", settings.durationSeconds, "length of the recording")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str()
+        ->type_name("S");
+    command.add_option("--voltage", settings.voltage, "RMS of the fundamental")->capture_default_str()->type_name("V");
+    command.add_option("--current", settings.current, "RMS of the fundamental")->capture_default_str()->type_name("A");
+    command.add_option("--angle", settings.angleDegrees, "by which currents lag their voltages")
+        ->capture_default_str()
+        ->type_name("DEGREES");
+    for (const auto& [name, help, harmonics] :
+         {std::tuple{"--harmonic-u", "add a harmonic of the voltages", &settings.voltageHarmonics},
+          std::tuple{"--harmonic-i", "add a harmonic of the currents", &settings.currentHarmonics}}) {
+        addRepeatedOption(command, name, "ORDER:PERCENT[:DEGREES]", help, *harmonics, &parseHarmonic);
+    }
+    addPerChannelOption(command, "--factors", "unbalance, factors on the amplitudes, default 1", settings.factors);
+    addPerChannelOption(command, "--offsets", "constants to add in V and A, default 0", settings.offsets);
+    command.add_option("--noise", settings.noisePercent, "RMS of white noise in percent of the fundamental's")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str()
+        ->type_name("PERCENT");
+    command.add_option("--seed", settings.seed, "the noise to take")->capture_default_str()->type_name("NUMBER");
+    addRepeatedOption(command, "--dropout", "CHANNEL:START:COUNT", "set samples to zero", settings.dropouts,
+                      &parseDropout);
+    command.add_option("--digits", options.digits, "significant digits of each column's largest sample")
+        ->check(CLI::Range(1, 15))
+        ->capture_default_str()
+        ->type_name("N");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Measures sampled three-phase voltages and currents with libRT305_4.so.1.");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 success, 1 the library refuses the measurement, 2 unusable options or input.");
+
+    MeasureOptions measure;
+    GenerateOptions generate;
+    CLI::App* const info = app.add_subcommand("info", "show what a recording holds; needs no library");
+    CLI::App* const params = app.add_subcommand("params", "measure the electrical parameters");
+    CLI::App* const signals = app.add_subcommand("signals", "measure the statistics of each signal");
+    CLI::App* const generator = app.add_subcommand("generate", "write a recording of known content as CSV");
+    addRecordingOptions(*info, measure);
+    addMeasureOptions(*params, measure);
+    addMeasureOptions(*signals, measure);
+    addGenerateOptions(*generator, generate);
+    info->final_callback([&] { showRecording(measure); });
+    params->final_callback([&] { showParameters(measure); });
+    signals->final_callback([&] { showSignals(measure); });
+    generator->final_callback([&] { generateRecording(generate); });
+
+    try {
+        app.parse(argc, argv);
+        std::cout.flush();
+        if (!std::cout) {
+            failInput("cannot write to stdout");
+        }
+        return static_cast<int>(ExitCode::success);
+    } catch (const CLI::ParseError& error) {
+        return static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::unusableInput);
+    } catch (const Failure& failure) {
+        std::cerr << "rt305: " << failure.what() << '\n';
+        return static_cast<int>(failure.code());
+    } catch (const std::bad_alloc&) {
+        std::cerr << "rt305: out of memory\n";
+        return static_cast<int>(ExitCode::refused);
+    }
+}

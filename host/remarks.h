@@ -1,0 +1,18 @@
+#ifndef RT305_HOST_REMARKS_H
+#define RT305_HOST_REMARKS_H
+
+#include <string>
+#include <vector>
+
+#include "measurement.h"
+#include "results.h"
+
+namespace rt305 {
+
+/// What a reader of the parameter table must know: one sentence for every group of values that is missing, with the
+/// reason as far as the tool can see it, and one for every figure that the settings make doubtful.
+std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, const Measurement& measurement);
+
+}  // namespace rt305
+
+#endif

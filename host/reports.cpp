@@ -1,0 +1,138 @@
+#include "reports.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "text.h"
+#include "text_table.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+struct ParameterRow {
+    const char* label;
+    std::array<const char*, 4> names;  // total, a, b, c; empty where there is no such quantity
+};
+
+constexpr ParameterRow parameterRows[] = {
+    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},           {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
+    {"Zero-sequence voltage", {"Ud0", "", "", ""}},         {"Current", {"", "Ida", "Idb", "Idc"}},
+    {"Frequency, 0.1 Hz steps", {"", "Fa", "Fb", "Fc"}},    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}},
+    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}}, {"Active power P", {"P", "Pa", "Pb", "Pc"}},
+    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},          {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
+    {"Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}},
+};
+
+std::string inputTypeName(std::uint32_t inputType) {
+    switch (inputType) {
+        case RT305_4_INPUT_VOLTAGES:
+            return "voltages";
+        case RT305_4_INPUT_CURRENTS:
+            return "currents";
+        default:
+            return "voltages and currents";
+    }
+}
+
+std::vector<std::string> rangeCells(const Column& column) {
+    double smallest = nan;
+    double largest = nan;
+    for (const double x : column.samples) {
+        smallest = std::fmin(smallest, x);
+        largest = std::fmax(largest, x);
+    }
+    return TextTable::numbers({smallest, largest});
+}
+
+}  // namespace
+
+std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns) {
+    const auto columns = assignColumns(recording, chosenColumns);
+    TextTable facts("ll");
+    facts.add({"Recording", recording.source});
+    facts.add({"Samples", std::to_string(recording.length)});
+    if (recording.rateHz == 0.0) {
+        facts.add({"Rate", "unknown: no time column, give --rate HZ"});
+    } else {
+        facts.add({"Rate", formatNumber(recording.rateHz, 9) + " Hz, " + recording.rateOrigin});
+        facts.add({"Duration", formatNumber(static_cast<double>(recording.length) / recording.rateHz) + " s"});
+    }
+    TextTable table("lllrr");
+    table.add({"Column", "Unit", "Channel", "Minimum", "Maximum"});
+    std::string faults;
+    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
+        const Column& column = recording.columns[i];
+        const auto channel = std::find(columns.begin(), columns.end(), i);
+        std::vector<std::string> cells = {
+            column.name, column.unit,
+            channel == columns.end() ? "-"
+                                     : std::string(channelNames[static_cast<std::size_t>(channel - columns.begin())])};
+        const auto range = rangeCells(column);
+        cells.insert(cells.end(), range.begin(), range.end());
+        table.add(std::move(cells));
+        faults += column.fault.empty() ? "" : column.fault + "\n";
+    }
+    return facts.text() + "\n" + table.text() + (faults.empty() ? "" : "\nNot readable as samples:\n" + faults);
+}
+
+std::string describe(const Measurement& measurement) {
+    std::string words = std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) +
+                        " Hz, " + inputTypeName(measurement.inputType);
+    if (measurement.inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS) {
+        words += measurement.has(RT305_4_FOUR_WIRE) ? ", four-wire" : ", three-wire";
+    }
+    return words;
+}
+
+std::string reportParameters(const std::vector<NamedValue>& parameters) {
+    TextTable table("lrrrrl");
+    table.add({"", "    total", "        a", "        b", "        c", ""});
+    for (const ParameterRow& row : parameterRows) {
+        std::vector<double> values;
+        std::string unit;
+        for (const std::string_view name : row.names) {
+            const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                            [name](const NamedValue& parameter) { return parameter.name == name; });
+            values.push_back(found == parameters.end() ? nan : found->value);
+            unit = found == parameters.end() || found->unit == "-" ? unit : found->unit;
+        }
+        std::vector<std::string> cells = TextTable::numbers(values);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            cells[i] = *row.names[i] == '\0' ? "" : cells[i];
+        }
+        cells.insert(cells.begin(), row.label);
+        cells.push_back(unit);
+        table.add(std::move(cells));
+    }
+    return table.text();
+}
+
+std::string reportSignals(const std::vector<SignalStatistics>& signals) {
+    if (signals.empty()) {
+        return {};
+    }
+    TextTable table("l" + std::string(signals.size(), 'r') + "l");
+    std::vector<std::string> heading(signals.size() + 2);
+    std::transform(signals.begin(), signals.end(), heading.begin() + 1,
+                   [](const SignalStatistics& signal) { return signal.channel; });
+    table.add(std::move(heading));
+    for (std::size_t i = 0; i < signals[0].statistics.size(); ++i) {
+        std::vector<double> values(signals.size(), nan);
+        for (std::size_t s = 0; s < signals.size(); ++s) {
+            values[s] = i < signals[s].statistics.size() ? signals[s].statistics[i].value : nan;
+        }
+        const NamedValue& first = signals[0].statistics[i];
+        std::vector<std::string> cells = TextTable::numbers(values);
+        cells.insert(cells.begin(), first.name);
+        cells.push_back(first.name == "peak2rms" ? "" : first.unit);  // a ratio, whatever unit the text gives it
+        table.add(std::move(cells));
+    }
+    return table.text();
+}
+
+}  // namespace rt305

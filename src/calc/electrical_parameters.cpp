@@ -1,0 +1,252 @@
+#include "calc/electrical_parameters.h"
+
+#include <cmath>
+
+#include "calc/frequency.h"
+#include "calc/phase_difference.h"
+#include "toolkit/analytic_signal.h"
+#include "toolkit/reductions.h"
+#include "toolkit/scalar.h"
+
+namespace calc_modul_K9_web_ns {
+namespace {
+
+using coder::creal_T;
+using coder::d_table;
+using coder::expanded;
+using coder::expandedLength;
+using coder::Parameter;
+using coder::row;
+
+using PerPhase = std::array<double, coder::phases>;
+
+/// The parameter of phase b or c that follows the one of phase a.
+Parameter next(Parameter a, std::size_t phase) {
+    return static_cast<Parameter>(static_cast<std::size_t>(a) + phase);
+}
+
+void store(d_table& out, Parameter first, const PerPhase& values) {
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        out[next(first, phase)] = values[phase];
+    }
+}
+
+double total(const PerPhase& values) {
+    return values[0] + values[1] + values[2];
+}
+
+/// sum over i of term(a[i], b[i]) under singleton expansion, times 1/N.
+template <class Term>
+double meanOf(const row& a, const row& b, double N, Term term) {
+    const expanded x(a);
+    const expanded y(b);
+    const auto n = static_cast<std::size_t>(expandedLength(a.numel(), b.numel()));
+    return coder::blockedSum(n, [&](std::size_t i) { return term(x[i], y[i]); }) * (1.0 / N);
+}
+
+double rms(const row& x, double N) {
+    return std::sqrt(meanOf(x, x, N, [](double a, double b) { return a * b; }));
+}
+
+double rmsOfDifference(const row& a, const row& b, double N) {
+    return std::sqrt(meanOf(a, b, N, [](double x, double y) { return (x - y) * (x - y); }));
+}
+
+row plus(const row& a, const row& b) {
+    row sum;
+    coder::binary_expand_op(sum, a, b, [](double x, double y) { return x + y; });
+    return sum;
+}
+
+row minus(const row& a, const row& b) {
+    row difference;
+    coder::binary_expand_op(difference, a, b, [](double x, double y) { return x - y; });
+    return difference;
+}
+
+void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_table& out) {
+    PerPhase phaseVoltage{};
+    PerPhase lineVoltage{};
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        const row& here = u[phase];
+        if (wiring == option::wiringThree) {
+            lineVoltage[phase] = rms(here, N);
+            phaseVoltage[phase] = lineVoltage[phase] / 1.7320508075688772;
+        } else if (wiring == option::wiringFour) {
+            phaseVoltage[phase] = rms(here, N);
+            lineVoltage[phase] = rmsOfDifference(here, u[(phase + 1) % coder::phases], N);
+        }
+    }
+    store(out, Parameter::Uda, phaseVoltage);
+    store(out, Parameter::Udab, lineVoltage);
+    out[Parameter::Ud0] = rms(plus(plus(u[0], u[1]), u[2]), N) * 0.3333333333333333;
+}
+
+void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& options, d_table& out) {
+    PerPhase current{rms(i[0], N), rms(i[1], N), rms(i[2], N)};
+    if (!options.keepRebuiltRms && options.rebuiltCurrent != PhaseChoice::none) {
+        const std::size_t rebuilt = static_cast<std::size_t>(options.rebuiltCurrent) - 1;
+        const std::size_t first = rebuilt == 0 ? 1 : 0;
+        const std::size_t second = rebuilt == 2 ? 1 : 2;
+        current[rebuilt] = (current[first] + current[second]) * 0.5;
+    }
+    store(out, Parameter::Ida, current);
+}
+
+/// The open interval in which fundamentals are accepted.
+struct FrequencyWindow {
+    explicit FrequencyWindow(std::string_view option)
+        : lower(option == option::frequencyControl ? 10.0 : 49.6),
+          upper(option == option::frequencyControl ? 60.0 : 50.4) {}
+    bool holds(double frequency) const { return lower < frequency && frequency < upper; }
+
+    double lower;
+    double upper;
+};
+
+using Gates = std::array<bool, coder::phases>;
+
+/// Which phases the window admits. gatedBy[p] is the phase whose fundamental decides about phase p.
+Gates admit(const SetHarmonics& set, const FrequencyWindow& window, const std::array<std::size_t, 3>& gatedBy) {
+    const auto fundamental = [&](std::size_t phase) { return set[phase].harmFreq[0]; };
+    const bool inRange = window.holds((fundamental(1) + fundamental(0) + fundamental(2)) / 3.0);
+    Gates gates{};
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        gates[phase] = inRange && window.holds(fundamental(gatedBy[phase]));
+    }
+    return gates;
+}
+
+constexpr std::array<std::size_t, 3> gatedByPartner{0, 2, 1};
+constexpr std::array<std::size_t, 3> gatedByItself{0, 1, 2};
+
+void storeDistortion(const SetHarmonics& set, const Gates& gates, Parameter first, d_table& out) {
+    PerPhase percent{rtNaN, rtNaN, rtNaN};
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        if (gates[phase]) {
+            percent[phase] = 100.0 * coder::rt_powd_snf(set[phase].r / 20.0);
+        }
+    }
+    store(out, first, percent);
+}
+
+void measureFrequencies(const ChannelSet& u, double N, std::string_view option, const Gates& gates, d_table& out) {
+    if (gates == Gates{}) {
+        return;
+    }
+    const FrequencySearch search(N, option);
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        if (gates[phase]) {
+            out[next(Parameter::Fa, phase)] = search.frequency(u[phase]);
+        }
+    }
+}
+
+/// Powers of the three phases, and their plain sums as totals.
+void storePhasePowers(const PerPhase& active, const PerPhase& reactive, const PerPhase& apparent, d_table& out) {
+    store(out, Parameter::Pa, active);
+    store(out, Parameter::Qa, reactive);
+    store(out, Parameter::Sa, apparent);
+    out[Parameter::P] = total(active);
+    out[Parameter::Q] = total(reactive);
+    out[Parameter::S] = total(apparent);
+}
+
+/// P = mean of u i, S = U I, Q = P tan(acos(P / S)): never negative, NaN where |P| > S.
+void threeWattmeter(const ChannelSet& u, const ChannelSet& i, double N, d_table& out) {
+    PerPhase active{};
+    PerPhase reactive{};
+    PerPhase apparent{};
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        active[phase] = meanOf(u[phase], i[phase], N, [](double a, double b) { return a * b; });
+        apparent[phase] = out[next(Parameter::Ida, phase)] * out[next(Parameter::Uda, phase)];
+        reactive[phase] = active[phase] * std::tan(std::acos(active[phase] / apparent[phase]));
+    }
+    storePhasePowers(active, reactive, apparent, out);
+}
+
+/// P + jQ = mean of u conj(i) / 2 over the analytic signals, S = |P + jQ| per phase; the totals are plain sums, so the
+/// total S is the arithmetic one.
+void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d_table& out) {
+    PerPhase active{};
+    PerPhase reactive{};
+    PerPhase apparent{};
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        const creal_T power = coder::analyticProductSum(u[phase], i[phase]);
+        active[phase] = power.re * (1.0 / N) * 0.5;
+        reactive[phase] = power.im * (1.0 / N) * 0.5;
+        apparent[phase] = coder::rt_hypotd_snf(active[phase], reactive[phase]);
+    }
+    storePhasePowers(active, reactive, apparent, out);
+}
+
+/// Two wattmeters with currents a and c and line voltages ab and bc: each reads U I at its angle phi.
+void twoWattmeter(double phi1, double phi2, bool magnitudes, d_table& out) {
+    const auto reading = [=](double factor, double current, double lineVoltage) {
+        const double product = factor * current * lineVoltage;
+        return magnitudes ? std::fabs(product) : product;
+    };
+    const double currentA = out[Parameter::Ida];
+    const double currentC = out[Parameter::Idc];
+    const double voltageAb = out[Parameter::Udab];
+    const double voltageBc = out[Parameter::Udbc];
+    const double active = reading(std::cos(phi1), currentA, voltageAb) + reading(std::cos(phi2), currentC, voltageBc);
+    const double reactive = reading(std::sin(phi1), currentA, voltageAb) + reading(std::sin(phi2), currentC, voltageBc);
+    out[Parameter::P] = active;
+    out[Parameter::Q] = reactive;
+    out[Parameter::S] = std::sqrt(active * active + reactive * reactive);
+}
+
+void measurePower(const ChannelSet& u, const ChannelSet& i, double N, std::string_view method, d_table& out) {
+    if (method == option::powerThreeWattmeter) {
+        threeWattmeter(u, i, N, out);
+    } else if (method == option::powerThreeWattmeterComplex) {
+        threeWattmeterComplex(u, i, N, out);
+    } else if (method == option::powerTwoWattmeter) {
+        twoWattmeter(phdiffmeasure(u[0], i[0]), phdiffmeasure(u[1], i[2]), false, out);
+    } else if (method == option::powerTwoWattmeterPhase) {
+        twoWattmeter(phdiffmeasure(minus(u[1], u[0]), i[0]), phdiffmeasure(minus(u[1], u[2]), i[2]), true, out);
+    }
+}
+
+}  // namespace
+
+Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents) {
+    Harmonics harmonics;
+    coder::HarmonicDistortion measurement(voltages[0].numel(), coder::b_thdSettings);
+    const auto measure = [&](const row& x) {
+        return x.numel() == voltages[0].numel() ? measurement.measure(x) : coder::b_thd(x);
+    };
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        harmonics.voltages[phase] = measure(voltages[phase]);
+        harmonics.currents[phase] = measure(currents[phase]);
+    }
+    return harmonics;
+}
+
+void ParamData_mo_305_4(const ChannelSet& voltages, const ChannelSet& currents, double N,
+                        const MeasurementOptions& options, const Harmonics& harmonics, d_table& out) {
+    measureVoltages(voltages, N, options.wiring, out);
+    measureCurrents(currents, N, options, out);
+
+    const FrequencyWindow window(options.frequency);
+    const Gates voltageGates = admit(harmonics.voltages, window, gatedByPartner);
+    const Gates currentGates = admit(harmonics.currents, window, gatedByItself);
+    storeDistortion(harmonics.voltages, voltageGates, Parameter::THD_Va, out);
+    storeDistortion(harmonics.currents, currentGates, Parameter::THD_Ia, out);
+    measureFrequencies(voltages, N, options.frequency, voltageGates, out);
+
+    constexpr Gates all{true, true, true};
+    if (voltageGates != all || currentGates != all) {
+        return;
+    }
+    measurePower(voltages, currents, N, options.power, out);
+    if (options.negateActivePower) {
+        out[Parameter::P] = -out[Parameter::P];
+    }
+    if (options.negateReactivePower) {
+        out[Parameter::Q] = -out[Parameter::Q];
+    }
+}
+
+}  // namespace calc_modul_K9_web_ns

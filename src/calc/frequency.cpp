@@ -1,0 +1,147 @@
+#include "calc/frequency.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "calc/options.h"
+#include "toolkit/non_finite.h"
+#include "toolkit/scalar.h"
+
+namespace calc_modul_K9_web_ns {
+namespace {
+
+using coder::creal_T;
+using coder::samples;
+
+constexpr double samplingPeriod = 0.0001;  // s, whatever the acquisition rate
+
+struct Range {
+    double lowest;
+    double highest;
+    int slots;
+
+    /// The quotient is truncated as it comes out in doubles: 501 for 10 ... 60 Hz, but 8 for 49.6 ... 50.4 Hz.
+    int evaluated() const { return coder::truncatedToInt(((0.1 - lowest) + highest) / 0.1); }
+};
+
+Range rangeOf(std::string_view option) {
+    return option == option::frequencyControl ? Range{10.0, 60.0, 501} : Range{49.6, 50.4, 9};
+}
+
+std::vector<double> anglesPerSample(const Range& range) {
+    std::vector<double> angles(static_cast<std::size_t>(range.evaluated()));
+    for (std::size_t k = 0; k < angles.size(); ++k) {
+        angles[k] = (range.lowest + 0.1 * static_cast<double>(k)) * coder::twoPi * samplingPeriod;
+    }
+    return angles;
+}
+
+bool isNaN(creal_T z) {
+    return std::isnan(z.re) || std::isnan(z.im);
+}
+
+/// The times 1, 2, ... N paired with the samples: a single one of either is paired with every one of the other.
+struct Pairing {
+    Pairing(samples x, double N) : values(x) {
+        const int times = std::max(coder::truncatedToInt(N), 0);
+        singleTime = times == 1;
+        count = static_cast<std::size_t>(coder::expandedLength(static_cast<int>(x.size()), times));
+    }
+    double time(std::size_t i) const { return singleTime ? 1.0 : static_cast<double>(i) + 1.0; }
+
+    coder::expanded values;
+    std::size_t count = 0;
+    bool singleTime = false;
+};
+
+/// The sum by its definition, left to right.
+creal_T plainSum(const Pairing& pairs, double frequency) {
+    creal_T sum{0.0, 0.0};
+    for (std::size_t i = 0; i < pairs.count; ++i) {
+        const double phase = pairs.time(i) * frequency * coder::twoPi * samplingPeriod;
+        sum.re += pairs.values[i] * std::cos(phase);
+        sum.im -= pairs.values[i] * std::sin(phase);
+    }
+    return sum;
+}
+
+}  // namespace
+
+FrequencySearch::FrequencySearch(double N, std::string_view option)
+    : N_(N),
+      lowest_(rangeOf(option).lowest),
+      slots_(rangeOf(option).slots),
+      evaluated_(rangeOf(option).evaluated()),
+      grid_(anglesPerSample(rangeOf(option))) {}
+
+/// Slots among which the largest plain sum is certain to be.
+///
+/// Let A = sum |x|, u = 2^-53 and S the exact sum at the angles as computed here. The screened sum differs from S by at
+/// most errorBound(n) A. The plain sum differs from S by at most
+///   - 5 u phase <= 5 u 0.0377 n A for its phases: three rounded products, and two in the angle used here;
+///   - 3 u A for sine, cosine and the product; n u A for the left-to-right sum; twice that for both parts.
+/// Magnitudes add a few u A. Hence | |plain| - |screened| | <= d A with d = errorBound(n) + 4 u n + 1e-14, and a slot
+/// whose screened magnitude is below the largest one's by more than 2 d A cannot have the largest plain magnitude,
+/// nor tie with it; a slot that is alone on the list is not 0 either. Below 1e-280 underflow would break the relative
+/// bounds: there, and where A is not finite, every slot is on the list.
+std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
+    std::vector<int> slots(static_cast<std::size_t>(evaluated_));
+    std::iota(slots.begin(), slots.end(), 0);
+    if (!(total >= 1e-280 && std::isfinite(total)) || static_cast<double>(x.size()) != N_) {
+        return slots;
+    }
+    std::vector<double> re(grid_.size());
+    std::vector<double> im(grid_.size());
+    grid_.evaluate(x, re.data(), im.data());
+    std::vector<double> magnitudes(grid_.size());
+    std::transform(re.begin(), re.end(), im.begin(), magnitudes.begin(), coder::rt_hypotd_snf);
+    const auto n = static_cast<double>(x.size());
+    const double bound = coder::FourierGrid::errorBound(x.size()) + 4.0 * 1.1102230246251565e-16 * n + 1e-14;
+    const double threshold = *std::max_element(magnitudes.begin(), magnitudes.end()) - 2.0 * bound * total;
+    std::erase_if(slots, [&](int k) { return magnitudes[static_cast<std::size_t>(k)] < threshold; });
+    return slots;
+}
+
+FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitude) const {
+    const double total = coder::blockedSum(x.size(), [p = x.data()](std::size_t i) { return std::fabs(p[i]); });
+    if (std::isnan(total) || std::isnan(N_)) {
+        // Every evaluated slot is NaN, so the first one that is not evaluated wins.
+        return evaluated_ < slots_ ? Fundamental{gridFrequency(evaluated_), 0.0 / N_} : Fundamental{lowest_, rtNaN};
+    }
+    if (total == 0.0) {
+        return {lowest_, 0.0 / N_};
+    }
+    const std::vector<int> candidates = shortlist(x, total);
+    if (candidates.size() == 1 && !withAmplitude) {
+        return {gridFrequency(candidates.front()), rtNaN};
+    }
+    const Pairing pairs(x, N_);
+    int best = 0;
+    creal_T largest{rtNaN, rtNaN};
+    const auto consider = [&](int slot, creal_T sum) {
+        if (!isNaN(sum) && (isNaN(largest) || coder::isLarger(sum, largest))) {
+            best = slot;
+            largest = sum;
+        }
+    };
+    for (const int slot : candidates) {
+        consider(slot, plainSum(pairs, gridFrequency(slot)));
+    }
+    for (int slot = evaluated_; slot < slots_; ++slot) {
+        consider(slot, {0.0, 0.0});
+    }
+    return {gridFrequency(best), 2.0 * coder::rt_hypotd_snf(largest.re, largest.im) / N_};
+}
+
+void cal_fin_u(samples x, double N, std::string_view option, double* frequency, double* amplitude) {
+    const FrequencySearch search(N, option);
+    const FrequencySearch::Fundamental found =
+        amplitude != nullptr ? search.fundamental(x) : FrequencySearch::Fundamental{search.frequency(x), 0.0};
+    *frequency = found.frequency;
+    if (amplitude != nullptr) {
+        *amplitude = found.amplitude;
+    }
+}
+
+}  // namespace calc_modul_K9_web_ns

@@ -1,0 +1,26 @@
+#ifndef RT305_4_CALC_QUANTITY_H
+#define RT305_4_CALC_QUANTITY_H
+
+#include <array>
+#include <string_view>
+
+#include "calc/records.h"
+
+namespace calc_modul_K9_web_ns {
+
+/// Everything in which voltages and currents differ.
+struct Quantity {
+    std::array<std::string_view, coder::phases> labels;
+    std::string_view axisLabel;
+    std::string_view unit;
+};
+
+inline constexpr Quantity voltage{{"Va", "Vb", "Vc"}, "Voltage, V", "V"};
+inline constexpr Quantity current{{"Ia", "Ib", "Ic"}, "Current, A", "A"};
+
+/// One channel set: the conditioned signals of phases a, b, c in volts or amperes.
+using ChannelSet = std::array<coder::row, coder::phases>;
+
+}  // namespace calc_modul_K9_web_ns
+
+#endif

@@ -1,0 +1,59 @@
+#include "calc/records.h"
+
+#include "calc/quantity.h"
+
+namespace calc_modul_K9_web_ns::coder {
+namespace {
+
+constexpr std::array<std::string_view, parameterCount> parameterNames{
+    "S",   "Sa",     "Sb",     "Sc",     "P",      "Pa",     "Pb",     "Pc",  "Q",   "Qa",  "Qb", "Qc",
+    "Uda", "Udb",    "Udc",    "Udab",   "Udbc",   "Udca",   "Ud0",    "Ida", "Idb", "Idc", "Fa", "Fb",
+    "Fc",  "THD_Va", "THD_Vb", "THD_Vc", "THD_Ia", "THD_Ib", "THD_Ic", "Pf",  "Pfa", "Pfb", "Pfc"};
+
+constexpr std::array<std::string_view, parameterCount> parameterUnits{
+    "VA", "VA", "VA", "VA", "W",  "W",  "W",  "W", "VAR", "VAR", "VAR", "VAR", "V", "V", "V", "V", "V", "V",
+    "V",  "A",  "A",  "A",  "Hz", "Hz", "Hz", "%", "%",   "%",   "%",   "%",   "%", "-", "-", "-", "-"};
+
+constexpr d_table::Names packedNames(parameterNames);
+constexpr d_table::Units packedUnits(parameterUnits);
+
+constexpr std::string_view frequencyAxis = "Frequency, Hz";
+
+row singleNaN() {
+    row result;
+    result.set_size(1, 1);
+    result[0] = rtNaN;
+    return result;
+}
+
+}  // namespace
+
+void d_table::prefill() {
+    names = packedNames;
+    units = packedUnits;
+    values.fill(rtNaN);
+}
+
+void b_table::prefill(const Quantity& quantity) {
+    variables.labels.assign(quantity.labels);
+    variables.signals = {singleNaN(), singleNaN(), singleNaN()};
+    variables.verticalAxis.assignAll(quantity.axisLabel);
+    variables.horizontalAxis.assignAll("Sample");
+    for (table& statistics : variables.statistics) {
+        statistics.units.assignAll(quantity.unit);
+        statistics.values.fill(rtNaN);
+    }
+}
+
+void c_table::prefill(const Quantity& quantity) {
+    labels.assign(quantity.labels);
+    verticalAxis.assignAll("Amp, dB");
+    horizontalAxis.assignAll(frequencyAxis);
+}
+
+void f_table::prefill(const Quantity& quantity) {
+    labels.assign(quantity.labels);
+    horizontalAxis.assignAll(frequencyAxis);
+}
+
+}  // namespace calc_modul_K9_web_ns::coder

@@ -1,0 +1,47 @@
+#include "calc/time_signal.h"
+
+#include <cmath>
+
+#include "toolkit/reductions.h"
+
+namespace calc_modul_K9_web_ns {
+namespace {
+
+using coder::samples;
+
+std::array<double, coder::table::rows> statisticsOf(samples x) {
+    const auto n = static_cast<double>(x.size());
+    const double mean = coder::combineVectorElements(x) / n;
+    const double squares = coder::blockedSum(x.size(), [p = x.data()](std::size_t i) { return p[i] * p[i]; });
+    const double rms = std::sqrt(squares / n);
+    if (x.empty()) {
+        return {mean, rms, rtNaN, rtNaN};
+    }
+    double largest = 0.0;
+    double smallest = 0.0;
+    int index = 0;
+    coder::maximum(x, &largest, &index);
+    coder::minimum(x, &smallest, &index);
+    const double peak = std::fmax(std::fabs(largest), std::fabs(smallest));
+    return {mean, rms, peak / rms, largest - smallest};
+}
+
+void fillTimeSignals(ChannelSet&& set, const Quantity& quantity, coder::b_table& record) {
+    record.prefill(quantity);
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        record.variables.statistics[phase].values = statisticsOf(set[phase]);
+    }
+    record.variables.signals = std::move(set);
+}
+
+}  // namespace
+
+void TimeSignalData_mo_305_4(ChannelSet&& set, coder::b_table& record) {
+    fillTimeSignals(std::move(set), voltage, record);
+}
+
+void TimeSignalData_mo_305_4I(ChannelSet&& set, coder::b_table& record) {
+    fillTimeSignals(std::move(set), current, record);
+}
+
+}  // namespace calc_modul_K9_web_ns

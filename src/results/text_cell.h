@@ -1,0 +1,27 @@
+#ifndef RT305_4_RESULTS_TEXT_CELL_H
+#define RT305_4_RESULTS_TEXT_CELL_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "table/mlab_cell.h"
+#include "toolkit/array.h"
+
+// From the values of a computation record to the cells of a result table.
+
+inline MatlabCell textCell(std::string_view text) {
+    return MatlabCell(std::string(text));
+}
+
+inline MatlabCell rowCell(const coder::row& values) {
+    return MatlabCell(std::vector<double>(values.begin(), values.end()));
+}
+
+/// Column counts of the records are doubles; they are truncated toward zero.
+inline std::uint64_t columnCount(double variables) {
+    return static_cast<std::uint64_t>(variables);
+}
+
+#endif

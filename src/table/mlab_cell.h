@@ -1,0 +1,108 @@
+#ifndef RT305_4_TABLE_MLAB_CELL_H
+#define RT305_4_TABLE_MLAB_CELL_H
+
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+class MatlabTable;
+
+/// One value of a table: a text, a number, a row of numbers, or a nested table that the cell owns.
+/// The type is fixed by the constructor and changes only by assignment. Copies keep the id of their source.
+class MatlabCell {
+public:
+    enum class CellDataType : std::uint32_t {
+        none = 0,
+        text = 1,
+        unsignedInteger = 2,
+        signedInteger = 3,
+        floating = 4,
+        table = 5,
+        floatingVector = 6,
+        signedVector = 7,
+        unsignedVector = 8
+    };
+
+    /// Number of ids handed out so far, and number of live cells. Neither is locked: one thread at a time makes cells.
+    static std::int64_t cellCounter;
+    static std::int64_t objectsCounter;
+
+    MatlabCell() : MatlabCell(Value()) {}
+    explicit MatlabCell(const std::string& value) : MatlabCell(Value(value)) {}
+    explicit MatlabCell(unsigned long value) : MatlabCell(Value(std::uint64_t{value})) {}
+    explicit MatlabCell(long value) : MatlabCell(Value(std::int64_t{value})) {}
+    explicit MatlabCell(int value) : MatlabCell(Value(std::int64_t{value})) {}
+    explicit MatlabCell(double value) : MatlabCell(Value(value)) {}
+    explicit MatlabCell(float value) : MatlabCell(Value(double{value})) {}
+    /// A deep copy of the table, made by its virtual clone.
+    explicit MatlabCell(const MatlabTable& table);
+    explicit MatlabCell(std::unique_ptr<MatlabTable> table);
+    explicit MatlabCell(std::vector<double> values) : MatlabCell(Value(std::move(values))) {}
+    explicit MatlabCell(std::vector<std::int64_t> values) : MatlabCell(Value(std::move(values))) {}
+    explicit MatlabCell(std::vector<std::uint64_t> values) : MatlabCell(Value(std::move(values))) {}
+    /// Narrow elements are widened: signed ones to 64-bit signed, unsigned ones to 64-bit unsigned, float to double.
+    template <std::signed_integral T>
+    explicit MatlabCell(const std::vector<T>& values)
+        : MatlabCell(std::vector<std::int64_t>(values.begin(), values.end())) {}
+    template <std::unsigned_integral T>
+    explicit MatlabCell(const std::vector<T>& values)
+        : MatlabCell(std::vector<std::uint64_t>(values.begin(), values.end())) {}
+    explicit MatlabCell(const std::vector<float>& values)
+        : MatlabCell(std::vector<double>(values.begin(), values.end())) {}
+
+    MatlabCell(const MatlabCell& other);
+    MatlabCell(MatlabCell&& other) noexcept;
+    MatlabCell& operator=(const MatlabCell& other);
+    MatlabCell& operator=(MatlabCell&& other) noexcept;
+    virtual ~MatlabCell();
+
+    /// Typed access. *ok, when given, tells whether the cell has the asked type; the result is 0 or empty when it has
+    /// not.
+    std::uint64_t toUInt(bool* ok = nullptr) const;
+    std::int64_t toInt(bool* ok = nullptr) const;
+    double toDouble(bool* ok = nullptr) const;
+    MatlabTable* toMatlabTable(bool* ok = nullptr) const;
+    const std::vector<std::int64_t>& toIntVector(bool* ok = nullptr) const;
+    const std::vector<std::uint64_t>& toUIntVector(bool* ok = nullptr) const;
+    const std::vector<double>& toDoubleVector(bool* ok = nullptr) const;
+    /// The value as text: numbers by the printf rules %llu, %lld and %.10e, vectors and tables by their size, as in
+    /// "[1x3 double]" and "[2x3 table]" (columns first). *ok is false only for a cell without a value.
+    std::string toString(bool* ok = nullptr) const;
+
+    bool isValid() const { return getDataType() != CellDataType::none; }
+    CellDataType getDataType() const { return static_cast<CellDataType>(value_.index()); }
+    std::int64_t getCellId() const { return id_; }
+
+private:
+    /// A table that is copied by its virtual clone.
+    class OwnedTable {
+    public:
+        explicit OwnedTable(std::unique_ptr<MatlabTable> table);
+        OwnedTable(const OwnedTable& other);
+        OwnedTable(OwnedTable&&) noexcept;
+        OwnedTable& operator=(const OwnedTable& other);
+        OwnedTable& operator=(OwnedTable&&) noexcept;
+        ~OwnedTable();
+        MatlabTable* get() const { return table_.get(); }
+
+    private:
+        std::unique_ptr<MatlabTable> table_;
+    };
+
+    /// The index of the alternative is the CellDataType.
+    using Value = std::variant<std::monostate, std::string, std::uint64_t, std::int64_t, double, OwnedTable,
+                               std::vector<double>, std::vector<std::int64_t>, std::vector<std::uint64_t>>;
+
+    explicit MatlabCell(Value value);
+
+    template <class T>
+    const T& valueOr(const T& fallback, bool* ok) const;
+
+    Value value_;
+    std::int64_t id_;
+};
+
+#endif

@@ -1,0 +1,67 @@
+#ifndef RT305_4_TABLE_MLAB_TABLE_H
+#define RT305_4_TABLE_MLAB_TABLE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "adapter/nlohmann/json_fwd.h"
+#include "table/mlab_cell.h"
+
+/// A grid of cells with a column schema and a name, both supplied by derived classes.
+/// Every operation that takes two indexes or two counts takes the column first.
+class MatlabTable {
+public:
+    struct Column {
+        std::string name;
+        MatlabCell::CellDataType type;
+    };
+    using Scheme = std::vector<Column>;
+
+    MatlabTable() = default;
+    MatlabTable(int cols, int rows);
+    /// Copies take the cells (with their ids, nested tables cloned) but not the column names; a table without rows or
+    /// columns, and a null pointer, give a table without either.
+    MatlabTable(const MatlabTable& other);
+    explicit MatlabTable(const MatlabTable* other);
+    MatlabTable& operator=(const MatlabTable&) = delete;
+
+    virtual ~MatlabTable() = default;
+    virtual Scheme getScheme() const;
+    /// Writes the table to standard output; columns are at least minWidth wide.
+    virtual void printTable(int minWidth) const;
+    /// A deep copy that the caller owns.
+    virtual MatlabTable* clone() const;
+    /// The outermost table gives {name: [row, ...]}, a nested one [row, ...], each row an object keyed by column name.
+    /// A table with a scheme but no rows gives null, one with neither the text "{}".
+    virtual nlohmann::json toJson() const;
+    virtual std::string getName() const;
+
+    std::uint64_t getRowNum() const { return rows_; }
+    std::uint64_t getColNum() const { return cols_; }
+    /// Keeps the cells that stand in both sizes; all others are new and without value.
+    void resize(std::uint64_t cols, std::uint64_t rows);
+    MatlabCell getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const;
+    /// Does nothing when the place lies outside the table.
+    void setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell);
+    void setColumnName(std::uint64_t col, const std::string& name);
+    /// The name by the scheme (not the one set above); empty beyond the scheme.
+    std::string getColumnName(std::uint64_t col) const;
+    /// One more than the longest of minWidth, the column's name and its values; minWidth itself without cells.
+    int getColumnWidth(std::uint64_t col, int minWidth) const;
+    /// Removing the only row removes the columns as well.
+    void removeRow(std::uint64_t row);
+    void remove();
+    void printCellIds() const;
+    nlohmann::json getJsonValue(std::uint64_t col, std::uint64_t row) const;
+
+private:
+    const MatlabCell* cellAt(std::uint64_t col, std::uint64_t row) const;
+
+    std::uint64_t rows_ = 0;
+    std::uint64_t cols_ = 0;
+    std::vector<MatlabCell> cells_;  // row by row
+    std::vector<std::string> columnNames_;
+};
+
+#endif

@@ -1,0 +1,145 @@
+#include "toolkit/harmonic_distortion.h"
+
+#include <cmath>
+
+#include "toolkit/non_finite.h"
+#include "toolkit/scalar.h"
+#include "toolkit/windows.h"
+
+namespace coder {
+namespace {
+
+struct Spectrum {
+    std::span<double> power;
+    samples frequency;
+    double spacing;
+    double noiseBandwidth;
+};
+
+/// Bins left ... right, both included.
+struct Region {
+    std::size_t left;
+    std::size_t right;
+
+    std::size_t count() const { return right - left + 1; }
+};
+
+struct Tone {
+    double power;
+    double frequency;
+};
+
+/// From start down both slopes, as far as the density does not rise again.
+Region regionAround(samples power, std::size_t start) {
+    Region region{start, start};
+    while (region.left > 0 && power[region.left - 1] <= power[region.left]) {
+        --region.left;
+    }
+    while (region.right + 1 < power.size() && power[region.right] >= power[region.right + 1]) {
+        ++region.right;
+    }
+    return region;
+}
+
+/// The line whose largest bin is start: its power and its mean frequency, weighted by power. A line narrower than the
+/// noise bandwidth counts as one bandwidth.
+Tone toneAt(const Spectrum& spectrum, std::size_t start) {
+    const Region region = regionAround(spectrum.power, start);
+    const samples power = spectrum.power.subspan(region.left, region.count());
+    const double* const F = spectrum.frequency.data() + region.left;
+    const double moment = blockedSum(power.size(), [&](std::size_t i) { return F[i] * power[i]; });
+    const Tone tone{bandpower(power, spectrum.spacing), moment / combineVectorElements(power)};
+    const Tone narrow{spectrum.noiseBandwidth * spectrum.power[start], spectrum.frequency[start]};
+    return narrow.power > tone.power ? narrow : tone;
+}
+
+std::size_t indexOfMaximum(samples x) {
+    double value = 0.0;
+    int index = 0;
+    maximum(x, &value, &index);
+    return static_cast<std::size_t>(index - 1);
+}
+
+/// The line at the largest of the bin nearest to the target and its two neighbours; NaN outside the band.
+Tone toneNear(const Spectrum& spectrum, double target) {
+    const samples F = spectrum.frequency;
+    if (!(target >= F.front() && target <= F.back())) {
+        return {rtNaN, rtNaN};
+    }
+    const std::size_t nearest = nearestBin(F, target);
+    const std::size_t from = nearest == 0 ? 0 : nearest - 1;
+    const std::size_t to = std::min(nearest + 1, F.size() - 1);
+    return toneAt(spectrum, from + indexOfMaximum(spectrum.power.subspan(from, to - from + 1)));
+}
+
+void clearDc(Spectrum& spectrum) {
+    const Region dc = regionAround(spectrum.power, nearestBin(spectrum.frequency, 0.0));
+    std::fill_n(spectrum.power.begin() + static_cast<std::ptrdiff_t>(dc.left), dc.count(), 0.0);
+}
+
+column kaiserOfLength(int n) {
+    column w;
+    b_kaiser(n, w);
+    return w;
+}
+
+HarmonicResult measureOnce(samples x, const HarmonicSettings& settings) {
+    return HarmonicDistortion(static_cast<int>(x.size()), settings).measure(x);
+}
+
+}  // namespace
+
+std::size_t nearestBin(samples F, double target) {
+    assert(!F.empty());
+    const auto above = std::lower_bound(F.begin(), F.end(), target);
+    const std::size_t i = static_cast<std::size_t>(above - F.begin());
+    if (i == 0) {
+        return 0;
+    }
+    return i == F.size() || std::fabs(F[i - 1] - target) <= std::fabs(F[i] - target) ? i - 1 : i;
+}
+
+HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
+    assert(F.size() == static_cast<std::size_t>(Pxx.numel()));
+    const std::size_t n = static_cast<std::size_t>(std::max(truncatedToInt(nHarm), 0));
+    HarmonicResult result{rtNaN, std::vector<double>(n, rtNaN), std::vector<double>(n, rtNaN)};
+    if (n == 0 || F.empty() || F.front() > 0.0 || F.back() < 0.0) {
+        return result;
+    }
+    const double spacing = (F.back() - F.front()) / static_cast<double>(F.size() - 1);
+    Spectrum spectrum{{Pxx.begin(), Pxx.end()}, F, spacing, rbw};
+    spectrum.power[0] *= 2.0;
+    clearDc(spectrum);
+
+    const Tone fundamental = toneAt(spectrum, indexOfMaximum(spectrum.power));
+    double distortion = 0.0;
+    for (std::size_t k = 1; k <= n; ++k) {
+        const Tone tone = k == 1 ? fundamental : toneNear(spectrum, static_cast<double>(k) * fundamental.frequency);
+        result.harmPow[k - 1] = 10.0 * std::log10(tone.power);
+        result.harmFreq[k - 1] = tone.frequency;
+        if (k > 1 && !std::isnan(tone.power)) {
+            distortion += tone.power;
+        }
+    }
+    result.r = 10.0 * std::log10(distortion / fundamental.power);
+    return result;
+}
+
+HarmonicDistortion::HarmonicDistortion(int n, const HarmonicSettings& settings)
+    : periodogram_(kaiserOfLength(n), settings.rate), harmonics_(settings.harmonics) {}
+
+HarmonicResult HarmonicDistortion::measure(samples x) const {
+    column density;
+    periodogram_.density(x, density);
+    return computeTHD(density, periodogram_.frequencies(), periodogram_.noiseBandwidth(), harmonics_);
+}
+
+HarmonicResult thd(samples x) {
+    return measureOnce(x, thdSettings);
+}
+
+HarmonicResult b_thd(samples x) {
+    return measureOnce(x, b_thdSettings);
+}
+
+}  // namespace coder

@@ -1,0 +1,40 @@
+#ifndef RT305_4_TOOLKIT_PERIODOGRAM_H
+#define RT305_4_TOOLKIT_PERIODOGRAM_H
+
+#include "toolkit/fft.h"
+
+namespace coder {
+
+/// One-sided power spectral density of rows of n samples at one rate under one window. Made once, it serves any number
+/// of rows, one at a time.
+class Periodogram {
+public:
+    /// The window has n points; rate in Hz.
+    Periodogram(column window, double rate);
+
+    /// F[k] = k * rate / n in Hz, from 0 to the largest not above rate/2.
+    samples frequencies() const { return frequencies_; }
+
+    /// Equivalent noise bandwidth of the window in Hz: rate * sum w^2 / (sum w)^2. NaN for n = 0.
+    double noiseBandwidth() const { return noiseBandwidth_; }
+
+    /// x[n], of which the mean is removed -> pxx[n/2+1] in x-units^2 per Hz: |X[k]|^2 / (rate * sum w^2) for the
+    /// windowed row's transform X, doubled except at DC and, for even n, at rate/2. So scaled, the sum of pxx over a
+    /// tone times rate/n is the tone's mean square. NaN spreads to all bins; n = 0 gives one NaN. P. D. Welch, IEEE
+    /// Trans. Audio Electroacoust. 15 (1967), 70-73, with a single segment.
+    void density(samples x, column& pxx) const;
+
+private:
+    column window_;
+    RealFft fft_;
+    column frequencies_;
+    double scale_;  // rate * sum w^2
+    double noiseBandwidth_;
+};
+
+/// Power, in x-units^2, of a region of density bins with a common spacing in Hz: rectangles, sum(pxx) * spacing.
+double bandpower(samples pxx, double spacing);
+
+}  // namespace coder
+
+#endif

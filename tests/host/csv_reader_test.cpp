@@ -1,0 +1,145 @@
+#include "csv_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "failure.h"
+
+namespace {
+
+using rt305::readCsv;
+using rt305::Recording;
+
+/// What reading the text fails with; empty when it does not.
+std::string failureOf(const std::string& text, std::optional<double> rateHz = std::nullopt) {
+    try {
+        rt305::assignColumns(readCsv(text, "rec.csv", rateHz));
+    } catch (const rt305::Failure& failure) {
+        EXPECT_EQ(failure.code(), rt305::ExitCode::unusableInput);
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
+    struct Case {
+        const char* what;
+        std::string text;
+        double rateHz;
+        std::vector<double> firstColumn;
+        std::string firstUnit;
+    };
+    const Case cases[] = {
+        {"comma", "time,Ua,Ub\n0,1.5,2\n0.001,-2.5E+03,3\n", 1000.0, {1.5, -2500.0}, ""},
+        {"semicolon, decimal comma", "Ua [kV];t [ms]\n1,5;0,0\n+2,25;0,5\n", 2000.0, {1.5, 2.25}, "kV"},
+        {"semicolon, decimal point", "Ua;time\n1.5;0\n2;0.001\n", 1000.0, {1.5, 2.0}, ""},
+        {"tab, micro sign", "Time (\xC2\xB5s)\tUa(V)\n0\t1\n50\t2\n", 20000.0, {1.0, 2.0}, "V"},
+        {"BOM, CRLF, comments, quotes, blank last line",
+         "\xEF\xBB\xBF# logger 7\r\n; site 3\r\n\"time\",\"Ua (mV)\"\r\n0,\"4\"\r\n0.5,5\r\n\r\n",
+         2.0,
+         {4.0, 5.0},
+         "mV"},
+        {"no time column", "Ua,Ia\n1,2\n", 0.0, {1.0}, ""},
+        {"separator at the end of every row", "time,Ua_V\n0,1,\n1,2,\n", 1.0, {1.0, 2.0}, "V"},
+        {"missing samples", "time,Ua\n0,NaN\n1,nan\n", 1.0, {NAN, NAN}, ""},
+        {"date and time over midnight and a leap day",
+         "Time_UTC,Ua\n2020-02-29 23:59:59.9999,1\n2020-03-01T00:00:00Z,2\n",
+         10000.0,
+         {1.0, 2.0},
+         ""},
+        {"jitter of stamps in ns",
+         "timestamp,Ua\n18:15:21.499998208,1\n18:15:21.500018208,2\n18:15:21.500038208,3\n",
+         50000.0,
+         {1.0, 2.0, 3.0},
+         ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Recording recording = readCsv(c.text, "rec.csv");
+        EXPECT_NEAR(recording.rateHz, c.rateHz, 1e-9 * c.rateHz);
+        EXPECT_EQ(recording.length, c.firstColumn.size());
+        ASSERT_FALSE(recording.columns.empty());
+        EXPECT_EQ(recording.columns[0].unit, c.firstUnit);
+        EXPECT_TRUE(recording.warnings.empty());
+        ASSERT_EQ(recording.columns[0].samples.size(), c.firstColumn.size()) << recording.columns[0].fault;
+        for (std::size_t i = 0; i < c.firstColumn.size(); ++i) {
+            const double x = recording.columns[0].samples[i];
+            EXPECT_TRUE(x == c.firstColumn[i] || (std::isnan(x) && std::isnan(c.firstColumn[i]))) << x;
+        }
+    }
+}
+
+TEST(CsvReader, SaysWhereItFails) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "rec.csv: there is no line that names the columns"},
+        {"# only a comment\n", "rec.csv: there is no line that names the columns"},
+        {"time,Ua\n", "rec.csv: there is no row of samples below the column names"},
+        {"1,2\n3,4\n", "rec.csv:1: this line must name the columns, but it holds numbers"},
+        {"# c\nUa,Ub\n1,2\n\n1,2,3\n", "rec.csv:5: 3 cells, but 2 columns are named"},
+        {"Ua;Ub\n1;2\n1;12,x\n", "rec.csv:3: column \"Ub\": \"12,x\" is not a number"},
+        {"Ua;Ub\n1.234,5;2\n", "rec.csv:2: column \"Ua\": \"1.234,5\" is not a number"},
+        {"Ua,Ub\n1,\n", "rec.csv:2: column \"Ub\": the cell is empty; a missing sample is written NaN"},
+        {"Ua,Ub\n1,inf\n", "rec.csv:2: column \"Ub\": \"inf\" is not a number"},
+        {"Ua,Ub\n1,1e999\n", "rec.csv:2: column \"Ub\": \"1e999\" is not a number"},
+        {"Ua,Ub\n1,+-2\n", "rec.csv:2: column \"Ub\": \"+-2\" is not a number"},
+        {"time,Ua\n0,1\nsoon,2\n", "rec.csv:3: column \"time\": \"soon\" is not a time"},
+        {"time,Ua\n2021-02-29 00:00:00,1\n", "rec.csv:2: column \"time\": \"2021-02-29 00:00:00\" is not a time"},
+        {"time,Ua\n24:00:00,1\n", "rec.csv:2: column \"time\": \"24:00:00\" is not a time"},
+        {"time,Ua\n1,1\n1,2\n",
+         "rec.csv: column \"time\" does not advance from the first row to the last, so there is no sample rate; give "
+         "--rate"},
+        {"V1,MODAQ_Va_V\n1,1\n",
+         "rec.csv: columns \"V1\" and \"MODAQ_Va_V\" both name Ua; choose one by name or number with --map Ua=COLUMN"},
+    };
+    for (const auto& [text, message] : cases) {
+        EXPECT_EQ(failureOf(text), message);
+    }
+    EXPECT_EQ(failureOf("time,Ua,note\nsoon,1,ok\n", 50.0), "") << "neither time nor note is needed";
+}
+
+TEST(CsvReader, WarnsOfGapsInTime) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"time,Ua\n0,1\n1,1\n2.4,1\n3.4,1\n", ""},
+        {"time,Ua\n0,1\n1,1\n4,1\n5,1\n",
+         "rec.csv:4: the time step before this row is 3 s, usually it is 1 s (1 such steps in all); the samples are "
+         "taken as evenly spaced"},
+        {"time,Ua\n0,1\n1,1\n0.5,1\n1.5,1\n2.5,1\n2.5,1\n",
+         "rec.csv:4: the time step before this row is -0.5 s, usually it is 1 s (2 such steps in all); the samples are "
+         "taken as evenly spaced"},
+    };
+    for (const auto& [text, warning] : cases) {
+        const auto warnings = readCsv(text, "rec.csv").warnings;
+        EXPECT_EQ(warnings, warning.empty() ? std::vector<std::string>{} : std::vector{warning});
+    }
+}
+
+TEST(CsvReader, FindsTheColumnsOfTheChannels) {
+    struct Case {
+        std::string names;
+        std::string map;
+        std::vector<int> columns;  // of Ua..Ic, -1: none
+    };
+    const Case cases[] = {
+        {"Ic,Ib,Ia,UC,UB,UA", "", {5, 4, 3, 2, 1, 0}},
+        {"t,MODAQ_Va_V,MODAQ_Vb_V,MODAQ_Vc_V,MODAQ_Ia_I,MODAQ_Ib_I,MODAQ_Ic_I", "", {0, 1, 2, 3, 4, 5}},
+        {"V1 [V],V2 [V],V3 [V],I1 [A],I2 [A],I3 [A]", "", {0, 1, 2, 3, 4, 5}},
+        {"Valve,Uac,Iab,x", "", {-1, -1, -1, -1, -1, -1}},
+        {"left,Right (kV),Ua,Ub", "ua=RIGHT, Ub=1,Ic=4", {1, 0, -1, -1, -1, 3}},
+    };
+    for (const Case& c : cases) {
+        const std::size_t commas = static_cast<std::size_t>(std::count(c.names.begin(), c.names.end(), ','));
+        std::string row = "1";
+        for (std::size_t i = 0; i < commas; ++i) {
+            row += ",1";
+        }
+        const auto columns = rt305::assignColumns(readCsv(c.names + "\n" + row + "\n", "rec.csv", 1.0),
+                                                  rt305::parseColumnMap("--map", c.map));
+        for (std::size_t channel = 0; channel < rt305::channelTotal; ++channel) {
+            EXPECT_EQ(columns[channel] ? static_cast<int>(*columns[channel]) : -1, c.columns[channel])
+                << c.names << " " << rt305::channelNames[channel];
+        }
+    }
+}
+
+}  // namespace

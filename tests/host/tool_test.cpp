@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+const std::string sample = SAMPLE_FOLDER "/sample.csv";
+
+struct ToolRun {
+    int exitCode;
+    std::string output;  // stdout, or both with "2>&1" in the arguments
+};
+
+std::string withShell(const std::string& command, int* exitCode) {
+    std::string output;
+    FILE* const pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        ADD_FAILURE() << command;
+        return output;
+    }
+    std::array<char, 65536> block;
+    for (std::size_t got = 0; (got = fread(block.data(), 1, block.size(), pipe)) > 0;) {
+        output.append(block.data(), got);
+    }
+    const int status = pclose(pipe);
+    *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return output;
+}
+
+ToolRun run(const std::string& arguments, const std::string& environment = "") {
+    ToolRun result{};
+    result.output = withShell(environment + " " TOOL " " + arguments, &result.exitCode);
+    return result;
+}
+
+std::string contentOf(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
+    const std::string readme = contentOf(SAMPLE_FOLDER "/README.md");
+    const std::size_t start = readme.find("rt305 generate ");
+    ASSERT_NE(start, std::string::npos);
+    std::string arguments = readme.substr(start + 6, readme.find("```", start) - start - 6);
+    const std::size_t target = arguments.find("-o ");
+    ASSERT_NE(target, std::string::npos) << "the command writes the file by its name";
+    const ToolRun made = run(arguments.substr(0, target));
+    EXPECT_EQ(made.exitCode, 0);
+    EXPECT_TRUE(made.output == contentOf(sample)) << "the recording has other bytes";
+}
+
+TEST(Tool, ExitCodesAndMessages) {
+    struct Case {
+        std::string arguments;
+        int exitCode;
+        const char* says;  // somewhere in stdout and stderr
+    };
+    const std::string good = sample + " 2>&1";
+    const Case cases[] = {
+        {"--help", 0, "params"},
+        {"params --help", 0, "--two-currents"},
+        {"2>&1", 2, "subcommand"},
+        {"params 2>&1", 2, "FILE is required"},
+        {"params --power five-wattmeter " + good, 2, "five-wattmeter"},
+        {"params --rate 0 " + good, 2, "--rate"},
+        {"params --map Ua=nothing " + good, 2, "there is no column \"nothing\""},
+        {"params --gains 1,2 " + good, 2, "neither six numbers"},
+        {"params /nonexistent/file.csv 2>&1", 2, "/nonexistent/file.csv: No such file or directory"},
+        {"info /tmp 2>&1", 2, "/tmp: Is a directory"},
+        {"params --library /nonexistent.so " + good, 2, "cannot open the measurement library"},
+        {"params --library " WRONG_LIBRARY " " + good, 2, "has no function getVersion"},
+        {"generate --dropout Ia:1 2>&1", 2, "CHANNEL:START:COUNT"},
+        {"generate --harmonic-u 3 2>&1", 2, "ORDER:PERCENT"},
+        {"generate --duration 1e9 2>&1", 2, "100 million"},
+        {"generate -o /nonexistent/file.csv 2>&1", 2, "No such file or directory"},
+        {"generate --duration 0.01 --angle -30 --offsets Ua=-1", 0, "Time(s),Ua(V)"},
+        {"info " + good, 0, "10000 Hz, from column"},
+        {"signals " + good, 0, "peak2rms"},
+        {"params --type voltages " + good, 0, "give all six channels"},
+        {"generate --duration 0.3 | " TOOL " params --power three-wattmeter-complex -", 0, "Apparent power"},
+        {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " params --type all - 2>&1", 1,
+         "There is no data for one or more phases"},
+    };
+    for (const Case& c : cases) {
+        const ToolRun result = run(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments << "\n" << result.output;
+        EXPECT_NE(result.output.find(c.says), std::string::npos) << c.arguments << "\n" << result.output;
+    }
+}
+
+TEST(Tool, JsonIsTheLibrarysOwnText) {
+    const ToolRun params = run("params --json " + sample);
+    EXPECT_EQ(params.output.substr(0, 14), R"({"paramData":[)");
+    EXPECT_EQ(params.output.find('\n'), params.output.size() - 1);
+    const std::string signals = run("signals --json " + sample).output;
+    const std::size_t second = signals.find('\n') + 1;
+    EXPECT_EQ(signals.substr(0, 16), R"({"signalDataU":[)");
+    EXPECT_EQ(signals.substr(second, 16), R"({"signalDataI":[)");
+}
+
+TEST(Tool, TheLibraryIsTakenFromTheOptionThenTheEnvironmentThenNearby) {
+    const std::string wrongEnvironment = "RT305_4_LIBRARY=" WRONG_LIBRARY;
+    const std::string arguments = "params " + sample + " 2>&1";
+    EXPECT_EQ(run(arguments, wrongEnvironment).exitCode, 2);
+    EXPECT_EQ(run("params --library " LIBRARY " " + sample, wrongEnvironment).exitCode, 0);
+
+    const auto installed = std::filesystem::path(testing::TempDir()) / "rt305_host_tool_test";
+    std::filesystem::remove_all(installed);
+    std::filesystem::create_directories(installed / "bin");
+    std::filesystem::create_directories(installed / "lib");
+    std::filesystem::copy_file(TOOL, installed / "bin/rt305");
+    std::filesystem::copy_file(LIBRARY, installed / "lib/libRT305_4.so.1");
+    int exitCode = -1;
+    withShell((installed / "bin/rt305").string() + " " + arguments, &exitCode);
+    EXPECT_EQ(exitCode, 0);
+    std::filesystem::remove_all(installed);
+}
+
+}  // namespace
