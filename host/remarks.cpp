@@ -11,7 +11,7 @@ namespace rt305 {
 namespace {
 
 /// From this length on a pure sine shows no THD of its own.
-constexpr std::size_t samplesForThd = 2500;
+constexpr double cyclesForThd = 12.5;
 
 struct Window {
     double lower;
@@ -162,9 +162,11 @@ std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, co
     for (const ThdSet& set : thdSets) {
         thdIsMissing = explainThd(set, parameters, measurement, remarks) || thdIsMissing;
     }
-    if (measurement.length < samplesForThd && !(isMissing(parameters, "THD_Va") && isMissing(parameters, "THD_Ia"))) {
-        remarks.push_back("THD reads too high for records of less than " + std::to_string(samplesForThd) +
-                          " samples; this one has " + std::to_string(measurement.length) + ".");
+    const double cycles = static_cast<double>(measurement.length) / parameterRateHz *
+                          estimateFundamental(measurement.samples[0], parameterRateHz).value_or(0.0);
+    if (cycles < cyclesForThd - 0.05 && !isMissing(parameters, "THD_Va")) {
+        remarks.push_back("THD reads too high in records of less than " + formatNumber(cyclesForThd) +
+                          " cycles; this one has " + formatFixed(cycles, 1) + ".");
     }
     explainPower(parameters, measurement, thdIsMissing, remarks);
     if (isMissing(parameters, "Pf")) {

@@ -17,14 +17,20 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 struct ParameterRow {
     const char* label;
     std::array<const char*, 4> names;  // total, a, b, c; empty where there is no such quantity
+    int mostDecimals = 6;              // fewer where the library resolves less
 };
 
 constexpr ParameterRow parameterRows[] = {
-    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},           {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
-    {"Zero-sequence voltage", {"Ud0", "", "", ""}},         {"Current", {"", "Ida", "Idb", "Idc"}},
-    {"Frequency, 0.1 Hz steps", {"", "Fa", "Fb", "Fc"}},    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}},
-    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}}, {"Active power P", {"P", "Pa", "Pb", "Pc"}},
-    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},          {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
+    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},
+    {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
+    {"Zero-sequence voltage", {"Ud0", "", "", ""}},
+    {"Current", {"", "Ida", "Idb", "Idc"}},
+    {"Frequency", {"", "Fa", "Fb", "Fc"}, 1},
+    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}, 3},
+    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}, 3},
+    {"Active power P", {"P", "Pa", "Pb", "Pc"}},
+    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},
+    {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
     {"Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}},
 };
 
@@ -101,7 +107,7 @@ std::string reportParameters(const std::vector<NamedValue>& parameters) {
             values.push_back(found == parameters.end() ? nan : found->value);
             unit = found == parameters.end() || found->unit == "-" ? unit : found->unit;
         }
-        std::vector<std::string> cells = TextTable::numbers(values);
+        std::vector<std::string> cells = TextTable::numbers(values, row.mostDecimals);
         for (std::size_t i = 0; i < cells.size(); ++i) {
             cells[i] = *row.names[i] == '\0' ? "" : cells[i];
         }

@@ -18,12 +18,12 @@ std::size_t widthOf(const std::string& text) {
 
 }  // namespace
 
-std::vector<std::string> TextTable::numbers(const std::vector<double>& values) {
+std::vector<std::string> TextTable::numbers(const std::vector<double>& values, int mostDecimals) {
     double largest = 0.0;
     for (const double value : values) {
         largest = std::isnan(value) ? largest : std::max(largest, std::fabs(value));
     }
-    const int decimals = std::min(decimalsFor(largest, 6), 6);
+    const int decimals = std::min(decimalsFor(largest, 6), mostDecimals);
     std::vector<std::string> cells;
     for (const double value : values) {
         const bool fits = std::isnan(value) || largest < 1e12;

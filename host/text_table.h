@@ -13,9 +13,9 @@ public:
 
     void add(std::vector<std::string> cells) { _rows.push_back(std::move(cells)); }
 
-    /// A row whose numbers share as many decimals as show six significant digits of the largest of them, like an
-    /// instrument's display. NaN is shown as "-".
-    static std::vector<std::string> numbers(const std::vector<double>& values);
+    /// Cells whose numbers share as many decimals as show six significant digits of the largest of them, like an
+    /// instrument's display, but no more than that many. NaN is shown as "-".
+    static std::vector<std::string> numbers(const std::vector<double>& values, int mostDecimals = 6);
 
     /// The lines, each ended; a cell is two blanks away from the longest one to its left.
     std::string text() const;

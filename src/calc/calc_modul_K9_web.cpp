@@ -2,7 +2,10 @@
 
 #include <omp.h>
 
-#include "calc/electrical_parameters.h"
+#include <optional>
+
+#include "calc/distortion.h"
+#include "calc/spectrum.h"
 #include "calc/time_signal.h"
 #include "toolkit/scalar.h"
 
@@ -15,6 +18,10 @@ bool initialized = false;
 constexpr int typeVoltages = 4;
 constexpr int typeCurrents = 8;
 constexpr int typeVoltagesAndCurrents = 21;
+
+constexpr std::uint32_t modeSignals = 1;
+constexpr std::uint32_t modeSpectrum = 2;
+constexpr std::uint32_t modeDistortion = 3;
 
 bool any(const SetRecords& records) {
     return records.signals != nullptr || records.spectrum != nullptr || records.distortion != nullptr;
@@ -32,6 +39,31 @@ void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
                             [](double a, double b) { return -(a + b); });
 }
 
+/// The stages of one quantity.
+struct Stages {
+    const Quantity& quantity;
+    int type;  // the input type that runs them alone
+    void (*timeSignals)(ChannelSet&&, coder::b_table&);
+    void (*spectrumAt)(const ChannelSet&, double, const SpectrumRequest&, coder::f_table&);
+    void (*spectrum500)(const ChannelSet&, const SpectrumRequest&, coder::f_table&);
+    void (*spectrum10000)(const ChannelSet&, const SpectrumRequest&, coder::f_table&);
+    void (*distortion)(const ChannelSet&, coder::c_table&);
+};
+constexpr Stages voltageStages{voltage,
+                               typeVoltages,
+                               TimeSignalData_mo_305_4,
+                               SpectrumParam_fn_mo_305_4,
+                               SpectrumParam_fn_mo_305_4,
+                               b_SpectrumParam_fn_mo_305_4,
+                               paramData_thd_mo_305_4};
+constexpr Stages currentStages{current,
+                               typeCurrents,
+                               TimeSignalData_mo_305_4I,
+                               SpectrumParam_fn_mo_305_4I,
+                               SpectrumParam_fn_mo_305_4I,
+                               b_SpectrumParam_fn_mo_305_4I,
+                               paramData_thd_mo_305_4I};
+
 void prefill(const SetRecords& records, const Quantity& quantity) {
     if (records.signals != nullptr) {
         records.signals->prefill(quantity);
@@ -41,6 +73,33 @@ void prefill(const SetRecords& records, const Quantity& quantity) {
     }
     if (records.distortion != nullptr) {
         records.distortion->prefill(quantity);
+    }
+}
+
+/// Fills the records of one channel set. harmonics: those of the set, where they were measured with the parameters. The
+/// default spectrum, at the record's own rate, is made only where no other spectrum replaces it.
+void runStages(const Stages& stages, const Measurement& measurement, int type, const SetHarmonics* harmonics,
+               ChannelSet&& set, const SetRecords& records) {
+    const bool both = type == typeVoltagesAndCurrents;
+    const std::uint32_t mode = type == stages.type || both ? measurement.processingMode : 0;
+    if (records.spectrum != nullptr) {
+        const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
+                                      SpectrumOptions(measurement.options.spectrumFlags)};
+        if (mode != modeSpectrum) {
+            stages.spectrumAt(set, measurement.sampleRate, request, *records.spectrum);
+        } else {
+            (both ? stages.spectrum10000 : stages.spectrum500)(set, request, *records.spectrum);
+        }
+    }
+    if (mode == modeDistortion && records.distortion != nullptr) {
+        if (harmonics != nullptr) {
+            assembleDistortion(*harmonics, stages.quantity, *records.distortion);
+        } else {
+            stages.distortion(set, *records.distortion);
+        }
+    }
+    if (mode == modeSignals && records.signals != nullptr) {
+        stages.timeSignals(std::move(set), *records.signals);
     }
 }
 
@@ -74,9 +133,11 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
     prefill(results.voltages, voltage);
     prefill(results.currents, current);
 
+    const bool parameters =
+        both && (results.parameters != nullptr ||
+                 (measurement.processingMode == modeDistortion && (any(results.voltages) || any(results.currents))));
     ChannelSet voltages;
     ChannelSet currents;
-    const bool parameters = both && results.parameters != nullptr;
     if (parameters || any(results.voltages)) {
         data_305_4(measurement.voltages, measurement.samplesNumber, options.source, voltages);
     }
@@ -84,18 +145,17 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
         data_305_4(measurement.currents, measurement.samplesNumber, options.source, currents);
         rebuildCurrent(currents, options);
     }
+    std::optional<Harmonics> harmonics;
     if (parameters) {
-        const Harmonics harmonics = measureHarmonics(voltages, currents);
-        ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, harmonics, *results.parameters);
-    }
-    if (measurement.processingMode == 1) {
-        if ((type == typeVoltages || both) && results.voltages.signals != nullptr) {
-            TimeSignalData_mo_305_4(std::move(voltages), *results.voltages.signals);
-        }
-        if ((type == typeCurrents || both) && results.currents.signals != nullptr) {
-            TimeSignalData_mo_305_4I(std::move(currents), *results.currents.signals);
+        harmonics = measureHarmonics(voltages, currents);
+        if (results.parameters != nullptr) {
+            ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, *harmonics, *results.parameters);
         }
     }
+    runStages(voltageStages, measurement, type, harmonics ? &harmonics->voltages : nullptr, std::move(voltages),
+              results.voltages);
+    runStages(currentStages, measurement, type, harmonics ? &harmonics->currents : nullptr, std::move(currents),
+              results.currents);
 }
 
 }  // namespace calc_modul_K9_web_ns

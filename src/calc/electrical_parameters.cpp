@@ -209,19 +209,29 @@ void measurePower(const ChannelSet& u, const ChannelSet& i, double N, std::strin
     }
 }
 
-}  // namespace
-
-Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents) {
-    Harmonics harmonics;
-    coder::HarmonicDistortion measurement(voltages[0].numel(), coder::b_thdSettings);
-    const auto measure = [&](const row& x) {
-        return x.numel() == voltages[0].numel() ? measurement.measure(x) : coder::b_thd(x);
-    };
+/// Channels of n samples by the shared measurement, any other by one of its own.
+SetHarmonics measureSet(const ChannelSet& set, const coder::HarmonicDistortion& shared, int n,
+                        const coder::HarmonicSettings& settings) {
+    SetHarmonics harmonics;
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        harmonics.voltages[phase] = measure(voltages[phase]);
-        harmonics.currents[phase] = measure(currents[phase]);
+        const row& x = set[phase];
+        harmonics[phase] =
+            x.numel() == n ? shared.measure(x) : coder::HarmonicDistortion(x.numel(), settings).measure(x);
     }
     return harmonics;
+}
+
+}  // namespace
+
+SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings) {
+    return measureSet(set, coder::HarmonicDistortion(set[0].numel(), settings), set[0].numel(), settings);
+}
+
+Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents) {
+    const int n = voltages[0].numel();
+    const coder::HarmonicDistortion shared(n, coder::b_thdSettings);
+    return {measureSet(voltages, shared, n, coder::b_thdSettings),
+            measureSet(currents, shared, n, coder::b_thdSettings)};
 }
 
 void ParamData_mo_305_4(const ChannelSet& voltages, const ChannelSet& currents, double N,

@@ -12,12 +12,14 @@ namespace calc_modul_K9_web_ns {
 /// Harmonics of the three channels of one quantity.
 using SetHarmonics = std::array<coder::HarmonicResult, coder::phases>;
 
-/// Distortion of each channel of a set, sampled at 10 kHz: 40 harmonics. The two sets of one call share the measurement
-/// when their channels are equally long.
+/// Harmonics of each channel of a set. Channels of one length share the measurement's preparation.
+SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings);
+
 struct Harmonics {
     SetHarmonics voltages;
     SetHarmonics currents;
 };
+/// The same for both sets sampled at 10 kHz: 40 harmonics.
 Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents);
 
 /// Electrical parameters of a three-phase system from its conditioned voltages and currents, sampled at 10 kHz.

@@ -12,11 +12,13 @@ namespace calc_modul_K9_web_ns {
 struct Quantity {
     std::array<std::string_view, coder::phases> labels;
     std::string_view axisLabel;
+    std::string_view spectrumAxisLabel;
     std::string_view unit;
+    int longPadding;  // zero-padding factor of the spectra that are cut at a frequency limit
 };
 
-inline constexpr Quantity voltage{{"Va", "Vb", "Vc"}, "Voltage, V", "V"};
-inline constexpr Quantity current{{"Ia", "Ib", "Ic"}, "Current, A", "A"};
+inline constexpr Quantity voltage{{"Va", "Vb", "Vc"}, "Voltage, V", "U, V", "V", 4};
+inline constexpr Quantity current{{"Ia", "Ib", "Ic"}, "Current, A", "I, A", "A", 16};
 
 /// One channel set: the conditioned signals of phases a, b, c in volts or amperes.
 using ChannelSet = std::array<coder::row, coder::phases>;

@@ -1,14 +1,18 @@
 #include "rt305_4/rt305_4.h"
 
-#include <optional>
+#include <array>
 #include <string>
 
 #include "adapter/nlohmann/json.h"
 #include "calc/calc_modul_K9_web.h"
 #include "plugin/request.h"
+#include "results/rt305_4_i_distortion_table.h"
 #include "results/rt305_4_i_signal_table.h"
+#include "results/rt305_4_i_spectrum_table.h"
 #include "results/rt305_4_param_table.h"
+#include "results/rt305_4_u_distortion_table.h"
 #include "results/rt305_4_u_signal_table.h"
+#include "results/rt305_4_u_spectrum_table.h"
 #include "toolkit/non_finite.h"  // the compiler holds the exported constants against their public declarations
 
 namespace {
@@ -62,29 +66,55 @@ private:
     std::size_t count_ = 0;
 };
 
-void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
-    namespace records = calc_modul_K9_web_ns::coder;
-    const bool voltages = inputType == RT305_4_INPUT_VOLTAGES || inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-    const bool currents = inputType == RT305_4_INPUT_CURRENTS || inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-    const bool signals = measurement.processingMode == RT305_4_OPERATION_SIGNALS;
+/// The records of one channel set.
+struct SetResults {
+    calc_modul_K9_web_ns::coder::b_table signals;
+    calc_modul_K9_web_ns::coder::f_table spectrum;
+    calc_modul_K9_web_ns::coder::c_table distortion;
 
-    records::d_table parameters;
-    records::b_table signalsU;
-    records::b_table signalsI;
+    /// Those that the operation shows; no other is computed.
+    SetRecords shownBy(std::uint32_t operation) {
+        return {operation == RT305_4_OPERATION_SIGNALS ? &signals : nullptr,
+                operation == RT305_4_OPERATION_SPECTRUM ? &spectrum : nullptr,
+                operation == RT305_4_OPERATION_DISTORTION ? &distortion : nullptr};
+    }
+};
+
+template <class SignalTable, class SpectrumTable, class DistortionTable>
+void addTexts(NewTexts& texts, const SetRecords& records, std::string& signals, std::string& spectrum,
+              std::string& distortion) {
+    if (records.signals != nullptr) {
+        texts.add<SignalTable>(signals, *records.signals);
+    }
+    if (records.spectrum != nullptr) {
+        texts.add<SpectrumTable>(spectrum, *records.spectrum);
+    }
+    if (records.distortion != nullptr) {
+        texts.add<DistortionTable>(distortion, *records.distortion);
+    }
+}
+
+void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
+    const bool both = inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
+    calc_modul_K9_web_ns::coder::d_table parameters;
+    SetResults voltages;
+    SetResults currents;
     ResultRecords results;
     results.parameters = &parameters;
-    results.voltages.signals = voltages && signals ? &signalsU : nullptr;
-    results.currents.signals = currents && signals ? &signalsI : nullptr;
+    if (both || inputType == RT305_4_INPUT_VOLTAGES) {
+        results.voltages = voltages.shownBy(measurement.processingMode);
+    }
+    if (both || inputType == RT305_4_INPUT_CURRENTS) {
+        results.currents = currents.shownBy(measurement.processingMode);
+    }
     calc_modul_K9_web_ns::calc_modul_K9_web(measurement, results);
 
     NewTexts texts;
     texts.add<RT305_4_ParamTable>(ParamDataStr, parameters);
-    if (results.voltages.signals != nullptr) {
-        texts.add<RT305_4_USignalTable>(TimeSignalDataUStr, signalsU);
-    }
-    if (results.currents.signals != nullptr) {
-        texts.add<RT305_4_ISignalTable>(TimeSignalDataIStr, signalsI);
-    }
+    addTexts<RT305_4_USignalTable, RT305_4_USpectrumTable, RT305_4_UDistortionTable>(
+        texts, results.voltages, TimeSignalDataUStr, SpectrumParamUStr, ParamData_thdUStr);
+    addTexts<RT305_4_ISignalTable, RT305_4_ISpectrumTable, RT305_4_IDistortionTable>(
+        texts, results.currents, TimeSignalDataIStr, SpectrumParamIStr, ParamData_thdIStr);
     texts.publish();
 }
 

@@ -18,8 +18,9 @@ struct Split {
 /// The radices that have a butterfly.
 inline constexpr std::array fftRadices{2, 3, 4, 5, 7, 8, 10, 11, 13};
 
-/// One pass of the self-sorting transform: with radix R, for p < m and q < s,
-///     out[q + s (R p + j)] = w^(p j) sum_i e^(-2 pi i i j / R) in[q + s (p + m i)],   w = e^(-2 pi i / (R m)).
+/// One pass of the self-sorting transform, whose first pass has s = 1 and every later one R times the s before it. With
+/// radix R, for p < m and q < s,
+///     out[q + s (R p + j)] = w^(p j) sum_h e^(-2 pi i h j / R) in[q + s (p + m h)],   w = e^(-2 pi i / (R m)).
 /// twiddles: w^(p j) at (j-1) m + p, j = 1 ... R-1.
 /// T. G. Stockham, AFIPS 28 (1966); C. Van Loan, Computational Frameworks for the Fast Fourier Transform (1992), 1.7.
 struct FftPass {

@@ -4,7 +4,7 @@
 #include <cassert>
 #include <cmath>
 
-#define RT305_4_VECTOR_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {

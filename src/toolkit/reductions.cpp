@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
+#include <new>
 
-#include "toolkit/scalar.h"
+#include "toolkit/non_finite.h"
 
 namespace coder {
 namespace {
@@ -70,34 +72,50 @@ void diff(const column& x, column& y) {
     }
 }
 
-void eml_float_colon(double a, double b, row& y) {
-    double steps = std::floor(b - a + 0.5);
-    double end = a + steps;
+void eml_float_colon(double a, double d, double b, row& y) {
+    if (std::isnan(a) || std::isnan(d) || std::isnan(b) || (std::isinf(d) && std::isinf(b))) {
+        y.set_size(1, 1);
+        y[0] = rtNaN;
+        return;
+    }
+    if (d == 0.0) {
+        y.set_size(1, 0);
+        return;
+    }
+    double steps = std::floor((b - a) / d + 0.5);
+    double end = a + steps * d;
     if (std::fabs(end - b) < 4.440892098500626e-16 * std::max(std::fabs(a), std::fabs(b))) {
         end = b;
-    } else if (end > b) {
+    } else if (d > 0.0 ? end > b : end < b) {
         steps -= 1.0;
-        end = a + steps;
+        end = a + steps * d;
     }
-    const int count = steps < 0.0 ? 0 : truncatedToInt(steps + 1.0);
+    if (steps >= std::numeric_limits<int>::max()) {
+        throw std::bad_array_new_length();
+    }
+    const int count = steps < 0.0 ? 0 : static_cast<int>(steps) + 1;
     y.set_size(1, count);
     if (count == 0) {
         return;
     }
     const int last = count - 1;
     const int half = last / 2;
-    y[0] = a;
-    y[last] = end;
-    for (int k = 1; k < half; ++k) {
-        y[k] = a + k;
-        y[last - k] = end - k;
+    const bool whole = a == std::floor(a) && d == std::floor(d);
+    double* const value = y.data();
+    for (int k = 0; k <= last; ++k) {
+        value[k] = whole || k <= half ? a + k * d : end - (last - k) * d;
     }
-    if (2 * half == last) {
-        y[half] = (a + end) / 2.0;
-    } else {
-        y[half] = a + half;
-        y[half + 1] = end - half;
+    if (!whole) {
+        value[0] = a;
+        value[last] = end;
+        if (2 * half == last) {
+            value[half] = (a + end) / 2.0;
+        }
     }
+}
+
+void eml_float_colon(double a, double b, row& y) {
+    eml_float_colon(a, 1.0, b, y);
 }
 
 void bsxfun(const column& a, const column& b, column& c) {

@@ -72,8 +72,13 @@ double peak2peak(samples x);
 /// First differences y[k] = x[k+1] - x[k], n - 1 of them; none for n <= 1.
 void diff(const column& x, column& y);
 
-/// The row a, a + 1, ... up to b. The end is b itself when the rounded count of steps hits it to within rounding; the
-/// row is filled from both ends, so that it is symmetric. Empty when b < a (by more than half a step).
+/// The row a, a + d, a + 2 d, ... up to b. The end is b itself when the rounded count of steps hits it to within
+/// rounding; the row is filled from both ends, so that it is symmetric. With a whole start and step element k is a + k
+/// d. NaN in any, or an infinite step towards an infinite end, gives the single value NaN; a zero step, and one that
+/// leads away from b, gives an empty row. Throws std::bad_array_new_length when the count does not fit 32 bits.
+void eml_float_colon(double a, double d, double b, row& y);
+
+/// The same with unit step.
 void eml_float_colon(double a, double b, row& y);
 
 /// Length of an element-wise expression over operands of lengths na and nb: an operand of length 1 is repeated against

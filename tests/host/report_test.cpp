@@ -122,7 +122,7 @@ TEST(Remarks, SayWhyValuesAreMissing) {
          {.durationSeconds = 0.2},
          RT305_4_POWER_THREE_WATTMETER_COMPLEX,
          {},
-         {"THD reads too high for records of less than 2500 samples; this one has 2000."}},
+         {"THD reads too high in records of less than 12.5 cycles; this one has 10.0."}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

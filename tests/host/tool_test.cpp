@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -92,6 +93,58 @@ TEST(Tool, ExitCodesAndMessages) {
         const ToolRun result = run(c.arguments);
         EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments << "\n" << result.output;
         EXPECT_NE(result.output.find(c.says), std::string::npos) << c.arguments << "\n" << result.output;
+    }
+}
+
+/// With single blanks, so that a row can be told without its alignment.
+std::string collapsed(const std::string& text) {
+    std::string result;
+    std::unique_copy(text.begin(), text.end(), std::back_inserter(result),
+                     [](char a, char b) { return a == ' ' && b == ' '; });
+    return result;
+}
+
+TEST(Tool, MeasuresWhatWasGenerated) {
+    // The waveform of IEEE 1459-2010, Annex B, with the voltage phases 141 and -34 degrees that its powers need;
+    // phase b has less voltage, phase c less current.
+    const std::string distorted =
+        "--voltage 100 --current 100 --angle 30 --harmonic-u 3:8:-70 --harmonic-u 5:15:141 --harmonic-u 7:5:-34 "
+        "--harmonic-i 3:20:-165 --harmonic-i 5:15:234 --harmonic-i 7:10:234 --factors Ub=0.9,Ic=0.5 --digits 9 ";
+    const std::string complex = " params --power three-wattmeter-complex ";
+    struct Case {
+        std::string generate;
+        std::string measure;
+        std::vector<const char*> rows;
+    };
+    const Case cases[] = {
+        {distorted,
+         complex + "-",
+         {"Phase voltage 101.558 91.402 101.558 V", "Line voltage ab, bc, ca 166.668 166.668 175.357 V",
+          "Current 103.562 103.562 51.781 A", "Frequency 50.0 50.0 50.0 Hz", "THD of voltage 17.720 17.720 17.720 %",
+          "THD of current 26.926 26.926 26.926 %", "Active power P 20718.7 8632.8 7769.5 4316.4 W",
+          "Reactive power Q 11963.2 4984.7 4486.2 2492.3 VAR", "Apparent power S 23924.5 9968.5 8971.7 4984.3 VA"}},
+        {distorted, " params --power three-wattmeter -", {"Reactive power Q 14418.5 6007.7 5406.9 3003.9 VAR"}},
+        {"--angle -30 | cut -d, -f1-5,7",
+         complex + "--two-currents b --invert-p -",
+         {"Current 5.00000 5.00000 5.00000 A", "Active power P -2987.79 995.93 995.93 995.93 W",
+          "Reactive power Q -1725.00 -575.00 -575.00 -575.00 VAR"}},
+        {"--frequency 59.9 --duration 10",
+         " params --frequency control --coefficients Ub=2 --map Ia=Ib,Ib=Ic,Ic=4 -",
+         {"Frequency 59.9 59.9 59.9 Hz", "Phase voltage 230.000 460.000 230.000 V"}},
+        {"--voltage 400 --factors Ub=0.5",
+         " params --wiring three -",
+         {"Phase voltage 230.940 115.470 230.940 V", "Line voltage ab, bc, ca 400.000 200.000 400.000 V"}},
+        // 230 * 0.0049417429956896556 / (1 + (19.53125 * 8 + 35) / 1000), 1 ohm: as recorded
+        {"--current 1e6",
+         " params --source real --gains Ua=8,Ia=0,Ib=0,Ic=0 --resistances Ub=1,Uc=1,Ia=24.9,Ib=127 -",
+         {"Phase voltage 0.954 230.000 230.000 V", "Current 191.75 37.60 4774.63 A"}},
+    };
+    for (const Case& c : cases) {
+        const ToolRun result = run("generate " + c.generate + " | " TOOL + c.measure);
+        EXPECT_EQ(result.exitCode, 0);
+        for (const char* const row : c.rows) {
+            EXPECT_NE(collapsed(result.output).find(row), std::string::npos) << row << "\n" << result.output;
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 #include <fftw3.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -80,34 +81,44 @@ struct Errors {
     double worst = 0.0;
 };
 
-struct Reference {
-    explicit Reference(const std::vector<double>& x) : n(static_cast<int>(x.size())), bins(x.size() / 2 + 1) {
-        std::vector<long double> in(x.begin(), x.end());
-        fftwl_plan plan =
-            fftwl_plan_dft_r2c_1d(n, in.data(), reinterpret_cast<fftwl_complex*>(bins.data()), FFTW_ESTIMATE);
-        std::copy(x.begin(), x.end(), in.begin());
-        fftwl_execute(plan);
-        fftwl_destroy_plan(plan);
+/// The transform of one length by the long double build of FFTW.
+class Reference {
+public:
+    explicit Reference(int n)
+        : unit_(0x1p-53L * std::sqrt(std::max(1.0, std::log2(n)))),
+          in_(static_cast<std::size_t>(n)),
+          bins_(in_.size() / 2 + 1),
+          plan_(fftwl_plan_dft_r2c_1d(n, in_.data(), reinterpret_cast<fftwl_complex*>(bins_.data()), FFTW_ESTIMATE)) {}
+    Reference(const Reference&) = delete;
+    Reference& operator=(const Reference&) = delete;
+    ~Reference() { fftwl_destroy_plan(plan_); }
+
+    void transform(const std::vector<double>& x) {
+        std::copy(x.begin(), x.end(), in_.begin());
+        fftwl_execute(plan_);
     }
 
-    Errors operator-(const Spectrum& half) const {
+    Errors errorsOf(const Spectrum& half) const {
         long double power = 0.0L;
-        long double squares = 0.0L;
+        long double sum = 0.0L;
         long double worst = 0.0L;
-        for (std::size_t k = 0; k < bins.size(); ++k) {
-            const long double re = bins[k][0] - half[k].re;
-            const long double im = bins[k][1] - half[k].im;
-            power += bins[k][0] * bins[k][0] + bins[k][1] * bins[k][1];
-            squares += re * re + im * im;
-            worst = std::max(worst, std::hypot(re, im));
+        for (std::size_t k = 0; k < bins_.size(); ++k) {
+            const long double re = bins_[k][0] - half[k].re;
+            const long double im = bins_[k][1] - half[k].im;
+            power += bins_[k][0] * bins_[k][0] + bins_[k][1] * bins_[k][1];
+            sum += re * re + im * im;
+            worst = std::max(worst, re * re + im * im);
         }
-        const long double unit = 0x1p-53L * std::sqrt(std::max(1.0, std::log2(n)));
-        const long double rms = std::sqrt(power / static_cast<long double>(bins.size()));
-        return {static_cast<double>(std::sqrt(squares / power) / unit), static_cast<double>(worst / rms / unit)};
+        const long double bins = static_cast<long double>(bins_.size());
+        return {static_cast<double>(std::sqrt(sum / power) / unit_),
+                static_cast<double>(std::sqrt(worst * bins / power) / unit_)};
     }
 
-    int n;
-    std::vector<std::array<long double, 2>> bins;
+private:
+    long double unit_;
+    std::vector<long double> in_;
+    std::vector<std::array<long double, 2>> bins_;
+    fftwl_plan plan_;
 };
 
 /// Largest prime factor, which decides the path.
@@ -127,7 +138,7 @@ TEST(Fft, ErrorsStayWithinTheDocumentedBounds) {
     }
     std::vector<int> lengths{4096,  8192,   16384, 32768, 65536, 131072, 262144, 524288, 1048576, 2187,
                              5000,  10000,  12500, 15625, 20000, 40000,  62500,  99000,  160000,  500000,
-                             15015, 100100, 2053,  4099,  9973,  10007,  19946,  65537,  200006,  1000003};
+                             15015, 100100, 2053,  4099,  9973,  10007,  19946,  65537,  200006,  262147};
     for (int n = 1; n <= 2048; ++n) {
         lengths.push_back(n);
     }
@@ -138,14 +149,15 @@ TEST(Fft, ErrorsStayWithinTheDocumentedBounds) {
     };
     Path paths[]{{"PowerOfTwo", 1.5, {}}, {"MixedRadix", 1.5, {}}, {"Chirp", 3.0, {}}, {"PlainRadix2", 1.5, {}}};
     for (const int n : lengths) {
+        Reference reference(n);
+        const int largest = largestFactor(n);
+        const auto check = [&](Path& path, const Spectrum& half) {
+            const Errors errors = reference.errorsOf(half);
+            EXPECT_LE(errors.rms, path.bound) << path.name << ' ' << n;
+            path.errors = {std::max(path.errors.rms, errors.rms), std::max(path.errors.worst, errors.worst)};
+        };
         for (const auto& x : {noise(n), impulses(n)}) {
-            const Reference reference(x);
-            const int largest = largestFactor(n);
-            const auto check = [&](Path& path, const Spectrum& half) {
-                const Errors errors = reference - half;
-                EXPECT_LE(errors.rms, path.bound) << path.name << ' ' << n;
-                path.errors = {std::max(path.errors.rms, errors.rms), std::max(path.errors.worst, errors.worst)};
-            };
+            reference.transform(x);
             check(paths[largest <= 2 ? 0 : largest <= 13 ? 1 : 2], transform(x));
             if (largest <= 2) {
                 check(paths[3], plainTransform(x));

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <new>
 #include <random>
 
 #include "toolkit/non_finite.h"
@@ -83,17 +85,38 @@ TEST(Reductions, ExtremesSkipNaNAndKeepTheFirstOfEquals) {
 
 TEST(Reductions, ColonIsFilledFromBothEnds) {
     struct Case {
-        double a, b;
+        double a, d, b;
         std::vector<double> y;
     };
     const std::vector<Case> cases{
-        {1, 4, {1, 2, 3, 4}}, {0, 2.5, {0, 1, 2}}, {0, 0, {0}}, {0, -1, {}}, {0, -0.4, {}}, {3, 5, {3, 4, 5}},
+        {1, 1, 4, {1, 2, 3, 4}},
+        {0, 1, 2.5, {0, 1, 2}},
+        {0, 1, 0, {0}},
+        {0, 1, -0.4, {}},
+        {3, 1, 5, {3, 4, 5}},
+        {0, 2, 7, {0, 2, 4, 6}},
+        {0, 0.1, 0.5, {0, 0.1, 0.2, 0.5 - 2 * 0.1, 0.5 - 0.1, 0.5}},  // not 3 * 0.1
+        {0, 0.1, 0.4, {0, 0.1, 0.2, 0.4 - 0.1, 0.4}},
+        {0, -0.5, -1, {0, -0.5, -1}},
+        {0, 0.5, -1, {}},
+        {0, 0, 1, {}},
     };
     for (const Case& c : cases) {
         row y;
-        coder::eml_float_colon(c.a, c.b, y);
-        EXPECT_EQ(std::vector<double>(y.begin(), y.end()), c.y) << c.a << ":" << c.b;
+        coder::eml_float_colon(c.a, c.d, c.b, y);
+        EXPECT_EQ(std::vector<double>(y.begin(), y.end()), c.y) << c.a << ":" << c.d << ":" << c.b;
+        if (c.d == 1.0) {
+            coder::eml_float_colon(c.a, c.b, y);
+            EXPECT_EQ(std::vector<double>(y.begin(), y.end()), c.y);
+        }
     }
+    row y;
+    for (const auto& [d, b] : {std::pair{rtNaN, 1.0}, {1.0, rtNaN}, {rtInf, rtInf}}) {
+        coder::eml_float_colon(0.0, d, b, y);
+        ASSERT_EQ(y.numel(), 1);
+        EXPECT_TRUE(std::isnan(y[0]));
+    }
+    EXPECT_THROW(coder::eml_float_colon(0.0, 1.0, 1e18, y), std::bad_array_new_length);
 }
 
 TEST(Reductions, DifferencesAndProducts) {

@@ -1,0 +1,160 @@
+#include "calc/spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/peaks.h"
+#include "toolkit/reductions.h"
+#include "toolkit/scalar.h"
+#include "toolkit/windows.h"
+#include "toolkit/zoom_spectrum.h"
+
+namespace calc_modul_K9_web_ns {
+namespace {
+
+using coder::column;
+using coder::row;
+using coder::samples;
+
+/// Where the sample rate comes from and how far a spectrum is kept, both in Hz.
+struct Form {
+    double rate;
+    double limit;
+};
+constexpr Form form500{500.0, 250.0};
+constexpr Form form10000{10000.0, 1000.0};
+Form formAt(double rate) {
+    return {rate, rate == 500.0 ? 250.0 : 1000.0};
+}
+
+column windowOf(std::string_view name, int n) {
+    column window;
+    if (name == option::windowHann) {
+        coder::hanning(n, window);
+    } else if (name == option::windowHamming) {
+        coder::hamming(n, window);
+    } else if (name == option::windowKaiser) {
+        coder::kaiser(n, window);
+    } else {
+        window.set_size(n);
+        std::fill(window.begin(), window.end(), 1.0);
+    }
+    return window;
+}
+
+/// The first bins of the spectra of one record length, as rows of amplitudes or levels.
+class SpectrumRows {
+public:
+    SpectrumRows(int n, const Form& form, const Quantity& quantity, const SpectrumRequest& request)
+        : N_(request.N), logarithmic_(request.options.scale == option::scaleLevel) {
+        const bool cut = request.options.transform == option::transformMode1;
+        const int factor = cut ? quantity.longPadding : 2;
+        zoom_.emplace(n, factor, windowOf(request.options.window, n));
+        kept_ = zoom_->bins();
+        if (cut) {
+            const double last = std::floor(form.limit * factor * request.N / form.rate);
+            kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
+        }
+        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_);
+        frequencies_.set_size(1, std::min(frequencies_.numel(), kept_));
+    }
+
+    const row& frequencies() const { return frequencies_; }
+
+    row rowOf(samples x) {
+        zoom_->load(x);
+        // Levels need a second bin: the first one takes its value.
+        const int computed = std::min(std::max(kept_, 2), zoom_->bins());
+        row result;
+        result.set_size(1, computed);
+        zoom_->magnitudes(computed, result.data());
+        const double largest = logarithmic_ ? zoom_->largestFrom(computed, coder::maximum(result)) : 0.0;
+        for (double& value : result) {
+            value = 2.0 * value / N_;
+        }
+        if (logarithmic_) {
+            toLevels(result, 2.0 * largest / N_);
+        }
+        result.set_size(1, kept_);
+        return result;
+    }
+
+private:
+    static void toLevels(row& amplitudes, double largest) {
+        for (double& value : amplitudes) {
+            value = 20.0 * std::log10(value / largest);
+        }
+        if (amplitudes.numel() > 1) {
+            amplitudes[0] = amplitudes[1];
+        }
+    }
+
+    double N_;
+    bool logarithmic_;
+    std::optional<coder::ZoomSpectrum> zoom_;
+    int kept_ = 0;
+    row frequencies_;
+};
+
+void fillMaxima(const row& spectrum, const row& frequencies, const SpectrumRequest& request, coder::e_table& out) {
+    constexpr int mostByCount = 20;
+    const std::vector<coder::Peak> peaks = request.options.peaksByCriterion
+                                               ? coder::peaksByCriterion(spectrum, request.criterion, request.peaks)
+                                               : coder::highestPeaks(spectrum, std::min(request.peaks, mostByCount));
+    const int count = static_cast<int>(peaks.size());
+    out.rows = count;
+    out.frequencies.set_size(count);
+    out.magnitudes.set_size(count);
+    for (int i = 0; i < count; ++i) {
+        const coder::Peak& peak = peaks[static_cast<std::size_t>(i)];
+        out.frequencies[i] = peak.position <= frequencies.numel() ? frequencies[peak.position - 1] : rtNaN;
+        out.magnitudes[i] = peak.value;
+    }
+}
+
+void fillSpectrum(const ChannelSet& set, const Quantity& quantity, const Form& form, const SpectrumRequest& request,
+                  coder::f_table& out) {
+    out.prefill(quantity);
+    out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : quantity.spectrumAxisLabel);
+    const int n = set[0].numel();
+    const bool regular = n > 0 && std::all_of(set.begin(), set.end(), [&](const row& x) {
+                             return x.numel() == n && static_cast<double>(n) == request.N;
+                         });
+    if (!regular) {
+        return;
+    }
+    SpectrumRows rows(n, form, quantity, request);
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        out.spectra[phase] = rows.rowOf(set[phase]);
+        out.frequencies[phase] = rows.frequencies();
+        fillMaxima(out.spectra[phase], rows.frequencies(), request, out.maxima[phase]);
+    }
+}
+
+}  // namespace
+
+void SpectrumParam_fn_mo_305_4(const ChannelSet& set, double fs, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, voltage, formAt(fs), request, out);
+}
+
+void SpectrumParam_fn_mo_305_4I(const ChannelSet& set, double fs, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, current, formAt(fs), request, out);
+}
+
+void SpectrumParam_fn_mo_305_4(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, voltage, form500, request, out);
+}
+
+void SpectrumParam_fn_mo_305_4I(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, current, form500, request, out);
+}
+
+void b_SpectrumParam_fn_mo_305_4(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, voltage, form10000, request, out);
+}
+
+void b_SpectrumParam_fn_mo_305_4I(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
+    fillSpectrum(set, current, form10000, request, out);
+}
+
+}  // namespace calc_modul_K9_web_ns

@@ -1,0 +1,14 @@
+#ifndef RT305_4_RESULTS_RT305_4_I_SPECTRUM_TABLE_H
+#define RT305_4_RESULTS_RT305_4_I_SPECTRUM_TABLE_H
+
+#include "results/phase_spectrum_table.h"
+
+/// Spectra of the three currents.
+class RT305_4_ISpectrumTable : public PhaseSpectrumTable {
+public:
+    Scheme getScheme() const override { return schemeWithAxes; }
+    std::string getName() const override { return "spectrumDataI"; }
+    void init(const calc_modul_K9_web_ns::coder::f_table& record) { fill(record); }
+};
+
+#endif

@@ -1,0 +1,14 @@
+#ifndef RT305_4_RESULTS_RT305_4_U_SPECTRUM_TABLE_H
+#define RT305_4_RESULTS_RT305_4_U_SPECTRUM_TABLE_H
+
+#include "results/phase_spectrum_table.h"
+
+/// Spectra of the three voltages.
+class RT305_4_USpectrumTable : public PhaseSpectrumTable {
+public:
+    Scheme getScheme() const override { return schemeWithAxes; }
+    std::string getName() const override { return "spectrumDataU"; }
+    void init(const calc_modul_K9_web_ns::coder::f_table& record) { fill(record); }
+};
+
+#endif

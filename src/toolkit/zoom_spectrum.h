@@ -1,0 +1,54 @@
+#ifndef RT305_4_TOOLKIT_ZOOM_SPECTRUM_H
+#define RT305_4_TOOLKIT_ZOOM_SPECTRUM_H
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "toolkit/fft.h"
+
+namespace coder {
+
+/// Magnitudes of a windowed row's spectrum, zero-padded to a multiple of its length, at the price of the bins that are
+/// wanted: |X[k]|, X[k] = sum over t = 0 ... n-1 of w[t] x[t] e^(-2 pi i k t / (factor n)).
+///
+/// A padded spectrum is an interpolation between few independent values. For factors above 2 the row, divided by the
+/// transform of a Kaiser-Bessel kernel, is transformed with length 2n; 16 values around a bin, weighted by the kernel,
+/// give the bin. J. I. Jackson et al., "Selection of a convolution function for Fourier inversion using gridding", IEEE
+/// Trans. Med. Imaging 10 (1991), 473-478. The kernel's aliases and rounding cost at most 4e-15 of the largest bin.
+/// Made once, it serves any number of rows of n samples, one at a time. NaN in the row makes every bin NaN.
+class ZoomSpectrum {
+public:
+    /// n >= 1 samples, factor 2 or a multiple of 4, window w[n]. Throws std::bad_array_new_length when factor * n bins
+    /// do not fit a 32-bit count.
+    ZoomSpectrum(int n, int factor, std::span<const double> window);
+
+    /// Bins of the half spectrum: factor * n / 2 + 1.
+    int bins() const { return bins_; }
+
+    /// Transforms a row; the two below refer to it.
+    void load(samples x);
+
+    /// |X[k]| for k = 0 ... count-1, count <= bins().
+    void magnitudes(int count, double* out) const;
+
+    /// The largest of |X[k]| for k = from ... bins()-1, NaN skipped; just `atLeast` when none is proved to be larger.
+    double largestFrom(int from, double atLeast) const;
+
+private:
+    void interpolate(int from, int count, double* out) const;
+
+    int n_;
+    int phases_;  // bins per value of the transform that they are made from
+    int bins_;
+    std::vector<double> weights_;  // of the samples, window included
+    std::vector<double> kernel_;   // taps weights for each of the phases
+    double kernelSum_ = 1.0;       // bound of sum |kernel| over any phase
+    RealFft fft_;
+    std::vector<double> re_;  // transform of the loaded row, continued by symmetry at both ends
+    std::vector<double> im_;
+};
+
+}  // namespace coder
+
+#endif
