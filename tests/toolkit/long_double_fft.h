@@ -1,0 +1,44 @@
+#ifndef RT305_4_TESTS_TOOLKIT_LONG_DOUBLE_FFT_H
+#define RT305_4_TESTS_TOOLKIT_LONG_DOUBLE_FFT_H
+
+#include <fftw3.h>
+
+#include <algorithm>
+#include <cassert>
+#include <complex>
+#include <limits>
+#include <vector>
+
+/// False where long doubles are computed as doubles (under valgrind): the reference is no better than what it judges.
+inline bool longDoubleIsExtended() {
+    const volatile long double one = 1.0L;
+    return one + std::numeric_limits<long double>::epsilon() != one;
+}
+
+/// Half spectra of real rows, padded with zeros to one length, by the long double build of FFTW.
+class LongDoubleFft {
+public:
+    explicit LongDoubleFft(std::size_t length)
+        : in_(length),
+          bins_(length / 2 + 1),
+          plan_(fftwl_plan_dft_r2c_1d(static_cast<int>(length), in_.data(),
+                                      reinterpret_cast<fftwl_complex*>(bins_.data()), FFTW_ESTIMATE)) {}
+    LongDoubleFft(const LongDoubleFft&) = delete;
+    LongDoubleFft& operator=(const LongDoubleFft&) = delete;
+    ~LongDoubleFft() { fftwl_destroy_plan(plan_); }
+
+    template <class Row>
+    const std::vector<std::complex<long double>>& transform(const Row& x) {
+        assert(x.size() <= in_.size());
+        std::fill(std::copy(x.begin(), x.end(), in_.begin()), in_.end(), 0.0L);
+        fftwl_execute(plan_);
+        return bins_;
+    }
+
+private:
+    std::vector<long double> in_;
+    std::vector<std::complex<long double>> bins_;
+    fftwl_plan plan_;
+};
+
+#endif
