@@ -8,6 +8,7 @@
 #include <random>
 
 #include "adapter/nlohmann/json.h"
+#include "extended_precision.h"
 #include "plugin_host.h"
 #include "toolkit/long_double_fft.h"
 
@@ -235,9 +236,7 @@ void checkSettings(const Kind& kind, std::size_t n, std::uint32_t window, std::u
 }
 
 TEST(SpectrumReference, EveryCombinationFollowsTheDefinition) {
-    if (!longDoubleIsExtended()) {
-        GTEST_SKIP() << "needs long doubles of full precision";
-    }
+    REQUIRE_EXTENDED_PRECISION();
     for (const std::size_t n : {1, 2, 3, 5, 500, 997, 2000}) {
         for (const Kind& kind : kinds) {
             for (std::uint32_t window = 0; window < 4; ++window) {

@@ -6,16 +6,10 @@
 #include <algorithm>
 #include <cassert>
 #include <complex>
-#include <limits>
 #include <vector>
 
-/// False where long doubles are computed as doubles (under valgrind): the reference is no better than what it judges.
-inline bool longDoubleIsExtended() {
-    const volatile long double one = 1.0L;
-    return one + std::numeric_limits<long double>::epsilon() != one;
-}
-
-/// Half spectra of real rows, padded with zeros to one length, by the long double build of FFTW.
+/// Half spectra of real rows, padded with zeros to one length, by the long double build of FFTW. Tests that use it
+/// REQUIRE_EXTENDED_PRECISION.
 class LongDoubleFft {
 public:
     explicit LongDoubleFft(std::size_t length)

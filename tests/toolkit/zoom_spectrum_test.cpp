@@ -5,6 +5,7 @@
 #include <cmath>
 #include <random>
 
+#include "extended_precision.h"
 #include "toolkit/long_double_fft.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/windows.h"
@@ -72,9 +73,7 @@ double errorOf(ZoomSpectrum& zoom, LongDoubleFft& reference, const std::vector<d
 }
 
 TEST(ZoomSpectrum, IsWithinItsDocumentedErrorOfThePaddedTransform) {
-    if (!longDoubleIsExtended()) {
-        GTEST_SKIP() << "needs long doubles of full precision";
-    }
+    REQUIRE_EXTENDED_PRECISION();
     for (const int factor : {2, 4, 16}) {
         double worst = 0.0;
         double worstOfLongRows = 0.0;
