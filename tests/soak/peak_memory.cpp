@@ -1,4 +1,5 @@
-// Peak resident memory of one spectrum call on all six channels: peak_memory SAMPLES [SPECTRUM_FLAGS]
+// Peak resident memory of one spectrum call on six channels, at most 12 times their size beside the texts:
+// peak_memory SAMPLES [SPECTRUM_FLAGS]
 
 #include <sys/resource.h>
 
