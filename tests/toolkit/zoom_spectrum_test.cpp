@@ -145,6 +145,32 @@ TEST(ZoomSpectrum, ZeroAndNaNRows) {
     }
 }
 
+TEST(ZoomSpectrum, HugeAndTinyRowsKeepTheirDigits) {
+    for (const int factor : {2, 4, 16}) {
+        for (const int n : {2, 3, 100}) {
+            ZoomSpectrum zoom(n, factor, rectangular(n));
+            const std::vector<double> alternating = line(n, 0.5);
+            for (const auto& x : {rectangular(n), alternating, noise(n)}) {
+                zoom.load(x);
+                std::vector<double> expected = magnitudesOf(zoom, zoom.bins());
+                const double largest = *std::max_element(expected.begin(), expected.end());
+                // A power of two that lifts the largest bin to just below half the largest double, and a small one.
+                for (const int exponent : {1022 - std::ilogb(largest), -600}) {
+                    std::vector<double> scaled = x;
+                    for (double& sample : scaled) {
+                        sample = std::ldexp(sample, exponent);
+                    }
+                    zoom.load(scaled);
+                    const std::vector<double> result = magnitudesOf(zoom, zoom.bins());
+                    for (std::size_t k = 0; k < result.size(); ++k) {
+                        ASSERT_EQ(std::ldexp(result[k], -exponent), expected[k]) << n << " by " << factor;
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(ZoomSpectrum, RefusesLengthsBeyondACount) {
     EXPECT_THROW(ZoomSpectrum(1 << 27, 16, {}), std::bad_array_new_length);
 }
