@@ -7,13 +7,13 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "extended_precision.h"
 #include "toolkit/fft_implementation_callback.h"
 #include "toolkit/long_double_fft.h"
+#include "toolkit/noise.h"
 #include "toolkit/non_finite.h"
 
 namespace {
@@ -22,16 +22,6 @@ using coder::complex_column;
 using coder::creal_T;
 using coder::RealFft;
 using Spectrum = std::vector<creal_T>;
-
-std::vector<double> noise(int n) {
-    std::mt19937_64 random(static_cast<unsigned>(n));
-    std::normal_distribution<double> normal;
-    std::vector<double> x(static_cast<std::size_t>(n));
-    for (double& value : x) {
-        value = normal(random);
-    }
-    return x;
-}
 
 /// Two impulses: their spectrum stays near its mean magnitude, and every output hangs on few inputs.
 std::vector<double> impulses(int n) {

@@ -3,26 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 
 #include "extended_precision.h"
 #include "toolkit/long_double_fft.h"
+#include "toolkit/noise.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/windows.h"
 
 namespace {
 
 using coder::ZoomSpectrum;
-
-std::vector<double> noise(int n) {
-    std::mt19937_64 random(static_cast<unsigned>(n));
-    std::normal_distribution<double> normal;
-    std::vector<double> x(static_cast<std::size_t>(n));
-    for (double& value : x) {
-        value = normal(random);
-    }
-    return x;
-}
 
 std::vector<double> line(int n, double cyclesPerSample) {
     std::vector<double> x(static_cast<std::size_t>(n));
