@@ -44,9 +44,10 @@ struct TerminateAtUnload {
 class NewTexts {
 public:
     template <class Table, class Record>
-    void add(std::string& place, const Record& record) {
+    void add(std::string& place, Record& record) {
         Table table;
         table.init(record);
+        record = Record();  // the table has its own copy; long records are not held twice
         made_[count_++] = {&place, table.toJsonText()};
     }
 

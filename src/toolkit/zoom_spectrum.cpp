@@ -83,7 +83,7 @@ ZoomSpectrum::ZoomSpectrum(int n, int factor, std::span<const double> window)
     if (phases_ == 1) {
         return;
     }
-    // The largest sample weight is 1, so that rows near the largest double overflow no earlier than without the kernel.
+    // The largest sample weight is 1, so that nothing overflows while the bins stay below half the largest double.
     const double middle = n / 2;
     const double scale = kernelTransform(middle / (2.0 * n));
     for (int t = 0; t < n; ++t) {

@@ -1,20 +1,19 @@
 #include "toolkit/fft.h"
 
-#include <fftw3.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "extended_precision.h"
 #include "toolkit/fft_implementation_callback.h"
+#include "toolkit/long_double_fft.h"
+#include "toolkit/noise.h"
 #include "toolkit/non_finite.h"
 
 namespace {
@@ -23,16 +22,6 @@ using coder::complex_column;
 using coder::creal_T;
 using coder::RealFft;
 using Spectrum = std::vector<creal_T>;
-
-std::vector<double> noise(int n) {
-    std::mt19937_64 random(static_cast<unsigned>(n));
-    std::normal_distribution<double> normal;
-    std::vector<double> x(static_cast<std::size_t>(n));
-    for (double& value : x) {
-        value = normal(random);
-    }
-    return x;
-}
 
 /// Two impulses: their spectrum stays near its mean magnitude, and every output hangs on few inputs.
 std::vector<double> impulses(int n) {
@@ -86,40 +75,30 @@ struct Errors {
 class Reference {
 public:
     explicit Reference(int n)
-        : unit_(0x1p-53L * std::sqrt(std::max(1.0, std::log2(n)))),
-          in_(static_cast<std::size_t>(n)),
-          bins_(in_.size() / 2 + 1),
-          plan_(fftwl_plan_dft_r2c_1d(n, in_.data(), reinterpret_cast<fftwl_complex*>(bins_.data()), FFTW_ESTIMATE)) {}
-    Reference(const Reference&) = delete;
-    Reference& operator=(const Reference&) = delete;
-    ~Reference() { fftwl_destroy_plan(plan_); }
+        : unit_(0x1p-53L * std::sqrt(std::max(1.0, std::log2(n)))), fft_(static_cast<std::size_t>(n)) {}
 
-    void transform(const std::vector<double>& x) {
-        std::copy(x.begin(), x.end(), in_.begin());
-        fftwl_execute(plan_);
-    }
+    void transform(const std::vector<double>& x) { bins_ = &fft_.transform(x); }
 
     Errors errorsOf(const Spectrum& half) const {
         long double power = 0.0L;
         long double sum = 0.0L;
         long double worst = 0.0L;
-        for (std::size_t k = 0; k < bins_.size(); ++k) {
-            const long double re = bins_[k][0] - half[k].re;
-            const long double im = bins_[k][1] - half[k].im;
-            power += bins_[k][0] * bins_[k][0] + bins_[k][1] * bins_[k][1];
-            sum += re * re + im * im;
-            worst = std::max(worst, re * re + im * im);
+        for (std::size_t k = 0; k < bins_->size(); ++k) {
+            const std::complex<long double> exact = (*bins_)[k];
+            const long double error = std::norm(exact - std::complex<long double>(half[k].re, half[k].im));
+            power += std::norm(exact);
+            sum += error;
+            worst = std::max(worst, error);
         }
-        const long double bins = static_cast<long double>(bins_.size());
+        const long double bins = static_cast<long double>(bins_->size());
         return {static_cast<double>(std::sqrt(sum / power) / unit_),
                 static_cast<double>(std::sqrt(worst * bins / power) / unit_)};
     }
 
 private:
     long double unit_;
-    std::vector<long double> in_;
-    std::vector<std::array<long double, 2>> bins_;
-    fftwl_plan plan_;
+    LongDoubleFft fft_;
+    const std::vector<std::complex<long double>>* bins_ = nullptr;
 };
 
 /// Largest prime factor, which decides the path.
