@@ -28,6 +28,8 @@ struct GenerateOptions {
 void showRecording(const MeasureOptions& options);
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);
+void showSpectra(const MeasureOptions& options);
+void showHarmonics(const MeasureOptions& options);
 void generateRecording(const GenerateOptions& options);
 
 }  // namespace rt305

@@ -84,7 +84,13 @@ TEST(Tool, ExitCodesAndMessages) {
         {"generate --duration 0.01 --angle -30 --offsets Ua=-1", 0, "Time(s),Ua(V)"},
         {"info " + good, 0, "10000 Hz, from column"},
         {"signals " + good, 0, "peak2rms"},
+        {"spectrum --peaks 20.5 " + good, 2, "--peaks"},
+        {"spectrum --window flattop " + good, 2, "flattop"},
         {"params --type voltages " + good, 0, "give all six channels"},
+        {"generate --duration 0.3 | " TOOL " spectrum --rate 500 --type voltages - 2>&1", 0, "up to 250 Hz"},
+        {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " spectrum - 2>&1", 0,
+         "frequencies read 0.05 times what they are; resample the recording to 500 Hz, or give all six channels"},
+        {"generate --duration 0.2 | " TOOL " distortion - 2>&1", 0, "this one has 10.0"},
         {"generate --duration 0.3 | " TOOL " params --power three-wattmeter-complex -", 0, "Apparent power"},
         {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " params --type all - 2>&1", 1,
          "There is no data for one or more phases"},
@@ -131,6 +137,13 @@ TEST(Tool, MeasuresWhatWasGenerated) {
         {"--frequency 59.9 --duration 10",
          " params --frequency control --coefficients Ub=2 --map Ia=Ib,Ib=Ic,Ic=4 -",
          {"Frequency 59.9 59.9 59.9 Hz", "Phase voltage 230.000 460.000 230.000 V"}},
+        {"--harmonic-u 3:5 --harmonic-i 40:10 --voltage 100",
+         " spectrum --window hann --db --peaks 3 --mode 2 --criterion -30 -",
+         {"1 50.000 0.00 50.000 0.00 50.000 0.00\n2 150.000 -26.02 150.000 -26.02 150.000 -26.02\n10001 lines",
+          "2 2000.00 -20.00 2000.00 -20.00"}},
+        {"--harmonic-u 3:5 --harmonic-i 40:10 --voltage 100",
+         " distortion -",
+         {" 3 150.00 13.98 5.000 150.00 13.98 5.000", "40 2000.00 -6.02 10.000"}},
         {"--voltage 400 --factors Ub=0.5",
          " params --wiring three -",
          {"Phase voltage 230.940 115.470 230.940 V", "Line voltage ab, bc, ca 400.000 200.000 400.000 V"}},
@@ -156,6 +169,8 @@ TEST(Tool, JsonIsTheLibrarysOwnText) {
     const std::size_t second = signals.find('\n') + 1;
     EXPECT_EQ(signals.substr(0, 16), R"({"signalDataU":[)");
     EXPECT_EQ(signals.substr(second, 16), R"({"signalDataI":[)");
+    EXPECT_EQ(run("spectrum --json " + sample).output.substr(0, 18), R"({"spectrumDataU":[)");
+    EXPECT_EQ(run("distortion --json " + sample).output.substr(0, 13), R"({"thdDataU":[)");
 }
 
 TEST(Tool, TheLibraryIsTakenFromTheOptionThenTheEnvironmentThenNearby) {
