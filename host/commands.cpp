@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "conformance.h"
 #include "csv_reader.h"
 #include "failure.h"
 #include "library.h"
@@ -137,6 +138,12 @@ void showHarmonics(const MeasureOptions& options) {
     showBothKinds(options, result, readHarmonics, reportHarmonics);
     if (!options.json) {
         std::cout << "\n0 dB is 1 V or 1 A RMS; % is of the fundamental.\n";
+    }
+}
+
+void checkLibrary(const CheckOptions& options) {
+    if (!checkConformance(Library(options.library), std::cout)) {
+        throw Failure(ExitCode::refused, "the library breaks promises of its interface");
     }
 }
 

@@ -236,6 +236,7 @@ int main(int argc, char** argv) {
     app.footer("Exit codes: 0 success, 1 the library refuses the measurement, 2 unusable options or input.");
 
     MeasureOptions measure;
+    CheckOptions check;
     GenerateOptions generate;
     const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
         CLI::App* const added = app.add_subcommand(name, help);
@@ -250,6 +251,9 @@ int main(int argc, char** argv) {
     addMeasureOptions(*spectrum, measure);
     addSpectrumOptions(*spectrum, measure.settings);
     addMeasureOptions(*command("distortion", "measure the harmonics of each signal", showHarmonics, measure), measure);
+    command("check", "hold a library against the promises of its interface", checkLibrary, check)
+        ->add_option("LIB", check.library, "the library file (default: the one that would measure)")
+        ->type_name("");
     addGenerateOptions(*command("generate", "write a recording of known content as CSV", generateRecording, generate),
                        generate);
 

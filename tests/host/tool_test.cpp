@@ -173,6 +173,14 @@ TEST(Tool, JsonIsTheLibrarysOwnText) {
     EXPECT_EQ(run("distortion --json " + sample).output.substr(0, 13), R"({"thdDataU":[)");
 }
 
+TEST(Tool, AnIdleLibraryPassesNoCheck) {
+    const ToolRun checked = run("check " IDLE_LIBRARY);
+    EXPECT_EQ(checked.exitCode, 1);
+    EXPECT_EQ(checked.output.find("pass  "), std::string::npos) << checked.output;
+    EXPECT_NE(checked.output.find("\n0 of "), std::string::npos);
+    EXPECT_EQ(run("check " WRONG_LIBRARY " 2>&1").exitCode, 2);
+}
+
 TEST(Tool, TheLibraryIsTakenFromTheOptionThenTheEnvironmentThenNearby) {
     const std::string wrongEnvironment = "RT305_4_LIBRARY=" WRONG_LIBRARY;
     const std::string arguments = "params " + sample + " 2>&1";
