@@ -76,29 +76,38 @@ void prefill(const SetRecords& records, const Quantity& quantity) {
     }
 }
 
-/// Fills the records of one channel set. harmonics: those of the set, where they were measured with the parameters. The
-/// default spectrum, at the record's own rate, is made only where no other spectrum replaces it.
+/// The default spectrum, at the record's own rate, is made only where no other spectrum replaces it.
+void runSpectrum(const Stages& stages, const Measurement& measurement, int type, const ChannelSet& set,
+                 coder::f_table& record) {
+    const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
+                                  SpectrumOptions(measurement.options.spectrumFlags)};
+    const bool wanted = measurement.processingMode == modeSpectrum;
+    if (wanted && type == typeVoltagesAndCurrents) {
+        stages.spectrum10000(set, request, record);
+    } else if (wanted && type == stages.type) {
+        stages.spectrum500(set, request, record);
+    } else {
+        stages.spectrumAt(set, measurement.sampleRate, request, record);
+    }
+}
+
+/// Fills the records of one channel set. harmonics: those of the set, where they were measured with the parameters.
 void runStages(const Stages& stages, const Measurement& measurement, int type, const SetHarmonics* harmonics,
                ChannelSet&& set, const SetRecords& records) {
-    const bool both = type == typeVoltagesAndCurrents;
-    const std::uint32_t mode = type == stages.type || both ? measurement.processingMode : 0;
     if (records.spectrum != nullptr) {
-        const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
-                                      SpectrumOptions(measurement.options.spectrumFlags)};
-        if (mode != modeSpectrum) {
-            stages.spectrumAt(set, measurement.sampleRate, request, *records.spectrum);
-        } else {
-            (both ? stages.spectrum10000 : stages.spectrum500)(set, request, *records.spectrum);
-        }
+        runSpectrum(stages, measurement, type, set, *records.spectrum);
     }
-    if (mode == modeDistortion && records.distortion != nullptr) {
+    if (type != stages.type && type != typeVoltagesAndCurrents) {
+        return;
+    }
+    if (measurement.processingMode == modeDistortion && records.distortion != nullptr) {
         if (harmonics != nullptr) {
             assembleDistortion(*harmonics, stages.quantity, *records.distortion);
         } else {
             stages.distortion(set, *records.distortion);
         }
     }
-    if (mode == modeSignals && records.signals != nullptr) {
+    if (measurement.processingMode == modeSignals && records.signals != nullptr) {
         stages.timeSignals(std::move(set), *records.signals);
     }
 }

@@ -3,7 +3,6 @@
 #include <array>
 #include <string>
 
-#include "adapter/nlohmann/json.h"
 #include "calc/calc_modul_K9_web.h"
 #include "plugin/request.h"
 #include "results/rt305_4_i_distortion_table.h"
@@ -48,7 +47,7 @@ public:
     void add(std::string& place, const Record& record) {
         Table table;
         table.init(record);
-        made_[count_++] = {&place, compactText(table.toJson())};
+        made_[count_++] = {&place, table.toJsonText()};
     }
 
     void publish() noexcept {

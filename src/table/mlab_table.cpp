@@ -78,17 +78,17 @@ void MatlabTable::resize(std::uint64_t cols, std::uint64_t rows) {
     cols_ = cols;
 }
 
-const MatlabCell* MatlabTable::cellAt(std::uint64_t col, std::uint64_t row) const {
+const MatlabCell* MatlabTable::findCell(std::uint64_t col, std::uint64_t row) const {
     return col < cols_ && row < rows_ ? &cells_[row * cols_ + col] : nullptr;
 }
 
 MatlabCell MatlabTable::getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const {
-    const MatlabCell* const cell = cellAt(col, row);
+    const MatlabCell* const cell = findCell(col, row);
     return cell != nullptr ? *cell : fallback;
 }
 
 void MatlabTable::setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell) {
-    if (cellAt(col, row) != nullptr) {
+    if (findCell(col, row) != nullptr) {
         cells_[row * cols_ + col] = std::move(cell);
     }
 }
@@ -110,7 +110,7 @@ int MatlabTable::getColumnWidth(std::uint64_t col, int minWidth) const {
     }
     std::size_t width = std::max(countOf(minWidth), getColumnName(col).size());
     for (std::uint64_t row = 0; row < rows_; ++row) {
-        const MatlabCell* const cell = cellAt(col, row);
+        const MatlabCell* const cell = findCell(col, row);
         if (cell != nullptr && cell->isValid()) {
             width = std::max(width, cell->toString().size());
         }
@@ -157,7 +157,7 @@ void MatlabTable::printTable(int minWidth) const {
     for (std::uint64_t row = 0; row < rows_; ++row) {
         std::string line = padded(std::to_string(row + 1), idWidth);
         for (std::uint64_t col = 0; col < scheme.size(); ++col) {
-            const MatlabCell* const cell = cellAt(col, row);
+            const MatlabCell* const cell = findCell(col, row);
             line += padded(cell != nullptr ? cell->toString() : std::string(), widths[col]);
         }
         printLine(line);

@@ -41,6 +41,8 @@ public:
     std::uint64_t getColNum() const { return cols_; }
     /// Keeps the cells that stand in both sizes; all others are new and without value.
     void resize(std::uint64_t cols, std::uint64_t rows);
+    /// The cell in place; null outside the table.
+    const MatlabCell* findCell(std::uint64_t col, std::uint64_t row) const;
     MatlabCell getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const;
     /// Does nothing when the place lies outside the table.
     void setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell);
@@ -53,11 +55,11 @@ public:
     void removeRow(std::uint64_t row);
     void remove();
     void printCellIds() const;
+    /// The text of toJson(), written without a value in between.
+    std::string toJsonText() const;
     nlohmann::json getJsonValue(std::uint64_t col, std::uint64_t row) const;
 
 private:
-    const MatlabCell* cellAt(std::uint64_t col, std::uint64_t row) const;
-
     std::uint64_t rows_ = 0;
     std::uint64_t cols_ = 0;
     std::vector<MatlabCell> cells_;  // row by row

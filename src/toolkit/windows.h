@@ -23,7 +23,7 @@ void hamming(double n, column& w);
 /// Kaiser, symmetric: I0(beta sqrt(1 - r^2)) / I0(beta), r = 2 k / (n - 1) - 1, k = 0 ... n - 1, with beta = 0.5.
 void kaiser(double n, column& w);
 
-/// The same with beta = 38: side lobes 280 dB down, the main lobe 12.1 bins wide to each side.
+/// The same with beta = 38: side lobes some 300 dB down, the main lobe 12.1 bins wide to each side.
 void b_kaiser(double n, column& w);
 
 }  // namespace coder

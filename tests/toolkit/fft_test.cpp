@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "extended_precision.h"
 #include "toolkit/fft_implementation_callback.h"
 #include "toolkit/non_finite.h"
 
@@ -133,9 +134,7 @@ int largestFactor(int n) {
 }
 
 TEST(Fft, ErrorsStayWithinTheDocumentedBounds) {
-    if (const volatile long double one = 1.0L; one + std::numeric_limits<long double>::epsilon() == one) {
-        GTEST_SKIP() << "the reference needs long doubles of full precision, which valgrind does not have";
-    }
+    REQUIRE_EXTENDED_PRECISION();
     std::vector<int> lengths{4096,  8192,   16384, 32768, 65536, 131072, 262144, 524288, 1048576, 2187,
                              5000,  10000,  12500, 15625, 20000, 40000,  62500,  99000,  160000,  500000,
                              15015, 100100, 2053,  4099,  9973,  10007,  19946,  65537,  200006,  262147};

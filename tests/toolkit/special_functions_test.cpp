@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "extended_precision.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/quad.h"
 
@@ -25,6 +26,7 @@ double worstUlps(double from, double to, Function f, Reference exact) {
 constexpr auto besseli = [](double z) { return coder::besseli(z); };
 
 TEST(SpecialFunctions, BesselIsWithinFourUlps) {
+    REQUIRE_EXTENDED_PRECISION();
     const double edges[] = {0.0, 1.0, 2.0, 10.0, 21.7, 21.8, 24.0, 38.0, 100.0, 699.0, 701.0, 713.98};
     for (std::size_t i = 0; i + 1 < std::size(edges); ++i) {
         EXPECT_LE(worstUlps(edges[i], edges[i + 1], besseli, quad::besseli), 4.0) << "up to " << edges[i + 1];
@@ -52,6 +54,7 @@ TEST(SpecialFunctions, BesselOfManySquaresInAnyOrder) {
 }
 
 TEST(SpecialFunctions, GammalnIsWithinOneUlp) {
+    REQUIRE_EXTENDED_PRECISION();
     const double edges[] = {1e-300, 2e-16, 3e-16, 0.5, 0.68, 0.999, 1.0,  1.001,
                             1.5,    1.999, 2.001, 4.0, 12.0, 101.0, 1e300};
     for (std::size_t i = 0; i + 1 < std::size(edges); ++i) {
