@@ -15,12 +15,12 @@ using nlohmann::json;
 constexpr std::uint32_t all = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
 constexpr const char* untouched = "untouched";
 
-const char* const badType = "This data type is not supported";
-const char* const badCount = "The sample rate or sample number is not correct";
-const char* const badOperation = "This operation is not supported";
-const char* const tooFewChannels = "There is no data for one or more phases";
-const char* const badLength = "The number of samples is  not correct";
-const char* const badPointer = "One or more output parameters are set incorrectly";
+constexpr const char* badType = "This data type is not supported";
+constexpr const char* badCount = "The sample rate or sample number is not correct";
+constexpr const char* badOperation = "This operation is not supported";
+constexpr const char* tooFewChannels = "There is no data for one or more phases";
+constexpr const char* badLength = "The number of samples is  not correct";
+constexpr const char* badPointer = "One or more output parameters are set incorrectly";
 
 const Measurement& fiveCycles(std::uint32_t inputType) {
     static const GeneratorSettings generator{.durationSeconds = 0.1};

@@ -8,10 +8,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace {
 
-const std::string sample = SAMPLE_FOLDER "/sample.csv";
+const std::string sample = SOURCE_FOLDER "/examples/recordings/sample.csv";
 
 struct ToolRun {
     int exitCode;
@@ -46,7 +47,7 @@ std::string contentOf(const std::string& file) {
 }
 
 TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
-    const std::string readme = contentOf(SAMPLE_FOLDER "/README.md");
+    const std::string readme = contentOf(SOURCE_FOLDER "/examples/recordings/README.md");
     const std::size_t start = readme.find("rt305 generate ");
     ASSERT_NE(start, std::string::npos);
     std::string arguments = readme.substr(start + 6, readme.find("```", start) - start - 6);
@@ -55,6 +56,58 @@ TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
     const ToolRun made = run(arguments.substr(0, target));
     EXPECT_EQ(made.exitCode, 0);
     EXPECT_TRUE(made.output == contentOf(sample)) << "the recording has other bytes";
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The lines in order, where "..." stands for any lines and all others follow each other.
+bool isShownBy(const std::vector<std::string>& output, const std::vector<std::string>& shown) {
+    auto next = output.begin();
+    bool anywhere = false;
+    for (const std::string& line : shown) {
+        if (line == "...") {
+            anywhere = true;
+            continue;
+        }
+        next = anywhere ? std::find(next, output.end(), line) : next;
+        if (next == output.end() || *next++ != line) {
+            return false;
+        }
+        anywhere = false;
+    }
+    return anywhere || next == output.end();
+}
+
+/// Every command that the project's README shows, run as it stands with the output that it shows.
+TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
+    const auto lines = linesOf(contentOf(SOURCE_FOLDER "/README.md"));
+    const std::string folder = std::filesystem::path(TOOL).parent_path().string();
+    const std::string prepare = "cd " SOURCE_FOLDER " && PATH=" + folder +
+                                ":$PATH && RT305_4_LIBRARY=" LIBRARY
+                                " && "
+                                "export RT305_4_LIBRARY && ";
+    std::size_t blocks = 0;
+    for (auto line = std::find(lines.begin(), lines.end(), "```console"); line != lines.end();
+         line = std::find(line, lines.end(), "```console")) {
+        const auto end = std::find(line, lines.end(), "```");
+        ASSERT_GT(end - line, 2);
+        std::string command = (line + 1)->substr(2);
+        command = command == "make demo" ? "scripts/demo " BUILD_FOLDER : command;
+        int exitCode = -1;
+        const std::string output = withShell(prepare + command, &exitCode);
+        EXPECT_EQ(exitCode, 0) << command;
+        EXPECT_TRUE(isShownBy(linesOf(output), {line + 2, end})) << command << "\n" << output;
+        line = end;
+        ++blocks;
+    }
+    EXPECT_GE(blocks, 6U);
 }
 
 TEST(Tool, ExitCodesAndMessages) {
