@@ -1,49 +1,28 @@
-// The parameter table of the loaded library against the golden file, entry by entry. tests/reference tells how both
-// the recording and the golden file were written.
+// The parameter table of the loaded library against the golden file, entry by entry. tests/reference tells how the
+// golden file was written.
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 #include "adapter/nlohmann/json.h"
 #include "plugin_host.h"
+#include "reference/recording.h"
 
 namespace {
 
 using nlohmann::json;
 
-std::ifstream openReference(const std::string& file) {
-    return std::ifstream(RT305_4_REFERENCE_FOLDER "/" + file);
-}
-
-/// The columns of the recording: t, Ua, Ub, Uc, Ia, Ib, Ic.
-std::vector<std::vector<double>> readRecording(const std::string& file) {
-    std::ifstream in = openReference(file);
-    std::string line, cell;
-    std::getline(in, line);
-    EXPECT_EQ(line, "t,Ua,Ub,Uc,Ia,Ib,Ic");
-    std::vector<std::vector<double>> columns(7);
-    while (std::getline(in, line)) {
-        std::istringstream cells(line);
-        for (std::vector<double>& column : columns) {
-            std::getline(cells, cell, ',');
-            column.push_back(std::stod(cell));
-        }
-    }
-    return columns;
-}
-
 TEST(GoldenParameters, AgreeForEveryChoiceOfFlags) {
-    const json golden = json::parse(openReference("golden_parameters.json"));
-    const std::vector<std::vector<double>> recording = readRecording(golden.at("recording"));
+    const json golden = json::parse(std::ifstream(RT305_4_REFERENCE_FOLDER "/golden_parameters.json"));
+    const auto channels = recording::samples();
     const json& tolerances = golden.at("relative tolerance by unit");
     for (const json& entry : golden.at("entries")) {
         const std::size_t samples = entry.at("samples");
         const std::string flags = entry.at("flags");
         Call call;
         for (std::uint32_t column = 0; column < 6; ++column) {
-            const std::vector<double>& x = recording[1 + column];
+            const std::vector<double>& x = channels[column];
             call.add(column < 3 ? Call::voltage : Call::current, column % 3,
                      {x.begin(), x.begin() + static_cast<std::ptrdiff_t>(samples)});
         }

@@ -3,26 +3,23 @@
 // Shares no code with the library. Every quantity is its plain definition: transforms are direct sums, the windows are
 // their formulas, the analytic signal is formed and summed. Writes the golden file that the plug-in is held against:
 //
-//   build/debug/tests/reference/parameters_reference tests/reference/recording.csv >
-//   tests/reference/golden_parameters.json
+//   build/debug/tests/reference/parameters_reference > tests/reference/golden_parameters.json
 //
-// The recording: a first line "t,Ua,Ub,Uc,Ia,Ib,Ic" (any order), then one line of numbers per sample, at 10 kHz, in V
-// and A. Where a result hangs on a comparison that double arithmetic could decide otherwise, the program refuses.
+// Where a result hangs on a comparison that double arithmetic could decide otherwise, the program refuses.
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <complex>
 #include <cstdio>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <numbers>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "recording.h"
 #include "rt305_4/rt305_4.h"
 
 namespace {
@@ -38,7 +35,6 @@ constexpr Real decided = 1e-9L;     // the relative distance from which double a
 constexpr std::size_t highestOrder = 40;
 
 enum Channel { Ua, Ub, Uc, Ia, Ib, Ic, channelCount };
-constexpr std::array<const char*, channelCount> channelNames{"Ua", "Ub", "Uc", "Ia", "Ib", "Ic"};
 using Channels = std::array<Signal, channelCount>;
 using PerPhase = std::array<Real, 3>;
 
@@ -48,32 +44,12 @@ constexpr std::array<const char*, 35> parameterNames{
     "Fc",  "THD_Va", "THD_Vb", "THD_Vc", "THD_Ia", "THD_Ib", "THD_Ic", "Pf",  "Pfa", "Pfb", "Pfc"};
 using Parameters = std::map<std::string, Real>;  // a parameter that is not in it has no value
 
-// ---- The recording
-
 /// The samples as a host would hand them over: doubles, then widened.
-Channels readRecording(const std::string& file) {
-    std::ifstream in(file);
-    std::string line, cell;
-    std::getline(in, line);
-    std::vector<std::string> columns;
-    for (std::istringstream names(line); std::getline(names, cell, ',');) {
-        columns.push_back(cell);
-    }
+Channels readRecording() {
     Channels channels;
-    while (std::getline(in, line)) {
-        std::istringstream numbers(line);
-        for (const std::string& column : columns) {
-            std::getline(numbers, cell, ',');
-            const auto* const name = std::find(channelNames.begin(), channelNames.end(), column);
-            if (name != channelNames.end()) {
-                channels[static_cast<std::size_t>(name - channelNames.begin())].push_back(std::stod(cell));
-            }
-        }
-    }
-    for (const Signal& x : channels) {
-        if (x.empty() || x.size() != channels[Ua].size()) {
-            throw std::runtime_error(file + " does not hold the six channels");
-        }
+    const auto samples = recording::samples();
+    for (std::size_t c = 0; c < channels.size(); ++c) {
+        channels[c].assign(samples[c].begin(), samples[c].end());
     }
     return channels;
 }
@@ -505,13 +481,12 @@ void print(const Entry& entry, const Parameters& p, bool last) {
 
 /// The tolerances leave room for other orders of summation and other transforms: this program in plain double stays
 /// within 2e-15 of itself for V and A, 5e-15 for THD and 5e-14 for power. Frequencies are points of a grid.
-void writeGolden(const std::string& file) {
-    const Channels recording = readRecording(file);
-    const std::vector<Entry> list = entries(recording[Ua].size());
+void writeGolden() {
+    const Channels all = readRecording();
+    const std::vector<Entry> list = entries(all[Ua].size());
     std::map<std::pair<std::size_t, std::uint32_t>, Measurement> measurements;  // by length and rebuilt current
     std::printf("%s", R"({
-  "command": "build/debug/tests/reference/parameters_reference tests/reference/recording.csv > tests/reference/golden_parameters.json",
-  "recording": "recording.csv",
+  "command": "build/debug/tests/reference/parameters_reference > tests/reference/golden_parameters.json",
   "relative tolerance by unit": {"V": 1e-13, "A": 1e-13, "%": 1e-12, "W": 1e-12, "VAR": 1e-12, "VA": 1e-12, "Hz": 0, "-": 0},
   "entries": [
 )");
@@ -520,7 +495,7 @@ void writeGolden(const std::string& file) {
         const bool rebuilds = (entry.flags & RT305_4_TWO_CURRENTS) != 0;
         const std::pair key(entry.samples, rebuilds ? entry.flags & RT305_4_REBUILT_PHASE_MASK : 0);
         if (!measurements.contains(key)) {
-            Channels channels = recording;
+            Channels channels = all;
             for (Signal& x : channels) {
                 x.resize(entry.samples);
                 x = conditioned(std::move(x));
@@ -535,12 +510,9 @@ void writeGolden(const std::string& file) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main() {
     try {
-        if (argc != 2) {
-            throw std::runtime_error("usage: parameters_reference recording.csv > golden_parameters.json");
-        }
-        writeGolden(argv[1]);
+        writeGolden();
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "parameters_reference: %s\n", problem.what());
         return 1;
