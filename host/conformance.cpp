@@ -2,17 +2,10 @@
 
 #include <cmath>
 #include <ostream>
-#include <stdexcept>
 
 #include "text.h"
 
 namespace rt305 {
-
-void expect(bool holds, const std::string& what) {
-    if (!holds) {
-        throw std::runtime_error(what);
-    }
-}
 
 void expectText(const std::string& what, const std::string& found, const std::string& expected) {
     expect(found == expected, what + ": " + inQuotes(found) + " instead of " + inQuotes(expected));

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,11 @@ std::vector<Check> distortionChecks();
 bool checkConformance(const Library& library, std::ostream& out);
 
 /// For checks: each throws, with what was found, when it does not hold. A NaN is what a text calls null.
-void expect(bool holds, const std::string& what);
+inline void expect(bool holds, const std::string& what) {
+    if (!holds) {
+        throw std::runtime_error(what);
+    }
+}
 void expectText(const std::string& what, const std::string& found, const std::string& expected);
 void expectNumber(const std::string& what, double found, double expected, double tolerance);
 void expectCount(const std::string& what, std::size_t found, std::size_t expected);

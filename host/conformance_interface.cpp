@@ -30,18 +30,10 @@ const Measurement& fiveCycles(std::uint32_t inputType) {
     return inputType == all ? all21 : inputType == RT305_4_INPUT_VOLTAGES ? voltages : currents;
 }
 
-template <class T>
-T constantOf(const Library& library, const char* name) {
-    const void* const address = library.find(name);
-    expect(address != nullptr, std::string(name) + " is not exported");
-    return *static_cast<const T*>(address);
-}
-
-template <class T>
-T callOf(const Library& library, const char* name) {
-    void* const address = library.find(name);
-    expect(address != nullptr, std::string(name) + " is not exported");
-    return reinterpret_cast<T (*)()>(address)();
+void* addressOf(const Library& library, const std::string& name) {
+    void* const address = library.find(name.c_str());
+    expect(address != nullptr, name + " is not exported");
+    return address;
 }
 
 void unmadeTextsAreEmpty(const Library& library) {
@@ -58,7 +50,7 @@ void fifteenNames(const Library& library) {
     for (const char* const name : {"getVersion", "getSupportedInputTypes", "dataProccess", "rtInf", "rtMinusInf",
                                    "rtNaN", "rtInfF", "rtMinusInfF", "rtNaNF", "rtGetInf", "rtGetMinusInf", "rtGetNaN",
                                    "rtGetInfF", "rtGetMinusInfF", "rtGetNaNF"}) {
-        expect(library.find(name) != nullptr, std::string(name) + " is not exported");
+        addressOf(library, name);
     }
 }
 
@@ -67,9 +59,8 @@ void version(const Library& library) {
 }
 
 void inputTypes(const Library& library) {
-    void* const address = library.find("getSupportedInputTypes");
-    expect(address != nullptr, "getSupportedInputTypes is not exported");
-    const auto list = reinterpret_cast<decltype(&::getSupportedInputTypes)>(address);
+    const auto list =
+        reinterpret_cast<decltype(&::getSupportedInputTypes)>(addressOf(library, "getSupportedInputTypes"));
     list(nullptr);  // allowed, does nothing
     const std::int32_t* types = nullptr;
     list(&types);
@@ -82,8 +73,9 @@ void inputTypes(const Library& library) {
 /// The same bits in the constant and from the function.
 template <class T, class Bits>
 void constant(const Library& library, const std::string& suffix, Bits expected) {
-    for (const T value :
-         {constantOf<T>(library, ("rt" + suffix).c_str()), callOf<T>(library, ("rtGet" + suffix).c_str())}) {
+    const T exported = *static_cast<const T*>(addressOf(library, "rt" + suffix));
+    const T fromFunction = reinterpret_cast<T (*)()>(addressOf(library, "rtGet" + suffix))();
+    for (const T value : {exported, fromFunction}) {
         expect(std::bit_cast<Bits>(value) == expected, suffix + " has other bits");
     }
 }

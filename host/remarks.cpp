@@ -78,24 +78,42 @@ std::string outside(const std::string& what, double frequency, const FrequencyWi
     return "the fundamental" + what + ", " + formatFixed(frequency, 2) + " Hz, lies outside " + window.text();
 }
 
+/// The fundamentals of a set as the library takes the samples, in Hz; 0 where there is none.
+using Fundamentals = std::array<double, phaseTotal>;
+
+Fundamentals fundamentalsOf(const ThdSet& set, const Measurement& measurement) {
+    Fundamentals fundamentals{};
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        fundamentals[phase] =
+            estimateFundamental(measurement.samples[set.firstChannel + phase], measurement.assumedRateHz())
+                .value_or(0.0);
+    }
+    return fundamentals;
+}
+
+double meanOf(const Fundamentals& fundamentals) {
+    return (fundamentals[0] + fundamentals[1] + fundamentals[2]) / 3.0;
+}
+
+bool admits(const FrequencyWindow& window, const Fundamentals& fundamentals) {
+    return window.contains(meanOf(fundamentals)) &&
+           std::all_of(fundamentals.begin(), fundamentals.end(), [&](double f) { return window.contains(f); });
+}
+
 /// Why the library admitted no THD of these phases, judged by the fundamentals that the tool itself finds.
 std::string thdReason(const ThdSet& set, const std::vector<std::size_t>& missing, const Measurement& measurement) {
     std::vector<std::string> reasons;
-    std::array<double, phaseTotal> fundamentals{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const std::size_t channel = set.firstChannel + phase;
-        if (const std::string fault = faultOf(channel, measurement); !fault.empty()) {
+        if (const std::string fault = faultOf(set.firstChannel + phase, measurement); !fault.empty()) {
             reasons.push_back(fault);
         }
-        fundamentals[phase] =
-            estimateFundamental(measurement.samples[channel], measurement.assumedRateHz()).value_or(0.0);
     }
     if (!reasons.empty()) {
         return joined(reasons);
     }
     const FrequencyWindow& window = measurement.window();
-    const double mean = (fundamentals[0] + fundamentals[1] + fundamentals[2]) / 3.0;
-    if (!window.contains(mean)) {
+    const Fundamentals fundamentals = fundamentalsOf(set, measurement);
+    if (const double mean = meanOf(fundamentals); !window.contains(mean)) {
         return outside(" on average", mean, window);
     }
     for (const std::size_t phase : missing) {
@@ -103,23 +121,24 @@ std::string thdReason(const ThdSet& set, const std::vector<std::size_t>& missing
         if (!window.contains(fundamentals[judge])) {
             const std::string name(channelNames[set.firstChannel + judge]);
             reasons.push_back(outside(" of " + name, fundamentals[judge], window) +
-                              (judge == phase ? "" : " and the library judges b by c and c by b"));
+                              (judge == phase ? "" : ", and the library judges b by c and c by b"));
         }
     }
     return reasons.empty() ? "the record may be too short or too distorted to find its fundamental" : joined(reasons);
 }
 
-/// What to try when fundamentals lie outside the window.
-std::string hintOn(const std::string& reason, const Measurement& measurement) {
-    if (reason.find("outside") == std::string::npos) {
+/// What to know and to try when fundamentals lie outside the window.
+std::string hintOn(const ThdSet& set, const Measurement& measurement) {
+    const Fundamentals fundamentals = fundamentalsOf(set, measurement);
+    const bool live = std::all_of(fundamentals.begin(), fundamentals.end(), [](double f) { return f > 0.0; });
+    if (!live || admits(measurement.window(), fundamentals)) {
         return "";
     }
-    const double fundamental = estimateFundamental(measurement.samples[0], measurement.assumedRateHz()).value_or(0.0);
     std::string hint;
     if (!measurement.isAtAssumedRate()) {
         hint += " when the samples are taken as " + formatNumber(measurement.assumedRateHz()) + " a second";
     }
-    if (!measurement.has(RT305_4_FREQUENCY_CONTROL) && controlWindow.contains(fundamental)) {
+    if (admits(controlWindow, fundamentals)) {
         hint += "; try --frequency control";
     }
     return hint;
@@ -142,7 +161,7 @@ std::string explainThd(const ThdSet& set, const std::vector<NamedValue>& paramet
     const std::string reason = thdReason(set, missing, measurement);
     remarks.push_back(std::string(set.quantities) + " of " +
                       (missing.size() == phaseTotal ? set.nameOfAll : joined(names)) + " not given: " + reason +
-                      hintOn(reason, measurement) + ".");
+                      hintOn(set, measurement) + ".");
     return reason;
 }
 

@@ -158,10 +158,15 @@ TEST(Remarks, SayWhyValuesAreMissing) {
     EXPECT_EQ(remarksOn(parametersWithout({"THD_Vc"}), crossed),
               (std::vector<std::string>{
                   "Values with Ib not given: 1 of its samples are not numbers.",
-                  "THD and frequency of Uc not given: the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz and "
+                  "THD and frequency of Uc not given: the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz, and "
                   "the library judges b by c and c by b; try --frequency control.",
-                  noPower + "the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz and the library judges b by c "
+                  noPower + "the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz, and the library judges b by c "
                             "and c by b."}));
+    crossed.samples[1] = measurementOf({.frequencyHz = 75.0}, 0).samples[1];
+    EXPECT_EQ(remarksOn(parametersWithout({"THD_V"}), crossed)[1],
+              "THD and frequency of the voltages not given: the fundamental on average, 58.33 Hz, lies outside "
+              "49.6-50.4 Hz.")
+        << "the other window does not take 75 Hz either";
     Measurement threeWire = measurementOf({}, RT305_4_POWER_THREE_WATTMETER_COMPLEX);
     threeWire.settings.flags &= ~RT305_4_FOUR_WIRE;
     EXPECT_EQ(remarksOn(parametersWithout({}), threeWire).size(), 1U)
