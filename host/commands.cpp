@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "conformance.h"
 #include "csv_reader.h"
 #include "failure.h"
 #include "library.h"
@@ -65,15 +66,30 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     }
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
-    std::string heading = recording.source + "\n" + describe(measurement) + ", library " + library.version() + "\n\n";
+    std::string heading = recording.source + "\n" + describe(measurement) + ", library " + library.version() + "\n";
     return {std::move(measurement), std::move(texts), std::move(heading)};
 }
 
-void warnOfRate(const Measurement& measurement) {
-    if (measurement.inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS && !measurement.isAtParameterRate()) {
-        warn("the library takes the samples as 10000 a second, but they were taken at " +
-             formatNumber(measurement.rateHz) +
-             " Hz: frequencies read wrong, THD and power may be wrong or missing; voltages and currents are right");
+/// The library has its own idea of the rate when it measures frequencies: fixed by what is measured.
+void warnOfRate(const Measurement& measurement, const char* consequence) {
+    if (measurement.isAtAssumedRate()) {
+        return;
+    }
+    const double assumed = measurement.assumedRateHz();
+    warn("the library takes the samples as " + formatNumber(assumed) + " a second, but they were taken at " +
+         formatNumber(measurement.rateHz) + " Hz: frequencies read " + formatNumber(assumed / measurement.rateHz, 4) +
+         " times what they are" + consequence + "; resample the recording to " + formatNumber(assumed) + " Hz" +
+         (measurement.isCombined() ? "" : ", or give all six channels at " + formatNumber(combinedRateHz) + " Hz"));
+}
+
+/// Shows the two texts of an operation, as they stand or as tables.
+template <class Read, class Report>
+void showBothKinds(const MeasureOptions& options, const Measured& result, Read read, Report report) {
+    std::cout << (options.json ? "" : result.heading);
+    for (const std::string& text : {result.texts.voltages, result.texts.currents}) {
+        if (!text.empty()) {
+            std::cout << (options.json ? text + '\n' : '\n' + report(read(text)));
+        }
     }
 }
 
@@ -85,31 +101,49 @@ void showRecording(const MeasureOptions& options) {
 
 void showParameters(const MeasureOptions& options) {
     const Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
-    warnOfRate(result.measurement);
+    if (result.measurement.isCombined()) {
+        warnOfRate(result.measurement, ", THD and power may be wrong or missing, voltages and currents are right");
+    }
     if (options.json) {
         std::cout << result.texts.parameters << '\n';
         return;
     }
     const auto parameters = readParameters(result.texts.parameters);
-    std::cout << result.heading << reportParameters(parameters) << '\n';
+    std::cout << result.heading << describeMethods(result.measurement) << "\n\n"
+              << reportParameters(parameters) << '\n';
     for (const std::string& remark : remarksOn(parameters, result.measurement)) {
         std::cout << wrapped(remark, 100);
     }
 }
 
 void showSignals(const MeasureOptions& options) {
-    const Measured result = measure(options, RT305_4_OPERATION_SIGNALS);
-    std::cout << (options.json ? "" : result.heading);
-    const char* gap = "";
-    for (const std::string& text : {result.texts.voltageSignals, result.texts.currentSignals}) {
-        if (text.empty()) {
-            continue;
-        }
-        std::cout << (options.json ? text + '\n' : gap + reportSignals(readSignals(text)));
-        gap = "\n";
-    }
+    showBothKinds(options, measure(options, RT305_4_OPERATION_SIGNALS), readSignals, reportSignals);
     if (!options.json) {
         std::cout << "\nThe library removes each channel's offset first, so the means are close to zero.\n";
+    }
+}
+
+void showSpectra(const MeasureOptions& options) {
+    const Measured result = measure(options, RT305_4_OPERATION_SPECTRUM);
+    warnOfRate(result.measurement, "");
+    showBothKinds(options, result, readSpectra, reportSpectra);
+}
+
+void showHarmonics(const MeasureOptions& options) {
+    const Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
+    warnOfRate(result.measurement, "");
+    if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
+        warn(remark);
+    }
+    showBothKinds(options, result, readHarmonics, reportHarmonics);
+    if (!options.json) {
+        std::cout << "\n0 dB is 1 V or 1 A RMS; % is of the fundamental.\n";
+    }
+}
+
+void checkLibrary(const CheckOptions& options) {
+    if (!checkConformance(Library(options.library), std::cout)) {
+        throw Failure(ExitCode::refused, "the library breaks promises of its interface");
     }
 }
 

@@ -25,9 +25,16 @@ struct GenerateOptions {
     std::string file;  // empty: stdout
 };
 
+struct CheckOptions {
+    std::string library;  // empty: searched for
+};
+
 void showRecording(const MeasureOptions& options);
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);
+void showSpectra(const MeasureOptions& options);
+void showHarmonics(const MeasureOptions& options);
+void checkLibrary(const CheckOptions& options);
 void generateRecording(const GenerateOptions& options);
 
 }  // namespace rt305

@@ -48,65 +48,69 @@ std::string chooseFile(const std::string& given) {
     return near.empty() ? soname : near;
 }
 
-template <class Function>
-Function findFunction(void* handle, const char* name) {
-    void* const address = dlsym(handle, name);
-    if (address == nullptr) {
-        failInput(std::string("this is not the measurement library, it has no function ") + name + ": " +
-                  lastLoadError());
-    }
-    return reinterpret_cast<Function>(address);
-}
-
 }  // namespace
 
+Call::Call(const Measurement& measurement, std::uint32_t operation) {
+    const MeasurementSettings& settings = measurement.settings;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const std::vector<double>& samples = measurement.samples[channel];
+        if (!samples.empty()) {
+            channels.push_back({isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
+                                static_cast<std::uint32_t>(channel % phaseTotal), samples.data(), samples.size(),
+                                settings.coefficients[channel], settings.resistances[channel],
+                                settings.gains[channel]});
+        }
+    }
+    request.samplesNumber = measurement.length;
+    request.sampleRate = measurement.rateHz;
+    request.auxValue = settings.peakCriterion;
+    request.auxMode = settings.peaks;
+    request.inputType = measurement.inputType;
+    request.options = {settings.spectrumFlags, settings.flags};
+    request.operation = operation;
+    for (std::size_t i = 0; i < textTotal; ++i) {
+        texts[i] = "";
+        request.*textPlaces[i] = &texts[i];
+    }
+}
+
 Library::Library(const std::string& file) {
-    void* const handle = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
+    _handle = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (_handle == nullptr) {
         failInput("cannot open the measurement library: " + lastLoadError() +
                   "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
                   "the environment variable RT305_4_LIBRARY.");
     }
-    _getVersion = findFunction<decltype(_getVersion)>(handle, "getVersion");
-    _dataProccess = findFunction<decltype(_dataProccess)>(handle, "dataProccess");
+    for (const char* const name : {"getVersion", "dataProccess"}) {
+        if (find(name) == nullptr) {
+            failInput(std::string("this is not the measurement library, it has no function ") + name + ": " +
+                      lastLoadError());
+        }
+    }
+    _getVersion = reinterpret_cast<decltype(_getVersion)>(find("getVersion"));
+    _dataProccess = reinterpret_cast<decltype(_dataProccess)>(find("dataProccess"));
+}
+
+void* Library::find(const char* name) const {
+    return dlsym(_handle, name);
+}
+
+std::int32_t Library::process(Call& call) const {
+    call.request.channels = call.channels.data();
+    call.request.channelCount = static_cast<std::int32_t>(call.channels.size());
+    return _dataProccess(call.request);
 }
 
 ResultTexts Library::measure(const Measurement& measurement, std::uint32_t operation) const {
-    const MeasurementSettings& settings = measurement.settings;
-    std::vector<ChannelData> descriptors;
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const std::vector<double>& samples = measurement.samples[channel];
-        if (!samples.empty()) {
-            descriptors.push_back({isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
-                                   static_cast<std::uint32_t>(channel % phaseTotal), samples.data(), samples.size(),
-                                   settings.coefficients[channel], settings.resistances[channel],
-                                   settings.gains[channel]});
-        }
+    Call call(measurement, operation);
+    if (process(call) == 0) {
+        throw Failure(ExitCode::refused, std::string("the library refuses this measurement: ") + call.texts[errorText]);
     }
-    const char* parameters = "";
-    const char* signals[2] = {"", ""};
-    const char* unused[4] = {};
-    const char* error = "";
-    DataProcessRequest request{};
-    request.channels = descriptors.data();
-    request.channelCount = static_cast<std::int32_t>(descriptors.size());
-    request.samplesNumber = measurement.length;
-    request.sampleRate = measurement.rateHz;
-    request.inputType = measurement.inputType;
-    request.options = {0, settings.flags};
-    request.operation = operation;
-    request.paramData = &parameters;
-    request.timeSignalDataU = &signals[0];
-    request.timeSignalDataI = &signals[1];
-    request.spectrumParamU = &unused[0];
-    request.spectrumParamI = &unused[1];
-    request.paramDataThdU = &unused[2];
-    request.paramDataThdI = &unused[3];
-    request.errorString = &error;
-    if (_dataProccess(request) == 0) {
-        throw Failure(ExitCode::refused, std::string("the library refuses this measurement: ") + error);
+    if (operation == RT305_4_OPERATION_PARAMETERS) {
+        return {call.texts[0], "", ""};
     }
-    return {parameters, signals[0], signals[1]};
+    const std::size_t voltages = 2 * operation - 1;
+    return {call.texts[0], call.texts[voltages], call.texts[voltages + 1]};
 }
 
 }  // namespace rt305

@@ -1,7 +1,10 @@
 #ifndef RT305_HOST_LIBRARY_H
 #define RT305_HOST_LIBRARY_H
 
+#include <array>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "measurement.h"
 #include "rt305_4/rt305_4.h"
@@ -11,8 +14,27 @@ namespace rt305 {
 /// The texts of one call that the tool shows. A text that the call did not make is empty.
 struct ResultTexts {
     std::string parameters;
-    std::string voltageSignals;
-    std::string currentSignals;
+    std::string voltages;  // what the operation makes of the voltages
+    std::string currents;
+};
+
+/// Where a request's texts go, in its order: the parameters, voltages and currents of each operation, the message.
+inline constexpr const char** DataProcessRequest::*textPlaces[] = {
+    &DataProcessRequest::paramData,      &DataProcessRequest::timeSignalDataU, &DataProcessRequest::timeSignalDataI,
+    &DataProcessRequest::spectrumParamU, &DataProcessRequest::spectrumParamI,  &DataProcessRequest::paramDataThdU,
+    &DataProcessRequest::paramDataThdI,  &DataProcessRequest::errorString};
+inline constexpr std::size_t textTotal = std::size(textPlaces);
+inline constexpr std::size_t errorText = textTotal - 1;
+
+/// A request to the library with the places for its texts. The samples stay in the measurement.
+struct Call {
+    Call(const Measurement& measurement, std::uint32_t operation);  // RT305_4_OPERATION_*
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    std::vector<ChannelData> channels;
+    DataProcessRequest request{};  // process() fills in the channels
+    std::array<const char*, textTotal> texts;
 };
 
 /// The measurement library, loaded at run time until the program ends.
@@ -25,10 +47,17 @@ public:
 
     std::string version() const { return _getVersion(); }
 
-    /// Runs one operation (RT305_4_OPERATION_*). Fails with the library's own message when it refuses.
+    /// The address of an exported name, null when there is none.
+    void* find(const char* name) const;
+
+    /// The library's answer: 1, or 0 with a message.
+    std::int32_t process(Call& call) const;
+
+    /// Runs one operation. Fails with the library's own message when it refuses.
     ResultTexts measure(const Measurement& measurement, std::uint32_t operation) const;
 
 private:
+    void* _handle;
     decltype(&::getVersion) _getVersion;
     decltype(&::dataProccess) _dataProccess;
 };

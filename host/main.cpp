@@ -13,7 +13,7 @@ namespace {
 
 using namespace rt305;
 
-/// An option whose words stand for a value under a mask of the measurement flags.
+/// An option whose words stand for a value under a mask of the measurement or spectrum flags.
 struct FlagOption {
     const char* name;
     const char* help;
@@ -31,14 +31,7 @@ const std::vector<FlagOption>& flagOptions() {
          "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
          RT305_4_FREQUENCY_CONTROL,
          {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}},
-        {"--power",
-         "how power is measured (default none)",
-         RT305_4_POWER_MASK,
-         {{"none", RT305_4_POWER_NONE},
-          {"two-wattmeter", RT305_4_POWER_TWO_WATTMETER},
-          {"two-wattmeter-phase", RT305_4_POWER_TWO_WATTMETER_PHASE},
-          {"three-wattmeter", RT305_4_POWER_THREE_WATTMETER},
-          {"three-wattmeter-complex", RT305_4_POWER_THREE_WATTMETER_COMPLEX}}},
+        {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerMethods},
         {"--two-currents",
          "rebuild the current of this phase from the other two; it need not be recorded",
          RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_MASK,
@@ -49,6 +42,24 @@ const std::vector<FlagOption>& flagOptions() {
          "simulated (default): samples are V and A; real: they are counts that gain and resistance scale",
          RT305_4_SIMULATED_SOURCE_MASK,
          {{"real", 0}, {"simulated", RT305_4_SIMULATED_SOURCE_MASK}}},
+    };
+    return options;
+}
+
+const std::vector<FlagOption>& spectrumOptions() {
+    static const std::vector<FlagOption> options{
+        {"--window",
+         "the weighting of the samples (default rect)",
+         RT305_4_SPECTRUM_WINDOW_MASK,
+         {{"rect", RT305_4_SPECTRUM_WINDOW_RECT},
+          {"hann", RT305_4_SPECTRUM_WINDOW_HANN},
+          {"hamming", RT305_4_SPECTRUM_WINDOW_HAMMING},
+          {"kaiser", RT305_4_SPECTRUM_WINDOW_KAISER}}},
+        {"--mode",
+         "1 (default): fine lines up to 1000 Hz (250 Hz for voltages or currents alone); 2: coarser lines up to half "
+         "the rate",
+         RT305_4_SPECTRUM_MODE_MASK,
+         {{"1", RT305_4_SPECTRUM_MODE_1}, {"2", RT305_4_SPECTRUM_MODE_2}}},
     };
     return options;
 }
@@ -125,6 +136,17 @@ void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
         ->type_name("HZ");
 }
 
+void addFlagOptions(CLI::App& command, const std::vector<FlagOption>& options, std::uint32_t& flags) {
+    for (const FlagOption& option : options) {
+        command
+            .add_option_function<std::string>(
+                option.name,
+                [&flags, &option](const std::string& word) { flags = (flags & ~option.mask) | option.words.at(word); },
+                option.help)
+            ->check(CLI::IsMember(option.words));
+    }
+}
+
 void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
     static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
@@ -135,16 +157,7 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
             "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
             "what to measure (default: by the channels that are there)")
         ->check(CLI::IsMember(types));
-    for (const FlagOption& option : flagOptions()) {
-        command
-            .add_option_function<std::string>(
-                option.name,
-                [&options, &option](const std::string& word) {
-                    options.settings.flags = (options.settings.flags & ~option.mask) | option.words.at(word);
-                },
-                option.help)
-            ->check(CLI::IsMember(option.words));
-    }
+    addFlagOptions(command, flagOptions(), options.settings.flags);
     for (const FlagSwitch& flag : flagSwitches) {
         command.add_flag_function(
             flag.name, [&options, &flag](std::int64_t) { options.settings.flags |= flag.flag; }, flag.help);
@@ -155,6 +168,27 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
                         options.settings.resistances);
     command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
     command.add_flag("--json", options.json, "print the library's own texts");
+}
+
+void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
+    addFlagOptions(command, spectrumOptions(), settings.spectrumFlags);
+    command.add_flag_function(
+        "--db", [&settings](std::int64_t) { settings.spectrumFlags |= RT305_4_SPECTRUM_LEVEL_DB; },
+        "levels in dB below the largest line instead of V and A");
+    command
+        .add_option("--peaks", settings.peaks, "how many of the largest lines to show, at most 20 without --criterion")
+        ->check(CLI::Range(0, 32767))
+        ->capture_default_str()
+        ->type_name("N");
+    command
+        .add_option_function<double>(
+            "--criterion",
+            [&settings](double criterion) {
+                settings.spectrumFlags |= RT305_4_SPECTRUM_CRITERION;
+                settings.peakCriterion = criterion;
+            },
+            "show lines above this height in V, A or dB only, by frequency")
+        ->type_name("X");
 }
 
 void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
@@ -202,19 +236,26 @@ int main(int argc, char** argv) {
     app.footer("Exit codes: 0 success, 1 the library refuses the measurement, 2 unusable options or input.");
 
     MeasureOptions measure;
+    CheckOptions check;
     GenerateOptions generate;
-    CLI::App* const info = app.add_subcommand("info", "show what a recording holds; needs no library");
-    CLI::App* const params = app.add_subcommand("params", "measure the electrical parameters");
-    CLI::App* const signals = app.add_subcommand("signals", "measure the statistics of each signal");
-    CLI::App* const generator = app.add_subcommand("generate", "write a recording of known content as CSV");
-    addRecordingOptions(*info, measure);
-    addMeasureOptions(*params, measure);
-    addMeasureOptions(*signals, measure);
-    addGenerateOptions(*generator, generate);
-    info->final_callback([&] { showRecording(measure); });
-    params->final_callback([&] { showParameters(measure); });
-    signals->final_callback([&] { showSignals(measure); });
-    generator->final_callback([&] { generateRecording(generate); });
+    const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
+        CLI::App* const added = app.add_subcommand(name, help);
+        added->final_callback([run, &options] { run(options); });
+        return added;
+    };
+    addRecordingOptions(*command("info", "show what a recording holds; needs no library", showRecording, measure),
+                        measure);
+    addMeasureOptions(*command("params", "measure the electrical parameters", showParameters, measure), measure);
+    addMeasureOptions(*command("signals", "measure the statistics of each signal", showSignals, measure), measure);
+    CLI::App* const spectrum = command("spectrum", "find the largest lines of each spectrum", showSpectra, measure);
+    addMeasureOptions(*spectrum, measure);
+    addSpectrumOptions(*spectrum, measure.settings);
+    addMeasureOptions(*command("distortion", "measure the harmonics of each signal", showHarmonics, measure), measure);
+    command("check", "hold a library against the promises of its interface", checkLibrary, check)
+        ->add_option("LIB", check.library, "the library file (default: the one that would measure)")
+        ->type_name("");
+    addGenerateOptions(*command("generate", "write a recording of known content as CSV", generateRecording, generate),
+                       generate);
 
     try {
         app.parse(argc, argv);

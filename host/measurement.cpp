@@ -61,8 +61,12 @@ std::uint32_t decideInputType(Measurement& measurement, const std::string& sourc
 
 }  // namespace
 
-bool Measurement::isAtParameterRate() const {
-    return std::fabs(rateHz - parameterRateHz) <= 1e-3 * parameterRateHz;
+std::string FrequencyWindow::text() const {
+    return formatNumber(lower) + "-" + formatNumber(upper) + " Hz";
+}
+
+bool Measurement::isAtAssumedRate() const {
+    return std::fabs(rateHz - assumedRateHz()) <= 1e-3 * assumedRateHz();
 }
 
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "fundamental.h"
 #include "text.h"
@@ -13,43 +14,33 @@ namespace {
 /// From this length on a pure sine shows no THD of its own.
 constexpr double cyclesForThd = 12.5;
 
-struct Window {
-    double lower;
-    double upper;
-
-    bool contains(double frequency) const { return lower < frequency && frequency < upper; }
-    std::string text() const { return formatNumber(lower) + "-" + formatNumber(upper) + " Hz"; }
-};
-
-constexpr Window fixedWindow{49.6, 50.4};
-constexpr Window controlWindow{10.0, 60.0};
-
 bool isMissing(const std::vector<NamedValue>& parameters, std::string_view name) {
     const auto found = std::find_if(parameters.begin(), parameters.end(),
                                     [name](const NamedValue& parameter) { return parameter.name == name; });
     return found == parameters.end() || std::isnan(found->value);
 }
 
-/// A channel set whose THD the library admits together.
+/// A channel set whose THD the library admits together, and then each by a channel's fundamental.
 struct ThdSet {
     std::size_t firstChannel;
     const char* quantities;  // that are given or missing together
     const char* nameOfAll;
     std::array<const char*, phaseTotal> parameters;
+    std::array<std::size_t, phaseTotal> judges;  // the phase by whose fundamental each phase is admitted
 };
 
-constexpr ThdSet thdSets[] = {{0, "THD and frequency", "the voltages", {"THD_Va", "THD_Vb", "THD_Vc"}},
-                              {phaseTotal, "THD", "the currents", {"THD_Ia", "THD_Ib", "THD_Ic"}}};
+constexpr ThdSet thdSets[] = {{0, "THD and frequency", "the voltages", {"THD_Va", "THD_Vb", "THD_Vc"}, {0, 2, 1}},
+                              {phaseTotal, "THD", "the currents", {"THD_Ia", "THD_Ib", "THD_Ic"}, {0, 1, 2}}};
 
 /// How a power method wants to be fed, and what to say when it is fed otherwise or in any case.
-struct PowerMethod {
+struct PowerRule {
     std::uint32_t flag;
     bool fourWire;
     const char* whenWiredOtherwise;
     const char* always;
 };
 
-constexpr PowerMethod powerMethods[] = {
+constexpr PowerRule powerRules[] = {
     {RT305_4_POWER_THREE_WATTMETER, true,
      "Three wattmeters multiply the voltage and the current of a phase; with line voltages (--wiring three) their "
      "powers are not those of the load.",
@@ -70,71 +61,114 @@ constexpr PowerMethod powerMethods[] = {
      "30 degrees on."},
 };
 
-/// Why the library admitted no THD, judged by the fundamental that the tool itself finds in each channel.
-std::string thdReason(const ThdSet& set, const Measurement& measurement) {
-    const Window& window = measurement.has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow;
-    std::vector<std::string> dead;
-    std::vector<double> found;
-    for (std::size_t channel = set.firstChannel; channel < set.firstChannel + phaseTotal; ++channel) {
-        if (const auto frequency = estimateFundamental(measurement.samples[channel], parameterRateHz)) {
-            found.push_back(*frequency);
-        } else {
-            dead.emplace_back(channelNames[channel]);
-        }
+/// Why a channel can have no fundamental; nothing when it has one.
+std::string faultOf(std::size_t channel, const Measurement& measurement) {
+    const auto& samples = measurement.samples[channel];
+    const std::string name(channelNames[channel]);
+    if (std::any_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); })) {
+        return name + " has samples that are not numbers";
     }
-    if (!dead.empty()) {
-        return "there is no fundamental in " + joined(dead);
+    if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) == samples.end()) {
+        return name + " is dead (0 " + (isCurrent(channel) ? "A" : "V") + ")";
     }
-    const auto [lowest, highest] = std::minmax_element(found.begin(), found.end());
-    const auto isOutside = [](const Window& range, double a, double b) {
-        return !range.contains(a) || !range.contains(b);
-    };
-    if (!isOutside(window, *lowest, *highest)) {
-        return "the record may be too short or too distorted to find it";
-    }
-    const std::string low = formatFixed(*lowest, 1);
-    const std::string high = formatFixed(*highest, 1);
-    std::string reason = "it is at " + low + (low == high ? "" : " to " + high) + " Hz";
-    if (!measurement.isAtParameterRate()) {
-        reason += " when the samples are taken as 10000 a second";
-    }
-    if (&window == &fixedWindow && !isOutside(controlWindow, *lowest, *highest)) {
-        reason += "; try --frequency control";
-    }
-    return reason;
+    return estimateFundamental(samples, measurement.rateHz) ? "" : "there is no fundamental in " + name;
 }
 
-/// Adds a remark when THD of the set is missing, and says whether it is.
-bool explainThd(const ThdSet& set, const std::vector<NamedValue>& parameters, const Measurement& measurement,
-                std::vector<std::string>& remarks) {
-    std::vector<std::string> missing;
+std::string outside(const std::string& what, double frequency, const FrequencyWindow& window) {
+    return "the fundamental" + what + ", " + formatFixed(frequency, 2) + " Hz, lies outside " + window.text();
+}
+
+/// Why the library admitted no THD of these phases, judged by the fundamentals that the tool itself finds.
+std::string thdReason(const ThdSet& set, const std::vector<std::size_t>& missing, const Measurement& measurement) {
+    std::vector<std::string> reasons;
+    std::array<double, phaseTotal> fundamentals{};
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const std::size_t channel = set.firstChannel + phase;
+        if (const std::string fault = faultOf(channel, measurement); !fault.empty()) {
+            reasons.push_back(fault);
+        }
+        fundamentals[phase] =
+            estimateFundamental(measurement.samples[channel], measurement.assumedRateHz()).value_or(0.0);
+    }
+    if (!reasons.empty()) {
+        return joined(reasons);
+    }
+    const FrequencyWindow& window = measurement.window();
+    const double mean = (fundamentals[0] + fundamentals[1] + fundamentals[2]) / 3.0;
+    if (!window.contains(mean)) {
+        return outside(" on average", mean, window);
+    }
+    for (const std::size_t phase : missing) {
+        const std::size_t judge = set.judges[phase];
+        if (!window.contains(fundamentals[judge])) {
+            const std::string name(channelNames[set.firstChannel + judge]);
+            reasons.push_back(outside(" of " + name, fundamentals[judge], window) +
+                              (judge == phase ? "" : " and the library judges b by c and c by b"));
+        }
+    }
+    return reasons.empty() ? "the record may be too short or too distorted to find its fundamental" : joined(reasons);
+}
+
+/// What to try when fundamentals lie outside the window.
+std::string hintOn(const std::string& reason, const Measurement& measurement) {
+    if (reason.find("outside") == std::string::npos) {
+        return "";
+    }
+    const double fundamental = estimateFundamental(measurement.samples[0], measurement.assumedRateHz()).value_or(0.0);
+    std::string hint;
+    if (!measurement.isAtAssumedRate()) {
+        hint += " when the samples are taken as " + formatNumber(measurement.assumedRateHz()) + " a second";
+    }
+    if (!measurement.has(RT305_4_FREQUENCY_CONTROL) && controlWindow.contains(fundamental)) {
+        hint += "; try --frequency control";
+    }
+    return hint;
+}
+
+/// Adds a remark when THD of the set is missing, and gives the reason.
+std::string explainThd(const ThdSet& set, const std::vector<NamedValue>& parameters, const Measurement& measurement,
+                       std::vector<std::string>& remarks) {
+    std::vector<std::size_t> missing;
+    std::vector<std::string> names;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         if (isMissing(parameters, set.parameters[phase])) {
-            missing.emplace_back(channelNames[set.firstChannel + phase]);
+            missing.push_back(phase);
+            names.emplace_back(channelNames[set.firstChannel + phase]);
         }
     }
     if (missing.empty()) {
-        return false;
+        return "";
     }
-    const Window& window = measurement.has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow;
+    const std::string reason = thdReason(set, missing, measurement);
     remarks.push_back(std::string(set.quantities) + " of " +
-                      (missing.size() == phaseTotal ? set.nameOfAll : joined(missing)) +
-                      " not given: the fundamental must lie inside " + window.text() + " on average and per channel; " +
-                      thdReason(set, measurement) + ".");
-    return true;
+                      (missing.size() == phaseTotal ? set.nameOfAll : joined(names)) + " not given: " + reason +
+                      hintOn(reason, measurement) + ".");
+    return reason;
 }
 
-void explainPower(const std::vector<NamedValue>& parameters, const Measurement& measurement, bool thdIsMissing,
-                  std::vector<std::string>& remarks) {
-    const auto* const method =
-        std::find_if(std::begin(powerMethods), std::end(powerMethods),
-                     [&](const PowerMethod& known) { return known.flag == measurement.powerMethod(); });
-    if (method == std::end(powerMethods)) {
+/// One sample that is not a number spoils every value of its channel.
+void explainGaps(const Measurement& measurement, std::vector<std::string>& remarks) {
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const auto& samples = measurement.samples[channel];
+        const auto gaps = std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
+        if (gaps > 0) {
+            remarks.push_back("Values with " + std::string(channelNames[channel]) +
+                              " not given: " + std::to_string(gaps) + " of its samples are not numbers.");
+        }
+    }
+}
+
+void explainPower(const std::vector<NamedValue>& parameters, const Measurement& measurement,
+                  const std::string& thdReason, std::vector<std::string>& remarks) {
+    const auto* const method = std::find_if(std::begin(powerRules), std::end(powerRules), [&](const PowerRule& known) {
+        return known.flag == measurement.powerMethod();
+    });
+    if (method == std::end(powerRules)) {
         remarks.emplace_back("No power: --power was not given.");
         return;
     }
-    if (thdIsMissing) {
-        remarks.emplace_back("No power: it needs THD of all six channels.");
+    if (!thdReason.empty()) {
+        remarks.push_back("No power: it needs THD of all six channels, but " + thdReason + ".");
         return;
     }
     if (isMissing(parameters, "Pa")) {
@@ -153,22 +187,32 @@ void explainPower(const std::vector<NamedValue>& parameters, const Measurement& 
 
 }  // namespace
 
+std::string remarkOnLength(const Measurement& measurement) {
+    const auto& samples = measurement.samples[measurement.inputType == RT305_4_INPUT_CURRENTS ? phaseTotal : 0];
+    const double fundamental = estimateFundamental(samples, measurement.rateHz).value_or(0.0);
+    const double cycles = static_cast<double>(measurement.length) / measurement.rateHz * fundamental;
+    if (cycles >= cyclesForThd - 0.05) {
+        return {};
+    }
+    return "THD and harmonics read too high in records of less than " + formatNumber(cyclesForThd) +
+           " cycles (2500 samples at 50 Hz and 10000 Hz); this one has " + formatFixed(cycles, 1) + ".";
+}
+
 std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, const Measurement& measurement) {
-    if (measurement.inputType != RT305_4_INPUT_VOLTAGES_AND_CURRENTS) {
+    if (!measurement.isCombined()) {
         return {"Types 4 and 8 (voltages or currents alone) carry no electrical parameters: give all six channels."};
     }
     std::vector<std::string> remarks;
-    bool thdIsMissing = false;
+    explainGaps(measurement, remarks);
+    std::string thdReason;
     for (const ThdSet& set : thdSets) {
-        thdIsMissing = explainThd(set, parameters, measurement, remarks) || thdIsMissing;
+        const std::string reason = explainThd(set, parameters, measurement, remarks);
+        thdReason = thdReason.empty() ? reason : thdReason;
     }
-    const double cycles = static_cast<double>(measurement.length) / parameterRateHz *
-                          estimateFundamental(measurement.samples[0], parameterRateHz).value_or(0.0);
-    if (cycles < cyclesForThd - 0.05 && !isMissing(parameters, "THD_Va")) {
-        remarks.push_back("THD reads too high in records of less than " + formatNumber(cyclesForThd) +
-                          " cycles; this one has " + formatFixed(cycles, 1) + ".");
+    if (const std::string remark = remarkOnLength(measurement); !remark.empty() && thdReason.empty()) {
+        remarks.push_back(remark);
     }
-    explainPower(parameters, measurement, thdIsMissing, remarks);
+    explainPower(parameters, measurement, thdReason, remarks);
     if (isMissing(parameters, "Pf")) {
         remarks.emplace_back("No power factors: this library does not compute them.");
     }

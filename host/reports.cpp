@@ -55,6 +55,37 @@ std::vector<std::string> rangeCells(const Column& column) {
     return TextTable::numbers({smallest, largest});
 }
 
+using TextColumn = std::vector<std::string>;
+
+TextColumn headed(const std::string& heading, TextColumn cells) {
+    cells.insert(cells.begin(), heading);
+    return cells;
+}
+
+/// A heading, then the numbers from 1 down the longest of the columns.
+TextColumn numbered(const std::string& heading, const std::vector<TextColumn>& columns) {
+    TextColumn numbers{heading};
+    for (const TextColumn& column : columns) {
+        while (numbers.size() < column.size()) {
+            numbers.push_back(std::to_string(numbers.size()));
+        }
+    }
+    return numbers;
+}
+
+/// The first column and the others beside it; short ones end in empty cells.
+std::string sideBySide(const TextColumn& first, const std::vector<TextColumn>& columns) {
+    TextTable table(std::string(columns.size() + 1, 'r'));
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        TextColumn row{first[i]};
+        for (const TextColumn& column : columns) {
+            row.push_back(i < column.size() ? column[i] : "");
+        }
+        table.add(std::move(row));
+    }
+    return table.text();
+}
+
 }  // namespace
 
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns) {
@@ -87,12 +118,16 @@ std::string reportRecording(const Recording& recording, const PerChannel<std::st
 }
 
 std::string describe(const Measurement& measurement) {
-    std::string words = std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) +
-                        " Hz, " + inputTypeName(measurement.inputType);
-    if (measurement.inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS) {
-        words += measurement.has(RT305_4_FOUR_WIRE) ? ", four-wire" : ", three-wire";
-    }
-    return words;
+    return std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) + " Hz, " +
+           inputTypeName(measurement.inputType);
+}
+
+std::string describeMethods(const Measurement& measurement) {
+    const auto method = std::find_if(powerMethods.begin(), powerMethods.end(), [&measurement](const auto& known) {
+        return known.second == measurement.powerMethod();
+    });
+    return std::string(measurement.has(RT305_4_FOUR_WIRE) ? "four-wire" : "three-wire") + ", fundamental inside " +
+           measurement.window().text() + ", power: " + (method == powerMethods.end() ? "none" : method->first);
 }
 
 std::string reportParameters(const std::vector<NamedValue>& parameters) {
@@ -139,6 +174,42 @@ std::string reportSignals(const std::vector<SignalStatistics>& signals) {
         table.add(std::move(cells));
     }
     return table.text();
+}
+
+std::string reportSpectra(const std::vector<Spectrum>& spectra) {
+    if (spectra.empty()) {
+        return {};
+    }
+    std::vector<TextColumn> columns;
+    for (const Spectrum& spectrum : spectra) {
+        std::vector<double> frequencies;
+        std::vector<double> values;
+        for (const auto& [frequency, value] : spectrum.peaks) {
+            frequencies.push_back(frequency);
+            values.push_back(value);
+        }
+        columns.push_back(headed(spectrum.channel + ", Hz", TextTable::numbers(frequencies, 3)));
+        columns.push_back(headed(spectrum.unit, TextTable::numbers(values, spectrum.unit == "dB" ? 2 : 6)));
+    }
+    const std::vector<double>& axis = spectra[0].frequencies;
+    const std::string lines = axis.size() < 2 ? "no lines"
+                                              : std::to_string(axis.size()) + " lines, " + formatNumber(axis[1]) +
+                                                    " Hz apart, up to " + formatNumber(axis.back()) + " Hz";
+    return sideBySide(numbered("", columns), columns) + lines + '\n';
+}
+
+std::string reportHarmonics(const std::vector<Harmonics>& harmonics) {
+    std::vector<TextColumn> columns;
+    for (const Harmonics& channel : harmonics) {
+        std::vector<double> percents;
+        for (const double level : channel.levels) {
+            percents.push_back(100.0 * std::pow(10.0, (level - channel.levels[0]) / 20.0));
+        }
+        columns.push_back(headed(channel.channel + ", Hz", TextTable::numbers(channel.frequencies, 3)));
+        columns.push_back(headed("dB", TextTable::numbers(channel.levels, 2)));
+        columns.push_back(headed("%", TextTable::numbers(percents, 3)));
+    }
+    return sideBySide(numbered("Order", columns), columns);
 }
 
 }  // namespace rt305

@@ -13,14 +13,17 @@ namespace rt305 {
 /// What a recording holds, and which column is taken for which channel.
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
-/// What was measured and how, in a few words.
+/// What was measured, and how its parameters were, in a few words.
 std::string describe(const Measurement& measurement);
+std::string describeMethods(const Measurement& measurement);
 
 /// All parameters by quantity, as an instrument shows them.
 std::string reportParameters(const std::vector<NamedValue>& parameters);
 
-/// The statistics of one channel set.
+/// The statistics, the largest spectral lines and the harmonics of one channel set, channels side by side.
 std::string reportSignals(const std::vector<SignalStatistics>& signals);
+std::string reportSpectra(const std::vector<Spectrum>& spectra);
+std::string reportHarmonics(const std::vector<Harmonics>& harmonics);
 
 }  // namespace rt305
 

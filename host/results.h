@@ -2,6 +2,7 @@
 #define RT305_HOST_RESULTS_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rt305 {
@@ -19,9 +20,27 @@ struct SignalStatistics {
     std::vector<NamedValue> statistics;
 };
 
+/// One channel's amplitude spectrum.
+struct Spectrum {
+    std::string channel;
+    std::string unit;                 // "V", "A" or "dB"
+    std::vector<double> frequencies;  // of the lines, Hz
+    std::vector<double> lines;
+    std::vector<std::pair<double, double>> peaks;  // frequency and value
+};
+
+/// One channel's harmonics, the fundamental first; NaN for those that the library could not measure.
+struct Harmonics {
+    std::string channel;
+    std::vector<double> frequencies;  // Hz
+    std::vector<double> levels;       // dB; 0 dB is 1 V or 1 A RMS
+};
+
 /// Read the library's texts. Fail when a text is not of the documented shape.
 std::vector<NamedValue> readParameters(const std::string& text);
 std::vector<SignalStatistics> readSignals(const std::string& text);
+std::vector<Spectrum> readSpectra(const std::string& text);
+std::vector<Harmonics> readHarmonics(const std::string& text);
 
 }  // namespace rt305
 

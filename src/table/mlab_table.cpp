@@ -22,8 +22,9 @@ std::uint64_t countOf(int n) {
 
 void printLine(std::string line) {
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fflush(stdout);
+    // Whether standard output takes the line is its owner's affair.
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
+    static_cast<void>(std::fflush(stdout));
 }
 
 std::string padded(std::string text, int width) {

@@ -15,38 +15,36 @@ constexpr int moments = FourierGrid::moments;
 constexpr int group = FourierGrid::group;
 constexpr std::size_t lanes = 8;
 
-/// J_m(z) for m < moments and all z at once, at m * count + k: downward recurrence J_(m-1) = (2m/z) J_m - J_(m+1),
+/// J_m(z) for m < moments and a vector of z, at m * stride: downward recurrence J_(m-1) = (2m/z) J_m - J_(m+1),
 /// normalised by J_0 + 2 (J_2 + J_4 + ...) = 1. J. C. P. Miller, British Association Mathematical Tables 10 (1952).
-RT305_4_VECTOR_CLONES void besselRows(const double* z, std::size_t count, double* rows) {
+[[gnu::always_inline]] inline void besselVector(const double* z, std::size_t stride, double* rows) {
     constexpr int startOrder = 2 * moments;
+    double next[lanes] = {};
+    double here[lanes];
+    double norm[lanes] = {};
+    std::fill_n(here, lanes, 1e-250);
+    for (int m = startOrder; m > 0; --m) {
+        const double weight = m % 2 == 0 ? 2.0 : 0.0;
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            norm[lane] += weight * here[lane];
+            const double below = 2.0 * m / z[lane] * here[lane] - next[lane];
+            next[lane] = here[lane];
+            here[lane] = below;
+        }
+        if (m <= moments) {
+            std::copy_n(here, lanes, rows + static_cast<std::size_t>(m - 1) * stride);
+        }
+    }
+    for (std::size_t m = 0; m < moments; ++m) {
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            rows[m * stride + lane] /= norm[lane] + here[lane];
+        }
+    }
+}
+
+RT305_4_VECTOR_CLONES void besselRows(const double* z, std::size_t count, double* rows) {
     for (std::size_t from = 0; from < count; from += lanes) {
-        double next[lanes] = {};
-        double here[lanes];
-        double norm[lanes] = {};
-        double twoOverZ[lanes];
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            here[lane] = 1e-250;
-            twoOverZ[lane] = 2.0 / z[from + lane];
-        }
-        for (int m = startOrder; m > 0; --m) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                norm[lane] += m % 2 == 0 ? 2.0 * here[lane] : 0.0;
-                const double below = m * twoOverZ[lane] * here[lane] - next[lane];
-                next[lane] = here[lane];
-                here[lane] = below;
-            }
-            if (m <= moments) {
-                std::copy_n(here, lanes, rows + static_cast<std::size_t>(m - 1) * count + from);
-            }
-        }
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            norm[lane] = 1.0 / (norm[lane] + here[lane]);
-        }
-        for (std::size_t m = 0; m < moments; ++m) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                rows[m * count + from + lane] *= norm[lane];
-            }
-        }
+        besselVector(z + from, count, rows + from);
     }
 }
 
@@ -61,7 +59,7 @@ RT305_4_VECTOR_CLONES void blockMoments(const double* x, const double* chebyshev
     }
     for (int m = 0; m < moments; ++m) {
         const double* const values = folded[m % 2];
-        const double* const weights = chebyshev + m * half;
+        const double* const weights = chebyshev + static_cast<std::ptrdiff_t>(m) * half;
         double sums[lanes] = {};
         for (int i = 0; i < half; i += static_cast<int>(lanes)) {
             for (std::size_t lane = 0; lane < lanes; ++lane) {

@@ -34,6 +34,22 @@ void store(samples x, std::size_t at, double* value, int* index) {
     *index = static_cast<int>(at) + 1;
 }
 
+/// How many whole steps lead from a to b, and where the last one ends.
+struct Steps {
+    double count;
+    double end;
+};
+
+Steps stepsBetween(double a, double d, double b) {
+    const double count = std::floor((b - a) / d + 0.5);
+    const double end = a + count * d;
+    if (std::fabs(end - b) < 4.440892098500626e-16 * std::max(std::fabs(a), std::fabs(b))) {
+        return {count, b};
+    }
+    const bool beyond = d > 0.0 ? end > b : end < b;
+    return beyond ? Steps{count - 1.0, a + (count - 1.0) * d} : Steps{count, end};
+}
+
 }  // namespace
 
 double combineVectorElements(samples x) {
@@ -78,39 +94,20 @@ void eml_float_colon(double a, double d, double b, row& y) {
         y[0] = rtNaN;
         return;
     }
-    if (d == 0.0) {
-        y.set_size(1, 0);
-        return;
-    }
-    double steps = std::floor((b - a) / d + 0.5);
-    double end = a + steps * d;
-    if (std::fabs(end - b) < 4.440892098500626e-16 * std::max(std::fabs(a), std::fabs(b))) {
-        end = b;
-    } else if (d > 0.0 ? end > b : end < b) {
-        steps -= 1.0;
-        end = a + steps * d;
-    }
-    if (steps >= std::numeric_limits<int>::max()) {
+    const Steps steps = d == 0.0 ? Steps{-1.0, a} : stepsBetween(a, d, b);
+    if (steps.count >= std::numeric_limits<int>::max()) {
         throw std::bad_array_new_length();
     }
-    const int count = steps < 0.0 ? 0 : static_cast<int>(steps) + 1;
-    y.set_size(1, count);
-    if (count == 0) {
-        return;
-    }
-    const int last = count - 1;
+    y.set_size(1, steps.count < 0.0 ? 0 : static_cast<int>(steps.count) + 1);
+    const int last = y.numel() - 1;
     const int half = last / 2;
     const bool whole = a == std::floor(a) && d == std::floor(d);
     double* const value = y.data();
     for (int k = 0; k <= last; ++k) {
-        value[k] = whole || k <= half ? a + k * d : end - (last - k) * d;
+        value[k] = whole || k <= half ? a + k * d : steps.end - (last - k) * d;
     }
-    if (!whole) {
-        value[0] = a;
-        value[last] = end;
-        if (2 * half == last) {
-            value[half] = (a + end) / 2.0;
-        }
+    if (!whole && last > 0 && 2 * half == last) {
+        value[half] = (a + steps.end) / 2.0;
     }
 }
 

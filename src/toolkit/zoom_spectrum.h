@@ -13,11 +13,11 @@ namespace coder {
 /// wanted: |X[k]|, X[k] = sum over t = 0 ... n-1 of w[t] x[t] e^(-2 pi i k t / (factor n)).
 ///
 /// A padded spectrum is an interpolation between few independent values. For factors above 2 the row, divided by the
-/// transform of a Kaiser-Bessel kernel, is transformed with length 2n; 16 values around a bin, weighted by the kernel,
+/// transform of a Kaiser-Bessel kernel, is transformed with length 2n; 18 values around a bin, weighted by the kernel,
 /// give the bin. J. I. Jackson et al., "Selection of a convolution function for Fourier inversion using gridding", IEEE
-/// Trans. Med. Imaging 10 (1991), 473-478. The kernel's aliases and rounding cost at most 3e-14 of the largest bin,
+/// Trans. Med. Imaging 10 (1991), 473-478. The kernel's aliases and rounding cost at most 1e-14 of the largest bin,
 /// which takes a row that is almost nothing but its first or last sample; lines and noise over 100 samples and more
-/// have 6e-15. Made once, it serves any number of rows of n samples, one at a time. NaN in the row makes every bin NaN.
+/// have 2e-15. Made once, it serves any number of rows of n samples, one at a time. NaN in the row makes every bin NaN.
 class ZoomSpectrum {
 public:
     /// n >= 1 samples, factor 2 or a multiple of 4, window w[n]. Throws std::bad_array_new_length when factor * n bins

@@ -66,6 +66,26 @@ TEST(Results, TextsAreReadAndOthersRefused) {
     }
 }
 
+TEST(Reports, SpectraAndHarmonicsStandSideBySide) {
+    const std::string va = R"({"LastNameX":"Frequency, Hz","LastNameY":"U, V","name":"Va","dataTnv":[0.0,1.5,null],)"
+                           R"("dataTnvf":[0.0,0.25,0.5],"paramData":[{"fi":0.25,"mag":1.5},{"fi":0.5,"mag":null}]})";
+    const std::string vb = R"({"LastNameX":"Frequency, Hz","LastNameY":"L,dB","name":"Vb","dataTnv":[],)"
+                           R"("dataTnvf":[],"paramData":null})";
+    EXPECT_EQ(rt305::reportSpectra(rt305::readSpectra("{\"spectrumDataU\":[" + va + "," + vb + "]}")),
+              "   Va, Hz        V  Vb, Hz  dB\n"
+              "1   0.250  1.50000\n"
+              "2   0.500        -\n"
+              "3 lines, 0.25 Hz apart, up to 0.5 Hz\n");
+    const std::string ia = R"({"LastNameX":"Frequency, Hz","LastNameY":"Amp, dB","name":"Ia","dataX":[50.0,100.0,)"
+                           R"(null],"dataY":[6.0,-34.0,null]})";
+    EXPECT_EQ(rt305::reportHarmonics(rt305::readHarmonics("{\"thdDataI\":[" + ia + "]}")),
+              "Order   Ia, Hz      dB        %\n"
+              "    1   50.000    6.00  100.000\n"
+              "    2  100.000  -34.00    1.000\n"
+              "    3        -       -        -\n");
+    EXPECT_EQ(rt305::reportSpectra({}), "");
+}
+
 TEST(Remarks, SayWhyValuesAreMissing) {
     struct Case {
         const char* what;
@@ -74,7 +94,8 @@ TEST(Remarks, SayWhyValuesAreMissing) {
         std::vector<std::string> missing;
         std::vector<std::string> remarks;
     };
-    const std::string outside = "THD and frequency of the voltages not given: the fundamental must lie inside ";
+    const std::string voltages = "THD and frequency of the voltages not given: the fundamental on average, ";
+    const std::string noPower = "No power: it needs THD of all six channels, but ";
     const Case cases[] = {
         {"nothing missing", {}, RT305_4_POWER_THREE_WATTMETER_COMPLEX, {}, {}},
         {"no method", {}, 0, {"S", "P", "Q"}, {"No power: --power was not given", "No power factors"}},
@@ -82,32 +103,30 @@ TEST(Remarks, SayWhyValuesAreMissing) {
          {.frequencyHz = 59.96},
          RT305_4_POWER_TWO_WATTMETER,
          {"THD", "F", "S", "P", "Q"},
-         {outside + "49.6-50.4 Hz on average and per channel; it is at 60.0 Hz; try --frequency control.",
-          "THD of the currents not given", "No power: it needs THD of all six channels", "No power factors"}},
+         {voltages + "59.96 Hz, lies outside 49.6-50.4 Hz; try --frequency control.", "THD of the currents not given",
+          noPower + "the fundamental on average, 59.96 Hz, lies outside 49.6-50.4 Hz.", "No power factors"}},
         {"beyond any window",
          {.frequencyHz = 65.0},
          RT305_4_FREQUENCY_CONTROL | RT305_4_POWER_TWO_WATTMETER,
          {"THD_V"},
-         {outside + "10-60 Hz on average and per channel; it is at 65.0 Hz.", "No power: it needs THD"}},
+         {voltages + "65.00 Hz, lies outside 10-60 Hz.", noPower}},
         {"another rate",
          {.frequencyHz = 60.0, .rateHz = 50000.0},
          RT305_4_POWER_TWO_WATTMETER,
          {"THD_V"},
-         {outside + "49.6-50.4 Hz on average and per channel; it is at 12.0 Hz when the samples are taken as 10000 a "
-                    "second; try --frequency control.",
-          "No power: it needs THD"}},
+         {voltages + "12.00 Hz, lies outside 49.6-50.4 Hz when the samples are taken as 10000 a second; try "
+                     "--frequency control.",
+          noPower}},
         {"dead current",
          {.factors = {1.0, 1.0, 1.0, 1.0, 0.0, 1.0}},
          RT305_4_POWER_TWO_WATTMETER,
          {"THD_I"},
-         {"THD of the currents not given: the fundamental must lie inside 49.6-50.4 Hz on average and per channel; "
-          "there is no fundamental in Ib.",
-          "No power: it needs THD"}},
+         {"THD of the currents not given: Ib is dead (0 A).", noPower + "Ib is dead (0 A)."}},
         {"one phase",
          {},
          RT305_4_POWER_TWO_WATTMETER,
          {"THD_Vc"},
-         {"THD and frequency of Uc not given", "No power: it needs THD"}},
+         {"THD and frequency of Uc not given: the record may be too short", noPower}},
         {"two wattmeters",
          {},
          RT305_4_POWER_TWO_WATTMETER_PHASE,
@@ -122,7 +141,7 @@ TEST(Remarks, SayWhyValuesAreMissing) {
          {.durationSeconds = 0.2},
          RT305_4_POWER_THREE_WATTMETER_COMPLEX,
          {},
-         {"THD reads too high in records of less than 12.5 cycles; this one has 10.0."}},
+         {"THD and harmonics read too high in records of less than 12.5 cycles"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -132,6 +151,17 @@ TEST(Remarks, SayWhyValuesAreMissing) {
             EXPECT_EQ(remarks[i].substr(0, c.remarks[i].size()), c.remarks[i]);
         }
     }
+    // b at 51 Hz: c is missing, as the library judges b and c by each other, and b is not
+    Measurement crossed = measurementOf({}, RT305_4_POWER_TWO_WATTMETER);
+    crossed.samples[1] = measurementOf({.frequencyHz = 50.9}, 0).samples[1];
+    crossed.samples[4][7] = NAN;
+    EXPECT_EQ(remarksOn(parametersWithout({"THD_Vc"}), crossed),
+              (std::vector<std::string>{
+                  "Values with Ib not given: 1 of its samples are not numbers.",
+                  "THD and frequency of Uc not given: the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz and "
+                  "the library judges b by c and c by b; try --frequency control.",
+                  noPower + "the fundamental of Ub, 50.90 Hz, lies outside 49.6-50.4 Hz and the library judges b by c "
+                            "and c by b."}));
     Measurement threeWire = measurementOf({}, RT305_4_POWER_THREE_WATTMETER_COMPLEX);
     threeWire.settings.flags &= ~RT305_4_FOUR_WIRE;
     EXPECT_EQ(remarksOn(parametersWithout({}), threeWire).size(), 1U)

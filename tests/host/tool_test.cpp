@@ -8,10 +8,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace {
 
-const std::string sample = SAMPLE_FOLDER "/sample.csv";
+const std::string sample = SOURCE_FOLDER "/examples/recordings/sample.csv";
 
 struct ToolRun {
     int exitCode;
@@ -46,7 +47,7 @@ std::string contentOf(const std::string& file) {
 }
 
 TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
-    const std::string readme = contentOf(SAMPLE_FOLDER "/README.md");
+    const std::string readme = contentOf(SOURCE_FOLDER "/examples/recordings/README.md");
     const std::size_t start = readme.find("rt305 generate ");
     ASSERT_NE(start, std::string::npos);
     std::string arguments = readme.substr(start + 6, readme.find("```", start) - start - 6);
@@ -55,6 +56,58 @@ TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
     const ToolRun made = run(arguments.substr(0, target));
     EXPECT_EQ(made.exitCode, 0);
     EXPECT_TRUE(made.output == contentOf(sample)) << "the recording has other bytes";
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The lines in order, where "..." stands for any lines and all others follow each other.
+bool isShownBy(const std::vector<std::string>& output, const std::vector<std::string>& shown) {
+    auto next = output.begin();
+    bool anywhere = false;
+    for (const std::string& line : shown) {
+        if (line == "...") {
+            anywhere = true;
+            continue;
+        }
+        next = anywhere ? std::find(next, output.end(), line) : next;
+        if (next == output.end() || *next++ != line) {
+            return false;
+        }
+        anywhere = false;
+    }
+    return anywhere || next == output.end();
+}
+
+/// Every command that the project's README shows, run as it stands with the output that it shows.
+TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
+    const auto lines = linesOf(contentOf(SOURCE_FOLDER "/README.md"));
+    const std::string folder = std::filesystem::path(TOOL).parent_path().string();
+    const std::string prepare = "cd " SOURCE_FOLDER " && PATH=" + folder +
+                                ":$PATH && RT305_4_LIBRARY=" LIBRARY
+                                " && "
+                                "export RT305_4_LIBRARY && ";
+    std::size_t blocks = 0;
+    for (auto line = std::find(lines.begin(), lines.end(), "```console"); line != lines.end();
+         line = std::find(line, lines.end(), "```console")) {
+        const auto end = std::find(line, lines.end(), "```");
+        ASSERT_GT(end - line, 2);
+        std::string command = (line + 1)->substr(2);
+        command = command == "make demo" ? "scripts/demo " BUILD_FOLDER : command;
+        int exitCode = -1;
+        const std::string output = withShell(prepare + command, &exitCode);
+        EXPECT_EQ(exitCode, 0) << command;
+        EXPECT_TRUE(isShownBy(linesOf(output), {line + 2, end})) << command << "\n" << output;
+        line = end;
+        ++blocks;
+    }
+    EXPECT_GE(blocks, 6U);
 }
 
 TEST(Tool, ExitCodesAndMessages) {
@@ -84,7 +137,13 @@ TEST(Tool, ExitCodesAndMessages) {
         {"generate --duration 0.01 --angle -30 --offsets Ua=-1", 0, "Time(s),Ua(V)"},
         {"info " + good, 0, "10000 Hz, from column"},
         {"signals " + good, 0, "peak2rms"},
+        {"spectrum --peaks 20.5 " + good, 2, "--peaks"},
+        {"spectrum --window flattop " + good, 2, "flattop"},
         {"params --type voltages " + good, 0, "give all six channels"},
+        {"generate --duration 0.3 | " TOOL " spectrum --rate 500 --type voltages - 2>&1", 0, "up to 250 Hz"},
+        {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " spectrum - 2>&1", 0,
+         "frequencies read 0.05 times what they are; resample the recording to 500 Hz, or give all six channels"},
+        {"generate --duration 0.2 | " TOOL " distortion - 2>&1", 0, "this one has 10.0"},
         {"generate --duration 0.3 | " TOOL " params --power three-wattmeter-complex -", 0, "Apparent power"},
         {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " params --type all - 2>&1", 1,
          "There is no data for one or more phases"},
@@ -131,6 +190,13 @@ TEST(Tool, MeasuresWhatWasGenerated) {
         {"--frequency 59.9 --duration 10",
          " params --frequency control --coefficients Ub=2 --map Ia=Ib,Ib=Ic,Ic=4 -",
          {"Frequency 59.9 59.9 59.9 Hz", "Phase voltage 230.000 460.000 230.000 V"}},
+        {"--harmonic-u 3:5 --harmonic-i 40:10 --voltage 100",
+         " spectrum --window hann --db --peaks 3 --mode 2 --criterion -30 -",
+         {"1 50.000 0.00 50.000 0.00 50.000 0.00\n2 150.000 -26.02 150.000 -26.02 150.000 -26.02\n10001 lines",
+          "2 2000.00 -20.00 2000.00 -20.00"}},
+        {"--harmonic-u 3:5 --harmonic-i 40:10 --voltage 100",
+         " distortion -",
+         {" 3 150.00 13.98 5.000 150.00 13.98 5.000", "40 2000.00 -6.02 10.000"}},
         {"--voltage 400 --factors Ub=0.5",
          " params --wiring three -",
          {"Phase voltage 230.940 115.470 230.940 V", "Line voltage ab, bc, ca 400.000 200.000 400.000 V"}},
@@ -156,6 +222,16 @@ TEST(Tool, JsonIsTheLibrarysOwnText) {
     const std::size_t second = signals.find('\n') + 1;
     EXPECT_EQ(signals.substr(0, 16), R"({"signalDataU":[)");
     EXPECT_EQ(signals.substr(second, 16), R"({"signalDataI":[)");
+    EXPECT_EQ(run("spectrum --json " + sample).output.substr(0, 18), R"({"spectrumDataU":[)");
+    EXPECT_EQ(run("distortion --json " + sample).output.substr(0, 13), R"({"thdDataU":[)");
+}
+
+TEST(Tool, AnIdleLibraryPassesNoCheck) {
+    const ToolRun checked = run("check " IDLE_LIBRARY);
+    EXPECT_EQ(checked.exitCode, 1);
+    EXPECT_EQ(checked.output.find("pass  "), std::string::npos) << checked.output;
+    EXPECT_NE(checked.output.find("\n0 of "), std::string::npos);
+    EXPECT_EQ(run("check " WRONG_LIBRARY " 2>&1").exitCode, 2);
 }
 
 TEST(Tool, TheLibraryIsTakenFromTheOptionThenTheEnvironmentThenNearby) {

@@ -81,8 +81,8 @@ TEST(ZoomSpectrum, IsWithinItsDocumentedErrorOfThePaddedTransform) {
                 }
             }
         }
-        EXPECT_LE(worst, 3e-14) << "padded by " << factor;
-        EXPECT_LE(worstOfLongRows, 6e-15) << "padded by " << factor;
+        EXPECT_LE(worst, 1e-14) << "padded by " << factor;
+        EXPECT_LE(worstOfLongRows, 2e-15) << "padded by " << factor;
         std::printf("padded by %2d: worst error of any row %.2g, of long rows %.2g\n", factor, worst, worstOfLongRows);
     }
 }
