@@ -7,6 +7,7 @@
 #include "calc/distortion.h"
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
+#include "rt305_4/rt305_4.h"
 #include "toolkit/scalar.h"
 
 namespace calc_modul_K9_web_ns {
@@ -15,13 +16,9 @@ namespace {
 omp_nest_lock_t calc_modul_K9_web_nestLockGlobal;
 bool initialized = false;
 
-constexpr int typeVoltages = 4;
-constexpr int typeCurrents = 8;
-constexpr int typeVoltagesAndCurrents = 21;
-
-constexpr std::uint32_t modeSignals = 1;
-constexpr std::uint32_t modeSpectrum = 2;
-constexpr std::uint32_t modeDistortion = 3;
+constexpr int typeVoltages = RT305_4_INPUT_VOLTAGES;
+constexpr int typeCurrents = RT305_4_INPUT_CURRENTS;
+constexpr int typeVoltagesAndCurrents = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
 
 bool any(const SetRecords& records) {
     return records.signals != nullptr || records.spectrum != nullptr || records.distortion != nullptr;
@@ -32,10 +29,8 @@ void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
     if (options.currents == option::threeCurrents || options.rebuiltCurrent == PhaseChoice::none) {
         return;
     }
-    const std::size_t missing = static_cast<std::size_t>(options.rebuiltCurrent) - 1;
-    const std::size_t first = missing == 0 ? 1 : 0;
-    const std::size_t second = missing == 2 ? 1 : 2;
-    coder::binary_expand_op(currents[missing], currents[first], currents[second],
+    const PhaseWithOthers missing = withOthers(options.rebuiltCurrent);
+    coder::binary_expand_op(currents[missing.phase], currents[missing.first], currents[missing.second],
                             [](double a, double b) { return -(a + b); });
 }
 
@@ -80,8 +75,8 @@ void prefill(const SetRecords& records, const Quantity& quantity) {
 void runSpectrum(const Stages& stages, const Measurement& measurement, int type, const ChannelSet& set,
                  coder::f_table& record) {
     const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
-                                  SpectrumOptions(measurement.options.spectrumFlags)};
-    const bool wanted = measurement.processingMode == modeSpectrum;
+                                  SpectrumOptions(measurement.spectrumFlags)};
+    const bool wanted = measurement.processingMode == RT305_4_OPERATION_SPECTRUM;
     if (wanted && type == typeVoltagesAndCurrents) {
         stages.spectrum10000(set, request, record);
     } else if (wanted && type == stages.type) {
@@ -100,14 +95,14 @@ void runStages(const Stages& stages, const Measurement& measurement, int type, c
     if (type != stages.type && type != typeVoltagesAndCurrents) {
         return;
     }
-    if (measurement.processingMode == modeDistortion && records.distortion != nullptr) {
+    if (measurement.processingMode == RT305_4_OPERATION_DISTORTION && records.distortion != nullptr) {
         if (harmonics != nullptr) {
             assembleDistortion(*harmonics, stages.quantity, *records.distortion);
         } else {
             stages.distortion(set, *records.distortion);
         }
     }
-    if (measurement.processingMode == modeSignals && records.signals != nullptr) {
+    if (measurement.processingMode == RT305_4_OPERATION_SIGNALS && records.signals != nullptr) {
         stages.timeSignals(std::move(set), *records.signals);
     }
 }
@@ -132,7 +127,7 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
     if (!isInitialized_calc_modul_K9_web()) {
         calc_modul_K9_web_initialize();
     }
-    const MeasurementOptions options(measurement.options.measurementFlags);
+    const MeasurementOptions options(measurement.measurementFlags);
     const int type = coder::truncatedToInt(measurement.inputType);
     const bool both = type == typeVoltagesAndCurrents;
 
@@ -144,7 +139,8 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
 
     const bool parameters =
         both && (results.parameters != nullptr ||
-                 (measurement.processingMode == modeDistortion && (any(results.voltages) || any(results.currents))));
+                 (measurement.processingMode == RT305_4_OPERATION_DISTORTION &&
+                  (results.voltages.distortion != nullptr || results.currents.distortion != nullptr)));
     ChannelSet voltages;
     ChannelSet currents;
     if (parameters || any(results.voltages)) {

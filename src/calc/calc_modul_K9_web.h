@@ -13,13 +13,14 @@ namespace calc_modul_K9_web_ns {
 struct Measurement {
     RawChannelSet voltages;
     RawChannelSet currents;
-    double samplesNumber = 0.0;  // integral
-    double sampleRate = 0.0;     // Hz
-    double auxValue = 0.0;       // criterion of the spectral peak search, V, A or dB
-    std::int16_t auxMode = 0;    // number of spectral maxima
-    double inputType = 0.0;      // 4 voltages, 8 currents, 21 both; truncated toward zero
-    struct1_T options;
-    std::uint32_t processingMode = 0;  // 1 time signals, 2 spectrum, 3 harmonic distortion
+    double samplesNumber = 0.0;          // integral
+    double sampleRate = 0.0;             // Hz
+    double auxValue = 0.0;               // criterion of the spectral peak search, V, A or dB
+    std::int16_t auxMode = 0;            // number of spectral maxima
+    double inputType = 0.0;              // 4 voltages, 8 currents, 21 both; truncated toward zero
+    std::uint32_t spectrumFlags = 0;     // RT305_4_SPECTRUM_*
+    std::uint32_t measurementFlags = 0;  // the other option bits of the C header
+    std::uint32_t processingMode = 0;    // 1 time signals, 2 spectrum, 3 harmonic distortion
 };
 
 /// Records of one channel set that a caller wants filled. A null record is not computed.
@@ -40,7 +41,8 @@ struct ResultRecords {
 /// nothing: what is not computed stays NaN or empty. Throws only when memory runs out.
 void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& results);
 
-/// Makes (destroys) the lock of the computation's parallel regions; the first call of calc_modul_K9_web makes it.
+/// Makes (destroys) the computation's nestable lock; the first call of calc_modul_K9_web makes it. It is there for
+/// parallel regions in the stages, of which there are none at present: nothing takes it.
 void calc_modul_K9_web_initialize();
 void calc_modul_K9_web_terminate();
 bool isInitialized_calc_modul_K9_web();

@@ -85,10 +85,8 @@ void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_t
 void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& options, d_table& out) {
     PerPhase current{rms(i[0], N), rms(i[1], N), rms(i[2], N)};
     if (!options.keepRebuiltRms && options.rebuiltCurrent != PhaseChoice::none) {
-        const std::size_t rebuilt = static_cast<std::size_t>(options.rebuiltCurrent) - 1;
-        const std::size_t first = rebuilt == 0 ? 1 : 0;
-        const std::size_t second = rebuilt == 2 ? 1 : 2;
-        current[rebuilt] = (current[first] + current[second]) * 0.5;
+        const PhaseWithOthers rebuilt = withOthers(options.rebuiltCurrent);
+        current[rebuilt.phase] = (current[rebuilt.first] + current[rebuilt.second]) * 0.5;
     }
     store(out, Parameter::Ida, current);
 }

@@ -30,7 +30,7 @@ Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& current
 ///     unless the options keep it; Ud0 = RMS(Ua + Ub + Uc) / 3;
 ///   - THD in %, where the fundamentals lie inside the frequency window: 10 ... 60 Hz for "frequency_control", else
 ///     49.6 ... 50.4 Hz, both ends excluded, for the channel and for the mean of its set. Phase b is admitted by the
-///     fundamental of phase c and the other way round for the voltages: hosts know it so;
+///     fundamental of phase c and the other way round for the voltages: that is part of the interface;
 ///   - frequency in Hz of each voltage phase whose THD was admitted;
 ///   - powers in W, VA and var by the chosen method, when all six THD values were admitted.
 /// Everything else, power factors included, keeps its value.

@@ -84,11 +84,11 @@ FrequencySearch::FrequencySearch(double N, std::string_view option)
 /// Magnitudes add a few u A. Hence | |plain| - |screened| | <= d A with d = errorBound(n) + 4 u n + 1e-14, and a slot
 /// whose screened magnitude is below the largest one's by more than 2 d A cannot have the largest plain magnitude,
 /// nor tie with it; a slot that is alone on the list is not 0 either. Below 1e-280 underflow would break the relative
-/// bounds: there, and where A is not finite, every slot is on the list.
+/// bounds, and close to the largest double a sum may overflow: there every slot is on the list.
 std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
     std::vector<int> slots(static_cast<std::size_t>(evaluated_));
     std::iota(slots.begin(), slots.end(), 0);
-    if (!(total >= 1e-280 && std::isfinite(total)) || static_cast<double>(x.size()) != N_) {
+    if (!(total >= 1e-280 && total <= 1e300) || static_cast<double>(x.size()) != N_) {
         return slots;
     }
     std::vector<double> re(grid_.size());
@@ -104,7 +104,8 @@ std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
 }
 
 FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitude) const {
-    const double total = coder::blockedSum(x.size(), [p = x.data()](std::size_t i) { return std::fabs(p[i]); });
+    const Pairing pairs(x, N_);
+    const double total = coder::blockedSum(pairs.count, [&](std::size_t i) { return std::fabs(pairs.values[i]); });
     if (std::isnan(total) || std::isnan(N_)) {
         // Every evaluated slot is NaN, so the first one that is not evaluated wins.
         return evaluated_ < slots_ ? Fundamental{gridFrequency(evaluated_), 0.0 / N_} : Fundamental{lowest_, rtNaN};
@@ -116,7 +117,6 @@ FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitu
     if (candidates.size() == 1 && !withAmplitude) {
         return {gridFrequency(candidates.front()), rtNaN};
     }
-    const Pairing pairs(x, N_);
     int best = 0;
     creal_T largest{rtNaN, rtNaN};
     const auto consider = [&](int slot, creal_T sum) {

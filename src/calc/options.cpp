@@ -2,9 +2,12 @@
 
 #include <array>
 
+#include "rt305_4/rt305_4.h"
+
 namespace calc_modul_K9_web_ns {
 namespace {
 
+constexpr std::uint32_t powerStep = RT305_4_POWER_THREE_WATTMETER;
 constexpr std::array<std::string_view, 8> powerMethods{
     option::powerNone,
     option::powerThreeWattmeter,
@@ -26,20 +29,22 @@ constexpr std::string_view choose(bool condition, std::string_view set, std::str
 }  // namespace
 
 MeasurementOptions::MeasurementOptions(std::uint32_t flags)
-    : frequency(choose((flags & 0x100U) != 0, option::frequencyControl, option::frequencyFixed)),
-      wiring(choose((flags & 0x1U) != 0, option::wiringFour, option::wiringThree)),
-      source(choose((flags & 0x70000000U) != 0, option::sourceSimulated, option::sourceReal)),
-      currents(choose((flags & 0x20U) != 0, option::twoCurrents, option::threeCurrents)),
-      power(powerMethods[flags >> 16U & 7U]),
-      rebuiltCurrent(static_cast<PhaseChoice>(flags >> 6U & 3U)),
-      keepRebuiltRms((flags & 0x200U) != 0),
-      negateActivePower((flags & 0x400U) != 0),
-      negateReactivePower((flags & 0x800U) != 0) {}
+    : frequency(choose((flags & RT305_4_FREQUENCY_CONTROL) != 0, option::frequencyControl, option::frequencyFixed)),
+      wiring(choose((flags & RT305_4_FOUR_WIRE) != 0, option::wiringFour, option::wiringThree)),
+      source(choose((flags & RT305_4_SIMULATED_SOURCE_MASK) != 0, option::sourceSimulated, option::sourceReal)),
+      currents(choose((flags & RT305_4_TWO_CURRENTS) != 0, option::twoCurrents, option::threeCurrents)),
+      power(powerMethods[(flags & RT305_4_POWER_MASK) / powerStep]),
+      rebuiltCurrent(static_cast<PhaseChoice>((flags & RT305_4_REBUILT_PHASE_MASK) / RT305_4_REBUILT_PHASE_A)),
+      keepRebuiltRms((flags & RT305_4_KEEP_REBUILT_RMS) != 0),
+      negateActivePower((flags & RT305_4_NEGATE_ACTIVE_POWER) != 0),
+      negateReactivePower((flags & RT305_4_NEGATE_REACTIVE_POWER) != 0) {}
 
 SpectrumOptions::SpectrumOptions(std::uint32_t flags)
-    : window(windows[flags >> 24U & 3U]),
-      transform(choose((flags & 0x30000000U) == 0x10000000U, option::transformMode2, option::transformMode1)),
-      scale(choose((flags & 6U) == 2U, option::scaleLevel, option::scaleLinear)),
-      peaksByCriterion((flags & 0x10000U) != 0) {}
+    : window(windows[(flags & RT305_4_SPECTRUM_WINDOW_MASK) / RT305_4_SPECTRUM_WINDOW_HANN]),
+      transform(choose((flags & RT305_4_SPECTRUM_MODE_MASK) == RT305_4_SPECTRUM_MODE_2, option::transformMode2,
+                       option::transformMode1)),
+      scale(choose((flags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB, option::scaleLevel,
+                   option::scaleLinear)),
+      peaksByCriterion((flags & RT305_4_SPECTRUM_CRITERION) != 0) {}
 
 }  // namespace calc_modul_K9_web_ns

@@ -1,16 +1,11 @@
 #ifndef RT305_4_CALC_OPTIONS_H
 #define RT305_4_CALC_OPTIONS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 namespace calc_modul_K9_web_ns {
-
-/// The two option words of a request.
-struct struct1_T {
-    std::uint32_t spectrumFlags = 0;
-    std::uint32_t measurementFlags = 0;
-};
 
 // Option values travel as short texts that the stages compare as a whole.
 namespace option {
@@ -40,6 +35,17 @@ inline constexpr std::string_view scaleLevel = "win_log";
 
 /// A phase of a three-phase set, or none of them.
 enum class PhaseChoice : std::uint8_t { none = 0, a = 1, b = 2, c = 3 };
+
+/// A phase by its index, with the indexes of the two others.
+struct PhaseWithOthers {
+    std::size_t phase;
+    std::size_t first;
+    std::size_t second;
+};
+constexpr PhaseWithOthers withOthers(PhaseChoice choice) {
+    const std::size_t phase = static_cast<std::size_t>(choice) - 1;
+    return {phase, phase == 0 ? std::size_t{1} : 0, phase == 2 ? std::size_t{1} : 2};
+}
 
 /// The measurement flags, decoded once per call.
 struct MeasurementOptions {

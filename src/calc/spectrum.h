@@ -14,7 +14,7 @@ struct SpectrumRequest {
     SpectrumOptions options;
 };
 
-/// Spectra of one channel set with their largest lines, at most one row per phase and call of the quantity's own kind:
+/// Spectra of one channel set with their largest lines:
 ///
 ///     a[k] = 2 |X[k]| / N, X the transform of the windowed signal padded with zeros to factor * n samples,
 ///     d[k] = 20 log10(a[k] / max a), d[0] = d[1],      f[k] = k fs / (factor n).

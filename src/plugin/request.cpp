@@ -88,7 +88,8 @@ Measurement measurementOf(const DataProcessRequest& request) {
     measurement.auxValue = request.auxValue;
     measurement.auxMode = request.auxMode;
     measurement.inputType = static_cast<double>(request.inputType);
-    measurement.options = {request.options.spectrumFlags, request.options.measurementFlags};
+    measurement.spectrumFlags = request.options.spectrumFlags;
+    measurement.measurementFlags = request.options.measurementFlags;
     measurement.processingMode = request.operation;
 
     const std::size_t count =

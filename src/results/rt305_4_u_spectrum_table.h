@@ -6,7 +6,8 @@
 /// Spectra of the three voltages.
 class RT305_4_USpectrumTable : public PhaseSpectrumTable {
 public:
-    Scheme getScheme() const override { return schemeWithAxes; }
+    static constexpr const Scheme& tableScheme = schemeWithAxes;
+    Scheme getScheme() const override { return tableScheme; }
     std::string getName() const override { return "spectrumDataU"; }
     void init(const calc_modul_K9_web_ns::coder::f_table& record) { fill(record); }
 };

@@ -19,9 +19,9 @@ inline MatlabCell rowCell(const coder::row& values) {
     return MatlabCell(std::vector<double>(values.begin(), values.end()));
 }
 
-/// Column counts of the records are doubles; they are truncated toward zero.
+/// Column counts of the records are small doubles; they are truncated toward zero, NaN and negative ones count as none.
 inline std::uint64_t columnCount(double variables) {
-    return static_cast<std::uint64_t>(variables);
+    return variables > 0.0 ? static_cast<std::uint64_t>(variables) : 0;
 }
 
 #endif

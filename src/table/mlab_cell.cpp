@@ -1,6 +1,8 @@
 #include "table/mlab_cell.h"
 
+#include <cassert>
 #include <cstdio>
+#include <utility>
 
 #include "table/mlab_table.h"
 
@@ -59,16 +61,29 @@ MatlabCell::MatlabCell(Value value) : value_(std::move(value)), id_(++cellCounte
 }
 
 MatlabCell::MatlabCell(const MatlabTable& table) : MatlabCell(std::unique_ptr<MatlabTable>(table.clone())) {}
-MatlabCell::MatlabCell(std::unique_ptr<MatlabTable> table) : MatlabCell(Value(OwnedTable(std::move(table)))) {}
+MatlabCell::MatlabCell(std::unique_ptr<MatlabTable> table) : MatlabCell(Value(OwnedTable(std::move(table)))) {
+    assert(toMatlabTable() != nullptr);
+}
 
 MatlabCell::MatlabCell(const MatlabCell& other) : MatlabCell(other.value_) {
     id_ = other.id_;
 }
-MatlabCell::MatlabCell(MatlabCell&& other) noexcept : MatlabCell(std::move(other.value_)) {
+MatlabCell::MatlabCell(MatlabCell&& other) noexcept : MatlabCell(std::exchange(other.value_, Value())) {
     id_ = other.id_;
 }
-MatlabCell& MatlabCell::operator=(const MatlabCell& other) = default;
-MatlabCell& MatlabCell::operator=(MatlabCell&& other) noexcept = default;
+// The source may stand in the table that this cell owns and is about to lose: its value is taken first.
+MatlabCell& MatlabCell::operator=(const MatlabCell& other) {
+    Value value(other.value_);
+    id_ = other.id_;
+    value_ = std::move(value);
+    return *this;
+}
+MatlabCell& MatlabCell::operator=(MatlabCell&& other) noexcept {
+    Value value(std::exchange(other.value_, Value()));
+    id_ = other.id_;
+    value_ = std::move(value);
+    return *this;
+}
 MatlabCell::~MatlabCell() {
     --objectsCounter;
 }

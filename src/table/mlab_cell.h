@@ -39,6 +39,7 @@ public:
     explicit MatlabCell(float value) : MatlabCell(Value(double{value})) {}
     /// A deep copy of the table, made by its virtual clone.
     explicit MatlabCell(const MatlabTable& table);
+    /// Takes the table over; not null.
     explicit MatlabCell(std::unique_ptr<MatlabTable> table);
     explicit MatlabCell(std::vector<double> values) : MatlabCell(Value(std::move(values))) {}
     explicit MatlabCell(std::vector<std::int64_t> values) : MatlabCell(Value(std::move(values))) {}
@@ -53,6 +54,7 @@ public:
     explicit MatlabCell(const std::vector<float>& values)
         : MatlabCell(std::vector<double>(values.begin(), values.end())) {}
 
+    /// A cell that was moved from has no value.
     MatlabCell(const MatlabCell& other);
     MatlabCell(MatlabCell&& other) noexcept;
     MatlabCell& operator=(const MatlabCell& other);

@@ -47,6 +47,7 @@ MatlabTable::MatlabTable(const MatlabTable* other) {
         rows_ = other->rows_;
         cols_ = other->cols_;
         cells_ = other->cells_;
+        columnNames_.resize(cols_);
     }
 }
 

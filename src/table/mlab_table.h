@@ -34,6 +34,7 @@ public:
     virtual MatlabTable* clone() const;
     /// The outermost table gives {name: [row, ...]}, a nested one [row, ...], each row an object keyed by column name.
     /// A table with a scheme but no rows gives null, one with neither the text "{}".
+    /// Nested tables are written by the same rule, not by an override of theirs.
     virtual nlohmann::json toJson() const;
     virtual std::string getName() const;
 

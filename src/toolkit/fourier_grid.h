@@ -31,11 +31,11 @@ public:
 
     /// Bound of |computed S[k] - S[k]| in units of sum |x|. With u = 2^-53:
     /// - the terms that are left out: 2 sum over m >= 24 of |J_m(z)| <= 2.1 (z/2)^24 / 24! < 5e-15 for z <= 4.81;
-    /// - T_m from its recurrence errs by at most m^2 u, the moment sum of 128 folded terms in 8 lanes by 25 u, J_m by
-    ///   a few u; weighted with sum of (2 - [m=0]) |J_m(z)| < 7 that is below 7 (24^2 + 40) u < 5e-13;
-    /// - each rotation of the phase factor adds at most 4 u, the accumulation over n/256 blocks 1 u each, the angle of
-    /// a
-    ///   block centre 2 u angle n <= 0.08 u n: together below 0.1 u n + 8 u.
+    /// - T_m from its recurrence and its rounded node errs by at most 3 m^2 u, the moment sum of 128 folded terms in 8
+    ///   lanes by 25 u, J_m by a few u; weighted with (2 - [m=0]) |J_m(z)|, whose sum is below 7 and whose sum with
+    ///   weight m^2 is below 80, that is less than (3 * 80 + 7 * 40) u < 1e-13;
+    /// - each rotation of the phase factor adds at most 4 u, each accumulated block 1 u, over n / 256 blocks, and the
+    ///   rounded step angle 256 angle n / 256 u <= 0.04 u n: together below 0.1 u n + 8 u.
     static double errorBound(std::size_t n) { return 1e-12 + 0.2 * 1.1102230246251565e-16 * static_cast<double>(n); }
 
     static constexpr int block = 256;   // samples

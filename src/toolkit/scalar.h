@@ -8,7 +8,8 @@
 
 namespace coder {
 
-inline constexpr double pi = 3.14159265358979323846;
+inline constexpr long double piL = 3.14159265358979323846L;
+inline constexpr auto pi = static_cast<double>(piL);
 inline constexpr double twoPi = 6.283185307179586;
 
 /// sqrt(u0^2 + u1^2) without overflow of the squares; NaN if either is NaN.

@@ -27,7 +27,7 @@ void mirror(double* w, int n) {
 /// w[k] = (1 - cos(2 pi (first + k) / period)) / 2 for k < n, symmetric about the middle of w. As sin^2 near 0, where
 /// 1 - cos would cancel; exact at a quarter, a third and a half of the period. The angles are rounded once.
 void raisedCosine(double* w, int n, int first, double period) {
-    const long double step = 3.14159265358979323846L / static_cast<long double>(period);
+    const long double step = piL / static_cast<long double>(period);
     for (int i = 0; i < (n + 1) / 2; ++i) {
         const double k = first + i;
         if (4.0 * k < period) {

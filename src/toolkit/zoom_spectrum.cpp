@@ -21,7 +21,6 @@ constexpr std::size_t lanes = 8;
 
 // Half the kernel's bandwidth: just inside 3/4 of pi * taps, where the first alias begins. Values around e^42 follow
 // from it, so arguments rounded to doubles would cost 42 units in the last place.
-constexpr long double piL = 3.14159265358979323846L;
 constexpr long double beta = 0.997L * 0.75L * piL * taps;
 
 /// Fourier transform of the kernel for samples at v (n/2)^2 square distance from the row's middle, 0 <= v <= 1.
@@ -106,7 +105,7 @@ int checkedLength(int n, int factor) {
     return static_cast<int>(length);
 }
 
-/// rt_hypotd_snf without branches.
+/// rt_hypotd_snf without branches, for finite parts.
 inline double magnitude(double re, double im) {
     const double a = std::fabs(re);
     const double b = std::fabs(im);

@@ -56,7 +56,7 @@ std::array<std::vector<double>, 3> rebuilt(std::uint32_t flags, const std::array
     }
     measurement.samplesNumber = 0.0;  // nothing is repaired
     measurement.inputType = 8.9;
-    measurement.options.measurementFlags = flags | 0x10000000U;
+    measurement.measurementFlags = flags | 0x10000000U;
     measurement.processingMode = 1;
     coder::b_table signals;
     ResultRecords results;
@@ -87,7 +87,7 @@ TEST(Computation, StatisticsFollowTheirDefinitions) {
             channel.samples = x;
         }
         measurement.inputType = 4.5;
-        measurement.options.measurementFlags = 0x70000000U;
+        measurement.measurementFlags = 0x70000000U;
         measurement.processingMode = 1;
         coder::b_table signals;
         ResultRecords results;

@@ -44,7 +44,7 @@ struct Computed {
         measurement.sampleRate = rate;
         measurement.auxMode = 2;
         measurement.inputType = type;
-        measurement.options.measurementFlags = 0x10000000U;
+        measurement.measurementFlags = 0x10000000U;
         measurement.processingMode = mode;
     }
 
@@ -127,7 +127,7 @@ TEST(Spectrum, OddRatesCutTheRowAndTheAxis) {
         for (const std::uint32_t flags : {0U, levels}) {
             Computed whole(0.0, 0, 500.0);
             Computed call(0.0, 0, c.rate);
-            whole.measurement.options.spectrumFlags = call.measurement.options.spectrumFlags = flags;
+            whole.measurement.spectrumFlags = call.measurement.spectrumFlags = flags;
             whole.run();
             call.run();
             const coder::f_table& spectrum = call.voltages.spectrum;

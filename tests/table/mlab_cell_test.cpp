@@ -79,6 +79,14 @@ TEST(MatlabCell, CountsIdsAndLiveCells) {
         EXPECT_EQ(assigned.toDouble(), 2.5);
         assigned = source;
         EXPECT_EQ(assigned.getCellId(), source.getCellId());
+        MatlabTable holder(1, 1);
+        holder.setCell(0, 0, MatlabCell(7));
+        MatlabCell owner(holder);
+        owner = *owner.toMatlabTable()->findCell(0, 0);
+        EXPECT_EQ(owner.toInt(), 7) << "the source went down with the table that the cell owned";
+        MatlabCell moved(MatlabTable(1, 1));
+        const MatlabCell taken(std::move(moved));
+        EXPECT_EQ(moved.toString() + taken.toString(), "[1x1 table]");  // NOLINT: a cell that was moved from is defined
         assigned = *&assigned;
         EXPECT_EQ(assigned.toString(), "[1x1 table]");
     }

@@ -118,6 +118,9 @@ TEST(MatlabTable, CopiesKeepIdsAndCloneNestedTables) {
     EXPECT_EQ(grid(*copy), grid(table));
     const MatlabCell none;
     EXPECT_EQ(copy->getCell(0, 0, none).getCellId(), table.getCell(0, 0, none).getCellId());
+    MatlabTable named(table);
+    named.setColumnName(1, "stored, never shown");
+    EXPECT_EQ(named.getColumnName(1), "");
     const MatlabTable withoutRows(4, 0);
     EXPECT_EQ(grid(MatlabTable(withoutRows)), "0x0:") << "without rows a copy has no columns";
     EXPECT_EQ(grid(MatlabTable(static_cast<const MatlabTable*>(nullptr))), "0x0:");
