@@ -189,7 +189,9 @@ void typeZero(const Library& library) {
     call.request.inputType = 0;
     call.channels.clear();
     expectCount("result", static_cast<std::size_t>(library.process(call)), 1);
-    for (const json& row : json::parse(call.texts[0]).at("paramData")) {
+    const json rows = json::parse(call.texts[0]).at("paramData");
+    expectCount("parameters", rows.size(), 35);
+    for (const json& row : rows) {
         expect(row.at("dataName").is_null(), "a parameter has a value");
     }
 }

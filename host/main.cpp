@@ -21,17 +21,9 @@ struct FlagOption {
     std::map<std::string, std::uint32_t> words;
 };
 
-const std::vector<FlagOption>& flagOptions() {
+/// What every measurement does with the samples first.
+const std::vector<FlagOption>& sampleOptions() {
     static const std::vector<FlagOption> options{
-        {"--wiring",
-         "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
-         RT305_4_FOUR_WIRE,
-         {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}},
-        {"--frequency",
-         "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
-         RT305_4_FREQUENCY_CONTROL,
-         {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}},
-        {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerMethods},
         {"--two-currents",
          "rebuild the current of this phase from the other two; it need not be recorded",
          RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_MASK,
@@ -42,6 +34,21 @@ const std::vector<FlagOption>& flagOptions() {
          "simulated (default): samples are V and A; real: they are counts that gain and resistance scale",
          RT305_4_SIMULATED_SOURCE_MASK,
          {{"real", 0}, {"simulated", RT305_4_SIMULATED_SOURCE_MASK}}},
+    };
+    return options;
+}
+
+const std::vector<FlagOption>& parameterOptions() {
+    static const std::vector<FlagOption> options{
+        {"--wiring",
+         "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
+         RT305_4_FOUR_WIRE,
+         {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}},
+        {"--frequency",
+         "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
+         RT305_4_FREQUENCY_CONTROL,
+         {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}},
+        {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerMethods},
     };
     return options;
 }
@@ -70,7 +77,7 @@ struct FlagSwitch {
     std::uint32_t flag;
 };
 
-constexpr FlagSwitch flagSwitches[] = {
+constexpr FlagSwitch parameterSwitches[] = {
     {"--keep-rebuilt-rms", "RMS of the rebuilt current from its samples, not the mean of the other two",
      RT305_4_KEEP_REBUILT_RMS},
     {"--invert-p", "turn the sign of the total active power", RT305_4_NEGATE_ACTIVE_POWER},
@@ -157,17 +164,21 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
             "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
             "what to measure (default: by the channels that are there)")
         ->check(CLI::IsMember(types));
-    addFlagOptions(command, flagOptions(), options.settings.flags);
-    for (const FlagSwitch& flag : flagSwitches) {
-        command.add_flag_function(
-            flag.name, [&options, &flag](std::int64_t) { options.settings.flags |= flag.flag; }, flag.help);
-    }
+    addFlagOptions(command, sampleOptions(), options.settings.flags);
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
     addPerChannelOption(command, "--gains", "gain settings for --source real, default 1", options.settings.gains);
     addPerChannelOption(command, "--resistances", "input resistances in ohm for --source real, default 0",
                         options.settings.resistances);
     command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
     command.add_flag("--json", options.json, "print the library's own texts");
+}
+
+void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
+    addFlagOptions(command, parameterOptions(), settings.flags);
+    for (const FlagSwitch& flag : parameterSwitches) {
+        command.add_flag_function(
+            flag.name, [&settings, &flag](std::int64_t) { settings.flags |= flag.flag; }, flag.help);
+    }
 }
 
 void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
@@ -245,7 +256,9 @@ int main(int argc, char** argv) {
     };
     addRecordingOptions(*command("info", "show what a recording holds; needs no library", showRecording, measure),
                         measure);
-    addMeasureOptions(*command("params", "measure the electrical parameters", showParameters, measure), measure);
+    CLI::App* const params = command("params", "measure the electrical parameters", showParameters, measure);
+    addMeasureOptions(*params, measure);
+    addParameterOptions(*params, measure.settings);
     addMeasureOptions(*command("signals", "measure the statistics of each signal", showSignals, measure), measure);
     CLI::App* const spectrum = command("spectrum", "find the largest lines of each spectrum", showSpectra, measure);
     addMeasureOptions(*spectrum, measure);
