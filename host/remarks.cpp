@@ -158,7 +158,7 @@ std::string explainThd(const ThdSet& set, const std::vector<NamedValue>& paramet
     if (missing.empty()) {
         return "";
     }
-    const std::string reason = thdReason(set, missing, measurement);
+    std::string reason = thdReason(set, missing, measurement);
     remarks.push_back(std::string(set.quantities) + " of " +
                       (missing.size() == phaseTotal ? set.nameOfAll : joined(names)) + " not given: " + reason +
                       hintOn(set, measurement) + ".");
