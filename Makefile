@@ -7,6 +7,8 @@ help:
 	@echo "make test       build with assertions and run all tests"
 	@echo "make test-full  the same under sanitizers and valgrind, and the linters"
 	@echo "make bench      print speed as ratios measured in one run"
+	@echo "make coverage   line and branch coverage of src/"
+	@echo "make soak       memory over a million calls, and of long records"
 
 setup:
 	@scripts/setup all
@@ -40,8 +42,8 @@ bench:
 	@scripts/bench build/bench
 
 soak:
-	@scripts/setup build
-	@cmake --preset release >/dev/null && cmake --build --preset release
+	@scripts/setup test
+	@cmake --preset release -D RT305_4_BUILD_TESTS=ON >/dev/null && cmake --build --preset release
 	@scripts/soak build/release
 
 clean:

@@ -73,9 +73,11 @@ MatlabCell::MatlabCell(MatlabCell&& other) noexcept : MatlabCell(std::exchange(o
 }
 // The source may stand in the table that this cell owns and is about to lose: its value is taken first.
 MatlabCell& MatlabCell::operator=(const MatlabCell& other) {
-    Value value(other.value_);
-    id_ = other.id_;
-    value_ = std::move(value);
+    if (this != &other) {
+        Value value(other.value_);
+        id_ = other.id_;
+        value_ = std::move(value);
+    }
     return *this;
 }
 MatlabCell& MatlabCell::operator=(MatlabCell&& other) noexcept {
