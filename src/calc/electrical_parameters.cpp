@@ -52,10 +52,16 @@ double rmsOfDifference(const row& a, const row& b, double N) {
     return std::sqrt(meanOf(a, b, N, [](double x, double y) { return (x - y) * (x - y); }));
 }
 
-row plus(const row& a, const row& b) {
-    row sum;
-    coder::binary_expand_op(sum, a, b, [](double x, double y) { return x + y; });
-    return sum;
+double rmsOfSum(const ChannelSet& set, double N) {
+    const expanded a(set[0]);
+    const expanded b(set[1]);
+    const expanded c(set[2]);
+    const int n = expandedLength(expandedLength(set[0].numel(), set[1].numel()), set[2].numel());
+    const double squares = coder::blockedSum(static_cast<std::size_t>(n), [&](std::size_t i) {
+        const double sum = a[i] + b[i] + c[i];
+        return sum * sum;
+    });
+    return std::sqrt(squares * (1.0 / N));
 }
 
 row minus(const row& a, const row& b) {
@@ -79,7 +85,7 @@ void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_t
     }
     store(out, Parameter::Uda, phaseVoltage);
     store(out, Parameter::Udab, lineVoltage);
-    out[Parameter::Ud0] = rms(plus(plus(u[0], u[1]), u[2]), N) * 0.3333333333333333;
+    out[Parameter::Ud0] = rmsOfSum(u, N) * 0.3333333333333333;
 }
 
 void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& options, d_table& out) {
@@ -169,8 +175,9 @@ void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d
     PerPhase active{};
     PerPhase reactive{};
     PerPhase apparent{};
+    const coder::RealFft shared(u[0].numel());
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const creal_T power = coder::analyticProductSum(u[phase], i[phase]);
+        const creal_T power = coder::analyticProductSum(u[phase], i[phase], shared);
         active[phase] = power.re * (1.0 / N) * 0.5;
         reactive[phase] = power.im * (1.0 / N) * 0.5;
         apparent[phase] = coder::rt_hypotd_snf(active[phase], reactive[phase]);
@@ -201,9 +208,12 @@ void measurePower(const ChannelSet& u, const ChannelSet& i, double N, std::strin
     } else if (method == option::powerThreeWattmeterComplex) {
         threeWattmeterComplex(u, i, N, out);
     } else if (method == option::powerTwoWattmeter) {
-        twoWattmeter(phdiffmeasure(u[0], i[0]), phdiffmeasure(u[1], i[2]), false, out);
+        const DominantPhase shared(u[0].numel());
+        twoWattmeter(phdiffmeasure(u[0], i[0], shared), phdiffmeasure(u[1], i[2], shared), false, out);
     } else if (method == option::powerTwoWattmeterPhase) {
-        twoWattmeter(phdiffmeasure(minus(u[1], u[0]), i[0]), phdiffmeasure(minus(u[1], u[2]), i[2]), true, out);
+        const DominantPhase shared(u[0].numel());
+        twoWattmeter(phdiffmeasure(minus(u[1], u[0]), i[0], shared), phdiffmeasure(minus(u[1], u[2]), i[2], shared),
+                     true, out);
     }
 }
 

@@ -16,21 +16,8 @@ using coder::samples;
 
 constexpr double samplingPeriod = 0.0001;  // s, whatever the acquisition rate
 
-struct Range {
-    double lowest;
-    double highest;
-    int slots;
-
-    /// The quotient is truncated as it comes out in doubles: 501 for 10 ... 60 Hz, but 8 for 49.6 ... 50.4 Hz.
-    int evaluated() const { return coder::truncatedToInt(((0.1 - lowest) + highest) / 0.1); }
-};
-
-Range rangeOf(std::string_view option) {
-    return option == option::frequencyControl ? Range{10.0, 60.0, 501} : Range{49.6, 50.4, 9};
-}
-
-std::vector<double> anglesPerSample(const Range& range) {
-    std::vector<double> angles(static_cast<std::size_t>(range.evaluated()));
+std::vector<double> anglesPerSample(const SearchRange& range) {
+    std::vector<double> angles(static_cast<std::size_t>(range.evaluated));
     for (std::size_t k = 0; k < angles.size(); ++k) {
         angles[k] = (range.lowest + 0.1 * static_cast<double>(k)) * coder::twoPi * samplingPeriod;
     }
@@ -68,12 +55,17 @@ creal_T plainSum(const Pairing& pairs, double frequency) {
 
 }  // namespace
 
-FrequencySearch::FrequencySearch(double N, std::string_view option)
-    : N_(N),
-      lowest_(rangeOf(option).lowest),
-      slots_(rangeOf(option).slots),
-      evaluated_(rangeOf(option).evaluated()),
-      grid_(anglesPerSample(rangeOf(option))) {}
+SearchRange::SearchRange(std::string_view option) {
+    const bool control = option == option::frequencyControl;
+    lowest = control ? 10.0 : 49.6;
+    slots = control ? 501 : 9;
+    // The quotient is truncated as it comes out in doubles: 501 for 10 ... 60 Hz, but 8 for 49.6 ... 50.4 Hz.
+    const double highest = control ? 60.0 : 50.4;
+    evaluated = coder::truncatedToInt(((0.1 - lowest) + highest) / 0.1);
+}
+
+FrequencySearch::FrequencySearch(double N, const SearchRange& range)
+    : N_(N), range_(range), grid_(anglesPerSample(range)) {}
 
 /// Slots among which the largest plain sum is certain to be.
 ///
@@ -86,7 +78,7 @@ FrequencySearch::FrequencySearch(double N, std::string_view option)
 /// nor tie with it; a slot that is alone on the list is not 0 either. Below 1e-280 underflow would break the relative
 /// bounds, and close to the largest double a sum may overflow: there every slot is on the list.
 std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
-    std::vector<int> slots(static_cast<std::size_t>(evaluated_));
+    std::vector<int> slots(static_cast<std::size_t>(range_.evaluated));
     std::iota(slots.begin(), slots.end(), 0);
     if (!(total >= 1e-280 && total <= 1e300) || static_cast<double>(x.size()) != N_) {
         return slots;
@@ -108,10 +100,11 @@ FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitu
     const double total = coder::blockedSum(pairs.count, [&](std::size_t i) { return std::fabs(pairs.values[i]); });
     if (std::isnan(total) || std::isnan(N_)) {
         // Every evaluated slot is NaN, so the first one that is not evaluated wins.
-        return evaluated_ < slots_ ? Fundamental{gridFrequency(evaluated_), 0.0 / N_} : Fundamental{lowest_, rtNaN};
+        return range_.evaluated < range_.slots ? Fundamental{gridFrequency(range_.evaluated), 0.0 / N_}
+                                               : Fundamental{range_.lowest, rtNaN};
     }
     if (total == 0.0) {
-        return {lowest_, 0.0 / N_};
+        return {range_.lowest, 0.0 / N_};
     }
     const std::vector<int> candidates = shortlist(x, total);
     if (candidates.size() == 1 && !withAmplitude) {
@@ -128,7 +121,7 @@ FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitu
     for (const int slot : candidates) {
         consider(slot, plainSum(pairs, gridFrequency(slot)));
     }
-    for (int slot = evaluated_; slot < slots_; ++slot) {
+    for (int slot = range_.evaluated; slot < range_.slots; ++slot) {
         consider(slot, {0.0, 0.0});
     }
     return {gridFrequency(best), 2.0 * coder::rt_hypotd_snf(largest.re, largest.im) / N_};

@@ -9,6 +9,15 @@
 
 namespace calc_modul_K9_web_ns {
 
+/// A grid of candidate frequencies in steps of 0.1 Hz, of which only the first ones are evaluated.
+struct SearchRange {
+    explicit SearchRange(std::string_view option);
+
+    double lowest;  // Hz
+    int slots;
+    int evaluated;
+};
+
 /// Search for the fundamental of conditioned signals: the frequency of the grid f_k = fmin + 0.1 k Hz with the largest
 /// Fourier sum S_k = sum over i of x[i] e^(-j t_i f_k 2 pi 0.0001), t_i = 1, 2, ..., N, for samples 0.0001 s apart.
 /// "frequency_control" searches 10 ... 60 Hz; any other option 49.6 ... 50.3 Hz, on a grid whose last slot (50.4 Hz)
@@ -18,7 +27,7 @@ namespace calc_modul_K9_web_ns {
 class FrequencySearch {
 public:
     /// N: sample count that pairs times with samples; NaN pairs every sample with a time that is NaN.
-    FrequencySearch(double N, std::string_view option);
+    FrequencySearch(double N, std::string_view option) : FrequencySearch(N, SearchRange(option)) {}
 
     /// Hz
     double frequency(coder::samples x) const { return search(x, false).frequency; }
@@ -30,14 +39,14 @@ public:
     Fundamental fundamental(coder::samples x) const { return search(x, true); }
 
 private:
+    FrequencySearch(double N, const SearchRange& range);
+
     Fundamental search(coder::samples x, bool withAmplitude) const;
     std::vector<int> shortlist(coder::samples x, double total) const;
-    double gridFrequency(int slot) const { return lowest_ + 0.1 * slot; }
+    double gridFrequency(int slot) const { return range_.lowest + 0.1 * slot; }
 
     double N_;
-    double lowest_;
-    int slots_;
-    int evaluated_;
+    SearchRange range_;
     coder::FourierGrid grid_;
 };
 

@@ -37,12 +37,16 @@ double DominantPhase::of(samples x) const {
     return coder::rt_atan2d_snf(line.im, line.re);
 }
 
+double phdiffmeasure(samples x, samples y, const DominantPhase& shared) {
+    const auto angle = [&](samples signal) {
+        const int n = static_cast<int>(signal.size());
+        return n == shared.length() ? shared.of(signal) : DominantPhase(n).of(signal);
+    };
+    return angle(y) - angle(x);
+}
+
 double phdiffmeasure(samples x, samples y) {
-    const DominantPhase phaseOfX(static_cast<int>(x.size()));
-    if (x.size() == y.size()) {
-        return phaseOfX.of(y) - phaseOfX.of(x);
-    }
-    return DominantPhase(static_cast<int>(y.size())).of(y) - phaseOfX.of(x);
+    return phdiffmeasure(x, y, DominantPhase(static_cast<int>(x.size())));
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -14,6 +14,8 @@ class DominantPhase {
 public:
     explicit DominantPhase(int n);
 
+    int length() const { return window_.numel(); }
+
     /// Angle in radians, in [-pi, pi], of the largest line in the spectrum of x[n] under a periodic Hann window, after
     /// removal of the mean. Only the lower half of the spectrum is searched: there the angle is that of the
     /// positive-frequency component, whatever rounding does to the mirror line. The first of equal lines counts.
@@ -27,6 +29,9 @@ private:
 
 /// Phase of y's dominant line minus that of x's in radians, not wrapped: in (-2 pi, 2 pi).
 double phdiffmeasure(coder::samples x, coder::samples y);
+
+/// The same for several pairs: signals of the shared length need no preparation of their own.
+double phdiffmeasure(coder::samples x, coder::samples y, const DominantPhase& shared);
 
 }  // namespace calc_modul_K9_web_ns
 

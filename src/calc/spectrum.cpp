@@ -42,16 +42,25 @@ column windowOf(std::string_view name, int n) {
     return window;
 }
 
+/// "fft_mode_1" pads far and cuts the row at the form's limit.
+bool isCut(const SpectrumOptions& options) {
+    return options.transform == option::transformMode1;
+}
+
+int paddingOf(const Quantity& quantity, const SpectrumOptions& options) {
+    return isCut(options) ? quantity.longPadding : 2;
+}
+
 /// The first bins of the spectra of one record length, as rows of amplitudes or levels.
 class SpectrumRows {
 public:
     SpectrumRows(int n, const Form& form, const Quantity& quantity, const SpectrumRequest& request)
-        : N_(request.N), logarithmic_(request.options.scale == option::scaleLevel) {
-        const bool cut = request.options.transform == option::transformMode1;
-        const int factor = cut ? quantity.longPadding : 2;
-        zoom_.emplace(n, factor, windowOf(request.options.window, n));
-        kept_ = zoom_->bins();
-        if (cut) {
+        : N_(request.N),
+          logarithmic_(request.options.scale == option::scaleLevel),
+          zoom_(n, paddingOf(quantity, request.options), windowOf(request.options.window, n)),
+          kept_(zoom_.bins()) {
+        const int factor = paddingOf(quantity, request.options);
+        if (isCut(request.options)) {
             const double last = std::floor(form.limit * factor * request.N / form.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
         }
@@ -62,13 +71,13 @@ public:
     const row& frequencies() const { return frequencies_; }
 
     row rowOf(samples x) {
-        zoom_->load(x);
+        zoom_.load(x);
         // Levels need a second bin: the first one takes its value.
-        const int computed = std::min(std::max(kept_, 2), zoom_->bins());
+        const int computed = std::min(std::max(kept_, 2), zoom_.bins());
         row result;
         result.set_size(1, computed);
-        zoom_->magnitudes(computed, result.data());
-        const double largest = logarithmic_ ? zoom_->largestFrom(computed, coder::maximum(result)) : 0.0;
+        zoom_.magnitudes(computed, result.data());
+        const double largest = logarithmic_ ? zoom_.largestFrom(computed, coder::maximum(result)) : 0.0;
         for (double& value : result) {
             value = 2.0 * value / N_;
         }
@@ -91,8 +100,8 @@ private:
 
     double N_;
     bool logarithmic_;
-    std::optional<coder::ZoomSpectrum> zoom_;
-    int kept_ = 0;
+    coder::ZoomSpectrum zoom_;
+    int kept_;
     row frequencies_;
 };
 

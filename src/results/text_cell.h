@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "table/mlab_cell.h"
+#include "table/mlab_table.h"
 #include "toolkit/array.h"
 
 // From the values of a computation record to the cells of a result table.
@@ -22,6 +22,17 @@ inline MatlabCell rowCell(const coder::row& values) {
 /// Column counts of the records are small doubles; they are truncated toward zero, NaN and negative ones count as none.
 inline std::uint64_t columnCount(double variables) {
     return variables > 0.0 ? static_cast<std::uint64_t>(variables) : 0;
+}
+
+/// Fills a table from a record of named values with units: one row each.
+template <class Record>
+void fillNamedValues(MatlabTable& table, const Record& record) {
+    table.resize(columnCount(record.header.variables), record.values.size());
+    for (std::size_t row = 0; row < record.values.size(); ++row) {
+        table.setCell(0, row, textCell(record.names[row]));
+        table.setCell(1, row, MatlabCell(record.values[row]));
+        table.setCell(2, row, textCell(record.units[row]));
+    }
 }
 
 #endif

@@ -1,5 +1,6 @@
 #include "toolkit/analytic_signal.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace coder {
@@ -31,19 +32,21 @@ void hilbert(samples x, const RealFft& fft, complex_row& y) {
     }
 }
 
-creal_T analyticProductSum(samples a, samples b) {
+creal_T analyticProductSum(samples a, samples b, const RealFft& shared) {
     const int n = expandedLength(static_cast<int>(a.size()), static_cast<int>(b.size()));
     if (n == 0) {
         return {0.0, 0.0};
     }
-    const RealFft fft(n);
-    const auto bins = static_cast<std::size_t>(fft.bins());
+    if (n != shared.size()) {
+        return analyticProductSum(a, b, RealFft(n));
+    }
+    const auto bins = static_cast<std::size_t>(shared.bins());
     const auto spectrum = [&](samples x) {
         std::vector<creal_T> half(bins);
         if (x.size() == 1) {
             half[0].re = n * x[0];
         } else {
-            fft.forward(x, half.data());
+            shared.forward(x, half.data());
         }
         return half;
     };
@@ -55,6 +58,11 @@ creal_T analyticProductSum(samples a, samples b) {
                        weight * (A[k].im * B[k].re - A[k].re * B[k].im)};
     });
     return {total.re / n, total.im / n};
+}
+
+creal_T analyticProductSum(samples a, samples b) {
+    const int n = expandedLength(static_cast<int>(a.size()), static_cast<int>(b.size()));
+    return analyticProductSum(a, b, RealFft(std::max(n, 1)));
 }
 
 }  // namespace coder

@@ -20,6 +20,9 @@ void hilbert(samples x, const RealFft& fft, complex_row& y);
 /// the lines strictly between DC and half the rate count fourfold, so no analytic signal is formed.
 creal_T analyticProductSum(samples a, samples b);
 
+/// The same for several pairs: those of the shared transform's length need none of their own.
+creal_T analyticProductSum(samples a, samples b, const RealFft& shared);
+
 }  // namespace coder
 
 #endif

@@ -21,6 +21,10 @@ struct creal_T {
     friend bool operator==(creal_T a, creal_T b) = default;
 };
 
+inline creal_T times(creal_T a, creal_T b) {
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+
 /// Resizable column-major array of N dimensions with 32-bit extents, for plain element types.
 /// One dimension is a column; a row is a two-dimensional array of one row. Memory grows geometrically and never
 /// shrinks. An array either owns its elements or views those of somebody else, which it never frees. Elements that a

@@ -186,10 +186,6 @@ private:
     Scratch b_;
 };
 
-creal_T times(creal_T a, creal_T b) {
-    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-
 /// The first `bins` bins of a complex transform of any length n, as a convolution with the chirp c[k] = e^(-pi i k^2 /
 /// n): since 2 k m = k^2 + m^2 - (k - m)^2, X[k] = c[k] sum (c[m] x[m]) conj(c[k-m]). L. I. Bluestein, IEEE Trans.
 /// Audio Electroacoust. 18 (1970), "A linear filtering approach to the computation of discrete Fourier transform".

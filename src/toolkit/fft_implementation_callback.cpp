@@ -11,9 +11,6 @@
 namespace coder {
 namespace {
 
-creal_T times(creal_T a, creal_T b) {
-    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
 creal_T minus(creal_T a, creal_T b) {
     return {a.re - b.re, a.im - b.im};
 }

@@ -1,7 +1,6 @@
 #ifndef RT305_4_TOOLKIT_ZOOM_SPECTRUM_H
 #define RT305_4_TOOLKIT_ZOOM_SPECTRUM_H
 
-#include <optional>
 #include <span>
 #include <vector>
 

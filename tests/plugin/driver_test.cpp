@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 #include <limits>
 
@@ -50,7 +51,6 @@ TEST(Driver, AnswersTheFirstFailedCheckForEveryCombinationOfFaults) {
         fillValid(call);
         std::string expected;
         for (std::size_t i = 0; i < faults.size(); ++i) {
-            // An unknown type has no channel requirements; it fails before they matter.
             if ((chosen >> i & 1U) != 0) {
                 faults[i].apply(call);
                 expected = expected.empty() ? faults[i].message : expected;
@@ -202,32 +202,21 @@ TEST(Driver, NamesItsVersionAndTypes) {
     getTypes(nullptr);
 }
 
+/// The bits of an exported constant, which its getter returns as well.
+template <class Bits, class Number>
+Bits bitsOf(const char* data, const char* getter) {
+    const auto bits = std::bit_cast<Bits>(*Plugin::instance().symbol<const Number>(data));
+    EXPECT_EQ(std::bit_cast<Bits>(Plugin::instance().symbol<Number()>(getter)()), bits) << getter;
+    return bits;
+}
+
 TEST(Driver, ExportsTheNonFiniteNumbersAsDataAndFunctions) {
-    const Plugin& plugin = Plugin::instance();
-    const auto bits64 = [&](const char* data, const char* getter) {
-        const double value = *plugin.symbol<const double>(data);
-        const double got = plugin.symbol<double()>(getter)();
-        std::uint64_t bits[2];
-        std::copy_n(reinterpret_cast<const char*>(&value), 8, reinterpret_cast<char*>(bits));
-        std::copy_n(reinterpret_cast<const char*>(&got), 8, reinterpret_cast<char*>(bits + 1));
-        EXPECT_EQ(bits[0], bits[1]);
-        return bits[0];
-    };
-    const auto bits32 = [&](const char* data, const char* getter) {
-        const float value = *plugin.symbol<const float>(data);
-        const float got = plugin.symbol<float()>(getter)();
-        std::uint32_t bits[2];
-        std::copy_n(reinterpret_cast<const char*>(&value), 4, reinterpret_cast<char*>(bits));
-        std::copy_n(reinterpret_cast<const char*>(&got), 4, reinterpret_cast<char*>(bits + 1));
-        EXPECT_EQ(bits[0], bits[1]);
-        return bits[0];
-    };
-    EXPECT_EQ(bits64("rtInf", "rtGetInf"), 0x7FF0000000000000U);
-    EXPECT_EQ(bits64("rtMinusInf", "rtGetMinusInf"), 0xFFF0000000000000U);
-    EXPECT_EQ(bits64("rtNaN", "rtGetNaN"), 0x7FF8000000000000U);
-    EXPECT_EQ(bits32("rtInfF", "rtGetInfF"), 0x7F800000U);
-    EXPECT_EQ(bits32("rtMinusInfF", "rtGetMinusInfF"), 0xFF800000U);
-    EXPECT_EQ(bits32("rtNaNF", "rtGetNaNF"), 0x7FC00000U);
+    EXPECT_EQ((bitsOf<std::uint64_t, double>("rtInf", "rtGetInf")), 0x7FF0000000000000U);
+    EXPECT_EQ((bitsOf<std::uint64_t, double>("rtMinusInf", "rtGetMinusInf")), 0xFFF0000000000000U);
+    EXPECT_EQ((bitsOf<std::uint64_t, double>("rtNaN", "rtGetNaN")), 0x7FF8000000000000U);
+    EXPECT_EQ((bitsOf<std::uint32_t, float>("rtInfF", "rtGetInfF")), 0x7F800000U);
+    EXPECT_EQ((bitsOf<std::uint32_t, float>("rtMinusInfF", "rtGetMinusInfF")), 0xFF800000U);
+    EXPECT_EQ((bitsOf<std::uint32_t, float>("rtNaNF", "rtGetNaNF")), 0x7FC00000U);
 }
 
 }  // namespace

@@ -62,7 +62,6 @@ struct Call {
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
-    /// All six channels (or the three of one quantity) with the same number of samples.
     static constexpr std::int32_t voltage = RT305_4_KIND_VOLTAGE;
     static constexpr std::int32_t current = RT305_4_KIND_CURRENT;
 
