@@ -11,11 +11,11 @@
 #include <optional>
 #include <vector>
 
+#include "median.h"
+
 namespace {
 
 constexpr double shortestBatch = 2e-4;  // s
-constexpr const char* geometricMean = "geometric mean";
-constexpr const char* worst = "worst";
 
 double secondsOf(const std::function<void()>& work, std::size_t count) {
     using Clock = std::chrono::steady_clock;
@@ -27,15 +27,6 @@ double secondsOf(const std::function<void()>& work, std::size_t count) {
     return std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(count);
 }
 
-double median(std::vector<double> values) {
-    if (values.empty()) {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 struct Contender {
     std::string name;
     std::function<void()> work;
@@ -44,7 +35,6 @@ struct Contender {
 
     void measure() {
         if (batch == 0) {
-            work();
             batch = 1 + static_cast<std::size_t>(shortestBatch / secondsOf(work, 1));
         }
         if (batch > 1) {
@@ -95,10 +85,6 @@ Table& tableOf(const std::string& title) {
 Row& rowOf(Table& table, const std::string& label) {
     const auto at = std::find_if(table.rows.begin(), table.rows.end(), [&](const Row& r) { return r.label == label; });
     return at != table.rows.end() ? *at : table.rows.emplace_back(Row{label, {}, {}});
-}
-
-void printVerdict(double ratio, const Limit& limit) {
-    std::printf("   required %g, goal %g: %s", limit.required, limit.goal, verdict(ratio, limit));
 }
 
 void printRow(const Row& row, int labelWidth) {
@@ -197,11 +183,18 @@ void addLimit(const std::string& table, const std::string& row, Limit limit) {
     }
 }
 
-const char* verdict(double measured, Limit limit) {
-    return measured <= limit.goal ? "goal met" : measured <= limit.required ? "met" : "MISSED";
+void printVerdict(double measured, Limit limit) {
+    const bool twoSteps = limit.goal < limit.required;
+    std::printf("   required %g", limit.required);
+    if (twoSteps) {
+        std::printf(", goal %g", limit.goal);
+    }
+    std::printf(": %s", !(measured <= limit.required)        ? "MISSED"
+                        : twoSteps && measured <= limit.goal ? "goal met"
+                                                             : "met");
 }
 
-int printRatios(int argc, char** argv) {
+int runContenders(int argc, char** argv) {
     std::vector<std::string> defaults{argv[0], "--benchmark_repetitions=5", "--benchmark_min_time=0.05",
                                       "--benchmark_enable_random_interleaving=true"};
     std::vector<char*> arguments;
@@ -223,8 +216,22 @@ int printRatios(int argc, char** argv) {
     }
     Silent silent;
     benchmark::RunSpecifiedBenchmarks(&silent);
-    for (const Table& table : tables()) {
-        print(table);
-    }
     return 0;
+}
+
+void printTable(const std::string& title) {
+    print(tableOf(title));
+}
+
+double ratioToFirstPeer(const std::string& table, const std::string& row) {
+    const Row& found = rowOf(tableOf(table), row);
+    return found.contenders.size() > 1 ? found.ratioTo(found.contenders[1]) : std::numeric_limits<double>::quiet_NaN();
+}
+
+int printRatios(int argc, char** argv) {
+    const int failure = runContenders(argc, argv);
+    if (failure == 0) {
+        std::for_each(tables().begin(), tables().end(), print);
+    }
+    return failure;
 }

@@ -1,0 +1,112 @@
+// What only a fresh process shows: its first call beside later ones, and the peak of its memory.
+
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "median.h"
+#include "ratio_report.h"
+#include "requests.h"
+
+namespace {
+
+struct Observation {
+    double firstOverLater;  // times of calls
+    double memory;          // MiB that the first call took at most, its texts included
+};
+
+double peakMiB() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+double secondsOf(Call& call, const Plugin& plugin) {
+    const auto start = std::chrono::steady_clock::now();
+    if (call.run(plugin) != 1) {
+        std::abort();
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Observation observe(Call& call, std::size_t laterCalls) {
+    const double before = peakMiB();
+    const Plugin plugin(RT305_4_LIBRARY_FILE);
+    const double first = secondsOf(call, plugin);
+    const double memory = peakMiB() - before;
+    std::vector<double> later(laterCalls);
+    std::generate(later.begin(), later.end(), [&] { return secondsOf(call, plugin); });
+    return {first / median(later), memory};
+}
+
+/// This process never loads the library, so a child of it is fresh. Its answer comes back in shared memory.
+Observation observeInFreshProcess(const Recipe& recipe, std::size_t laterCalls, Observation* shared) {
+    const std::unique_ptr<Call> call = makeCall(recipe);
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        *shared = observe(*call, laterCalls);
+        _exit(0);
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
+        std::fputs("a fresh process failed\n", stderr);
+        std::exit(1);
+    }
+    return *shared;
+}
+
+void printFirstCalls(Observation* shared) {
+    std::printf("\nFirst call of a fresh process over a later one, type 21, 10000 samples\n");
+    for (std::uint32_t operation = 0; operation < 4; ++operation) {
+        Recipe recipe;
+        recipe.operation = operation;
+        std::vector<double> ratios(41);
+        std::generate(ratios.begin(), ratios.end(),
+                      [&] { return observeInFreshProcess(recipe, 5, shared).firstOverLater; });
+        const double ratio = median(ratios);
+        std::printf("operation %u %8.2f", operation, ratio);
+        printVerdict(ratio, {2.0, 2.0});
+        std::printf("\n");
+    }
+}
+
+void printMemory(Observation* shared) {
+    constexpr std::size_t n = 1000000;
+    constexpr double inputMiB = 6.0 * n * sizeof(double) / 1024.0 / 1024.0;
+    constexpr std::optional<Limit> limits[] = {Limit{110, 110}, {}, Limit{600, 420}, {}};
+    std::printf("\nPeak memory above the input of %.1f MiB, texts included, type 21, %zu samples\n", inputMiB, n);
+    for (std::uint32_t operation = 0; operation < 4; ++operation) {
+        Recipe recipe;
+        recipe.operation = operation;
+        recipe.n = n;
+        const double memory = observeInFreshProcess(recipe, 0, shared).memory;
+        std::printf("operation %u %8.1f MiB, %5.1f inputs", operation, memory, memory / inputMiB);
+        if (limits[operation]) {
+            printVerdict(memory, *limits[operation]);
+        }
+        std::printf("\n");
+    }
+}
+
+}  // namespace
+
+int main() {
+    void* const shared = mmap(nullptr, sizeof(Observation), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED) {
+        std::perror("mmap");
+        return 1;
+    }
+    printFirstCalls(static_cast<Observation*>(shared));
+    printMemory(static_cast<Observation*>(shared));
+    return 0;
+}
