@@ -6,16 +6,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <vector>
 
-#include "median.h"
 #include "ratio_report.h"
 #include "requests.h"
+#include "timing.h"
 
 namespace {
 
@@ -31,11 +30,11 @@ double peakMiB() {
 }
 
 double secondsOf(Call& call, const Plugin& plugin) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processorSeconds();
     if (call.run(plugin) != 1) {
         std::abort();
     }
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return processorSeconds() - start;
 }
 
 Observation observe(Call& call, std::size_t laterCalls) {

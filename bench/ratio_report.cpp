@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -11,20 +10,19 @@
 #include <optional>
 #include <vector>
 
-#include "median.h"
+#include "timing.h"
 
 namespace {
 
 constexpr double shortestBatch = 2e-4;  // s
 
 double secondsOf(const std::function<void()>& work, std::size_t count) {
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
+    const double start = processorSeconds();
     for (std::size_t i = 0; i < count; ++i) {
         work();
         benchmark::ClobberMemory();
     }
-    return std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(count);
+    return (processorSeconds() - start) / static_cast<double>(count);
 }
 
 struct Contender {
@@ -209,9 +207,8 @@ int runContenders(int argc, char** argv) {
     }
     for (Table& table : tables()) {
         for (Row& row : table.rows) {
-            benchmark::RegisterBenchmark((table.title + ": " + row.label).c_str(), [&row](benchmark::State& state) {
-                row.measure(state);
-            })->UseRealTime();
+            benchmark::RegisterBenchmark((table.title + ": " + row.label).c_str(),
+                                         [&row](benchmark::State& state) { row.measure(state); });
         }
     }
     Silent silent;

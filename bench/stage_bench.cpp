@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <numeric>
@@ -18,7 +17,6 @@
 #include "calc/options.h"
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
-#include "median.h"
 #include "requests.h"
 #include "results/rt305_4_i_distortion_table.h"
 #include "results/rt305_4_i_signal_table.h"
@@ -27,6 +25,7 @@
 #include "results/rt305_4_u_distortion_table.h"
 #include "results/rt305_4_u_signal_table.h"
 #include "results/rt305_4_u_spectrum_table.h"
+#include "timing.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
@@ -34,22 +33,21 @@ namespace {
 enum Stage { conditioning, harmonics, parameters, signals, spectra, distortion, tables, texts, stageCount };
 constexpr std::array<const char*, stageCount> stageNames{
     "conditioning", "harmonics", "other parameters", "signal statistics", "spectra", "distortion", "tables", "texts"};
-using Times = std::array<double, stageCount>;  // ms
+using Times = std::array<double, stageCount>;  // s
 
 class Stopwatch {
 public:
     /// Books the time since the last call on a stage.
     void book(Stage stage) {
-        const auto now = Clock::now();
-        times_[stage] += std::chrono::duration<double, std::milli>(now - last_).count();
-        last_ = Clock::now();
+        const double now = processorSeconds();
+        times_[stage] += now - last_;
+        last_ = now;
     }
     const Times& times() const { return times_; }
 
 private:
-    using Clock = std::chrono::steady_clock;
     Times times_{};
-    Clock::time_point last_ = Clock::now();
+    double last_ = processorSeconds();
 };
 
 template <class Table, class Record>
@@ -153,14 +151,14 @@ void printSearch(std::string_view mode) {
     const Raw raw(n);
     std::vector<double> times;
     for (int run = 0; run < runs; ++run) {
-        const auto start = std::chrono::steady_clock::now();
+        const double start = processorSeconds();
         const FrequencySearch search(static_cast<double>(n), mode);
         double sum = 0.0;
         for (const RawChannel& channel : raw.voltages) {
             sum += search.frequency(channel.samples);
         }
-        const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-        times.push_back(sum > 0.0 ? time.count() / static_cast<double>(coder::phases * n) : 0.0);
+        const double nanoseconds = (processorSeconds() - start) * 1e9;
+        times.push_back(sum > 0.0 ? nanoseconds / static_cast<double>(coder::phases * n) : 0.0);
     }
     std::printf("%-18.*s %6.2f ns per sample and channel\n", static_cast<int>(mode.size()), mode.data(), median(times));
 }

@@ -1,9 +1,17 @@
-#ifndef RT305_4_BENCH_MEDIAN_H
-#define RT305_4_BENCH_MEDIAN_H
+#ifndef RT305_4_BENCH_TIMING_H
+#define RT305_4_BENCH_TIMING_H
 
 #include <algorithm>
+#include <ctime>
 #include <limits>
 #include <vector>
+
+/// Processor time of this process in seconds. Unlike the time on the wall it stands still while other programs run.
+inline double processorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
 
 /// The upper one of two middle values; NaN of no values.
 inline double median(std::vector<double> values) {
