@@ -96,26 +96,24 @@ void printRow(const Row& row, int labelWidth) {
     std::printf("\n");
 }
 
-/// One figure for all rows of a table.
+/// One figure for all rows of a table and each rival; rows in a unit of time have none in common.
 void printSummary(const Table& table, const char* name, int labelWidth, double (*summary)(const std::vector<double>&)) {
+    const std::vector<Contender>& header = table.rows.front().contenders;
+    std::vector<double> values;
     std::printf("%-*s %11s", labelWidth, name, "");
-    const std::size_t contenders = table.rows.front().contenders.size();
-    for (std::size_t peer = 1; peer < contenders; ++peer) {
+    for (std::size_t peer = 1; peer < header.size() && header[peer].name != unitOfTime; ++peer) {
         std::vector<double> ratios;
         for (const Row& row : table.rows) {
-            if (!row.ours().times.empty() && peer < row.contenders.size()) {
+            if (!row.ours().times.empty()) {
                 ratios.push_back(row.ratioTo(row.contenders[peer]));
             }
         }
-        if (table.rows.front().contenders[peer].name == unitOfTime) {
-            continue;  // rows in a unit are not rivals
-        }
-        const double value = summary(ratios);
-        std::printf(" %15.2f", value);
-        for (const auto& [of, limit] : table.summaryLimits) {
-            if (peer == 1 && of == name) {
-                printVerdict(value, limit);
-            }
+        values.push_back(summary(ratios));
+        std::printf(" %15.2f", values.back());
+    }
+    for (const auto& [of, limit] : table.summaryLimits) {
+        if (of == name) {
+            printVerdict(values.front(), limit);
         }
     }
     std::printf("\n");
