@@ -108,6 +108,9 @@ int main(int argc, char** argv) {
         return failure;
     }
     printTable(typical);
+    if (std::isnan(time("type 21, operation 0", typicalLength))) {
+        return 0;  // the filter on the command line left the lengths out
+    }
     printByLength("Whole calls in T, by samples per channel", time);
     printByLength("Time over n log n, relative to 10000 samples", growth);
     printGrowthVerdicts();

@@ -191,6 +191,7 @@ void printVerdict(double measured, Limit limit) {
 }
 
 int runContenders(int argc, char** argv) {
+    settleHeap();
     std::vector<std::string> defaults{argv[0], "--benchmark_repetitions=5", "--benchmark_min_time=0.05",
                                       "--benchmark_enable_random_interleaving=true"};
     std::vector<char*> arguments;
