@@ -39,7 +39,7 @@ coverage:
 bench:
 	@scripts/setup all
 	@cmake --preset bench >/dev/null && cmake --build --preset bench
-	@scripts/bench build/bench
+	@scripts/bench build/bench $(BENCH)
 
 soak:
 	@scripts/setup test

@@ -45,7 +45,7 @@ private:
                 takeFrom(node[i], here + '[' + std::to_string(i) + ']', here, level);
             }
         } else if (node.is_object()) {
-            const std::string unit = node.value("units", node.value("UomName", ""));
+            const std::string unit = ' ' + node.value("units", node.value("UomName", ""));
             const bool levels = level || node.value("LastNameY", "").find("dB") != std::string::npos;
             for (auto& [key, value] : node.items()) {
                 const bool axis = key == "dataTnvf" || key == "dataX" || key == "fi";

@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -11,29 +10,19 @@
 #include <optional>
 #include <vector>
 
+#include "timing.h"
+
 namespace {
 
 constexpr double shortestBatch = 2e-4;  // s
-constexpr const char* geometricMean = "geometric mean";
-constexpr const char* worst = "worst";
 
 double secondsOf(const std::function<void()>& work, std::size_t count) {
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
+    const double start = processorSeconds();
     for (std::size_t i = 0; i < count; ++i) {
         work();
         benchmark::ClobberMemory();
     }
-    return std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(count);
-}
-
-double median(std::vector<double> values) {
-    if (values.empty()) {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    return (processorSeconds() - start) / static_cast<double>(count);
 }
 
 struct Contender {
@@ -44,7 +33,6 @@ struct Contender {
 
     void measure() {
         if (batch == 0) {
-            work();
             batch = 1 + static_cast<std::size_t>(shortestBatch / secondsOf(work, 1));
         }
         if (batch > 1) {
@@ -97,10 +85,6 @@ Row& rowOf(Table& table, const std::string& label) {
     return at != table.rows.end() ? *at : table.rows.emplace_back(Row{label, {}, {}});
 }
 
-void printVerdict(double ratio, const Limit& limit) {
-    std::printf("   required %g, goal %g: %s", limit.required, limit.goal, verdict(ratio, limit));
-}
-
 void printRow(const Row& row, int labelWidth) {
     std::printf("%-*s %11.2f", labelWidth, row.label.c_str(), median(row.ours().times) * 1e6);
     for (auto peer = row.contenders.begin() + 1; peer != row.contenders.end(); ++peer) {
@@ -112,26 +96,24 @@ void printRow(const Row& row, int labelWidth) {
     std::printf("\n");
 }
 
-/// One figure for all rows of a table.
+/// One figure for all rows of a table and each rival; rows in a unit of time have none in common.
 void printSummary(const Table& table, const char* name, int labelWidth, double (*summary)(const std::vector<double>&)) {
+    const std::vector<Contender>& header = table.rows.front().contenders;
+    std::vector<double> values;
     std::printf("%-*s %11s", labelWidth, name, "");
-    const std::size_t contenders = table.rows.front().contenders.size();
-    for (std::size_t peer = 1; peer < contenders; ++peer) {
+    for (std::size_t peer = 1; peer < header.size() && header[peer].name != unitOfTime; ++peer) {
         std::vector<double> ratios;
         for (const Row& row : table.rows) {
-            if (!row.ours().times.empty() && peer < row.contenders.size()) {
+            if (!row.ours().times.empty()) {
                 ratios.push_back(row.ratioTo(row.contenders[peer]));
             }
         }
-        if (table.rows.front().contenders[peer].name == unitOfTime) {
-            continue;  // rows in a unit are not rivals
-        }
-        const double value = summary(ratios);
-        std::printf(" %15.2f", value);
-        for (const auto& [of, limit] : table.summaryLimits) {
-            if (peer == 1 && of == name) {
-                printVerdict(value, limit);
-            }
+        values.push_back(summary(ratios));
+        std::printf(" %15.2f", values.back());
+    }
+    for (const auto& [of, limit] : table.summaryLimits) {
+        if (of == name) {
+            printVerdict(values.front(), limit);
         }
     }
     std::printf("\n");
@@ -197,11 +179,19 @@ void addLimit(const std::string& table, const std::string& row, Limit limit) {
     }
 }
 
-const char* verdict(double measured, Limit limit) {
-    return measured <= limit.goal ? "goal met" : measured <= limit.required ? "met" : "MISSED";
+void printVerdict(double measured, Limit limit) {
+    const bool twoSteps = limit.goal < limit.required;
+    std::printf("   required %g", limit.required);
+    if (twoSteps) {
+        std::printf(", goal %g", limit.goal);
+    }
+    std::printf(": %s", !(measured <= limit.required)        ? "MISSED"
+                        : twoSteps && measured <= limit.goal ? "goal met"
+                                                             : "met");
 }
 
-int printRatios(int argc, char** argv) {
+int runContenders(int argc, char** argv) {
+    settleHeap();
     std::vector<std::string> defaults{argv[0], "--benchmark_repetitions=5", "--benchmark_min_time=0.05",
                                       "--benchmark_enable_random_interleaving=true"};
     std::vector<char*> arguments;
@@ -216,15 +206,28 @@ int printRatios(int argc, char** argv) {
     }
     for (Table& table : tables()) {
         for (Row& row : table.rows) {
-            benchmark::RegisterBenchmark((table.title + ": " + row.label).c_str(), [&row](benchmark::State& state) {
-                row.measure(state);
-            })->UseRealTime();
+            benchmark::RegisterBenchmark((table.title + ": " + row.label).c_str(),
+                                         [&row](benchmark::State& state) { row.measure(state); });
         }
     }
     Silent silent;
     benchmark::RunSpecifiedBenchmarks(&silent);
-    for (const Table& table : tables()) {
-        print(table);
-    }
     return 0;
+}
+
+void printTable(const std::string& title) {
+    print(tableOf(title));
+}
+
+double ratioToFirstPeer(const std::string& table, const std::string& row) {
+    const Row& found = rowOf(tableOf(table), row);
+    return found.contenders.size() > 1 ? found.ratioTo(found.contenders[1]) : std::numeric_limits<double>::quiet_NaN();
+}
+
+int printRatios(int argc, char** argv) {
+    const int failure = runContenders(argc, argv);
+    if (failure == 0) {
+        std::for_each(tables().begin(), tables().end(), print);
+    }
+    return failure;
 }

@@ -12,22 +12,31 @@ inline constexpr const char* unitOfTime = "T";
 void addContender(const std::string& table, const std::string& row, const std::string& name,
                   std::function<void()> work);
 
-/// What the ratio to the first peer has to be, and what it should be.
+/// What a figure may be at most, such as a ratio to the first peer, and what it should be at most.
 struct Limit {
     double required;
     double goal;
 };
 
-/// Holds a row against a limit. The rows "geometric mean" and "worst" stand for all rows of the table.
+/// Rows that stand for all rows of their table.
+inline constexpr const char* geometricMean = "geometric mean";
+inline constexpr const char* worst = "worst";
+
+/// Holds a row against a limit.
 void addLimit(const std::string& table, const std::string& row, Limit limit);
 
-/// "goal met", "met" or "MISSED".
-const char* verdict(double measured, Limit limit);
+/// Prints the limit, and whether its goal is met, what it requires, or neither.
+void printVerdict(double measured, Limit limit);
 
 /// Runs the rows in turn and prints each table as the ratios ours/peer. A round runs the contenders of a row one after
 /// another, short ones several times, and gives one ratio to each peer; the median of the rounds is printed: clocks
 /// change while they run, and what runs side by side sees the same clock. Microseconds of ours stand beside the ratios
 /// for orientation only. Options of Google Benchmark override the defaults.
 int printRatios(int argc, char** argv);
+
+// The same in steps, for a program that has more to say about its rows.
+int runContenders(int argc, char** argv);
+void printTable(const std::string& title);
+double ratioToFirstPeer(const std::string& table, const std::string& row);  // NaN for a row that was not run
 
 #endif

@@ -109,7 +109,7 @@ const Channels& channelsOf(const Recipe& recipe) {
     Channels& channels = at->second;
     if (isNew) {
         for (std::size_t c = 0; c < channels.size(); ++c) {
-            channels[c] = waveform(c, recipe.n, recipe.frequency + 0.01 * static_cast<double>(c % 3));
+            channels[c] = waveform(c, recipe.n, recipe.frequency);
         }
         for (const Disturbance& disturbance : disturbances) {
             if (disturbance.name == std::string(recipe.signal)) {
@@ -142,8 +142,8 @@ constexpr std::uint32_t types[] = {RT305_4_INPUT_VOLTAGES, RT305_4_INPUT_CURRENT
 constexpr std::size_t lengths[] = {1,    2,    3,    4,    5,    7,    16,   31,    64,    97,    100,   128,  250,
                                    499,  500,  512,  997,  1000, 1023, 1024, 1025,  2000,  2048,  2500,  3000, 4096,
                                    4999, 5000, 6000, 8191, 8192, 9973, 9999, 10000, 12500, 16384, 19997, 20000};
-constexpr double frequencies[] = {50.0, 49.5, 50.13, 60.0, 16.7};  // Hz
-constexpr double rates[] = {10000.0, 10000.0, 500.0, 4321.5};      // Hz
+constexpr double frequencies[] = {50.0, 50.013, 49.5, 50.13, 60.0, 16.7};  // Hz
+constexpr double rates[] = {10000.0, 10000.0, 500.0, 4321.5};              // Hz
 constexpr std::int16_t peakCounts[] = {20, 5, 1, 0, -3, 1000};
 constexpr double criteria[] = {0.0, 2.5, -60.0, nan};
 constexpr std::uint32_t everyMeasurementFlag =

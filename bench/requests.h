@@ -20,7 +20,7 @@ struct Recipe {
     std::int16_t peaks = 20;
     double criterion = 0.0;        // V, A or dB
     const char* signal = "clean";  // one of those in requests.cpp
-    double frequency = 50.0;       // Hz, of phase a
+    double frequency = 50.013;     // Hz; neither on the grid of a search nor on that of a transform
 };
 
 /// The recipe in one line, for a report.
