@@ -65,8 +65,8 @@ public:
             const double last = std::floor(form.limit * factor * request.N / form.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
         }
-        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_);
-        frequencies_.set_size(1, std::min(frequencies_.numel(), kept_));
+        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_,
+                               kept_);
     }
 
     const row& frequencies() const { return frequencies_; }
