@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "toolkit/non_finite.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
@@ -32,6 +33,14 @@ void keepHighest(std::vector<Peak>& peaks, std::size_t count) {
     peaks.resize(static_cast<std::size_t>(kept));
 }
 
+RT305_4_VECTOR_CLONES bool anyAbove(const double* y, std::size_t n, double floor) {
+    std::size_t above = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        above += y[i] > floor ? 1U : 0U;
+    }
+    return above > 0;
+}
+
 /// The count highest peaks above minHeight, highest first.
 std::vector<Peak> highestAbove(samples y, double minHeight, int count) {
     std::vector<Peak> peaks;
@@ -39,14 +48,20 @@ std::vector<Peak> highestAbove(samples y, double minHeight, int count) {
         return peaks;
     }
     const auto wanted = static_cast<std::size_t>(count);
-    // Only +Inf exceeds the largest double; no other value does, and it exceeds a NaN.
+    // A floor at the largest double admits +Inf only.
     constexpr double largestDouble = std::numeric_limits<double>::max();
     double floor = minHeight < largestDouble ? minHeight : largestDouble;
-    for (std::size_t i = 0; i < y.size(); ++i) {
-        if (!(y[i] > floor) || !isPeak(y, i)) {
+    constexpr std::size_t stretch = 64;
+    for (std::size_t from = 0; from < y.size(); from += stretch) {
+        const std::size_t to = std::min(from + stretch, y.size());
+        if (!anyAbove(y.data() + from, to - from, floor)) {
             continue;
         }
-        peaks.push_back({y[i], static_cast<int>(i) + 1});
+        for (std::size_t i = from; i < to; ++i) {
+            if (y[i] > floor && isPeak(y, i)) {
+                peaks.push_back({y[i], static_cast<int>(i) + 1});
+            }
+        }
         if (peaks.size() >= 2 * wanted) {  // what is not higher than the last of these will not be kept
             keepHighest(peaks, wanted);
             floor = peaks.back().value;

@@ -19,6 +19,7 @@ constexpr int taps = 18;
 constexpr int reach = taps / 2;
 constexpr std::size_t margin = reach - 1;  // values of the transform below DC
 constexpr std::size_t lanes = 8;           // bins that are made side by side
+constexpr std::size_t blocks = 2;          // of so many
 constexpr std::size_t width = taps + 3;    // values that so many bins are made from, at most
 
 // Half the kernel's bandwidth: just inside 3/4 of pi * taps, where the first alias begins. Values around e^42 follow
@@ -115,30 +116,40 @@ RT305_4_VECTOR_CLONES void scaledMagnitudes(const creal_T* z, double unit, std::
     }
 }
 
-/// to[lane] = unit |sum over j of kernel[j][lane] z[j]|
-[[gnu::always_inline]] inline void filteredBlock(const creal_T* z, const double* kernel, double unit, double* to) {
+/// to[lanes block + lane] = unit |sum over j of kernel[j][lane] z[step block + j]|. Several blocks share the kernel's
+/// way into the registers.
+[[gnu::always_inline]] inline void filteredBlocks(const creal_T* z, const double* kernel, double unit, std::size_t step,
+                                                  double* to) {
     for (std::size_t lane = 0; lane < lanes; ++lane) {
-        double re = 0.0;
-        double im = 0.0;
+        double re[blocks] = {};
+        double im[blocks] = {};
 #pragma GCC unroll 32
         for (std::size_t j = 0; j < width; ++j) {
-            re += kernel[j * lanes + lane] * z[j].re;
-            im += kernel[j * lanes + lane] * z[j].im;
+            const double weight = kernel[j * lanes + lane];
+#pragma GCC unroll 4
+            for (std::size_t block = 0; block < blocks; ++block) {
+                re[block] += weight * z[step * block + j].re;
+                im[block] += weight * z[step * block + j].im;
+            }
         }
-        to[lane] = unit * magnitude(re, im);
+#pragma GCC unroll 4
+        for (std::size_t block = 0; block < blocks; ++block) {
+            to[lanes * block + lane] = unit * magnitude(re[block], im[block]);
+        }
     }
 }
 
-/// The same block after block, each `step` values on, `count` results.
+/// The same on and on, `count` results.
 RT305_4_VECTOR_CLONES void filteredMagnitudes(const creal_T* z, const double* kernel, double unit, std::size_t step,
                                               std::size_t count, double* out) {
-    const std::size_t whole = count / lanes * lanes;
-    for (std::size_t done = 0; done < whole; done += lanes, z += step) {
-        filteredBlock(z, kernel, unit, out + done);
+    constexpr std::size_t atOnce = blocks * lanes;
+    const std::size_t whole = count / atOnce * atOnce;
+    for (std::size_t done = 0; done < whole; done += atOnce, z += blocks * step) {
+        filteredBlocks(z, kernel, unit, step, out + done);
     }
     if (whole < count) {
-        double last[lanes];
-        filteredBlock(z, kernel, unit, last);
+        double last[atOnce];
+        filteredBlocks(z, kernel, unit, step, last);
         std::copy_n(last, count - whole, out + whole);
     }
 }
@@ -152,7 +163,7 @@ ZoomSpectrum::ZoomSpectrum(int n, int factor, std::span<const double> window)
       weights_(window.begin(), window.end()),
       fft_(2 * n),
       circle_(2 * static_cast<std::size_t>(n)),
-      spectrum_(static_cast<std::size_t>(n) + width) {
+      spectrum_(static_cast<std::size_t>(n) + blocks * width) {
     assert(static_cast<int>(window.size()) == n && (factor == 2 || factor == 4 || factor == 16));
     if (phases_ == 1) {
         return;
