@@ -88,7 +88,7 @@ void diff(const column& x, column& y) {
     }
 }
 
-void eml_float_colon(double a, double d, double b, row& y) {
+void eml_float_colon(double a, double d, double b, row& y, int most) {
     if (std::isnan(a) || std::isnan(d) || std::isnan(b) || (std::isinf(d) && std::isinf(b))) {
         y.set_size(1, 1);
         y[0] = rtNaN;
@@ -98,16 +98,20 @@ void eml_float_colon(double a, double d, double b, row& y) {
     if (steps.count >= std::numeric_limits<int>::max()) {
         throw std::bad_array_new_length();
     }
-    y.set_size(1, steps.count < 0.0 ? 0 : static_cast<int>(steps.count) + 1);
-    const int last = y.numel() - 1;
-    const int half = last / 2;
+    const int last = steps.count < 0.0 ? -1 : static_cast<int>(steps.count);
+    const int made = std::min(last + 1, most);
+    y.set_size(1, made);
     const bool whole = a == std::floor(a) && d == std::floor(d);
+    const int fromStart = whole ? made : std::min(last / 2 + 1, made);
     double* const value = y.data();
-    for (int k = 0; k <= last; ++k) {
-        value[k] = whole || k <= half ? a + k * d : steps.end - (last - k) * d;
+    for (int k = 0; k < fromStart; ++k) {
+        value[k] = a + k * d;
     }
-    if (!whole && last > 0 && 2 * half == last) {
-        value[half] = (a + steps.end) / 2.0;
+    for (int k = fromStart; k < made; ++k) {
+        value[k] = steps.end - (last - k) * d;
+    }
+    if (!whole && last > 0 && last % 2 == 0 && last / 2 < made) {
+        value[last / 2] = (a + steps.end) / 2.0;
     }
 }
 
