@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cassert>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "adapter/nlohmann/json.h"
@@ -13,26 +13,25 @@
 // The JSON library finds the digits of a number by Grisu2 (F. Loitsch, "Printing floating-point numbers quickly and
 // accurately with integers", PLDI 2010, section 5). Here the same digits come from two 128-bit products and no loop.
 //
-// A normal number that is no power of two is v = f * u, 2^52 < f < 2^53, u = 2^(E-1075); texts between v - u/2 and v +
-// u/2 read back as v. Grisu2 multiplies v and these two bounds by a stored power of ten 10^s, rounds them to multiples
-// of 2^-q, 32 <= q <= 60, which gives W and the bounds, and takes one such multiple off at either end: M- < W < M+,
-// below 2^64 multiples. It writes the digits of M+ from the left until what stands there, zeros for the digits to come,
-// is not below M-; then it counts the last digit down while this comes closer to W and stays above M-.
+// A normal number that is no power of two is v = f * u, 2^52 < f < 2^53, u = 2^(E-1075); texts between v - u/2 and
+// v + u/2 read back as v. Grisu2 multiplies v and these two bounds by a stored power of ten 10^s and rounds them to
+// multiples of 2^-q, 32 <= q <= 60. The products are W and the bounds, which it draws in by one multiple each:
+// M- < W < M+. It writes the digits of M+ from the left until what stands there, with zeros for the digits to come, is
+// not below M-; then it counts the last digit down while this comes closer to W and stays above M-.
 //
-// Let t be the number for which 1 <= u * 10^t < 10, and scale all by 10^m, m = t - s, exactly: the width
-// delta = (M+ - M-) * 10^m is between 1 and 10 as well, but for the bits that were rounded or taken off.
+// Let t be the integer for which 1 < u * 10^t <= 10, and multiply all by 10^m, m = t - s, exactly. The width of the
+// interval, delta = (M+ - M-) * 10^m, is u * 10^t but for the bits that were rounded or drawn in; so it is below 10.
+// Let D be M+ * 10^m without its fraction; it has 16 or 17 digits.
 //
-// - If there is a multiple of ten in the interval, there is only one, D - d, D being M+ * 10^m without its fraction and
-// d
-//   the last digit of D. Grisu2 stops at it, written without its trailing zeros. Its last digit counts ten or more,
-//   so that it is not counted down.
-// - If there is none, Grisu2 stops at D, the last integer in the interval, and counts down to the integer nearest to W,
-//   the larger of two. That one lies in the interval if either side of it, half of delta within one multiple of 2^-q,
-//   is at least 1/2.
+// - If the interval holds a multiple of ten, it holds only one, D less its last digit. Grisu2 stops at that one,
+//   without its trailing zeros. It is not counted down, as the steps would be ten or more.
+// - If it holds none but delta >= 1, Grisu2 stops at D, the largest integer in the interval, and counts down to the
+//   integer nearest to W, of two the larger, provided that this one lies in the interval. It does if both sides of the
+//   interval are at least 1/2. They differ from delta / 2 by less than one scaled multiple of 2^-q, and as M+ - M- is
+//   at least 2^10 - 2 such multiples, delta >= 1 + 2^-8 is enough.
 //
-// The second step holds if delta >= 1 + 2^-8: one multiple of 2^-q is scaled to at most delta / 1022, since M+ - M- is
-// at least 2^10 - 2 of them. Of the 2046 exponents few miss that; numbers with these, powers of two (whose interval is
-// shorter below than above), subnormal numbers and zero are left to the library's own formatter.
+// Powers of two, whose interval is shorter below than above, the numbers with one of the few exponents that miss the
+// last condition, subnormal numbers and zero are left to the library's own formatter.
 
 namespace {
 
@@ -44,7 +43,7 @@ constexpr std::uint64_t bit(int n) {
     return std::uint64_t{1} << n;
 }
 
-/// Powers of ten rounded to 64 bits: entry i is 10^(8i - 300) / 2^scaledPowerExponent.
+/// Powers of ten rounded to 64 bits, without their powers of two: entry i is that of 10^(8i - 300).
 constexpr std::uint64_t scaledPowers[]{
     // clang-format off
     0xAB70FE17C79AC6CA, 0xFF77B1FCBEBCDC4F, 0xBE5691EF416BD60C, 0x8DD01FAD907FFC3C, 0xD3515C2831559A83,
@@ -130,8 +129,9 @@ constexpr std::uint64_t low(Wide x) {
     return static_cast<std::uint64_t>(x);
 }
 
-/// exponent: 1 to 2046; fraction: the 52 bits below f's first one, not all zero. Floored multiples of log10(2) and
-/// log2(10) stand for themselves, as 78913 / 2^18 and 217706 / 2^16: exact for all exponents.
+/// exponent: E, 1 to 2046; fraction: the 52 bits of f below its first one, not all zero. With 78913 / 2^18 for log10(2)
+/// and 217706 / 2^16 for log2(10) the floors below are exact for all exponents: s is the smallest stored power not
+/// below (1025 - E) * log10(2), which is the smallest that gives q <= 60.
 Interval intervalOf(int exponent, std::uint64_t fraction) {
     const int index = ((1025 - exponent) * 78913 + (300 << 18) + (1 << 21) - 1) >> 21;
     const int s = 8 * index - 300;
@@ -173,17 +173,18 @@ void writeDigits(char* out, const Decimal& x) {
     out[16] = static_cast<char>(x.last | '0');
 }
 
-/// Sixteen characters with a point, and what is true before it.
+/// For a point among sixteen characters: ones in the bytes before it, and zeros with the point as characters.
 struct PointAt {
     std::uint64_t before[2];
     std::uint64_t characters[2];
 };
 
 constexpr auto pointsAt = [] {
+    constexpr Wide zeroToPoint = 0x30 ^ 0x2E;
     std::array<PointAt, 16> all{};
     for (int point = 1; point < 16; ++point) {
         const Wide before = (Wide{1} << (8 * point)) - 1;
-        const Wide characters = (Wide{asciiZeros} << 64U | asciiZeros) ^ Wide { '.' ^ '0' } << (8 * point);
+        const Wide characters = (Wide{asciiZeros} << 64U | asciiZeros) ^ zeroToPoint << (8 * point);
         all[static_cast<std::size_t>(point)] = {{low(before), high(before)}, {low(characters), high(characters)}};
     }
     return all;

@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <map>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "adapter/nlohmann/json.h"
 #include "table/json_number.h"
