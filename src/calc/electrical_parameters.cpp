@@ -49,11 +49,13 @@ double meanOf(double N, Term term, const Rows&... rows) {
 }
 
 double rms(const row& x, double N) {
-    return std::sqrt(meanOf(N, [](double a) { return a * a; }, x));
+    return std::sqrt(meanOf(
+        N, [](double a) { return a * a; }, x));
 }
 
 double rmsOfDifference(const row& a, const row& b, double N) {
-    return std::sqrt(meanOf(N, [](double x, double y) { return (x - y) * (x - y); }, a, b));
+    return std::sqrt(meanOf(
+        N, [](double x, double y) { return (x - y) * (x - y); }, a, b));
 }
 
 double rmsOfSum(const ChannelSet& set, double N) {
@@ -159,7 +161,8 @@ void threeWattmeter(const ChannelSet& u, const ChannelSet& i, double N, d_table&
     PerPhase reactive{};
     PerPhase apparent{};
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        active[phase] = meanOf(N, [](double a, double b) { return a * b; }, u[phase], i[phase]);
+        active[phase] = meanOf(
+            N, [](double a, double b) { return a * b; }, u[phase], i[phase]);
         apparent[phase] = out[next(Parameter::Ida, phase)] * out[next(Parameter::Uda, phase)];
         reactive[phase] = active[phase] * std::tan(std::acos(active[phase] / apparent[phase]));
     }

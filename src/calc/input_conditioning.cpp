@@ -54,8 +54,8 @@ double condition(const RawChannel& channel, double N, std::string_view source, r
         x = out;
         total = coder::combineVectorElements(x);
     }
-    calibrate(x.data(), n, total / static_cast<double>(n),
-              hardwareScale(source, channel.inputResistance, channel.gain), channel.coefficient, out.data());
+    calibrate(x.data(), n, total / static_cast<double>(n), hardwareScale(source, channel.inputResistance, channel.gain),
+              channel.coefficient, out.data());
     return zeros;
 }
 
