@@ -39,7 +39,7 @@ public:
     /// - rounding: the kernel errs by 100 u, a sum of D products by (D + 1) u, the sums of up to 2 + 16 n/P of them by
     ///   as many u, the transform by less than 50 u log2(P/D) in its Euclidean norm, hence by 50 u log2(P/D) sqrt(P/D)
     ///   in one bin; all relative to H(0) < 29 H(0.3). Together less than 1e-10 + 1e-18 n.
-    static double errorBound(std::size_t n) { return 2e-10 + 1e-18 * static_cast<double>(n); }
+    static double errorBound(std::size_t n) { return 1e-10 + 1e-18 * static_cast<double>(n); }
 
 private:
     std::size_t firstLine_;

@@ -13,13 +13,6 @@ RT305_4_VECTOR_CLONES void fillFrequencies(double rate, int n, double* F, int bi
     }
 }
 
-/// out = (x - offset) w
-RT305_4_VECTOR_CLONES void weigh(const double* x, double offset, const double* w, std::size_t n, double* out) {
-    for (std::size_t i = 0; i < n; ++i) {
-        out[i] = (x[i] - offset) * w[i];
-    }
-}
-
 /// pxx = 2 |bins|^2 / scale
 RT305_4_VECTOR_CLONES void scaledPower(const creal_T* bins, double scale, std::size_t n, double* pxx) {
     for (std::size_t k = 0; k < n; ++k) {
@@ -42,9 +35,8 @@ Periodogram::Periodogram(column window, double rate)
 }
 
 void Periodogram::density(samples x, column& pxx) const {
-    assert(x.size() == static_cast<std::size_t>(window_.numel()));
     const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
-    weigh(x.data(), mean(x), window_.data(), x.size(), windowed.get());
+    weighCentred(x, window_, windowed.get());
     const auto bins = static_cast<std::size_t>(fft_.bins());
     const auto transform = std::make_unique_for_overwrite<creal_T[]>(bins);
     fft_.forward({windowed.get(), x.size()}, transform.get());

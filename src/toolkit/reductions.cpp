@@ -35,6 +35,12 @@ std::size_t extremeIndex(samples x, double direction) {
     return first == x.end() ? 0 : static_cast<std::size_t>(first - x.begin());
 }
 
+RT305_4_VECTOR_CLONES void weigh(const double* x, double offset, const double* w, std::size_t n, double* out) {
+    for (std::size_t i = 0; i < n; ++i) {
+        out[i] = (x[i] - offset) * w[i];
+    }
+}
+
 void store(samples x, std::size_t at, double* value, int* index) {
     *value = x[at];
     *index = static_cast<int>(at) + 1;
@@ -68,6 +74,11 @@ creal_T sum(const complex_row& x) {
 
 double mean(samples x) {
     return combineVectorElements(x) / static_cast<double>(x.size());
+}
+
+void weighCentred(samples x, samples w, double* out) {
+    assert(x.size() == w.size());
+    weigh(x.data(), mean(x), w.data(), x.size(), out);
 }
 
 void maximum(samples x, double* value, int* index) {

@@ -53,6 +53,9 @@ creal_T sum(const complex_row& x);
 /// Blocked sum divided by the count; NaN when empty.
 double mean(samples x);
 
+/// out = (x - mean(x)) w for w as long as x.
+void weighCentred(samples x, samples w, double* out);
+
 /// Largest (smallest) element of a non-empty vector with its 1-based position. NaN is skipped, the first of equals
 /// wins; a vector of NaN gives NaN at position 1.
 void maximum(samples x, double* value, int* index);
