@@ -23,6 +23,14 @@ double countDropouts(samples x) {
     return count;
 }
 
+RT305_4_VECTOR_CLONES double countZeros(const double* x, std::size_t n) {
+    std::size_t zeros = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        zeros += x[i] == 0.0 ? 1 : 0;
+    }
+    return static_cast<double>(zeros);
+}
+
 /// out = x with its zeros replaced
 RT305_4_VECTOR_CLONES void replaceZeros(const double* x, std::size_t n, double replacement, double* out) {
     for (std::size_t i = 0; i < n; ++i) {
@@ -45,7 +53,7 @@ double condition(const RawChannel& channel, double N, std::string_view source, r
     out.set_size(1, static_cast<int>(n));
     const std::size_t examined = std::min(n, static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0)));
     const auto unexamined = x.begin() + static_cast<std::ptrdiff_t>(examined);
-    const auto zeros = static_cast<double>(std::count(x.begin(), unexamined, 0.0));
+    const double zeros = countZeros(x.data(), examined);
     double total = coder::combineVectorElements(x);
     if (zeros > 0.0) {
         const double gapMean = N != zeros ? total / (N - zeros) : 0.0;
