@@ -80,7 +80,7 @@ class Documents(unittest.TestCase):
         self.assertEqual(checked, 4 * 5 * (3 * 4 + 3 * (1 + 1 + 2)))
 
     def test_measurement_options(self):
-        rows = np.array(system(2000))
+        rows = np.array(system(300))
         for bits in itertools.product((0, 0x1), (0, 0x20), (0, 0x40, 0xC0), (0, 0x100), (0, 0xE00), range(8), (0, 7)):
             flags = sum(bits[:5]) | bits[5] << 16 | bits[6] << 28
             with self.subTest(flags=hex(flags)):
