@@ -15,32 +15,38 @@ set(CPACK_DEBIAN_PACKAGE_NAME rt305-4)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${RT305_4_MAINTAINER})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# Name, section and first line of the description of each component's package; the other lines are shared.
-macro(rt305_4_debian_package component name section summary)
+# Name and section of each component's package, and what it holds.
+macro(rt305_4_debian_package component name section content)
   string(TOUPPER ${component} upper)
   list(APPEND CPACK_COMPONENTS_ALL ${component})
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
-  set(CPACK_DEBIAN_${upper}_DESCRIPTION "${summary}
-Computes voltages, currents, frequency, distortion, power, spectra and
-harmonics from one record of sampled three-phase voltages and currents.")
+  set(CPACK_DEBIAN_${upper}_DESCRIPTION
+    "Computes voltages, currents, frequency, distortion, power, spectra and
+harmonics from one record of sampled three-phase voltages and currents.
+
+This package holds ${content}.")
   install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/debian/copyright ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endmacro()
 
-rt305_4_debian_package(runtime librt305-4-1 libs "measurement of three-phase recordings (library)")
+rt305_4_debian_package(runtime librt305-4-1 libs "the library")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# What CPack would write for shared libraries runs ldconfig by script, as Debian no longer does.
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs
+  "libRT305_4 ${PROJECT_VERSION_MAJOR} librt305-4-1 (>= ${PROJECT_VERSION})\n")
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${CMAKE_CURRENT_BINARY_DIR}/triggers)
 
-rt305_4_debian_package(development librt305-4-dev libdevel "measurement of three-phase recordings (development files)")
+rt305_4_debian_package(development librt305-4-dev libdevel "the development files")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "librt305-4-1 (= ${PROJECT_VERSION})")
 
-rt305_4_debian_package(python python3-rt305-4 python "measurement of three-phase recordings (Python package)")
+rt305_4_debian_package(python python3-rt305-4 python "the Python package")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "librt305-4-1 (>= ${PROJECT_VERSION}), python3 (>= 3.10), python3-numpy")
 
 if(RT305_4_BUILD_HOST)
-  rt305_4_debian_package(tool rt305 science "measurement of three-phase recordings (command-line tool)")
+  rt305_4_debian_package(tool rt305 science "the command-line tool")
   set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "librt305-4-1 (>= ${PROJECT_VERSION})")
 endif()
