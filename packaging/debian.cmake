@@ -32,11 +32,11 @@ endmacro()
 
 rt305_4_debian_package(runtime librt305-4-1 libs "the library")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-# What CPack would write for shared libraries runs ldconfig by script, as Debian no longer does.
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs
-  "libRT305_4 ${PROJECT_VERSION_MAJOR} librt305-4-1 (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# CPack's own scripts run ldconfig as well, of which lintian warns.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${CMAKE_CURRENT_BINARY_DIR}/triggers)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
 
 rt305_4_debian_package(development librt305-4-dev libdevel "the development files")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "librt305-4-1 (= ${PROJECT_VERSION})")
@@ -44,6 +44,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "librt305-4-1 (= ${PROJECT_VERSION}
 rt305_4_debian_package(python python3-rt305-4 python "the Python package")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "librt305-4-1 (>= ${PROJECT_VERSION}), python3 (>= 3.10), python3-numpy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/postinst ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/prerm)
 
 if(RT305_4_BUILD_HOST)
   rt305_4_debian_package(tool rt305 science "the command-line tool")

@@ -26,6 +26,8 @@ _TEXTS = (
 class Error(Exception):
     """The library refused the request. The text is the library's own message."""
 
+    __module__ = "rt305_4"  # where users find it
+
 
 class ChannelData(ctypes.Structure):
     _fields_ = [
