@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "manual.h"
 #include "text.h"
 
 namespace {
@@ -239,6 +240,23 @@ void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
         ->type_name("N");
 }
 
+/// For the build, which makes the manual page and the completion of what the tool says of itself; not in the help.
+void addManualOptions(CLI::App& app) {
+    app.add_flag_callback("--man",
+                          [&app] {
+                              std::cout << manualPage(app);
+                              throw CLI::Success();
+                          })
+        ->group("");
+    app.add_option_function<std::string>("--completion",
+                                         [&app](const std::string& shell) {
+                                             std::cout << completion(app, shell);
+                                             throw CLI::Success();
+                                         })
+        ->check(CLI::IsMember({"bash", "zsh"}))
+        ->group("");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -269,6 +287,7 @@ int main(int argc, char** argv) {
         ->type_name("");
     addGenerateOptions(*command("generate", "write a recording of known content as CSV", generateRecording, generate),
                        generate);
+    addManualOptions(app);
 
     try {
         app.parse(argc, argv);
