@@ -8,6 +8,8 @@
 #include <memory>
 #include <new>
 
+#include "linear_prediction.h"
+
 namespace rt305 {
 
 namespace {
@@ -34,16 +36,23 @@ std::vector<double> bridged(std::vector<double> x) {
     return x;
 }
 
-/// x[k], continued beyond the ends by reflection in the end points.
-double continued(const std::vector<double>& x, std::ptrdiff_t k) {
-    const auto last = static_cast<std::ptrdiff_t>(x.size()) - 1;
-    const auto at = [&x, last](std::ptrdiff_t i) {
-        return x[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(i, 0, last))];
-    };
-    if (k < 0) {
-        return 2.0 * at(0) - at(-k);
+/// `count` samples from `first` on, with `lead` more before and behind them: those of x, and beyond its ends predicted
+/// ones.
+std::vector<double> withSurroundings(const std::vector<double>& x, std::size_t first, std::size_t count,
+                                     std::size_t lead) {
+    const std::size_t before = lead - std::min(lead, first);
+    const std::size_t left = x.size() - first - count;
+    const std::size_t behind = lead - std::min(lead, left);
+    std::vector<double> y;
+    if (before > 0) {
+        y = predicted({x.rbegin(), x.rend()}, before);
+        std::reverse(y.begin(), y.end());
     }
-    return k > last ? 2.0 * at(last) - at(2 * last - k) : at(k);
+    const auto at = [&x](std::size_t k) { return x.begin() + static_cast<std::ptrdiff_t>(k); };
+    y.insert(y.end(), at(first + before - lead), at(first + count + lead - behind));
+    const auto tail = behind > 0 ? predicted(x, behind) : std::vector<double>{};
+    y.insert(y.end(), tail.begin(), tail.end());
+    return y;
 }
 
 /// Makes the samples from place `from` up to `to`, at least the nearest one, NaN.
@@ -95,11 +104,7 @@ std::vector<double> resampled(const std::vector<double>& samples, std::size_t fi
     }
     const double ratio = toHz / fromHz;
     const std::size_t lead = leadFor(ratio);
-    const std::vector<double> known = bridged(samples);
-    std::vector<double> x(count + 2 * lead);
-    for (std::size_t k = 0; k < x.size(); ++k) {
-        x[k] = continued(known, static_cast<std::ptrdiff_t>(first + k) - static_cast<std::ptrdiff_t>(lead));
-    }
+    const auto x = withSurroundings(bridged(samples), first, count, lead);
     std::vector<double> y = converted(x, fromHz, toHz);
     const auto skipped = static_cast<std::ptrdiff_t>(std::llround(static_cast<double>(lead) * ratio));
     const auto wanted = static_cast<std::size_t>(std::llround(static_cast<double>(count) * ratio));
