@@ -82,9 +82,20 @@ std::optional<Identity> identifyWord(std::string_view word) {
     return Identity{quantity, phase->number, std::string(phase->letters) + std::string(rest), "by its name"};
 }
 
+/// Whether a channel holds what was computed from another, not samples of a wave.
+bool isComputed(const Words& words) {
+    static constexpr std::string_view telling[] = {"mag", "magnitude", "ang", "angle", "rms"};
+    return std::any_of(words.begin(), words.end(), [](const std::string& word) {
+        return std::find(std::begin(telling), std::end(telling), word) != std::end(telling);
+    });
+}
+
 /// The name with its telling words left out is the group's.
 std::optional<Identity> identifyByName(std::string_view name) {
     Words words = wordsOf(name);
+    if (isComputed(words)) {
+        return std::nullopt;
+    }
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (auto identity = identifyWord(words[i])) {
             words[i].clear();

@@ -216,11 +216,18 @@ private:
         const auto close = [&](std::size_t end) {
             const std::size_t count = end - first;
             const double span = seconds[end - 1] - seconds[first];
-            const double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
-            const bool isOneRate = count > 1 && rates[end - 2] == rate && !_configuration.rates.empty();
-            _recording.segments.push_back(
-                {first, count,
-                 isOneRate || count == 1 || !(span > 0.0) ? rate : static_cast<double>(count - 1) / span});
+            double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
+            const auto [slowest, fastest] = std::minmax_element(rates.begin() + static_cast<std::ptrdiff_t>(first),
+                                                                rates.begin() + static_cast<std::ptrdiff_t>(end - 1));
+            const bool isOneRate = count < 2 || *slowest == *fastest;
+            if (!isOneRate) {
+                _recording.warnings.push_back(_recording.source + ": rates from " + formatNumber(*slowest) + " to " +
+                                              formatNumber(*fastest) + " Hz are taken as one");
+            }
+            if ((!isOneRate || _configuration.rates.empty()) && span > 0.0) {
+                rate = static_cast<double>(count - 1) / span;
+            }
+            _recording.segments.push_back({first, count, rate});
             first = end;
         };
         auto nextBreak = spacing.breaks.begin();
@@ -249,8 +256,7 @@ void compareWithHeader(std::string_view header, Recording& recording) {
         const double value = sides.size() == 2 ? parseNumber(sides[1]).value_or(0.0) : 0.0;
         const auto column = std::find_if(recording.columns.begin(), recording.columns.end(),
                                          [&](const Column& c) { return c.name == sides[0]; });
-        if (!(value > 0.0) || column == recording.columns.end() ||
-            unitOf(column->unit).quantity == Quantity::other) {
+        if (!(value > 0.0) || column == recording.columns.end() || unitOf(column->unit).quantity == Quantity::other) {
             continue;
         }
         double peak = 0.0;
