@@ -277,62 +277,6 @@ void compareWithHeader(std::string_view header, Recording& recording) {
 
 }  // namespace
 
-bool isComtradeFile(std::string_view text) {
-    Lines lines(text);
-    return lines.next() && trimmed(lines.line()).substr(0, 2) == "--" &&
-           lowerCase(lines.line()).find("file type") != std::string::npos;
-}
-
-ComtradeParts cutComtradeFile(std::string_view text, const std::string& source) {
-    ComtradeParts parts{source, {}, source, {}, {}, {}};
-    std::string_view* section = nullptr;
-    std::size_t sectionStart = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        const std::string_view line = trimmed(text.substr(at, end - at));
-        const std::size_t next = std::min(end + 1, text.size());
-        const std::string lower = lowerCase(line.substr(0, 80));
-        const std::size_t words = lower.find("file type");
-        if (line.substr(0, 2) == "--" && words != std::string::npos) {
-            std::string rest = lower.substr(words + 9);
-            std::replace_if(
-                rest.begin(), rest.end(), [](char c) { return c == ':' || c == '-'; }, ' ');
-            std::vector<std::string_view> fields = split(trimmed(rest), ' ');
-            fields.erase(std::remove(fields.begin(), fields.end(), std::string_view{}), fields.end());
-            const std::string_view type = fields.empty() ? "" : fields[0];
-            if (section != nullptr) {
-                *section = text.substr(sectionStart, at - sectionStart);
-            }
-            section = type == "cfg"   ? &parts.configuration
-                      : type == "dat" ? &parts.data
-                      : type == "hdr" ? &parts.header
-                                      : nullptr;
-            sectionStart = next;
-            at = next;
-            if (type == "dat") {
-                parts.form = fields.size() > 1 ? findSampleForm(fields[1]) : std::nullopt;
-                const auto size = fields.size() > 2 ? parseCount(fields[2]) : std::nullopt;
-                if (parts.form && *parts.form != SampleForm::ascii) {  // its bytes may look like a heading
-                    parts.data = text.substr(next, size.value_or(text.size()));
-                    at = next + parts.data.size();
-                    section = nullptr;
-                }
-            }
-            continue;
-        }
-        at = next;
-    }
-    if (section != nullptr) {
-        *section = text.substr(sectionStart);
-    }
-    for (const auto& [content, name] : {std::pair{parts.configuration, "CFG"}, std::pair{parts.data, "DAT"}}) {
-        if (content.data() == nullptr) {
-            failInput(source + ": there is no " + name + " section");
-        }
-    }
-    return parts;
-}
-
 Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     const std::string text = toUtf8(parts.configuration, options.encoding);
     ComtradeConfiguration configuration = parseComtradeConfiguration(text, parts.configurationName);

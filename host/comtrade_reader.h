@@ -21,14 +21,6 @@ struct ComtradeParts {
     std::string_view header{};         // free text, may be empty
 };
 
-/// Cuts a single-file record into its sections. They begin with lines such as "--- file type: DAT BINARY: 4214 ---",
-/// also without the colon, the dashes behind or the form; the last binary section of unknown length ends with the text.
-/// Fails when there is no configuration or no data section.
-ComtradeParts cutComtradeFile(std::string_view text, const std::string& source);
-
-/// Whether a text begins as a single-file record does.
-bool isComtradeFile(std::string_view text);
-
 /// Reads a COMTRADE record.
 ///
 /// A sample is multiplier * raw + offset in the channel's unit. Missing are 99999 and empty fields in ASCII, 0x8000 in

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "channel_assignment.h"
+#include "comtrade_file.h"
 #include "comtrade_reader.h"
 #include "csv_reader.h"
 #include "failure.h"

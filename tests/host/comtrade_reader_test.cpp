@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "comtrade_file.h"
 #include "failure.h"
 
 namespace {
