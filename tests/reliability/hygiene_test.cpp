@@ -188,7 +188,7 @@ TEST(Hygiene, GivesTheSameTextsUnderALocaleWithADecimalComma) {
               0);
     setenv("LOCPATH", folder.c_str(), 1);
     const bool german = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-    std::system(("rm -r " + folder).c_str());
+    ASSERT_EQ(std::system(("rm -r " + folder).c_str()), 0);
     ASSERT_TRUE(german);
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     const auto before = processState();
