@@ -27,6 +27,8 @@ test:
 test-full: test lint
 	@cmake --workflow --preset full
 	@scripts/valgrind build/debug
+	@scripts/check-release
+	@scripts/check-cpus build/debug
 
 lint:
 	@scripts/setup all

@@ -10,7 +10,11 @@ target_compile_options(rt305_4_options INTERFACE
   # Sums, grids, axes and scale factors are fixed bit for bit: no fused multiply-add behind our back.
   -ffp-contract=off
   # Nobody reads errno or the floating-point exception flags; without these loops with sqrt or selects stay scalar.
-  -fno-math-errno -fno-trapping-math)
+  -fno-math-errno -fno-trapping-math
+  # The library runs inside somebody else's process: an overrun ends there instead of being used.
+  -fstack-protector-strong -fstack-clash-protection -fcf-protection
+  $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+target_link_options(rt305_4_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack,-z,shstk)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)

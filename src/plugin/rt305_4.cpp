@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include "calc/calc_modul_K9_web.h"
@@ -32,14 +33,24 @@ std::string SpectrumParamIStr;
 std::string ParamData_thdUStr;
 std::string ParamData_thdIStr;
 
-/// Undoes the computation's lazy initialisation when the library is unloaded.
-struct TerminateAtUnload {
-    ~TerminateAtUnload() {
+/// Has the C++ runtime make the calling thread's exception record while there is memory for it. Made by the first
+/// throw, after a host without that runtime has run out of memory, it would end the process instead of raising
+/// std::bad_alloc.
+void prepareToThrow() {
+    [[maybe_unused]] const volatile int uncaught = std::uncaught_exceptions();
+}
+
+/// What happens when the library is loaded, and unloaded: there the computation's lazy initialisation is undone.
+struct Lifetime {
+    Lifetime() { prepareToThrow(); }
+    Lifetime(const Lifetime&) = delete;
+    Lifetime& operator=(const Lifetime&) = delete;
+    ~Lifetime() {
         if (calc_modul_K9_web_ns::isInitialized_calc_modul_K9_web()) {
             calc_modul_K9_web_ns::calc_modul_K9_web_terminate();
         }
     }
-} terminateAtUnload;
+} lifetime;
 
 /// The texts of one call. They replace the module's only when all of them are made, so that an exception changes none.
 class NewTexts {
@@ -163,6 +174,7 @@ void getSupportedInputTypes(const std::int32_t** out) {
 }
 
 std::int32_t dataProccess(DataProcessRequest request) {
+    prepareToThrow();
     ErrorString.clear();
     if (!hasAllOutputs(request)) {
         return fail(request, "One or more output parameters are set incorrectly");

@@ -90,6 +90,20 @@ struct Call {
         return plugin.process(request);
     }
 
+    /// The texts that a successful call of this type and operation makes; all others are what an earlier call left.
+    std::vector<Text> made() const {
+        std::vector<Text> makes{parameters};
+        const std::uint32_t type = request.inputType;
+        const std::uint32_t operation = request.operation;
+        if (operation != 0 && (type == 4 || type == 21)) {
+            makes.push_back(static_cast<Text>(2 * operation - 1));
+        }
+        if (operation != 0 && (type == 8 || type == 21)) {
+            makes.push_back(static_cast<Text>(2 * operation));
+        }
+        return makes;
+    }
+
     static constexpr const char* untouched = "untouched";
     DataProcessRequest request{};
     std::array<const char*, textCount> texts{};
