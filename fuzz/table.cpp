@@ -133,12 +133,12 @@ void change(Bytes& bytes, Tables& tables) {
     switch (bytes.raw<std::uint8_t>() % 8) {
         case 0: {
             const std::size_t cols = bytes.upTo(9);
-            const std::size_t rows = bytes.upTo(9);
+            const std::size_t rows = bytes.upTo(3);
             modelled.table.resize(cols, rows);
             return resizeModel(modelled, cols, rows);
         }
         case 1: {
-            const std::size_t row = bytes.upTo(9);
+            const std::size_t row = bytes.upTo(3);
             modelled.table.MatlabTable::removeRow(row);
             return removeModelRow(modelled, row);
         }
@@ -154,7 +154,7 @@ void change(Bytes& bytes, Tables& tables) {
             return;
         default: {
             const std::size_t col = bytes.upTo(9);
-            const std::size_t row = bytes.upTo(9);
+            const std::size_t row = bytes.upTo(3);
             MatlabCell cell = anyCell(bytes, tables);
             if (col < modelled.cols && row < modelled.rows.size()) {
                 modelled.rows[row][col] = cell.toString();
@@ -208,7 +208,7 @@ void run(Bytes& bytes) {
     for (int step = 0; step < 60 && !bytes.empty(); ++step) {
         change(bytes, tables);
         for (Modelled& modelled : tables) {
-            if (depthOf(modelled.table) > 4) {  // copies of copies would grow without end
+            if (depthOf(modelled.table) > 3) {  // copies of copies would grow without end
                 modelled.table.remove();
                 modelled.rows.clear();
                 modelled.cols = 0;
