@@ -123,7 +123,7 @@ std::optional<std::int64_t> parseFraction(std::string_view decimals) {
 }
 
 /// "2020-02-24 18:15:21.499998208" in ns since 1970; without a date, since midnight. Whole numbers, because a double
-/// of seconds since 1970 resolves 0.2 us only.
+/// of seconds since 1970 resolves 0.2 us only; 64 bits of them hold the years 1900 to 2099 and their differences.
 std::optional<std::int64_t> parseStamp(std::string_view text) {
     std::int64_t days = 0;
     const std::size_t dateEnd = text.find_first_of(" T");
@@ -135,7 +135,7 @@ std::optional<std::int64_t> parseStamp(std::string_view text) {
         const std::chrono::year_month_day day{std::chrono::year((*date)[0]),
                                               std::chrono::month(static_cast<unsigned>((*date)[1])),
                                               std::chrono::day(static_cast<unsigned>((*date)[2]))};
-        if (!day.ok()) {
+        if (!day.ok() || day.year() < std::chrono::year(1900) || day.year() > std::chrono::year(2099)) {
             return std::nullopt;
         }
         days = std::chrono::sys_days(day).time_since_epoch().count();
