@@ -145,7 +145,7 @@ std::string expectedMessage(const Host& host) {
     if (request.operation > 3) {
         return "This operation is not supported";
     }
-    if (request.channelCount < 3 * (voltages + currents)) {
+    if (request.inputType != 0 && request.channelCount < 3 * (voltages + currents)) {
         return "There is no data for one or more phases";
     }
     const auto lengths = channelLengths(host);
