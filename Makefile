@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak clean
+.PHONY: help setup demo test test-full lint coverage bench soak packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -9,6 +9,7 @@ help:
 	@echo "make bench      print speed as ratios measured in one run"
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
+	@echo "make packages   Debian packages, tried in a fresh Debian"
 
 setup:
 	@scripts/setup all
@@ -41,12 +42,16 @@ coverage:
 bench:
 	@scripts/setup all
 	@cmake --preset bench >/dev/null && cmake --build --preset bench
-	@scripts/bench build/bench
+	@scripts/bench build/bench $(BENCH)
 
 soak:
 	@scripts/setup test
 	@cmake --preset release -D RT305_4_BUILD_TESTS=ON >/dev/null && cmake --build --preset release
 	@scripts/soak build/release
+
+packages:
+	@scripts/setup all
+	@scripts/check-packages
 
 clean:
 	rm -rf build

@@ -26,3 +26,12 @@ macro(rt305_4_require package)
     message(FATAL_ERROR "${package} was not found. 'make setup' installs every package this project needs.")
   endif()
 endmacro()
+
+# The same for a library without a package: its file in ${variable}_LIBRARY. Its header is on the usual path.
+macro(rt305_4_require_library variable name header)
+  find_library(${variable}_LIBRARY ${name})
+  find_path(${variable}_INCLUDE ${header})
+  if(NOT ${variable}_LIBRARY OR NOT ${variable}_INCLUDE)
+    message(FATAL_ERROR "lib${name} was not found. 'make setup' installs every package this project needs.")
+  endif()
+endmacro()
