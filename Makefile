@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak fuzz clean
+.PHONY: help setup demo test test-full lint coverage bench soak fuzz packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -10,6 +10,7 @@ help:
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
+	@echo "make packages   Debian packages, tried in a fresh Debian"
 
 setup:
 	@scripts/setup all
@@ -27,6 +28,8 @@ test:
 test-full: test lint
 	@cmake --workflow --preset full
 	@scripts/valgrind build/debug
+	@scripts/check-release
+	@scripts/check-cpus build/debug
 
 lint:
 	@scripts/setup all
@@ -40,7 +43,7 @@ coverage:
 bench:
 	@scripts/setup all
 	@cmake --preset bench >/dev/null && cmake --build --preset bench
-	@scripts/bench build/bench
+	@scripts/bench build/bench $(BENCH)
 
 soak:
 	@scripts/setup test
@@ -52,6 +55,10 @@ fuzz:
 	@scripts/setup fuzz
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@scripts/fuzz build/fuzz $(SECONDS)
+
+packages:
+	@scripts/setup all
+	@scripts/check-packages
 
 clean:
 	rm -rf build

@@ -81,5 +81,7 @@ int main(int argc, char** argv) {
         addContender(planning, row, "ours", [n] { coder::RealFft plan(n); });
         addContender(planning, row, "FFTW estimate", [of] { fftw_destroy_plan(of->fftw(FFTW_ESTIMATE)); });
     }
+    addLimit(forward, geometricMean, {1.3, 1.0});
+    addLimit(forward, worst, {1.9, 1.9});
     return printRatios(argc, argv);
 }

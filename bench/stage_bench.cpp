@@ -1,117 +1,178 @@
-// Where the time of a call goes: type 21, operation 1, 1,000,000 samples per channel, stage by stage. Medians of a few
-// runs, as shares of their sum.
+// Where the time of a call of type 21 goes, stage by stage, and the frequency search by itself. Medians.
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cmath>
 #include <cstdio>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "calc/distortion.h"
 #include "calc/electrical_parameters.h"
+#include "calc/frequency.h"
 #include "calc/input_conditioning.h"
 #include "calc/options.h"
+#include "calc/spectrum.h"
 #include "calc/time_signal.h"
+#include "requests.h"
+#include "results/rt305_4_i_distortion_table.h"
 #include "results/rt305_4_i_signal_table.h"
+#include "results/rt305_4_i_spectrum_table.h"
+#include "results/rt305_4_param_table.h"
+#include "results/rt305_4_u_distortion_table.h"
 #include "results/rt305_4_u_signal_table.h"
+#include "results/rt305_4_u_spectrum_table.h"
+#include "timing.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
 
-constexpr int sampleCount = 1000000;
-constexpr int runs = 5;
-constexpr std::array stages{"conditioning", "harmonics", "other parameters", "signal statistics", "tables", "texts"};
-using Times = std::array<double, stages.size()>;  // ms
+enum Stage { conditioning, harmonics, parameters, signals, spectra, distortion, tables, texts, stageCount };
+constexpr std::array<const char*, stageCount> stageNames{
+    "conditioning", "harmonics", "other parameters", "signal statistics", "spectra", "distortion", "tables", "texts"};
+using Times = std::array<double, stageCount>;  // s
 
 class Stopwatch {
 public:
-    explicit Stopwatch(Times& times) : times_(times) {}
-
-    /// Books the time since the last call on the next stage.
-    void next() {
-        const auto now = Clock::now();
-        times_[stage_++] = std::chrono::duration<double, std::milli>(now - last_).count();
-        last_ = Clock::now();
+    /// Books the time since the last call on a stage.
+    void book(Stage stage) {
+        const double now = processorSeconds();
+        times_[stage] += now - last_;
+        last_ = now;
     }
+    const Times& times() const { return times_; }
 
 private:
-    using Clock = std::chrono::steady_clock;
-    Times& times_;
-    std::size_t stage_ = 0;
-    Clock::time_point last_ = Clock::now();
+    Times times_{};
+    double last_ = processorSeconds();
 };
 
-std::vector<double> samplesOf(double phase) {
-    std::vector<double> x(sampleCount);
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        const double t = static_cast<double>(i) * 1e-4;
-        x[i] = 325.0 * std::sin(314.2 * t + phase) + 9.0 * std::sin(1571.3 * t) +
-               1e-3 * static_cast<double>(i * 7919 % 1000);
-    }
-    return x;
+template <class Table, class Record>
+void makeText(Record& record, Stopwatch& watch) {
+    Table table;
+    table.init(record);
+    record = Record();
+    watch.book(tables);
+    const std::string text = table.toJsonText();
+    watch.book(texts);
 }
 
-Times timedRun(const RawChannelSet& rawVoltages, const RawChannelSet& rawCurrents) {
-    Times times{};
-    Stopwatch watch(times);
+/// The stages of a call, in its order.
+Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const RawChannelSet& rawCurrents, double n) {
+    namespace records = calc_modul_K9_web_ns::coder;
+    Stopwatch watch;
     ChannelSet voltages;
     ChannelSet currents;
-    data_305_4(rawVoltages, sampleCount, option::sourceSimulated, voltages);
-    data_305_4(rawCurrents, sampleCount, option::sourceSimulated, currents);
-    watch.next();
-    const Harmonics harmonics = measureHarmonics(voltages, currents);
-    watch.next();
-    calc_modul_K9_web_ns::coder::d_table parameters;
-    parameters.prefill();
-    ParamData_mo_305_4(voltages, currents, sampleCount, MeasurementOptions(0), harmonics, parameters);
-    watch.next();
-    calc_modul_K9_web_ns::coder::b_table signalsU;
-    calc_modul_K9_web_ns::coder::b_table signalsI;
-    TimeSignalData_mo_305_4(std::move(voltages), signalsU);
-    TimeSignalData_mo_305_4I(std::move(currents), signalsI);
-    watch.next();
-    RT305_4_USignalTable tableU;
-    RT305_4_ISignalTable tableI;
-    tableU.init(signalsU);
-    tableI.init(signalsI);
-    watch.next();
-    const std::string textU = tableU.toJsonText();
-    const std::string textI = tableI.toJsonText();
-    watch.next();
-    return times;
+    data_305_4(rawVoltages, n, option::sourceSimulated, voltages);
+    data_305_4(rawCurrents, n, option::sourceSimulated, currents);
+    watch.book(conditioning);
+    const Harmonics measured = measureHarmonics(voltages, currents);
+    watch.book(harmonics);
+    records::d_table parameterRecord;
+    parameterRecord.prefill();
+    ParamData_mo_305_4(voltages, currents, n, MeasurementOptions(RT305_4_FOUR_WIRE), measured, parameterRecord);
+    watch.book(parameters);
+    makeText<RT305_4_ParamTable>(parameterRecord, watch);
+    if (operation == RT305_4_OPERATION_SIGNALS) {
+        std::array<records::b_table, 2> made;
+        TimeSignalData_mo_305_4(std::move(voltages), made[0]);
+        TimeSignalData_mo_305_4I(std::move(currents), made[1]);
+        watch.book(signals);
+        makeText<RT305_4_USignalTable>(made[0], watch);
+        makeText<RT305_4_ISignalTable>(made[1], watch);
+    } else if (operation == RT305_4_OPERATION_SPECTRUM) {
+        const SpectrumRequest request{n, 0.0, 20, SpectrumOptions(0)};
+        std::array<records::f_table, 2> made;
+        b_SpectrumParam_fn_mo_305_4(voltages, request, made[0]);
+        b_SpectrumParam_fn_mo_305_4I(currents, request, made[1]);
+        watch.book(spectra);
+        makeText<RT305_4_USpectrumTable>(made[0], watch);
+        makeText<RT305_4_ISpectrumTable>(made[1], watch);
+    } else if (operation == RT305_4_OPERATION_DISTORTION) {
+        std::array<records::c_table, 2> made;
+        assembleDistortion(measured.voltages, voltage, made[0]);
+        assembleDistortion(measured.currents, current, made[1]);
+        watch.book(distortion);
+        makeText<RT305_4_UDistortionTable>(made[0], watch);
+        makeText<RT305_4_IDistortionTable>(made[1], watch);
+    }
+    return watch.times();
 }
 
-void printShares() {
-    std::vector<std::vector<double>> samples;
+/// The six channels of a typical request of n samples.
+struct Raw {
+    explicit Raw(std::size_t n) {
+        Recipe recipe;
+        recipe.n = n;
+        call = makeCall(recipe);
+        for (std::size_t c = 0; c < call->descriptors.size(); ++c) {
+            const ChannelData& descriptor = call->descriptors[c];
+            RawChannel& channel = (c < coder::phases ? voltages : currents)[c % coder::phases];
+            channel.samples = ::coder::samples(descriptor.samples, descriptor.count);
+        }
+    }
+    std::unique_ptr<Call> call;
     RawChannelSet voltages;
     RawChannelSet currents;
-    for (int channel = 0; channel < 6; ++channel) {
-        samples.push_back(samplesOf(channel));
+};
+
+void printShares(std::size_t n, int runs) {
+    const Raw raw(n);
+    std::array<std::array<std::vector<double>, stageCount>, 4> booked;
+    for (int run = 0; run < runs; ++run) {
+        for (std::uint32_t operation = 0; operation < booked.size(); ++operation) {
+            const Times times = timedCall(operation, raw.voltages, raw.currents, static_cast<double>(n));
+            for (std::size_t stage = 0; stage < stageCount; ++stage) {
+                booked[operation][stage].push_back(times[stage]);
+            }
+        }
     }
-    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        voltages[phase].samples = samples[phase];
-        currents[phase].samples = samples[phase + 3];
+    std::array<Times, booked.size()> medians{};
+    for (std::size_t operation = 0; operation < booked.size(); ++operation) {
+        std::transform(booked[operation].begin(), booked[operation].end(), medians[operation].begin(), median);
     }
-    std::array<Times, runs> measured;
-    std::generate(measured.begin(), measured.end(), [&] { return timedRun(voltages, currents); });
-    Times medians{};
-    double total = 0.0;
-    for (std::size_t stage = 0; stage < stages.size(); ++stage) {
-        std::array<double, runs> ordered{};
-        std::transform(measured.begin(), measured.end(), ordered.begin(), [=](const Times& t) { return t[stage]; });
-        std::sort(ordered.begin(), ordered.end());
-        medians[stage] = ordered[runs / 2];
-        total += medians[stage];
+    std::printf("\nShare of the stages, type 21, %zu samples, operations 0 to 3\n", n);
+    for (std::size_t stage = 0; stage < stageCount; ++stage) {
+        std::printf("%-18s", stageNames[stage]);
+        for (const Times& times : medians) {
+            const double total = std::accumulate(times.begin(), times.end(), 0.0);
+            std::printf(" %7.1f %%", 100.0 * times[stage] / total);
+        }
+        std::printf("\n");
     }
-    std::printf("\nOne call, type 21, operation 1, %d samples per channel\n", sampleCount);
-    for (std::size_t stage = 0; stage < stages.size(); ++stage) {
-        std::printf("%18s %8.1f ms %5.1f %%\n", stages[stage], medians[stage], 100.0 * medians[stage] / total);
+}
+
+void printSearch(std::string_view mode) {
+    constexpr std::size_t n = 10000;
+    constexpr int runs = 101;
+    const Raw raw(n);
+    std::vector<double> times;
+    for (int run = 0; run < runs; ++run) {
+        const double start = processorSeconds();
+        const FrequencySearch search(static_cast<double>(n), mode);
+        double sum = 0.0;
+        for (const RawChannel& channel : raw.voltages) {
+            sum += search.frequency(channel.samples);
+        }
+        const double nanoseconds = (processorSeconds() - start) * 1e9;
+        times.push_back(sum > 0.0 ? nanoseconds / static_cast<double>(coder::phases * n) : 0.0);
     }
+    std::printf("%-18.*s %6.2f ns per sample and channel\n", static_cast<int>(mode.size()), mode.data(), median(times));
 }
 
 }  // namespace
 }  // namespace calc_modul_K9_web_ns
 
 int main() {
-    calc_modul_K9_web_ns::printShares();
+    using namespace calc_modul_K9_web_ns;
+    settleHeap();
+    printShares(10000, 51);
+    printShares(1000000, 5);
+    std::printf("\nFrequency search, three channels of 10000 samples\n");
+    printSearch(option::frequencyFixed);
+    printSearch(option::frequencyControl);
     return 0;
 }

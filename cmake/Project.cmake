@@ -10,7 +10,11 @@ target_compile_options(rt305_4_options INTERFACE
   # Sums, grids, axes and scale factors are fixed bit for bit: no fused multiply-add behind our back.
   -ffp-contract=off
   # Nobody reads errno or the floating-point exception flags; without these loops with sqrt or selects stay scalar.
-  -fno-math-errno -fno-trapping-math)
+  -fno-math-errno -fno-trapping-math
+  # The library runs inside somebody else's process: an overrun ends there instead of being used.
+  -fstack-protector-strong -fstack-clash-protection -fcf-protection
+  $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+target_link_options(rt305_4_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack,-z,shstk)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
@@ -20,5 +24,14 @@ macro(rt305_4_require package)
   find_package(${package} ${ARGN} QUIET)
   if(NOT ${package}_FOUND)
     message(FATAL_ERROR "${package} was not found. 'make setup' installs every package this project needs.")
+  endif()
+endmacro()
+
+# The same for a library without a package: its file in ${variable}_LIBRARY. Its header is on the usual path.
+macro(rt305_4_require_library variable name header)
+  find_library(${variable}_LIBRARY ${name})
+  find_path(${variable}_INCLUDE ${header})
+  if(NOT ${variable}_LIBRARY OR NOT ${variable}_INCLUDE)
+    message(FATAL_ERROR "lib${name} was not found. 'make setup' installs every package this project needs.")
   endif()
 endmacro()

@@ -1,14 +1,16 @@
 #include "commands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 
 #include "conformance.h"
-#include "csv_reader.h"
 #include "failure.h"
 #include "library.h"
+#include "recording_reader.h"
+#include "recording_report.h"
 #include "remarks.h"
 #include "reports.h"
 #include "results.h"
@@ -22,33 +24,13 @@ void warn(const std::string& message) {
     std::cerr << "rt305: warning: " << message << '\n';
 }
 
-std::string contentOf(std::istream& stream, const std::string& name) {
-    std::string content;
-    std::vector<char> block(std::size_t{1} << 16);
-    do {  // read reports what an iterator would throw, such as a folder in place of a file
-        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
-        content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-    } while (stream);
-    if (stream.bad()) {
-        failInput(name + ": " + std::strerror(errno));
-    }
-    return content;
+void note(const std::string& message) {
+    std::cerr << "rt305: note: " << message << '\n';
 }
 
-Recording readRecording(const MeasureOptions& options) {
-    const bool fromStdin = options.file == "-";
-    std::ifstream file;
-    if (!fromStdin) {
-        file.open(options.file, std::ios::binary);
-        if (!file) {
-            failInput(options.file + ": " + std::strerror(errno));
-        }
-    }
-    Recording recording = fromStdin ? readCsv(contentOf(std::cin, "stdin"), "stdin", options.rateHz)
-                                    : readCsv(contentOf(file, options.file), options.file, options.rateHz);
-    for (const std::string& warning : recording.warnings) {
-        warn(warning);
-    }
+Recording read(const MeasureOptions& options) {
+    Recording recording = readRecording(options.file, options.reading);
+    std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
     return recording;
 }
 
@@ -59,11 +41,11 @@ struct Measured {
 };
 
 Measured measure(const MeasureOptions& options, std::uint32_t operation) {
-    const Recording recording = readRecording(options);
-    Measurement measurement = makeMeasurement(recording, options.settings);
-    for (const std::string& warning : measurement.warnings) {
-        warn(warning);
-    }
+    const Recording recording = read(options);
+    Measurement measurement = makeMeasurement(
+        recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
+    std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
+    std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
     std::string heading = recording.source + "\n" + describe(measurement) + ", library " + library.version() + "\n";
@@ -78,8 +60,7 @@ void warnOfRate(const Measurement& measurement, const char* consequence) {
     const double assumed = measurement.assumedRateHz();
     warn("the library takes the samples as " + formatNumber(assumed) + " a second, but they were taken at " +
          formatNumber(measurement.rateHz) + " Hz: frequencies read " + formatNumber(assumed / measurement.rateHz, 4) +
-         " times what they are" + consequence + "; resample the recording to " + formatNumber(assumed) + " Hz" +
-         (measurement.isCombined() ? "" : ", or give all six channels at " + formatNumber(combinedRateHz) + " Hz"));
+         " times what they are" + consequence);
 }
 
 /// Shows the two texts of an operation, as they stand or as tables.
@@ -96,7 +77,7 @@ void showBothKinds(const MeasureOptions& options, const Measured& result, Read r
 }  // namespace
 
 void showRecording(const MeasureOptions& options) {
-    std::cout << reportRecording(readRecording(options), options.settings.columns);
+    std::cout << reportRecording(read(options), options.settings.columns);
 }
 
 void showParameters(const MeasureOptions& options) {

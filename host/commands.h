@@ -1,11 +1,11 @@
 #ifndef RT305_HOST_COMMANDS_H
 #define RT305_HOST_COMMANDS_H
 
-#include <optional>
 #include <string>
 
 #include "generator.h"
 #include "measurement.h"
+#include "read_options.h"
 
 namespace rt305 {
 
@@ -13,7 +13,7 @@ namespace rt305 {
 
 struct MeasureOptions {
     std::string file;  // "-": stdin
-    std::optional<double> rateHz;
+    ReadOptions reading;
     MeasurementSettings settings;
     std::string library;  // empty: searched for
     bool json = false;

@@ -26,7 +26,7 @@ Measurement generated(const GeneratorSettings& generator, std::uint32_t inputTyp
     MeasurementSettings settings;
     settings.inputType = inputType;
     settings.flags |= moreFlags;
-    return makeMeasurement(generate(generator), settings);
+    return makeMeasurement(generate(generator), settings, RateMatters::no);
 }
 
 bool checkConformance(const Library& library, std::ostream& out) {

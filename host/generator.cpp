@@ -91,7 +91,7 @@ Recording generate(const GeneratorSettings& settings) {
     Recording recording;
     recording.source = "generated";
     recording.length = sampleCount(settings);
-    recording.rateHz = settings.rateHz;
+    recording.setRate(settings.rateHz, "as generated");
     Gaussian noise(settings.seed);
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         Column column{std::string(channelNames[channel]),
@@ -122,9 +122,10 @@ void writeCsv(const Recording& recording, int digits, std::ostream& out) {
         decimals.push_back(decimalsFor(largest, digits));
     }
     out << '\n';
-    const int timeDigits = timeDecimals(recording.rateHz);
+    const double rateHz = recording.segments[0].rateHz;
+    const int timeDigits = timeDecimals(rateHz);
     for (std::size_t k = 0; k < recording.length; ++k) {
-        std::string row = formatFixed(static_cast<double>(k) / recording.rateHz, timeDigits);
+        std::string row = formatFixed(static_cast<double>(k) / rateHz, timeDigits);
         for (std::size_t i = 0; i < recording.columns.size(); ++i) {
             row += ',' + formatFixed(recording.columns[i].samples[k], decimals[i]);
         }

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <vector>
 
+#include "channels.h"
 #include "recording.h"
 
 namespace rt305 {
@@ -49,8 +50,8 @@ struct GeneratorSettings {
 /// mt19937_64, channel after channel, so that a seed gives the same recording everywhere. Dropouts come last.
 Recording generate(const GeneratorSettings& settings);
 
-/// Writes a recording as CSV with a time column. Each column has so many decimals that its largest sample shows
-/// `digits` significant digits.
+/// Writes a generated recording as CSV with a time column. Each column has so many decimals that its largest sample
+/// shows `digits` significant digits.
 void writeCsv(const Recording& recording, int digits, std::ostream& out);
 
 }  // namespace rt305

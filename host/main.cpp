@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "manual.h"
 #include "text.h"
 
 namespace {
@@ -131,16 +132,83 @@ void addRepeatedOption(CLI::App& command, const char* name, const char* form, co
         ->allow_extra_args(false);
 }
 
+/// "Ua=325,2=10" -> names or numbers of columns with factors.
+std::vector<std::pair<std::string, double>> parseGains(const std::string& text) {
+    std::vector<std::pair<std::string, double>> gains;
+    for (const std::string_view item : split(text, ',')) {
+        const std::size_t equals = std::min(item.rfind('='), item.size());
+        const auto factor = parseNumber(trimmed(item.substr(std::min(equals + 1, item.size()))));
+        if (!factor || equals == 0) {
+            failInput("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
+        }
+        gains.emplace_back(trimmed(item.substr(0, equals)), *factor);
+    }
+    return gains;
+}
+
+/// How the file is to be read.
+void addReadOptions(CLI::App& command, ReadOptions& reading) {
+    command.add_option("--rate", reading.rateHz, "sample rate in Hz, whatever the file says of time")
+        ->check(CLI::PositiveNumber)
+        ->type_name("HZ");
+    command
+        .add_option_function<std::string>(
+            "--columns",
+            [&reading](const std::string& text) {
+                for (const std::string_view name : split(text, ',')) {
+                    reading.columns.emplace_back(name);
+                }
+            },
+            "names for the columns of a file, such as time,Ua(V),Ub(V)")
+        ->type_name("LIST");
+    command
+        .add_option_function<std::string>(
+            "--gain", [&reading](const std::string& text) { reading.gains = parseGains(text); },
+            "factors on the samples of columns by name or number: COLUMN=FACTOR,...; for sound files V or A at full "
+            "scale")
+        ->type_name("LIST");
+    auto* const primary = command.add_flag_function(
+        "--primary", [&reading](std::int64_t) { reading.side = Transformer::Side::primary; },
+        "values on the primary side of the instrument transformers (default: as written)");
+    command
+        .add_flag_function(
+            "--secondary", [&reading](std::int64_t) { reading.side = Transformer::Side::secondary; },
+            "values on the secondary side")
+        ->excludes(primary);
+    command.add_flag("--sqrt2", reading.storedAsRms,
+                     "multiply by sqrt(2): the recorder stored instantaneous values divided by it");
+    command.add_option("--encoding", reading.encoding, "of texts that are not UTF-8, such as windows-1251 or GB18030")
+        ->type_name("NAME");
+}
+
+/// What of the file is to be measured.
+void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
+    command
+        .add_option("--segment", settings.segment,
+                    "which segment to measure (default: the longest at the highest rate)")
+        ->type_name("N");
+    command.add_option("--start", settings.startSeconds, "where in the segment to start")
+        ->check(CLI::NonNegativeNumber)
+        ->type_name("S");
+    command.add_option("--duration", settings.durationSeconds, "how much to measure (default: to the segment's end)")
+        ->check(CLI::PositiveNumber)
+        ->type_name("S");
+    command.add_flag_function(
+        "--no-resample", [&settings](std::int64_t) { settings.resample = false; },
+        "hand the samples over at their own rate, though the library assumes another");
+}
+
 void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
-    command.add_option("FILE", options.file, "CSV recording; - reads stdin")->required()->type_name("");
+    command
+        .add_option("FILE", options.file, "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin")
+        ->required()
+        ->type_name("");
     command
         .add_option_function<std::string>(
             "--map", [&options](const std::string& text) { options.settings.columns = parseColumnMap("--map", text); },
             "which column holds which channel, by name or number from 1: Ua=COLUMN,Ub=COLUMN,...")
         ->type_name("LIST");
-    command.add_option("--rate", options.rateHz, "sample rate in Hz; the time column is not read then")
-        ->check(CLI::PositiveNumber)
-        ->type_name("HZ");
+    addReadOptions(command, options.reading);
 }
 
 void addFlagOptions(CLI::App& command, const std::vector<FlagOption>& options, std::uint32_t& flags) {
@@ -156,6 +224,7 @@ void addFlagOptions(CLI::App& command, const std::vector<FlagOption>& options, s
 
 void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
+    addPartOptions(command, options.settings);
     static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
                                                             {"currents", RT305_4_INPUT_CURRENTS},
                                                             {"all", RT305_4_INPUT_VOLTAGES_AND_CURRENTS}};
@@ -239,6 +308,23 @@ void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
         ->type_name("N");
 }
 
+/// For the build, which makes the manual page and the completion of what the tool says of itself; not in the help.
+void addManualOptions(CLI::App& app) {
+    app.add_flag_callback("--man",
+                          [&app] {
+                              std::cout << manualPage(app);
+                              throw CLI::Success();
+                          })
+        ->group("");
+    app.add_option_function<std::string>("--completion",
+                                         [&app](const std::string& shell) {
+                                             std::cout << completion(app, shell);
+                                             throw CLI::Success();
+                                         })
+        ->check(CLI::IsMember({"bash", "zsh"}))
+        ->group("");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -269,6 +355,7 @@ int main(int argc, char** argv) {
         ->type_name("");
     addGenerateOptions(*command("generate", "write a recording of known content as CSV", generateRecording, generate),
                        generate);
+    addManualOptions(app);
 
     try {
         app.parse(argc, argv);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "channels.h"
 #include "recording.h"
 #include "rt305_4/rt305_4.h"
 
@@ -39,6 +40,10 @@ inline const std::map<std::string, std::uint32_t> powerMethods{
 /// What the user sets beside the samples.
 struct MeasurementSettings {
     PerChannel<std::string> columns;         // the user's choice of columns; empty: by their names
+    std::optional<std::size_t> segment;      // from 1; empty: the main one
+    double startSeconds = 0.0;               // of the part to measure, from the segment's first sample on
+    double durationSeconds = 0.0;            // of the part to measure; 0: to the segment's end
+    bool resample = true;                    // to the rate that the library assumes
     std::optional<std::uint32_t> inputType;  // RT305_4_INPUT_*; empty: by the channels that are there
     std::uint32_t flags = RT305_4_SIMULATED_SOURCE_MASK | RT305_4_FOUR_WIRE;  // struct1_T.measurementFlags
     std::uint32_t spectrumFlags = 0;                                          // struct1_T.spectrumFlags
@@ -55,20 +60,28 @@ struct Measurement {
     PerChannel<std::vector<double>> samples;  // V and A; empty: not measured
     std::size_t length = 0;
     double rateHz = 0.0;
+    double recordedRateHz = 0.0;  // before resampling
     std::uint32_t inputType = 0;
-    std::vector<std::string> warnings;
+    std::vector<std::string> notes;     // what was done that the user may not expect
+    std::vector<std::string> warnings;  // what makes results doubtful or missing
 
     bool has(std::uint32_t flag) const { return (settings.flags & flag) == flag; }
     const FrequencyWindow& window() const { return has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow; }
     std::uint32_t powerMethod() const { return settings.flags & RT305_4_POWER_MASK; }
     bool isCombined() const { return inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS; }
     double assumedRateHz() const { return isCombined() ? combinedRateHz : singleKindRateHz; }
-    bool isAtAssumedRate() const;  // within 0.1 %
+    bool isAtAssumedRate() const;  // within 0.01 %
 };
 
-/// Takes the channels out of a recording. A current that is to be rebuilt from the other two need not be recorded.
-/// Fails when the rate is unknown and when the channels that are there make no input type.
-Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings);
+/// Whether what is measured depends on the rate that the library assumes: frequencies do, statistics do not.
+enum class RateMatters { no, yes };
+
+/// Takes the channels out of one segment of a recording, or of a part of it, and resamples them to the rate that the
+/// library assumes when that matters and is wanted; its warnings say so. A current that is to be rebuilt from the other
+/// two need not be recorded. Fails when the rate is unknown, when there is no such segment or part, and when the
+/// channels that are there make no input type.
+Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings,
+                            RateMatters rateMatters = RateMatters::yes);
 
 }  // namespace rt305
 

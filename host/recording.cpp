@@ -1,98 +1,97 @@
 #include "recording.h"
 
 #include <algorithm>
-#include <cctype>
-#include <utility>
+#include <cmath>
+#include <functional>
+#include <limits>
 
 #include "failure.h"
 #include "text.h"
+#include "units.h"
 
 namespace rt305 {
 
 namespace {
 
-/// "MODAQ_Va_V" -> "modaq", "va", "v".
-std::vector<std::string> wordsOf(std::string_view name) {
-    std::vector<std::string> words(1);
-    for (const char c : lowerCase(name)) {
-        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
-            words.back() += c;
-        } else if (!words.back().empty()) {
-            words.emplace_back();
-        }
-    }
-    return words;
-}
-
-/// Whether a word of the name is a usual one for the channel: Ua, Va, U1, V1 for the first voltage, Ia, I1.
-bool namesChannel(std::string_view name, std::size_t channel) {
-    const std::string_view quantities = isCurrent(channel) ? "i" : "uv";
-    const char letter = "abc"[channel % phaseTotal];
-    const char digit = "123"[channel % phaseTotal];
-    const auto words = wordsOf(name);
-    return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
-        return word.size() == 2 && quantities.find(word[0]) != std::string_view::npos &&
-               (word[1] == letter || word[1] == digit);
-    });
-}
-
-std::optional<std::size_t> findByName(const Recording& recording, std::size_t channel) {
-    std::optional<std::size_t> found;
-    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
-        const std::string& name = recording.columns[i].name;
-        if (!namesChannel(name, channel)) {
-            continue;
-        }
-        if (found) {
-            failInput(recording.source + ": columns " + inQuotes(recording.columns[*found].name) + " and " +
-                      inQuotes(name) + " both name " + std::string(channelNames[channel]) +
-                      "; choose one by name or number with --map " + std::string(channelNames[channel]) + "=COLUMN");
-        }
-        found = i;
-    }
-    return found;
-}
-
-std::size_t findChosen(const Recording& recording, const std::string& choice) {
-    const auto named = std::find_if(recording.columns.begin(), recording.columns.end(),
-                                    [&](const Column& column) { return lowerCase(column.name) == lowerCase(choice); });
-    if (named != recording.columns.end()) {
-        return static_cast<std::size_t>(named - recording.columns.begin());
-    }
-    const std::size_t number = parseCount(choice).value_or(0);
-    if (number < 1 || number > recording.columns.size()) {
-        std::vector<std::string> names;
-        for (const Column& column : recording.columns) {
-            names.push_back(inQuotes(column.name));
-        }
-        failInput(recording.source + ": there is no column " + inQuotes(choice) + "; the file has " + joined(names));
-    }
-    return number - 1;
+double rateBetween(const Recording& recording, std::size_t first, std::size_t count) {
+    return static_cast<double>(count - 1) / (recording.seconds[first + count - 1] - recording.seconds[first]);
 }
 
 }  // namespace
 
-PerChannel<std::optional<std::size_t>> assignColumns(const Recording& recording,
-                                                     const PerChannel<std::string>& chosen) {
-    PerChannel<std::optional<std::size_t>> columns;
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        columns[channel] = chosen[channel].empty() ? findByName(recording, channel)
-                                                   : std::optional(findChosen(recording, chosen[channel]));
-        if (columns[channel] && !recording.columns[*columns[channel]].fault.empty()) {
-            failInput(recording.columns[*columns[channel]].fault);
+void Recording::setRate(double rateHz, std::string origin) {
+    seconds.resize(length);
+    for (std::size_t k = 0; k < length; ++k) {
+        seconds[k] = static_cast<double>(k) / rateHz;
+    }
+    segments = {{0, length, rateHz}};
+    rateOrigin = std::move(origin);
+}
+
+std::size_t mainSegment(const Recording& recording) {
+    const auto& segments = recording.segments;
+    const double highest = std::max_element(segments.begin(), segments.end(), [](const Segment& a, const Segment& b) {
+                               return a.rateHz < b.rateHz;
+                           })->rateHz;
+    const auto countAtHighest = [highest](const Segment& s) { return s.rateHz >= 0.99 * highest ? s.count : 0; };
+    const auto longest = std::max_element(segments.begin(), segments.end(), [&](const Segment& a, const Segment& b) {
+        return countAtHighest(a) < countAtHighest(b);
+    });
+    return static_cast<std::size_t>(longest - segments.begin());
+}
+
+Segment partOf(const Recording& recording, const Segment& segment, double startSeconds, double durationSeconds) {
+    const double skipped = std::round(startSeconds * segment.rateHz);
+    const auto left = static_cast<double>(segment.count) - skipped;
+    const double wanted = durationSeconds == 0.0 ? left : std::round(durationSeconds * segment.rateHz);
+    if (!(skipped >= 0.0 && left >= 1.0 && wanted >= 1.0 && wanted <= left)) {
+        failInput(recording.source + ": the part from " + formatNumber(startSeconds) + " s on" +
+                  (durationSeconds == 0.0 ? "" : ", " + formatNumber(durationSeconds) + " s long,") +
+                  " does not lie inside the segment, which lasts " +
+                  formatNumber(static_cast<double>(segment.count) / segment.rateHz) + " s");
+    }
+    Segment part{segment.first + static_cast<std::size_t>(skipped), static_cast<std::size_t>(wanted), segment.rateHz};
+    if (part.count < segment.count && part.count > 1) {
+        part.rateHz = rateBetween(recording, part.first, part.count);
+    }
+    return part;
+}
+
+std::size_t countClipped(const std::vector<double>& samples) {
+    double smallestStep = std::numeric_limits<double>::infinity();
+    double smallest = std::numeric_limits<double>::infinity();
+    double largest = -smallest;
+    for (std::size_t k = 0; k < samples.size(); ++k) {
+        smallest = std::fmin(smallest, samples[k]);
+        largest = std::fmax(largest, samples[k]);
+        if (const double step = k == 0 ? 0.0 : std::fabs(samples[k] - samples[k - 1]); step > 0.0) {
+            smallestStep = std::min(smallestStep, step);
         }
     }
-    return columns;
+    const auto isSharp = [&](std::size_t k) {  // the step before sample k
+        return std::fabs(samples[k] - samples[k - 1]) > 2.0 * smallestStep;
+    };
+    std::size_t clipped = 0;
+    for (std::size_t first = 0, end = 0; first < samples.size(); first = std::max(end, first + 1)) {
+        for (end = first; end < samples.size() && samples[end] == samples[first];) {
+            ++end;
+        }
+        const bool extreme = samples[first] == smallest || samples[first] == largest;
+        const bool isInside = first > 0 && end < samples.size();
+        clipped += extreme && isInside && end - first >= 3 && (isSharp(first) || isSharp(end)) ? end - first : 0;
+    }
+    return clipped;
+}
+
+std::size_t countMissing(const std::vector<double>& samples) {
+    return static_cast<std::size_t>(
+        std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); }));
 }
 
 std::vector<double> samplesInBaseUnit(const Column& column) {
-    static constexpr std::pair<std::string_view, double> units[] = {{"kV", 1e3}, {"mV", 1e-3}, {"uV", 1e-6},
-                                                                    {"kA", 1e3}, {"mA", 1e-3}, {"uA", 1e-6}};
     std::vector<double> samples = column.samples;
-    for (const auto& [unit, factor] : units) {
-        if (column.unit == unit) {
-            std::transform(samples.begin(), samples.end(), samples.begin(), [f = factor](double x) { return x * f; });
-        }
+    if (const double factor = unitOf(column.unit).factor; factor != 1.0) {
+        std::transform(samples.begin(), samples.end(), samples.begin(), [factor](double x) { return x * factor; });
     }
     return samples;
 }

@@ -165,18 +165,6 @@ std::string explainThd(const ThdSet& set, const std::vector<NamedValue>& paramet
     return reason;
 }
 
-/// One sample that is not a number spoils every value of its channel.
-void explainGaps(const Measurement& measurement, std::vector<std::string>& remarks) {
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const auto& samples = measurement.samples[channel];
-        const auto gaps = std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
-        if (gaps > 0) {
-            remarks.push_back("Values with " + std::string(channelNames[channel]) +
-                              " not given: " + std::to_string(gaps) + " of its samples are not numbers.");
-        }
-    }
-}
-
 void explainPower(const std::vector<NamedValue>& parameters, const Measurement& measurement,
                   const std::string& thdReason, std::vector<std::string>& remarks) {
     const auto* const method = std::find_if(std::begin(powerRules), std::end(powerRules), [&](const PowerRule& known) {
@@ -222,7 +210,6 @@ std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, co
         return {"Types 4 and 8 (voltages or currents alone) carry no electrical parameters: give all six channels."};
     }
     std::vector<std::string> remarks;
-    explainGaps(measurement, remarks);
     std::string thdReason;
     for (const ThdSet& set : thdSets) {
         const std::string reason = explainThd(set, parameters, measurement, remarks);

@@ -45,16 +45,6 @@ std::string inputTypeName(std::uint32_t inputType) {
     }
 }
 
-std::vector<std::string> rangeCells(const Column& column) {
-    double smallest = nan;
-    double largest = nan;
-    for (const double x : column.samples) {
-        smallest = std::fmin(smallest, x);
-        largest = std::fmax(largest, x);
-    }
-    return TextTable::numbers({smallest, largest});
-}
-
 using TextColumn = std::vector<std::string>;
 
 TextColumn headed(const std::string& heading, TextColumn cells) {
@@ -87,35 +77,6 @@ std::string sideBySide(const TextColumn& first, const std::vector<TextColumn>& c
 }
 
 }  // namespace
-
-std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns) {
-    const auto columns = assignColumns(recording, chosenColumns);
-    TextTable facts("ll");
-    facts.add({"Recording", recording.source});
-    facts.add({"Samples", std::to_string(recording.length)});
-    if (recording.rateHz == 0.0) {
-        facts.add({"Rate", "unknown: no time column, give --rate HZ"});
-    } else {
-        facts.add({"Rate", formatNumber(recording.rateHz, 9) + " Hz, " + recording.rateOrigin});
-        facts.add({"Duration", formatNumber(static_cast<double>(recording.length) / recording.rateHz) + " s"});
-    }
-    TextTable table("lllrr");
-    table.add({"Column", "Unit", "Channel", "Minimum", "Maximum"});
-    std::string faults;
-    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
-        const Column& column = recording.columns[i];
-        const auto channel = std::find(columns.begin(), columns.end(), i);
-        std::vector<std::string> cells = {
-            column.name, column.unit,
-            channel == columns.end() ? "-"
-                                     : std::string(channelNames[static_cast<std::size_t>(channel - columns.begin())])};
-        const auto range = rangeCells(column);
-        cells.insert(cells.end(), range.begin(), range.end());
-        table.add(std::move(cells));
-        faults += column.fault.empty() ? "" : column.fault + "\n";
-    }
-    return facts.text() + "\n" + table.text() + (faults.empty() ? "" : "\nNot readable as samples:\n" + faults);
-}
 
 std::string describe(const Measurement& measurement) {
     return std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) + " Hz, " +

@@ -5,13 +5,9 @@
 #include <vector>
 
 #include "measurement.h"
-#include "recording.h"
 #include "results.h"
 
 namespace rt305 {
-
-/// What a recording holds, and which column is taken for which channel.
-std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
 /// What was measured, and how its parameters were, in a few words.
 std::string describe(const Measurement& measurement);

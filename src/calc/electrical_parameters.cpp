@@ -35,33 +35,32 @@ double total(const PerPhase& values) {
     return values[0] + values[1] + values[2];
 }
 
-/// sum over i of term(a[i], b[i]) under singleton expansion, times 1/N.
-template <class Term>
-double meanOf(const row& a, const row& b, double N, Term term) {
-    const expanded x(a);
-    const expanded y(b);
-    const auto n = static_cast<std::size_t>(expandedLength(a.numel(), b.numel()));
-    return coder::blockedSum(n, [&](std::size_t i) { return term(x[i], y[i]); }) * (1.0 / N);
+/// sum over i of term(rows[i]...) under singleton expansion, times 1/N.
+template <class Term, class... Rows>
+double meanOf(double N, Term term, const Rows&... rows) {
+    int n = 1;
+    ((n = expandedLength(n, rows.numel())), ...);
+    const auto count = static_cast<std::size_t>(n);
+    const double sum =
+        ((rows.numel() == n) && ...)
+            ? coder::blockedSum(count, [&, ... x = rows.data()](std::size_t i) { return term(x[i]...); })
+            : coder::blockedSum(count, [&, ... x = expanded(rows)](std::size_t i) { return term(x[i]...); });
+    return sum * (1.0 / N);
 }
 
 double rms(const row& x, double N) {
-    return std::sqrt(meanOf(x, x, N, [](double a, double b) { return a * b; }));
+    return std::sqrt(meanOf(
+        N, [](double a) { return a * a; }, x));
 }
 
 double rmsOfDifference(const row& a, const row& b, double N) {
-    return std::sqrt(meanOf(a, b, N, [](double x, double y) { return (x - y) * (x - y); }));
+    return std::sqrt(meanOf(
+        N, [](double x, double y) { return (x - y) * (x - y); }, a, b));
 }
 
 double rmsOfSum(const ChannelSet& set, double N) {
-    const expanded a(set[0]);
-    const expanded b(set[1]);
-    const expanded c(set[2]);
-    const int n = expandedLength(expandedLength(set[0].numel(), set[1].numel()), set[2].numel());
-    const double squares = coder::blockedSum(static_cast<std::size_t>(n), [&](std::size_t i) {
-        const double sum = a[i] + b[i] + c[i];
-        return sum * sum;
-    });
-    return std::sqrt(squares * (1.0 / N));
+    const auto squareOfSum = [](double a, double b, double c) { return (a + b + c) * (a + b + c); };
+    return std::sqrt(meanOf(N, squareOfSum, set[0], set[1], set[2]));
 }
 
 row minus(const row& a, const row& b) {
@@ -162,7 +161,8 @@ void threeWattmeter(const ChannelSet& u, const ChannelSet& i, double N, d_table&
     PerPhase reactive{};
     PerPhase apparent{};
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        active[phase] = meanOf(u[phase], i[phase], N, [](double a, double b) { return a * b; });
+        active[phase] = meanOf(
+            N, [](double a, double b) { return a * b; }, u[phase], i[phase]);
         apparent[phase] = out[next(Parameter::Ida, phase)] * out[next(Parameter::Uda, phase)];
         reactive[phase] = active[phase] * std::tan(std::acos(active[phase] / apparent[phase]));
     }

@@ -16,14 +16,6 @@ using coder::samples;
 
 constexpr double samplingPeriod = 0.0001;  // s, whatever the acquisition rate
 
-std::vector<double> anglesPerSample(const SearchRange& range) {
-    std::vector<double> angles(static_cast<std::size_t>(range.evaluated));
-    for (std::size_t k = 0; k < angles.size(); ++k) {
-        angles[k] = (range.lowest + 0.1 * static_cast<double>(k)) * coder::twoPi * samplingPeriod;
-    }
-    return angles;
-}
-
 bool isNaN(creal_T z) {
     return std::isnan(z.re) || std::isnan(z.im);
 }
@@ -64,40 +56,51 @@ SearchRange::SearchRange(std::string_view option) {
     evaluated = coder::truncatedToInt(((0.1 - lowest) + highest) / 0.1);
 }
 
+/// The grid's frequencies are lines of a period of 10 s.
 FrequencySearch::FrequencySearch(double N, const SearchRange& range)
-    : N_(N), range_(range), grid_(anglesPerSample(range)) {}
+    : N_(N), range_(range), grid_(static_cast<int>(std::lround(range.lowest * 10.0)), range.evaluated) {}
 
 /// Slots among which the largest plain sum is certain to be.
 ///
-/// Let A = sum |x|, u = 2^-53 and S the exact sum at the angles as computed here. The screened sum differs from S by at
-/// most errorBound(n) A. The plain sum differs from S by at most
-///   - 5 u phase <= 5 u 0.0377 n A for its phases: three rounded products, and two in the angle used here;
-///   - 3 u A for sine, cosine and the product; n u A for the left-to-right sum; twice that for both parts.
-/// Magnitudes add a few u A. Hence | |plain| - |screened| | <= d A with d = errorBound(n) + 4 u n + 1e-14, and a slot
-/// whose screened magnitude is below the largest one's by more than 2 d A cannot have the largest plain magnitude,
-/// nor tie with it; a slot that is alone on the list is not 0 either. Below 1e-280 underflow would break the relative
-/// bounds, and close to the largest double a sum may overflow: there every slot is on the list.
+/// Let A = sum |x|, u = 2^-53 and S the exact sum. The screened magnitude differs from |S| by at most errorBound(n) A.
+/// The plain sum differs from S by at most
+///   - 9 u phase <= 9 u 0.0377 n A for its phases: three rounded products, the frequency and the constants;
+///   - 3 u A for sine, cosine and the product; n u A for the left-to-right sum; twice that for both parts;
+///   - n times the smallest denormal for products that underflow.
+/// Magnitudes add a few u A. Hence | |plain| - screened | <= d with d = (errorBound(n) + 4 u n + 1e-14) A + 1e-323 n,
+/// and a slot whose screened magnitude is below the largest one's by more than 2 d cannot have the largest plain
+/// magnitude, nor tie with it; a slot that is alone on the list is not 0 either. Close to the largest double a sum may
+/// overflow: there every slot is on the list.
 std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
     std::vector<int> slots(static_cast<std::size_t>(range_.evaluated));
     std::iota(slots.begin(), slots.end(), 0);
-    if (!(total >= 1e-280 && total <= 1e300) || static_cast<double>(x.size()) != N_) {
+    if (!(total <= 1e300) || static_cast<double>(x.size()) != N_) {
         return slots;
     }
-    std::vector<double> re(grid_.size());
-    std::vector<double> im(grid_.size());
-    grid_.evaluate(x, re.data(), im.data());
-    std::vector<double> magnitudes(grid_.size());
-    std::transform(re.begin(), re.end(), im.begin(), magnitudes.begin(), coder::rt_hypotd_snf);
+    // Far from 1 the squares of magnitudes would leave the range of doubles; a power of two changes nothing else.
+    const int exponent = -std::ilogb(total);
+    const bool far = std::abs(exponent) > 300;
+    std::vector<double> scaled;
+    if (far) {
+        scaled.assign(x.begin(), x.end());
+        std::for_each(scaled.begin(), scaled.end(), [=](double& value) { value = std::ldexp(value, exponent); });
+    }
+    const double unit = far ? std::ldexp(total, exponent) : total;
+    std::vector<double> magnitudes(grid_.lines());
+    grid_.magnitudes(far ? samples(scaled) : x, magnitudes.data());
     const auto n = static_cast<double>(x.size());
-    const double bound = coder::FourierGrid::errorBound(x.size()) + 4.0 * 1.1102230246251565e-16 * n + 1e-14;
-    const double threshold = *std::max_element(magnitudes.begin(), magnitudes.end()) - 2.0 * bound * total;
+    const double relative = coder::FourierGrid::errorBound(x.size()) + 4.0 * 1.1102230246251565e-16 * n + 1e-14;
+    const double bound = relative * unit + std::ldexp(1e-323 * n, far ? exponent : 0);
+    const double threshold = *std::max_element(magnitudes.begin(), magnitudes.end()) - 2.0 * bound;
     std::erase_if(slots, [&](int k) { return magnitudes[static_cast<std::size_t>(k)] < threshold; });
     return slots;
 }
 
 FrequencySearch::Fundamental FrequencySearch::search(samples x, bool withAmplitude) const {
     const Pairing pairs(x, N_);
-    const double total = coder::blockedSum(pairs.count, [&](std::size_t i) { return std::fabs(pairs.values[i]); });
+    const double repeated = x.size() == 1 ? static_cast<double>(pairs.count) : 1.0;
+    const double total = repeated * coder::blockedSum(std::min(x.size(), pairs.count),
+                                                      [p = x.data()](std::size_t i) { return std::fabs(p[i]); });
     if (std::isnan(total) || std::isnan(N_)) {
         // Every evaluated slot is NaN, so the first one that is not evaluated wins.
         return range_.evaluated < range_.slots ? Fundamental{gridFrequency(range_.evaluated), 0.0 / N_}

@@ -4,6 +4,7 @@
 
 #include "calc/options.h"
 #include "toolkit/scalar.h"
+#include "toolkit/vector_clones.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
@@ -22,31 +23,49 @@ double countDropouts(samples x) {
     return count;
 }
 
-/// The samples with the zeros among the first `examined` replaced by the mean of the others.
-class Repaired {
-public:
-    Repaired(samples x, double N) : x_(x) {
-        const auto limit = static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0));
-        examined_ = std::min(limit, x.size());
-        zeros_ = static_cast<double>(std::count(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(examined_), 0.0));
-        const double total = coder::combineVectorElements(x);
-        gapMean_ = N != zeros_ ? total / (N - zeros_) : 0.0;
-        const double repairedTotal =
-            zeros_ == 0.0 ? total : coder::blockedSum(x.size(), [this](std::size_t i) { return (*this)[i]; });
-        offset_ = repairedTotal / static_cast<double>(x.size());
+RT305_4_VECTOR_CLONES double countZeros(const double* x, std::size_t n) {
+    std::size_t zeros = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        zeros += x[i] == 0.0 ? 1 : 0;
     }
+    return static_cast<double>(zeros);
+}
 
-    double operator[](std::size_t i) const { return i < examined_ && x_[i] == 0.0 ? gapMean_ : x_[i]; }
-    double zeros() const { return zeros_; }
-    double offset() const { return offset_; }
+/// out = x with its zeros replaced
+RT305_4_VECTOR_CLONES void replaceZeros(const double* x, std::size_t n, double replacement, double* out) {
+    for (std::size_t i = 0; i < n; ++i) {
+        out[i] = x[i] == 0.0 ? replacement : x[i];
+    }
+}
 
-private:
-    samples x_;
-    std::size_t examined_ = 0;
-    double zeros_ = 0.0;
-    double gapMean_ = 0.0;
-    double offset_ = 0.0;
-};
+/// out = (x - offset) scale coefficient; out may be x.
+RT305_4_VECTOR_CLONES void calibrate(const double* x, std::size_t n, double offset, double scale, double coefficient,
+                                     double* out) {
+    for (std::size_t i = 0; i < n; ++i) {
+        out[i] = (x[i] - offset) * scale * coefficient;
+    }
+}
+
+/// Conditions one channel and returns how many zeros it had among the first N samples.
+double condition(const RawChannel& channel, double N, std::string_view source, row& out) {
+    samples x = channel.samples;
+    const std::size_t n = x.size();
+    out.set_size(1, static_cast<int>(n));
+    const std::size_t examined = std::min(n, static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0)));
+    const auto unexamined = x.begin() + static_cast<std::ptrdiff_t>(examined);
+    const double zeros = countZeros(x.data(), examined);
+    double total = coder::combineVectorElements(x);
+    if (zeros > 0.0) {
+        const double gapMean = N != zeros ? total / (N - zeros) : 0.0;
+        replaceZeros(x.data(), examined, gapMean, out.data());
+        std::copy(unexamined, x.end(), out.data() + examined);
+        x = out;
+        total = coder::combineVectorElements(x);
+    }
+    calibrate(x.data(), n, total / static_cast<double>(n), hardwareScale(source, channel.inputResistance, channel.gain),
+              channel.coefficient, out.data());
+    return zeros;
+}
 
 }  // namespace
 
@@ -67,20 +86,10 @@ double hardwareScale(std::string_view source, double inputResistance, double gai
 void data_305_4(const RawChannelSet& raw, double N, std::string_view source, ChannelSet& conditioned,
                 ConditioningDiagnostics* diagnostics) {
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const RawChannel& channel = raw[phase];
-        const Repaired repaired(channel.samples, N);
-        const double scale = hardwareScale(source, channel.inputResistance, channel.gain);
-        const double offset = repaired.offset();
-        row& out = conditioned[phase];
-        const std::size_t n = channel.samples.size();
-        out.set_size(1, static_cast<int>(n));
-        double* const y = out.data();
-        for (std::size_t i = 0; i < n; ++i) {
-            y[i] = (repaired[i] - offset) * scale * channel.coefficient;
-        }
+        const double zeros = condition(raw[phase], N, source, conditioned[phase]);
         if (diagnostics != nullptr) {
-            diagnostics->zeroCount[phase] = repaired.zeros();
-            diagnostics->dropoutCount[phase] = countDropouts(channel.samples);
+            diagnostics->zeroCount[phase] = zeros;
+            diagnostics->dropoutCount[phase] = countDropouts(raw[phase].samples);
         }
     }
 }

@@ -1,15 +1,27 @@
 #include "calc/phase_difference.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "toolkit/non_finite.h"
 #include "toolkit/scalar.h"
+#include "toolkit/vector_clones.h"
 #include "toolkit/windows.h"
 
 namespace calc_modul_K9_web_ns {
 
 using coder::creal_T;
 using coder::samples;
+
+namespace {
+
+RT305_4_VECTOR_CLONES void magnitudesOf(const creal_T* lines, std::size_t n, double* out) {
+    for (std::size_t k = 0; k < n; ++k) {
+        out[k] = coder::rt_hypotd_snf(lines[k].re, lines[k].im);
+    }
+}
+
+}  // namespace
 
 DominantPhase::DominantPhase(int n) : transform_(std::max(n, 1)) {
     coder::b_hanning(n, window_);
@@ -20,19 +32,16 @@ double DominantPhase::of(samples x) const {
     if (x.empty()) {
         return rtNaN;
     }
-    const double mean = coder::mean(x);
-    std::vector<double> windowed(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        windowed[i] = (x[i] - mean) * window_.data()[i];
-    }
-    std::vector<creal_T> spectrum(static_cast<std::size_t>(transform_.bins()));
-    transform_.forward(windowed, spectrum.data());
-    std::vector<double> magnitudes(spectrum.size());
-    std::transform(spectrum.begin(), spectrum.end(), magnitudes.begin(),
-                   [](creal_T z) { return coder::rt_hypotd_snf(z.re, z.im); });
+    const auto bins = static_cast<std::size_t>(transform_.bins());
+    const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
+    const auto spectrum = std::make_unique_for_overwrite<creal_T[]>(bins);
+    const auto magnitudes = std::make_unique_for_overwrite<double[]>(bins);
+    coder::weighCentred(x, window_, windowed.get());
+    transform_.forward({windowed.get(), x.size()}, spectrum.get());
+    magnitudesOf(spectrum.get(), bins, magnitudes.get());
     double largest = 0.0;
     int position = 0;
-    coder::maximum(magnitudes, &largest, &position);
+    coder::maximum({magnitudes.get(), bins}, &largest, &position);
     const creal_T line = spectrum[static_cast<std::size_t>(position) - 1];
     return coder::rt_atan2d_snf(line.im, line.re);
 }

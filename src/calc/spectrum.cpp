@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "toolkit/level.h"
 #include "toolkit/peaks.h"
 #include "toolkit/reductions.h"
 #include "toolkit/scalar.h"
@@ -64,8 +65,8 @@ public:
             const double last = std::floor(form.limit * factor * request.N / form.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
         }
-        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_);
-        frequencies_.set_size(1, std::min(frequencies_.numel(), kept_));
+        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_,
+                               kept_);
     }
 
     const row& frequencies() const { return frequencies_; }
@@ -77,27 +78,20 @@ public:
         row result;
         result.set_size(1, computed);
         zoom_.magnitudes(computed, result.data());
-        const double largest = logarithmic_ ? zoom_.largestFrom(computed, coder::maximum(result)) : 0.0;
-        for (double& value : result) {
-            value = 2.0 * value / N_;
-        }
         if (logarithmic_) {
-            toLevels(result, 2.0 * largest / N_);
+            coder::toLevels(result, zoom_.largest(result));
+            if (computed > 1) {
+                result[0] = result[1];
+            }
+        } else {
+            std::transform(result.begin(), result.end(), result.begin(),
+                           [N = N_](double magnitude) { return 2.0 * magnitude / N; });
         }
         result.set_size(1, kept_);
         return result;
     }
 
 private:
-    static void toLevels(row& amplitudes, double largest) {
-        for (double& value : amplitudes) {
-            value = 20.0 * std::log10(value / largest);
-        }
-        if (amplitudes.numel() > 1) {
-            amplitudes[0] = amplitudes[1];
-        }
-    }
-
     double N_;
     bool logarithmic_;
     coder::ZoomSpectrum zoom_;

@@ -1,6 +1,8 @@
 #include "rt305_4/rt305_4.h"
 
 #include <array>
+#include <cstdlib>
+#include <exception>
 #include <string>
 
 #include "calc/calc_modul_K9_web.h"
@@ -31,14 +33,24 @@ std::string SpectrumParamIStr;
 std::string ParamData_thdUStr;
 std::string ParamData_thdIStr;
 
-/// Undoes the computation's lazy initialisation when the library is unloaded.
-struct TerminateAtUnload {
-    ~TerminateAtUnload() {
+/// Has the C++ runtime make the calling thread's exception record while there is memory for it. Made by the first
+/// throw, after a host without that runtime has run out of memory, it would end the process instead of raising
+/// std::bad_alloc.
+void prepareToThrow() {
+    [[maybe_unused]] const volatile int uncaught = std::uncaught_exceptions();
+}
+
+/// What happens when the library is loaded, and unloaded: there the computation's lazy initialisation is undone.
+struct Lifetime {
+    Lifetime() { prepareToThrow(); }
+    Lifetime(const Lifetime&) = delete;
+    Lifetime& operator=(const Lifetime&) = delete;
+    ~Lifetime() {
         if (calc_modul_K9_web_ns::isInitialized_calc_modul_K9_web()) {
             calc_modul_K9_web_ns::calc_modul_K9_web_terminate();
         }
     }
-} terminateAtUnload;
+} lifetime;
 
 /// The texts of one call. They replace the module's only when all of them are made, so that an exception changes none.
 class NewTexts {
@@ -118,6 +130,19 @@ void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
     texts.publish();
 }
 
+/// Asks for about the working memory of a call in one piece and gives it back unused. The C library takes the largest
+/// piece given back as its measure of what to return to the system (mallopt(3), M_MMAP_THRESHOLD and M_TRIM_THRESHOLD):
+/// without this hint a host that measures again and again has the same 150 pages mapped anew in every call, which takes
+/// as long as the computation. Pieces that the C library would not count are not worth asking for.
+void keepMemoryMapped(std::uint64_t samplesNumber) {
+    constexpr std::uint64_t bytesPerSample = 128;
+    constexpr std::uint64_t largestCounted = 32U << 20U;
+    if (samplesNumber <= largestCounted / bytesPerSample) {
+        void* volatile const piece = std::malloc(samplesNumber * bytesPerSample);  // volatile: lest the pair be elided
+        std::free(piece);
+    }
+}
+
 void storeTexts(const DataProcessRequest& request) {
     *request.paramData = ParamDataStr.c_str();
     *request.timeSignalDataU = TimeSignalDataUStr.c_str();
@@ -149,6 +174,7 @@ void getSupportedInputTypes(const std::int32_t** out) {
 }
 
 std::int32_t dataProccess(DataProcessRequest request) {
+    prepareToThrow();
     ErrorString.clear();
     if (!hasAllOutputs(request)) {
         return fail(request, "One or more output parameters are set incorrectly");
@@ -158,6 +184,7 @@ std::int32_t dataProccess(DataProcessRequest request) {
         return fail(request, message);
     }
     fillMissingChannels(measurement, request.inputType);
+    keepMemoryMapped(request.samplesNumber);
     computeTexts(measurement, request.inputType);
     storeTexts(request);
     return 1;

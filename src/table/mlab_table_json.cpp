@@ -1,6 +1,13 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
 #include <map>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "adapter/nlohmann/json.h"
+#include "table/json_number.h"
 #include "table/mlab_table.h"
 
 // A table's JSON form is made by one traversal, which serves a sink that builds a value and one that writes text.
@@ -19,7 +26,7 @@ public:
         *place() = value;
     }
     void beginObject() { open(json::object()); }
-    void beginArray(std::size_t) { open(json::array()); }
+    void beginArray() { open(json::array()); }
     void key(const std::string& key) { next_ = &(*open_.back())[key]; }
     void end() { open_.pop_back(); }
 
@@ -48,7 +55,26 @@ public:
 
     void value(double value) {
         separate();
-        appendJson(out_, value);
+        char text[roomForJsonNumber];
+        out_.append(text, writeJsonNumber(text, value));
+    }
+    void value(const std::vector<double>& row) {
+        separate();
+        const std::size_t start = out_.size();
+        if (const Written* const same = rowWritten(row)) {
+            out_.append(out_, same->start, same->length);
+        } else {
+            appendRow(row);
+        }
+        lastRows_ = {Written{&row, start, out_.size() - start}, lastRows_[0]};
+    }
+    template <class Integer>
+    void value(const std::vector<Integer>& row) {
+        beginArray();
+        for (const Integer element : row) {
+            value(element);
+        }
+        end();
     }
     void value(const std::string& text) {
         separate();
@@ -58,10 +84,7 @@ public:
     void value(std::uint64_t value) { plain(std::to_string(value)); }
     void value(std::nullptr_t) { plain("null"); }
     void beginObject() { open('{', '}'); }
-    void beginArray(std::size_t elements) {
-        out_.reserve(out_.size() + elements * (longestJsonDouble + 1));
-        open('[', ']');
-    }
+    void beginArray() { open('[', ']'); }
     void key(const std::string& key) {
         value(key);
         out_ += ':';
@@ -74,6 +97,34 @@ public:
     }
 
 private:
+    /// A row and where its text stands.
+    struct Written {
+        const std::vector<double>* row = nullptr;
+        std::size_t start = 0;
+        std::size_t length = 0;
+    };
+
+    /// The last two rows are remembered: the phases of a set share the second row of theirs, the frequency axis.
+    const Written* rowWritten(const std::vector<double>& row) const {
+        const auto same = [&](const Written& last) {
+            return last.row != nullptr && last.row->size() == row.size() && !row.empty() &&
+                   std::memcmp(last.row->data(), row.data(), row.size() * sizeof(double)) == 0;
+        };
+        const auto found = std::find_if(lastRows_.begin(), lastRows_.end(), same);
+        return found != lastRows_.end() ? found : nullptr;
+    }
+    void appendRow(std::span<const double> row) {
+        constexpr std::size_t blockSize = 64;
+        char block[blockSize * roomForJsonNumber];
+        out_ += '[';
+        while (!row.empty()) {
+            const auto some = row.first(std::min(row.size(), blockSize));
+            row = row.subspan(some.size());
+            // The comma behind the last number is none of the text.
+            out_.append(block, writeJsonNumbers(block, some) - (row.empty() ? 1 : 0));
+        }
+        out_ += ']';
+    }
     void separate() {
         if (!first_) {
             out_ += ',';
@@ -93,8 +144,25 @@ private:
 
     std::string& out_;
     std::string closing_;
+    std::array<Written, 2> lastRows_;
     bool first_ = true;
 };
+
+/// Room that the text of a table will hardly exceed.
+std::size_t textRoom(const MatlabTable& table) {
+    constexpr std::size_t keyAndShortValue = 64;
+    std::size_t room = keyAndShortValue;
+    for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
+        for (std::uint64_t col = 0; col < table.getColNum(); ++col) {
+            const MatlabCell& cell = *table.findCell(col, row);
+            const MatlabTable* const nested = cell.toMatlabTable();
+            const std::size_t numbers =
+                cell.toDoubleVector().size() + cell.toIntVector().size() + cell.toUIntVector().size();
+            room += keyAndShortValue + numbers * (longestJsonNumber + 1) + (nested != nullptr ? textRoom(*nested) : 0);
+        }
+    }
+    return room;
+}
 
 /// The key of a column without a name: the literal cut at its front by the column's index.
 const char* unnamedKey(std::uint64_t col) {
@@ -139,15 +207,6 @@ enum class Place { outermost, nested };
 template <class Sink>
 void traverse(const MatlabTable& table, Place place, Sink& sink);
 
-template <class Sink, class T>
-void traverse(const std::vector<T>& values, Sink& sink) {
-    sink.beginArray(values.size());
-    for (const T value : values) {
-        sink.value(value);
-    }
-    sink.end();
-}
-
 template <class Sink>
 void traverse(const MatlabCell& cell, Place placeOfTables, Sink& sink) {
     using enum MatlabCell::CellDataType;
@@ -163,11 +222,11 @@ void traverse(const MatlabCell& cell, Place placeOfTables, Sink& sink) {
         case table:
             return traverse(*cell.toMatlabTable(), placeOfTables, sink);
         case floatingVector:
-            return traverse(cell.toDoubleVector(), sink);
+            return sink.value(cell.toDoubleVector());
         case signedVector:
-            return traverse(cell.toIntVector(), sink);
+            return sink.value(cell.toIntVector());
         case unsignedVector:
-            return traverse(cell.toUIntVector(), sink);
+            return sink.value(cell.toUIntVector());
         case none:
             break;
     }
@@ -189,7 +248,7 @@ void traverse(const MatlabTable& table, Place place, Sink& sink) {
         sink.key(table.getName());
     }
     const auto keys = keysOf(scheme, table.getColNum());
-    sink.beginArray(0);
+    sink.beginArray();
     for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
         sink.beginObject();
         for (const auto& [key, col] : keys) {
@@ -215,6 +274,7 @@ json MatlabTable::toJson() const {
 
 std::string MatlabTable::toJsonText() const {
     std::string text;
+    text.reserve(textRoom(*this));
     TextSink sink(text);
     traverse(*this, Place::outermost, sink);
     return text;

@@ -17,7 +17,8 @@ struct creal_T {
     double re;
     double im;
 
-    friend creal_T operator+(creal_T a, creal_T b) { return {a.re + b.re, a.im + b.im}; }
+    friend constexpr creal_T operator+(creal_T a, creal_T b) { return {a.re + b.re, a.im + b.im}; }
+    friend constexpr creal_T operator-(creal_T a) { return {-a.re, -a.im}; }
     friend bool operator==(creal_T a, creal_T b) = default;
 };
 

@@ -8,7 +8,9 @@
 #include <optional>
 #include <vector>
 
+#include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
@@ -47,36 +49,42 @@ void put(Split to, index at, creal_T value) {
     to.im[at] = value.im;
 }
 
-/// The roots of unity e^(-2 pi i k / n), 0 <= k < n, for even n. Each is as accurate as the library's sine and cosine
-/// of angles up to pi/4: the circle is folded to one octant.
-class Roots {
-public:
-    explicit Roots(index n) : perStep_(n % 4 == 0 ? 1 : 2), turn_(n * perStep_) {
-        assert(n % 2 == 0);
-        octant_.resize(static_cast<std::size_t>(turn_ / 8 + 1));
-        const double step = twoPi / static_cast<double>(turn_);
-        for (std::size_t k = 0; k < octant_.size(); ++k) {
-            const double angle = step * static_cast<double>(k);
-            octant_[k] = {std::cos(angle), std::sin(angle)};
-        }
-    }
+// Sine and cosine of an octant's angles x, the sine without its factor x, in powers of x^2; what is left out is below
+// 1e-17 of them.
+constexpr auto sineSeries =
+    rounded(seriesAround<9>(0.0L, 1.0L, 8, [](int k) { return -1.0L / (2 * k) / (2 * k + 1); }));
+constexpr auto cosineSeries =
+    rounded(seriesAround<10>(0.0L, 1.0L, 9, [](int k) { return -1.0L / (2 * k - 1) / (2 * k); }));
 
-    creal_T operator[](index k) const {
-        const index full = k * perStep_;
-        const index half = std::min(full, turn_ - full);
-        const index quarter = std::min(half, turn_ / 2 - half);
-        const index eighth = std::min(quarter, turn_ / 4 - quarter);
-        const creal_T root = octant_[static_cast<std::size_t>(eighth)];
-        const double cosine = quarter == eighth ? root.re : root.im;
-        const double sine = quarter == eighth ? root.im : root.re;
-        return {half == quarter ? cosine : -cosine, full == half ? -sine : sine};
+/// Replaces each k = re[i], 0 <= k < n, by the root of unity re[i] + i im[i] = e^(-2 pi i k / n). The circle is folded
+/// to one octant, so that each is within 2 units in the last place.
+RT305_4_VECTOR_CLONES void toRoots(Split z, index count, double n) {
+    const double step = twoPi / n;
+    for (index i = 0; i < count; ++i) {
+        const double full = z.re[i];
+        const double half = std::min(full, n - full);
+        const double quarter = std::min(half, n / 2.0 - half);
+        const double eighth = std::min(quarter, n / 4.0 - quarter);
+        const double angle = step * eighth;
+        const double cosine = polynomial(cosineSeries, angle * angle);
+        const double sine = angle * polynomial(sineSeries, angle * angle);
+        const double re = quarter == eighth ? cosine : sine;
+        const double im = quarter == eighth ? sine : cosine;
+        z.re[i] = half == quarter ? re : -re;
+        z.im[i] = full == half ? -im : im;
     }
+}
 
-private:
-    index perStep_;
-    index turn_;  // a multiple of 4
-    std::vector<creal_T> octant_;
-};
+/// The roots e^(-2 pi i k / n) at k = position(0) ... position(count-1).
+template <class Position>
+Scratch rootsAt(index n, index count, Position position) {
+    Scratch roots(count);
+    for (index i = 0; i < count; ++i) {
+        roots.split().re[i] = static_cast<double>(position(i));
+    }
+    toRoots(roots.split(), count, static_cast<double>(n));
+    return roots;
+}
 
 /// Whether the butterflies suffice for length n.
 bool isSmooth(std::int64_t n) {
@@ -130,18 +138,19 @@ std::vector<std::size_t> radicesOf(index n) {
 /// Complex transform of a length whose prime factors have butterflies.
 class SmoothFft {
 public:
-    /// roots: of unity, of the order n * stride.
-    SmoothFft(index n, const Roots& roots, index stride, const FftKernels& kernels) : kernels_(&kernels), a_(n), b_(n) {
+    SmoothFft(index n, const FftKernels& kernels) : kernels_(&kernels), a_(n), b_(n) {
         index s = 1;
         for (const std::size_t radix : radicesOf(n)) {
             const index turns = fftRadices[radix] - 1;
             const index m = n / (s * (turns + 1));
             Scratch twiddles(turns * m);
-            for (index j = 0; j < turns; ++j) {
+            double* position = twiddles.split().re;
+            for (index j = 1; j <= turns; ++j) {
                 for (index p = 0; p < m; ++p) {
-                    put(twiddles.split(), j * m + p, roots[(j + 1) * p * s * stride]);
+                    *position++ = static_cast<double>(p * j * s);
                 }
             }
+            toRoots(twiddles.split(), turns * m, static_cast<double>(n));
             passes_.push_back({radix, m, s, std::move(twiddles)});
             s *= turns + 1;
         }
@@ -191,17 +200,18 @@ private:
 /// Audio Electroacoust. 18 (1970), "A linear filtering approach to the computation of discrete Fourier transform".
 class Chirp {
 public:
-    /// roots: of unity, of order 2 n. convolution: at least n + bins - 1 long.
-    Chirp(index n, index bins, const Roots& roots, const SmoothFft& convolution)
-        : bins_(bins), chirp_(n), response_(convolution.size()) {
+    /// convolution: at least n + bins - 1 long.
+    Chirp(index n, index bins, const SmoothFft& convolution)
+        : bins_(bins),
+          chirp_(rootsAt(2 * n, n, [n](index k) { return k * k % (2 * n); })),
+          response_(convolution.size()) {
         const index size = convolution.size();
         const double scale = 1.0 / static_cast<double>(size);
         double* const kernel = convolution.pairs();
         std::fill_n(kernel, 2 * size, 0.0);
         for (index k = 0; k < n; ++k) {
-            const creal_T c = roots[k * k % (2 * n)];
+            const creal_T c = get(chirp_.split(), k);
             const creal_T scaled{c.re * scale, -c.im * scale};
-            put(chirp_.split(), k, c);
             if (k > 0) {
                 putPair(kernel, size - k, scaled);
             }
@@ -284,18 +294,12 @@ RealFft::RealFft(int n, const FftKernels& kernels) : n_(n) {
     if (working > std::numeric_limits<int>::max()) {
         throw std::bad_array_new_length();
     }
-    const Roots roots(2 * length);
-    if (working == length) {
-        plan_ = std::make_unique<Plan>(SmoothFft(length, roots, 2, kernels));
-    } else {
-        plan_ = std::make_unique<Plan>(SmoothFft(working, Roots(working), 1, kernels));
-        plan_->chirp.emplace(length, wanted, roots, plan_->transform);
+    plan_ = std::make_unique<Plan>(SmoothFft(working, kernels));
+    if (working != length) {
+        plan_->chirp.emplace(length, wanted, plan_->transform);
     }
     if (paired) {
-        plan_->roots = Scratch(n / 4 + 1);
-        for (index k = 0; k <= n / 4; ++k) {
-            put(plan_->roots.split(), k, roots[k]);
-        }
+        plan_->roots = rootsAt(n, n / 4 + 1, [](index k) { return k; });
     }
 }
 

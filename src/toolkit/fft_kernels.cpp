@@ -1,23 +1,10 @@
 #include "toolkit/fft_kernels.h"
 
 #include <algorithm>
-#include <cstring>
-#include <type_traits>
-#include <utility>
-
-#define ALWAYS_INLINE __attribute__((always_inline))
+#include "toolkit/vector_code.h"
 
 namespace coder {
 namespace {
-
-template <int width>
-struct Lanes {
-    using type [[gnu::vector_size(width * sizeof(double))]] = double;
-};
-template <>
-struct Lanes<1> {
-    using type = double;
-};
 
 /// Complex numbers side by side, `width` of them.
 template <int width>
@@ -34,15 +21,6 @@ struct Complex {
         return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
     }
 };
-
-/// Calls f(0) ... f(count-1) with the index as a compile-time constant.
-template <int count, class F>
-ALWAYS_INLINE inline void unroll(F f) {
-    [&]<int... i>(std::integer_sequence<int, i...>) ALWAYS_INLINE {
-        (f(std::integral_constant<int, i>{}), ...);
-    }
-    (std::make_integer_sequence<int, count>{});
-}
 
 template <int width>
 ALWAYS_INLINE inline Complex<width> load(const Split& from, std::ptrdiff_t at) {
@@ -313,32 +291,6 @@ struct Untangle {
             storePairs(sum, &u.half[k].re);
             storePairs(reversed(Complex<width>{difference.re, -difference.im}), &u.half[mirror].re);
         }
-    }
-};
-
-/// The instruction sets. A kernel is compiled for one by being inlined into its run(); it gets a copy of its work, so
-/// that no store of a sample can change it.
-struct Avx512 {
-    static bool supported() { return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"); }
-    template <class Kernel, class Work>
-    __attribute__((target("avx512f,avx512dq"))) static void run(const Work& work) {
-        Kernel::template run<8>(Work(work));
-    }
-};
-
-struct Avx2 {
-    static bool supported() { return __builtin_cpu_supports("avx2"); }
-    template <class Kernel, class Work>
-    __attribute__((target("avx2"))) static void run(const Work& work) {
-        Kernel::template run<4>(Work(work));
-    }
-};
-
-struct Baseline {
-    static bool supported() { return true; }
-    template <class Kernel, class Work>
-    static void run(const Work& work) {
-        Kernel::template run<2>(Work(work));
     }
 };
 

@@ -4,163 +4,127 @@
 #include <cassert>
 #include <cmath>
 
-#include "toolkit/vector_clones.h"
+#include "toolkit/scalar.h"
+#include "toolkit/special_functions.h"
+#include "toolkit/vector_code.h"
 
 namespace coder {
 namespace {
 
-constexpr int block = FourierGrid::block;
-constexpr int half = block / 2;
-constexpr int moments = FourierGrid::moments;
-constexpr int group = FourierGrid::group;
-constexpr std::size_t lanes = 8;
+constexpr int step = 50;  // D, samples between thinned points
+constexpr int points = FourierGrid::period / step;
+constexpr int taps = 16;  // points that a sample adds to
+constexpr int reach = taps / 2;
 
-/// J_m(z) for m < moments and a vector of z, at m * stride: downward recurrence J_(m-1) = (2m/z) J_m - J_(m+1),
-/// normalised by J_0 + 2 (J_2 + J_4 + ...) = 1. J. C. P. Miller, British Association Mathematical Tables 10 (1952).
-[[gnu::always_inline]] inline void besselVector(const double* z, std::size_t stride, double* rows) {
-    constexpr int startOrder = 2 * moments;
-    double next[lanes] = {};
-    double here[lanes];
-    double norm[lanes] = {};
-    std::fill_n(here, lanes, 1e-250);
-    for (int m = startOrder; m > 0; --m) {
-        const double weight = m % 2 == 0 ? 2.0 : 0.0;
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            norm[lane] += weight * here[lane];
-            const double below = 2.0 * m / z[lane] * here[lane] - next[lane];
-            next[lane] = here[lane];
-            here[lane] = below;
+// Half the kernel's bandwidth: just inside pi * taps * 0.7, where the first alias of line 600 begins.
+constexpr double beta = 34.8;
+constexpr double i0OfBeta = 88135626522684.86;
+
+/// Stretches of D samples, the first of which begins at point `first`; each adds to the points around it:
+/// thinned[point + m] += sum over s of x[s] kernel[s][m], m < taps.
+struct Thinning {
+    const double* x;
+    std::size_t stretches;
+    std::size_t first;
+    const double* kernel;
+    double* thinned;
+};
+
+struct Thin {
+    template <int width>
+    ALWAYS_INLINE static void run(const Thinning& work) {
+        constexpr int group = width / 2;  // as many stretches at once as fill eight vectors with their sums
+        std::size_t done = 0;
+        for (; done + group <= work.stretches; done += group) {
+            add<width, group>(work, done);
         }
-        if (m <= moments) {
-            std::copy_n(here, lanes, rows + static_cast<std::size_t>(m - 1) * stride);
+        for (; done < work.stretches; ++done) {
+            add<width, 1>(work, done);
         }
     }
-    for (std::size_t m = 0; m < moments; ++m) {
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            rows[m * stride + lane] /= norm[lane] + here[lane];
+
+private:
+    template <int width, int group>
+    ALWAYS_INLINE static void add(const Thinning& work, std::size_t from) {
+        using Vector = typename Lanes<width>::type;
+        constexpr int vectors = taps / width;
+        Vector sums[group][vectors] = {};
+        const double* const x = work.x + from * step;
+        for (int s = 0; s < step; ++s) {
+            Vector weights[vectors];
+            std::memcpy(weights, work.kernel + s * taps, sizeof weights);
+            unroll<group>([&](auto g) ALWAYS_INLINE {
+                unroll<vectors>([&](auto v) ALWAYS_INLINE { sums[g][v] += x[g * step + s] * weights[v]; });
+            });
         }
+        unroll<group>([&](auto g) ALWAYS_INLINE {
+            double* const point = work.thinned + (work.first + from + g) % points;
+            unroll<vectors>([&](auto v) ALWAYS_INLINE {
+                Vector sum;
+                std::memcpy(&sum, point + v * width, sizeof sum);
+                sum += sums[g][v];
+                std::memcpy(point + v * width, &sum, sizeof sum);
+            });
+        });
     }
+};
+
+/// The kernel, at the distances 0 ... reach * step samples.
+std::vector<double> kernelHalf() {
+    std::vector<double> squares;
+    for (int i = 0; i <= reach * step; ++i) {
+        const double u = static_cast<double>(i) / (reach * step);
+        squares.push_back(beta * beta * (1.0 - u) * (1.0 + u));
+    }
+    std::vector<double> values(squares.size());
+    besseliOfSquare(squares, std::vector<double>(squares.size()), values.data());
+    for (double& value : values) {
+        value /= i0OfBeta;
+    }
+    return values;
 }
 
-RT305_4_VECTOR_CLONES void besselRows(const double* z, std::size_t count, double* rows) {
-    for (std::size_t from = 0; from < count; from += lanes) {
-        besselVector(z + from, count, rows + from);
-    }
-}
-
-/// result[m] = sum over the block of x T_m. Folded about the middle: T_m is even or odd like m.
-RT305_4_VECTOR_CLONES void blockMoments(const double* x, const double* chebyshev, double* result) {
-    double folded[2][half];
-    for (int i = 0; i < half; ++i) {
-        const double upper = x[half + i];
-        const double lower = x[half - 1 - i];
-        folded[0][i] = upper + lower;
-        folded[1][i] = upper - lower;
-    }
-    for (int m = 0; m < moments; ++m) {
-        const double* const values = folded[m % 2];
-        const double* const weights = chebyshev + static_cast<std::ptrdiff_t>(m) * half;
-        double sums[lanes] = {};
-        for (int i = 0; i < half; i += static_cast<int>(lanes)) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                sums[lane] += values[static_cast<std::size_t>(i) + lane] * weights[static_cast<std::size_t>(i) + lane];
-            }
-        }
-        result[m] = ((sums[0] + sums[4]) + (sums[2] + sums[6])) + ((sums[1] + sums[5]) + (sums[3] + sums[7]));
-    }
-}
-
-/// Adds a group of consecutive blocks at every frequency and rotates the phase factors past them.
-RT305_4_VECTOR_CLONES void addBlocks(const double (*values)[moments], const double* coefficients, std::size_t count,
-                                     const double* stepCos, const double* stepSin, double* phaseCos, double* phaseSin,
-                                     double* re, double* im) {
-    for (std::size_t from = 0; from < count; from += lanes) {
-        double even[group][lanes] = {};
-        double odd[group][lanes] = {};
-        for (std::size_t m = 0; m < moments; m += 2) {
-            const double* const a = coefficients + m * count + from;
-            const double* const b = a + count;
-            for (int g = 0; g < group; ++g) {
-                for (std::size_t lane = 0; lane < lanes; ++lane) {
-                    even[g][lane] += values[g][m] * a[lane];
-                    odd[g][lane] += values[g][m + 1] * b[lane];
-                }
-            }
-        }
-        for (int g = 0; g < group; ++g) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                const std::size_t k = from + lane;
-                const double c = phaseCos[k];
-                const double s = phaseSin[k];
-                re[k] += even[g][lane] * c - odd[g][lane] * s;
-                im[k] -= even[g][lane] * s + odd[g][lane] * c;
-                phaseCos[k] = c * stepCos[k] - s * stepSin[k];
-                phaseSin[k] = s * stepCos[k] + c * stepSin[k];
-            }
-        }
-    }
+/// The kernel's Fourier transform at a line. sinh(s) is exp(s) / 2 to the last bit: s > 30.
+double transformAt(int line) {
+    const double x = pi * taps * line / points;
+    const double s = std::sqrt(beta * beta - x * x);
+    return taps * std::exp(s) / (2.0 * s * i0OfBeta);
 }
 
 }  // namespace
 
-FourierGrid::FourierGrid(std::span<const double> angles)
-    : count_(angles.size()), padded_((angles.size() + lanes - 1) / lanes * lanes) {
-    std::vector<double> padded(angles.begin(), angles.end());
-    padded.resize(padded_, maxAngle);
-    assert(std::all_of(padded.begin(), padded.end(), [](double angle) { return angle > 0.0 && angle <= maxAngle; }));
-
-    chebyshev_.resize(static_cast<std::size_t>(moments) * half);
-    for (std::size_t i = 0; i < half; ++i) {
-        const double u = (2.0 * static_cast<double>(i) + 1.0) / (block - 1);
-        double before = u;  // T_(-1)
-        double value = 1.0;
-        for (std::size_t m = 0; m < moments; ++m) {
-            chebyshev_[m * half + i] = value;
-            const double next = 2.0 * u * value - before;
-            before = value;
-            value = next;
+FourierGrid::FourierGrid(int firstLine, int lines)
+    : firstLine_(static_cast<std::size_t>(firstLine)), fft_(points), kernel_(step * taps) {
+    assert(firstLine > 0 && firstLine + lines - 1 <= maxLine);
+    const std::vector<double> half = kernelHalf();
+    for (int s = 0; s < step; ++s) {
+        for (int m = 0; m < taps; ++m) {
+            const int distance = std::abs(s - (m - reach + 1) * step);
+            kernel_[static_cast<std::size_t>(s * taps + m)] = half[static_cast<std::size_t>(distance)];
         }
     }
-
-    std::vector<double> z(padded_);
-    std::transform(padded.begin(), padded.end(), z.begin(), [](double angle) { return angle * ((block - 1) / 2.0); });
-    coefficients_.resize(moments * padded_);
-    besselRows(z.data(), padded_, coefficients_.data());
-    for (std::size_t m = 0; m < moments; ++m) {
-        const double factor = (m == 0 ? 1.0 : 2.0) * (m / 2 % 2 == 0 ? 1.0 : -1.0);
-        for (std::size_t k = 0; k < padded_; ++k) {
-            coefficients_[m * padded_ + k] *= factor;
-        }
-    }
-
-    for (const double angle : padded) {
-        start_.cosines.push_back(std::cos(angle * ((block + 1) / 2.0)));
-        start_.sines.push_back(std::sin(angle * ((block + 1) / 2.0)));
-        step_.cosines.push_back(std::cos(angle * block));
-        step_.sines.push_back(std::sin(angle * block));
+    for (int line = firstLine; line < firstLine + lines; ++line) {
+        transform_.push_back(transformAt(line));
     }
 }
 
-void FourierGrid::evaluate(samples x, double* re, double* im) const {
-    Rotation phase = start_;
-    std::vector<double> sumRe(padded_, 0.0);
-    std::vector<double> sumIm(padded_, 0.0);
-    for (std::size_t from = 0; from < x.size();) {
-        double values[group][moments] = {};
-        for (int g = 0; g < group && from < x.size(); ++g, from += block) {
-            if (x.size() - from >= block) {
-                blockMoments(x.data() + from, chebyshev_.data(), values[g]);
-            } else {
-                double last[block] = {};
-                std::copy(x.begin() + static_cast<std::ptrdiff_t>(from), x.end(), last);
-                blockMoments(last, chebyshev_.data(), values[g]);
-            }
-        }
-        addBlocks(values, coefficients_.data(), padded_, step_.cosines.data(), step_.sines.data(), phase.cosines.data(),
-                  phase.sines.data(), sumRe.data(), sumIm.data());
+void FourierGrid::magnitudes(samples x, double* out) const {
+    // All points stand reach - 1 places late, which changes no magnitude, lest the first ones lie before the period.
+    std::vector<double> thinned(points + taps);
+    const std::size_t whole = x.size() / step;
+    double last[step] = {};
+    std::copy(x.begin() + static_cast<std::ptrdiff_t>(whole * step), x.end(), last);
+    runWidest<Thin>(Thinning{x.data(), whole, 0, kernel_.data(), thinned.data()});
+    runWidest<Thin>(Thinning{last, 1, whole, kernel_.data(), thinned.data()});
+    for (std::size_t m = 0; m < taps; ++m) {
+        thinned[m] += thinned[m + points];
     }
-    std::copy_n(sumRe.begin(), count_, re);
-    std::copy_n(sumIm.begin(), count_, im);
+    std::vector<creal_T> spectrum(points / 2 + 1);
+    fft_.forward(samples(thinned).first(points), spectrum.data());
+    for (std::size_t k = 0; k < transform_.size(); ++k) {
+        const creal_T line = spectrum[firstLine_ + k];
+        out[k] = std::sqrt(line.re * line.re + line.im * line.im) / transform_[k];
+    }
 }
 
 }  // namespace coder

@@ -91,12 +91,18 @@ HarmonicResult measureOnce(samples x, const HarmonicSettings& settings) {
 
 std::size_t nearestBin(samples F, double target) {
     assert(!F.empty());
-    const auto above = std::lower_bound(F.begin(), F.end(), target);
-    const std::size_t i = static_cast<std::size_t>(above - F.begin());
-    if (i == 0) {
-        return 0;
+    // Spacing tells where; rounding may be a bin off.
+    const double last = static_cast<double>(F.size() - 1);
+    const double place = std::round((target - F.front()) / (F.back() - F.front()) * last);
+    auto i = static_cast<std::size_t>(place > 0.0 ? std::min(place, last) : 0.0);
+    const auto distance = [&](std::size_t bin) { return std::fabs(F[bin] - target); };
+    while (i + 1 < F.size() && distance(i + 1) < distance(i)) {
+        ++i;
     }
-    return i == F.size() || std::fabs(F[i - 1] - target) <= std::fabs(F[i] - target) ? i - 1 : i;
+    while (i > 0 && distance(i - 1) <= distance(i)) {
+        --i;
+    }
+    return i;
 }
 
 HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {

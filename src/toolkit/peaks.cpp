@@ -1,60 +1,84 @@
 #include "toolkit/peaks.h"
 
 #include <algorithm>
-#include <cmath>
+#include <limits>
 
 #include "toolkit/non_finite.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
 
-bool breaksRuns(double value) {
-    return std::isnan(value) || value == rtInf;
+/// Whether y[i] is +Inf, or a local maximum: NaN and +Inf beside it are neither lower nor a rise.
+bool isPeak(samples y, std::size_t i) {
+    if (y[i] == rtInf) {
+        return true;
+    }
+    if (i == 0 || !(y[i] > y[i - 1])) {
+        return false;
+    }
+    std::size_t next = i + 1;
+    while (next < y.size() && y[next] == y[i]) {
+        ++next;
+    }
+    return next < y.size() && y[next] < y[i];
 }
 
-void keepHighest(std::vector<Peak>& peaks, int count) {
-    const auto kept = std::min(peaks.size(), static_cast<std::size_t>(std::max(count, 0)));
-    std::partial_sort(peaks.begin(), peaks.begin() + static_cast<std::ptrdiff_t>(kept), peaks.end(),
-                      [](const Peak& a, const Peak& b) {
-                          return a.value > b.value || (a.value == b.value && a.position < b.position);
-                      });
-    peaks.resize(kept);
+/// The count highest, highest first.
+void keepHighest(std::vector<Peak>& peaks, std::size_t count) {
+    const auto kept = static_cast<std::ptrdiff_t>(std::min(peaks.size(), count));
+    std::partial_sort(peaks.begin(), peaks.begin() + kept, peaks.end(), [](const Peak& a, const Peak& b) {
+        return a.value > b.value || (a.value == b.value && a.position < b.position);
+    });
+    peaks.resize(static_cast<std::size_t>(kept));
+}
+
+RT305_4_VECTOR_CLONES bool anyAbove(const double* y, std::size_t n, double floor) {
+    std::size_t above = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        above += y[i] > floor ? 1U : 0U;
+    }
+    return above > 0;
+}
+
+/// The count highest peaks above minHeight, highest first.
+std::vector<Peak> highestAbove(samples y, double minHeight, int count) {
+    std::vector<Peak> peaks;
+    if (count < 1) {
+        return peaks;
+    }
+    const auto wanted = static_cast<std::size_t>(count);
+    // A floor at the largest double admits +Inf only.
+    constexpr double largestDouble = std::numeric_limits<double>::max();
+    double floor = minHeight < largestDouble ? minHeight : largestDouble;
+    constexpr std::size_t stretch = 64;
+    for (std::size_t from = 0; from < y.size(); from += stretch) {
+        const std::size_t to = std::min(from + stretch, y.size());
+        if (!anyAbove(y.data() + from, to - from, floor)) {
+            continue;
+        }
+        for (std::size_t i = from; i < to; ++i) {
+            if (y[i] > floor && isPeak(y, i)) {
+                peaks.push_back({y[i], static_cast<int>(i) + 1});
+            }
+        }
+        if (peaks.size() >= 2 * wanted) {  // what is not higher than the last of these will not be kept
+            keepHighest(peaks, wanted);
+            floor = peaks.back().value;
+        }
+    }
+    keepHighest(peaks, wanted);
+    return peaks;
 }
 
 }  // namespace
 
-std::vector<Peak> peaksAbove(samples y, double minHeight) {
-    std::vector<Peak> peaks;
-    bool rising = false;
-    std::size_t top = 0;  // first element of the plateau that a rise led to
-    for (std::size_t i = 0; i < y.size(); ++i) {
-        if (y[i] == rtInf) {
-            peaks.push_back({y[i], static_cast<int>(i) + 1});
-        }
-        if (i == 0 || breaksRuns(y[i]) || breaksRuns(y[i - 1])) {
-            rising = false;
-        } else if (y[i] > y[i - 1]) {
-            rising = true;
-            top = i;
-        } else if (y[i] < y[i - 1]) {
-            if (rising && y[top] > minHeight) {
-                peaks.push_back({y[top], static_cast<int>(top) + 1});
-            }
-            rising = false;
-        }
-    }
-    return peaks;
-}
-
 std::vector<Peak> highestPeaks(samples y, int count) {
-    std::vector<Peak> peaks = peaksAbove(y, rtMinusInf);
-    keepHighest(peaks, count);
-    return peaks;
+    return highestAbove(y, rtMinusInf, count);
 }
 
 std::vector<Peak> peaksByCriterion(samples y, double criterion, int count) {
-    std::vector<Peak> peaks = peaksAbove(y, criterion);
-    keepHighest(peaks, count);
+    std::vector<Peak> peaks = highestAbove(y, criterion, count);
     std::sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.position < b.position; });
     return peaks;
 }

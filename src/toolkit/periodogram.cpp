@@ -1,9 +1,24 @@
 #include "toolkit/periodogram.h"
 
-#include <vector>
+#include <memory>
+
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
+
+RT305_4_VECTOR_CLONES void fillFrequencies(double rate, int n, double* F, int bins) {
+    for (int k = 0; k < bins; ++k) {
+        F[k] = k * rate / n;
+    }
+}
+
+/// pxx = 2 |bins|^2 / scale
+RT305_4_VECTOR_CLONES void scaledPower(const creal_T* bins, double scale, std::size_t n, double* pxx) {
+    for (std::size_t k = 0; k < n; ++k) {
+        pxx[k] = 2.0 * (bins[k].re * bins[k].re + bins[k].im * bins[k].im) / scale;
+    }
+}
 
 double energyOf(samples w) {
     return blockedSum(w.size(), [p = w.data()](std::size_t i) { return p[i] * p[i]; });
@@ -14,28 +29,19 @@ double energyOf(samples w) {
 Periodogram::Periodogram(column window, double rate)
     : window_(std::move(window)), fft_(std::max(window_.numel(), 1)), scale_(rate * energyOf(window_)) {
     frequencies_.set_size(fft_.bins());
-    for (int k = 0; k < fft_.bins(); ++k) {
-        frequencies_[k] = k * rate / fft_.size();
-    }
+    fillFrequencies(rate, fft_.size(), frequencies_.data(), fft_.bins());
     const double sum = combineVectorElements(window_);
     noiseBandwidth_ = scale_ / (sum * sum);
 }
 
 void Periodogram::density(samples x, column& pxx) const {
-    assert(x.size() == static_cast<std::size_t>(window_.numel()));
-    const double offset = mean(x);
-    std::vector<double> windowed(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        windowed[i] = (x[i] - offset) * window_.data()[i];
-    }
-    std::vector<creal_T> transform(static_cast<std::size_t>(fft_.bins()));
-    fft_.forward(windowed, transform.data());
-
+    const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
+    weighCentred(x, window_, windowed.get());
+    const auto bins = static_cast<std::size_t>(fft_.bins());
+    const auto transform = std::make_unique_for_overwrite<creal_T[]>(bins);
+    fft_.forward({windowed.get(), x.size()}, transform.get());
     pxx.set_size(fft_.bins());
-    for (std::size_t k = 0; k < transform.size(); ++k) {
-        const creal_T bin = transform[k];
-        pxx.data()[k] = 2.0 * (bin.re * bin.re + bin.im * bin.im) / scale_;
-    }
+    scaledPower(transform.get(), scale_, bins, pxx.data());
     pxx[0] *= 0.5;
     if (fft_.size() % 2 == 0) {
         pxx[fft_.size() / 2] *= 0.5;

@@ -1,32 +1,44 @@
 #include "toolkit/reductions.h"
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <new>
 
 #include "toolkit/non_finite.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
 
-/// Position of the first element that is before no other under better(), NaN skipped.
-template <class Better>
-std::size_t extremeIndex(samples x, Better better) {
-    assert(!x.empty());
-    std::size_t best = 0;
-    while (best < x.size() && std::isnan(x[best])) {
-        ++best;
-    }
-    if (best == x.size()) {
-        return 0;
-    }
-    for (std::size_t i = best + 1; i < x.size(); ++i) {
-        if (better(x[i], x[best])) {
-            best = i;
+/// The largest element, NaN skipped, or the smallest for direction -1, in that direction.
+RT305_4_VECTOR_CLONES double extreme(const double* x, std::size_t n, double direction) {
+    constexpr std::size_t lanes = 32;
+    double best[lanes];
+    std::fill_n(best, lanes, -std::numeric_limits<double>::infinity());
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            const double value = direction * x[i + lane];
+            best[lane] = value > best[lane] ? value : best[lane];
         }
     }
-    return best;
+    for (; i < n; ++i) {
+        best[0] = std::fmax(best[0], direction * x[i]);
+    }
+    return *std::max_element(best, best + lanes);
+}
+
+/// Position of the first element that none exceeds in a direction, NaN skipped; 0 when all are NaN.
+std::size_t extremeIndex(samples x, double direction) {
+    assert(!x.empty());
+    const auto first = std::find(x.begin(), x.end(), direction * extreme(x.data(), x.size(), direction));
+    return first == x.end() ? 0 : static_cast<std::size_t>(first - x.begin());
+}
+
+RT305_4_VECTOR_CLONES void weigh(const double* x, double offset, const double* w, std::size_t n, double* out) {
+    for (std::size_t i = 0; i < n; ++i) {
+        out[i] = (x[i] - offset) * w[i];
+    }
 }
 
 void store(samples x, std::size_t at, double* value, int* index) {
@@ -64,20 +76,25 @@ double mean(samples x) {
     return combineVectorElements(x) / static_cast<double>(x.size());
 }
 
+void weighCentred(samples x, samples w, double* out) {
+    assert(x.size() == w.size());
+    weigh(x.data(), mean(x), w.data(), x.size(), out);
+}
+
 void maximum(samples x, double* value, int* index) {
-    store(x, extremeIndex(x, std::greater<>()), value, index);
+    store(x, extremeIndex(x, 1.0), value, index);
 }
 
 void minimum(samples x, double* value, int* index) {
-    store(x, extremeIndex(x, std::less<>()), value, index);
+    store(x, extremeIndex(x, -1.0), value, index);
 }
 
 double maximum(samples x) {
-    return x[extremeIndex(x, std::greater<>())];
+    return x[extremeIndex(x, 1.0)];
 }
 
 double peak2peak(samples x) {
-    return maximum(x) - x[extremeIndex(x, std::less<>())];
+    return maximum(x) - x[extremeIndex(x, -1.0)];
 }
 
 void diff(const column& x, column& y) {
@@ -88,7 +105,7 @@ void diff(const column& x, column& y) {
     }
 }
 
-void eml_float_colon(double a, double d, double b, row& y) {
+void eml_float_colon(double a, double d, double b, row& y, int most) {
     if (std::isnan(b - a) || !std::isfinite(d)) {
         y.set_size(1, 1);
         y[0] = rtNaN;
@@ -98,16 +115,20 @@ void eml_float_colon(double a, double d, double b, row& y) {
     if (steps.count >= std::numeric_limits<int>::max()) {
         throw std::bad_array_new_length();
     }
-    y.set_size(1, steps.count < 0.0 ? 0 : static_cast<int>(steps.count) + 1);
-    const int last = y.numel() - 1;
-    const int half = last / 2;
+    const int last = steps.count < 0.0 ? -1 : static_cast<int>(steps.count);
+    const int made = std::min(last + 1, most);
+    y.set_size(1, made);
     const bool whole = a == std::floor(a) && d == std::floor(d);
+    const int fromStart = whole ? made : std::min(last / 2 + 1, made);
     double* const value = y.data();
-    for (int k = 0; k <= last; ++k) {
-        value[k] = whole || k <= half ? a + k * d : steps.end - (last - k) * d;
+    for (int k = 0; k < fromStart; ++k) {
+        value[k] = a + k * d;
     }
-    if (!whole && last > 0 && 2 * half == last) {
-        value[half] = (a + steps.end) / 2.0;
+    for (int k = fromStart; k < made; ++k) {
+        value[k] = steps.end - (last - k) * d;
+    }
+    if (!whole && last > 0 && last % 2 == 0 && last / 2 < made) {
+        value[last / 2] = (a + steps.end) / 2.0;
     }
 }
 

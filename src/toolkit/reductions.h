@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <span>
 
 #include "toolkit/array.h"
@@ -13,42 +14,35 @@ using samples = std::span<const double>;
 
 /// Sum of term(0) ... term(n-1); 0 for n = 0. The order is fixed bit for bit: blocks of 1024 terms (the last one may be
 /// shorter) are each added left to right, then the block sums are added left to right. Blocks are independent chains,
-/// so several run side by side without changing a bit of the result.
+/// so several run side by side without changing a bit of the result. Where a block is shorter, or missing, -0 stands
+/// for its terms: adding that changes no sum.
 template <class Term>
 auto blockedSum(std::size_t n, Term term) {
     using Value = decltype(term(std::size_t{}));
     constexpr std::size_t block = 1024;
-    constexpr std::size_t lanes = 8;
-    if (n == 0) {
-        return Value{};
-    }
-    const auto sumOf = [&](std::size_t from, std::size_t to) {
-        Value sum = term(from);
-        for (std::size_t i = from + 1; i < to; ++i) {
-            sum = sum + term(i);
-        }
-        return sum;
-    };
-    Value total = sumOf(0, std::min(block, n));
-    std::size_t done = std::min(block, n);
-    for (; n - done >= lanes * block; done += lanes * block) {
+    constexpr std::size_t lanes = 10;
+    constexpr Value nothing = -Value{};
+    Value total = nothing;
+    for (std::size_t from = 0; from < n; from += lanes * block) {
         Value sums[lanes];
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            sums[lane] = term(done + lane * block);
-        }
-        for (std::size_t i = 1; i < block; ++i) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                sums[lane] = sums[lane] + term(done + lane * block + i);
+        std::fill_n(sums, lanes, nothing);
+        const auto add = [&](std::size_t count, auto termAt) {
+            for (std::size_t i = 0; i < count; ++i) {
+                for (std::size_t lane = 0; lane < lanes; ++lane) {
+                    sums[lane] = sums[lane] + termAt(from + lane * block + i);
+                }
             }
+        };
+        if (n - from >= lanes * block) {
+            add(block, term);
+        } else {
+            add(std::min(block, n - from), [&](std::size_t i) { return i < n ? term(i) : nothing; });
         }
         for (const Value& sum : sums) {
             total = total + sum;
         }
     }
-    for (; done < n; done = std::min(done + block, n)) {
-        total = total + sumOf(done, std::min(done + block, n));
-    }
-    return total;
+    return n == 0 ? Value{} : total;
 }
 
 /// Blocked sum of a row or column; 0 when empty.
@@ -59,6 +53,9 @@ creal_T sum(const complex_row& x);
 
 /// Blocked sum divided by the count; NaN when empty.
 double mean(samples x);
+
+/// out = (x - mean(x)) w for w as long as x.
+void weighCentred(samples x, samples w, double* out);
 
 /// Largest (smallest) element of a non-empty vector with its 1-based position. NaN is skipped, the first of equals
 /// wins; a vector of NaN gives NaN at position 1.
@@ -76,7 +73,8 @@ void diff(const column& x, column& y);
 /// rounding; the row is filled from both ends, so that it is symmetric. With a whole start and step element k is a + k
 /// d. NaN in any, an infinite step, and ends that are the same infinity give the single value NaN; a zero step, and one
 /// that leads away from b, gives an empty row. Throws std::bad_array_new_length when the count does not fit 32 bits.
-void eml_float_colon(double a, double d, double b, row& y);
+/// Only the first elements are made when there are more than `most` >= 1.
+void eml_float_colon(double a, double d, double b, row& y, int most = std::numeric_limits<int>::max());
 
 /// The same with unit step.
 void eml_float_colon(double a, double b, row& y);

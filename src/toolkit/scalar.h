@@ -13,19 +13,15 @@ inline constexpr auto pi = static_cast<double>(piL);
 inline constexpr double twoPi = 6.283185307179586;
 
 /// sqrt(u0^2 + u1^2) without overflow of the squares; NaN if either is NaN.
-/// The smaller leg is divided by the larger one; equal legs give leg * sqrt(2).
+/// The smaller leg is divided by the larger one; equal legs give leg * sqrt(2). Without branches, for vectors.
 inline double rt_hypotd_snf(double u0, double u1) {
     const double a = std::fabs(u0);
     const double b = std::fabs(u1);
-    if (a < b) {
-        const double ratio = a / b;
-        return b * std::sqrt(ratio * ratio + 1.0);
-    }
-    if (a > b) {
-        const double ratio = b / a;
-        return a * std::sqrt(ratio * ratio + 1.0);
-    }
-    return std::isnan(a) || std::isnan(b) ? a + b : a * 1.4142135623730951;
+    const double large = a > b ? a : b;
+    const double small = a > b ? b : a;
+    const bool equal = small == large;
+    const double ratio = (equal ? 1.0 : small) / (equal ? 1.0 : large);
+    return large * std::sqrt(ratio * ratio + 1.0);
 }
 
 /// Four-quadrant arctangent of y/x in radians, in [-pi, pi]. NaN if either is NaN; for x = 0 the sign of y alone

@@ -4,69 +4,45 @@
 #include <cmath>
 
 #include "toolkit/non_finite.h"
+#include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
 
-/// c[0] + c[1] x + ... + c[N-1] x^(N-1) + beyond x^N by Horner's rule.
-template <class Number, std::size_t N>
-inline Number polynomial(const std::array<Number, N>& c, Number x, Number beyond = 0) {
-    Number p = beyond;
-#pragma GCC unroll 64
-    for (std::size_t i = 1; i <= N; ++i) {
-        p = p * x + c[N - i];
-    }
-    return p;
-}
-
 // --- I0 ---
 
-constexpr double largeFrom = 21.784271729432426;
+constexpr int seriesEnd = 43;  // of z
 
-/// 1 / (k!)^2 for from <= k < to, coefficients of I0 in powers of z^2/4.
-template <class Number, std::size_t from, std::size_t to>
-constexpr auto seriesCoefficients() {
-    std::array<Number, to - from> c{};
-    Number coefficient = 1;
-    for (std::size_t k = 0; k < to; ++k) {
-        coefficient /= static_cast<Number>(k == 0 ? 1 : k * k);
-        if (k >= from) {
-            c[k - from] = coefficient;
-        }
+/// Taylor series of I0 in powers of d = z^2 - i (i + 1), one for each i <= z < i + 1: as a function of z^2 I0 has no
+/// singularity. About so near a point the first term is most of the sum, and its rounding error most of the error; the
+/// terms left out are below 3e-18 of the sum.
+constexpr std::size_t seriesTerms = 15;
+constexpr auto seriesOfPieces = [] {
+    std::array<std::array<double, seriesTerms>, seriesEnd> pieces{};
+    for (int i = 0; i < seriesEnd; ++i) {
+        pieces[static_cast<std::size_t>(i)] =
+            rounded(seriesAround<seriesTerms>(i * (i + 1.0L), 1.0L, 60, [](int k) { return 0.25L / k / k; }));
     }
-    return c;
-}
+    return pieces;
+}();
 
-/// For z <= 2; the terms left out are below 1e-19 of the sum.
-void smallArguments(samples square, double* y) {
-    static constexpr auto coefficients = seriesCoefficients<double, 0, 13>();
-    for (std::size_t i = 0; i < square.size(); ++i) {
-        y[i] = polynomial(coefficients, 0.25 * square[i]);
-    }
-}
-
-/// For z < largeFrom; the terms left out are below 1e-19 of the sum. Some ten factors z^2/4 stand in the largest terms:
-/// lest their rounding errors add up, those are multiplied in extended precision. The terms from the 16th on are at
-/// most 2 % of the sum.
-void middleArguments(samples square, samples squareLow, double* y) {
-    static constexpr auto leading = seriesCoefficients<long double, 0, 16>();
-    static constexpr auto trailing = seriesCoefficients<double, 16, 39>();
-    for (std::size_t i = 0; i < square.size(); ++i) {
-        y[i] = polynomial(trailing, 0.25 * square[i]);
-    }
-    for (std::size_t i = 0; i < square.size(); ++i) {
-        const long double exactSquare = static_cast<long double>(square[i]) + static_cast<long double>(squareLow[i]);
-        y[i] = static_cast<double>(polynomial(leading, 0.25L * exactSquare, static_cast<long double>(y[i])));
+RT305_4_VECTOR_CLONES void besseliOfPiece(int piece, const double* square, const double* squareLow, std::size_t n,
+                                          double* y) {
+    const auto series = seriesOfPieces[static_cast<std::size_t>(piece)];
+    const double middle = piece * (piece + 1.0);
+    for (std::size_t i = 0; i < n; ++i) {
+        y[i] = polynomial(series, (square[i] - middle) + squareLow[i]);
     }
 }
 
-/// exp(-z) I0(z) for z = largeFrom and beyond; the terms of the expansion left out are below 4e-18. z is the rounded
+/// exp(-z) I0(z) for z = seriesEnd and beyond; the terms of the expansion left out are below 3e-19. z is the rounded
 /// square root of square; the exact one is larger by lost / (2 z), over which I0 grows by lost / (2 z + 1) of itself:
 /// its logarithm rises by 1 - 1 / (2 z) per unit of z.
-inline double scaledForLarge(double z, double square, double squareLow) {
+double scaledForLarge(double z, double square, double squareLow) {
     static constexpr auto coefficients = [] {
-        std::array<double, 23> c{0.125};
+        std::array<double, 14> c{0.125};
         for (std::size_t k = 1; k < c.size(); ++k) {
             const double odd = static_cast<double>(2 * k + 1);
             c[k] = c[k - 1] * odd * odd / (8.0 * static_cast<double>(k + 1));
@@ -80,24 +56,6 @@ inline double scaledForLarge(double z, double square, double squareLow) {
     const double leading = std::sqrt(perTwoPi / z);
     const double inverse = 1.0 / z;
     return leading + leading * (inverse * polynomial(coefficients, inverse) + growth);
-}
-
-void largeArguments(samples square, samples squareLow, double* y) {
-    for (std::size_t i = 0; i < square.size(); ++i) {
-        y[i] = scaledForLarge(std::sqrt(square[i]), square[i], squareLow[i]);
-    }
-    for (std::size_t i = 0; i < square.size(); ++i) {
-        y[i] *= std::exp(std::sqrt(square[i]));
-    }
-}
-
-enum class Size { small, middle, large };
-
-inline Size sizeOf(double square) {
-    if (square >= largeFrom * largeFrom) {
-        return Size::large;
-    }
-    return square > 4.0 ? Size::middle : Size::small;
 }
 
 // --- ln Gamma ---
@@ -181,6 +139,9 @@ long double gammalnForLarge(long double x) {
 
 double besseli(double z) {
     const double magnitude = std::fabs(z);
+    if (std::isnan(z)) {
+        return rtNaN;
+    }
     if (magnitude > 714.0) {
         return rtInf;
     }
@@ -198,20 +159,20 @@ double besseli(double z) {
 
 void besseliOfSquare(samples square, samples squareLow, double* y) {
     for (std::size_t from = 0; from < square.size();) {
-        const Size size = sizeOf(square[from]);
+        const double z = std::sqrt(square[from]);
+        if (z >= seriesEnd) {
+            y[from] = std::exp(z) * scaledForLarge(z, square[from], squareLow[from]);
+            ++from;
+            continue;
+        }
+        const int piece = static_cast<int>(z);
+        const double begin = piece * piece;
+        const double end = (piece + 1) * (piece + 1);
         std::size_t to = from + 1;
-        while (to < square.size() && sizeOf(square[to]) == size) {
+        while (to < square.size() && square[to] >= begin && square[to] < end) {
             ++to;
         }
-        const samples run = square.subspan(from, to - from);
-        const samples runLow = squareLow.subspan(from, to - from);
-        if (size == Size::small) {
-            smallArguments(run, y + from);
-        } else if (size == Size::middle) {
-            middleArguments(run, runLow, y + from);
-        } else {
-            largeArguments(run, runLow, y + from);
-        }
+        besseliOfPiece(piece, square.data() + from, squareLow.data() + from, to - from, y + from);
         from = to;
     }
 }

@@ -7,8 +7,8 @@ namespace coder {
 
 /// Modified Bessel function of the first kind of order 0, I0(z). Even; NaN gives NaN; +Inf from |z| = 713.98 on, where
 /// I0 leaves the range of doubles. Within 4 units in the last place.
-/// Up to |z| = 21.78 its power series, beyond it the asymptotic expansion: M. Abramowitz, I. A. Stegun, Handbook of
-/// Mathematical Functions, eq. 9.6.12 and 9.7.1; the boundary is that of D. E. Amos, ACM Trans. Math. Softw. 12 (1986).
+/// Up to |z| = 43 its power series, rearranged about nearer points, beyond it the asymptotic expansion: M. Abramowitz,
+/// I. A. Stegun, Handbook of Mathematical Functions, eq. 9.6.12 and 9.7.1.
 double besseli(double z);
 
 /// The same for many arguments, 0 <= z <= 700, given by their squares: square[n], squareLow[n] -> y[n], where z^2 is

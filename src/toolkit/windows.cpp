@@ -1,10 +1,13 @@
 #include "toolkit/windows.h"
 
+#include <array>
 #include <cmath>
 #include <vector>
 
+#include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
 #include "toolkit/special_functions.h"
+#include "toolkit/vector_clones.h"
 
 namespace coder {
 namespace {
@@ -24,18 +27,28 @@ void mirror(double* w, int n) {
     std::reverse_copy(w, w + n / 2, w + (n + 1) / 2);
 }
 
-/// w[k] = (1 - cos(2 pi (first + k) / period)) / 2 for k < n, symmetric about the middle of w. As sin^2 near 0, where
-/// 1 - cos would cancel; exact at a quarter, a third and a half of the period. The angles are rounded once.
-void raisedCosine(double* w, int n, int first, double period) {
-    const long double step = piL / static_cast<long double>(period);
+/// (1 - cos(pi sqrt(y))) / (2 y) for y <= 1/4 by its power series; the terms left out are below 1e-18 of the sum.
+constexpr auto raisedCosineSeries = [] {
+    std::array<long double, 12> c{piL * piL / 4.0L};
+    for (std::size_t i = 1; i < c.size(); ++i) {
+        c[i] = -c[i - 1] * piL * piL / static_cast<long double>((2 * i + 1) * (2 * i + 2));
+    }
+    return rounded(c);
+}();
+
+/// w[k] = (1 - cos(2 pi (first + k) / period)) / 2 for k < n, symmetric about the middle of w; exact at a quarter, a
+/// third and a half of the period. Arguments are squares of the distance to 0 or to half the period, whichever is
+/// nearer, rounded once.
+RT305_4_VECTOR_CLONES void raisedCosine(double* w, int n, int first, double period) {
+    const double square = period * period;
     for (int i = 0; i < (n + 1) / 2; ++i) {
-        const double k = first + i;
-        if (4.0 * k < period) {
-            const double sine = std::sin(static_cast<double>(step * static_cast<long double>(k)));
-            w[i] = sine * sine;
-        } else {
-            w[i] = 0.5 + 0.5 * std::sin(static_cast<double>(step * static_cast<long double>(2.0 * k - 0.5 * period)));
-        }
+        const double fromEdge = 2.0 * (first + i);
+        const double fromMiddle = period - fromEdge;
+        const bool rises = fromEdge < fromMiddle;
+        const double distance = rises ? fromEdge : fromMiddle;
+        const double y = distance * distance / square;
+        const double value = y * polynomial(raisedCosineSeries, y);
+        w[i] = rises ? value : 1.0 - value;
     }
     mirror(w, n);
 }
@@ -45,32 +58,34 @@ struct KaiserShape {
     double i0OfBeta;
 };
 
-/// The argument of I0 is beta sqrt(1 - r^2) with r = (n - 1 - 2k) / (n - 1); its square goes to I0 in two parts. Of
-/// v = beta r, vHigh has an exact square and an exact product with n - 1, so that vLow is v - vHigh to full precision.
-void kaiserWindow(double length, const KaiserShape& shape, column& w) {
-    const int n = prepare(length, w);
-    if (n < 2) {
-        return;
-    }
-    const std::size_t half = static_cast<std::size_t>(n / 2);
-    const double last = n - 1.0;
-    const double betaSquare = shape.beta * shape.beta;
-    std::vector<double> square(half);
-    std::vector<double> squareLow(half);
-    for (std::size_t k = 0; k < half; ++k) {
-        const double scaled = shape.beta * (last - 2.0 * static_cast<double>(k));
-        const double vHigh = head(scaled / last);
-        const double vLow = (scaled - vHigh * last) / last;
+/// The squares of I0's arguments beta sqrt(1 - r^2), r = (last - 2k) / last, as square[k] + squareLow[k]. Of v = beta
+/// r, vHigh has an exact square and an exact product with last, so that vLow is v - vHigh to full precision.
+RT305_4_VECTOR_CLONES void kaiserArguments(double beta, double last, int count, double* square, double* squareLow) {
+    const double betaSquare = beta * beta;
+    const double perLast = 1.0 / last;
+    for (int k = 0; k < count; ++k) {
+        const double scaled = beta * (last - 2.0 * k);
+        const double vHigh = head(scaled * perLast);
+        const double vLow = (scaled - vHigh * last) * perLast;
         const double difference = betaSquare - vHigh * vHigh;
         const double remainder = (betaSquare - difference) - vHigh * vHigh - vLow * (2.0 * vHigh + vLow);
         square[k] = difference + remainder;
         squareLow[k] = (difference - square[k]) + remainder;
     }
-    besseliOfSquare(square, squareLow, w.data());
-    for (std::size_t k = 0; k < half; ++k) {
-        w.data()[k] /= shape.i0OfBeta;
+}
+
+void kaiserWindow(double length, const KaiserShape& shape, column& w) {
+    const int n = prepare(length, w);
+    if (n < 2) {
+        return;
     }
-    w[n / 2] = 1.0;
+    const int half = n / 2;
+    std::vector<double> square(static_cast<std::size_t>(half));
+    std::vector<double> squareLow(square.size());
+    kaiserArguments(shape.beta, n - 1.0, half, square.data(), squareLow.data());
+    besseliOfSquare(square, squareLow, w.data());
+    std::for_each_n(w.begin(), half, [&](double& value) { value /= shape.i0OfBeta; });
+    w[half] = 1.0;
     mirror(w.data(), n);
 }
 

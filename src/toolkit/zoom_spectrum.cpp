@@ -7,6 +7,7 @@
 #include <new>
 #include <numeric>
 
+#include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
 #include "toolkit/special_functions.h"
 #include "toolkit/vector_clones.h"
@@ -17,82 +18,61 @@ namespace {
 constexpr int taps = 18;
 constexpr int reach = taps / 2;
 constexpr std::size_t margin = reach - 1;  // values of the transform below DC
-constexpr std::size_t lanes = 8;
+constexpr std::size_t lanes = 8;           // bins that are made side by side
+constexpr std::size_t blocks = 2;          // of so many
+constexpr std::size_t width = taps + 3;    // values that so many bins are made from, at most
 
 // Half the kernel's bandwidth: just inside 3/4 of pi * taps, where the first alias begins. Values around e^42 follow
 // from it, so arguments rounded to doubles would cost 42 units in the last place.
 constexpr long double beta = 0.997L * 0.75L * piL * taps;
 
-/// Fourier transform of the kernel for samples at v (n/2)^2 square distance from the row's middle, 0 <= v <= 1.
-long double kernelTransform(long double v) {
-    const long double edge = piL * taps / 4;
-    const long double s = std::sqrt(beta * beta - edge * edge * v);
-    return taps * std::sinh(s) / s;
+// The kernel's Fourier transform for samples at v (n/2)^2 square distance from the row's middle, 0 <= v <= 1, is taps *
+// sinh(s) / s with s^2 = beta^2 - edge^2 v: a power series in s^2.
+constexpr long double edge = piL * taps / 4;
+constexpr int sinhTerms = 100;
+constexpr auto sinhRatio = [](int k) { return 1.0L / (2 * k) / (2 * k + 1); };
+constexpr long double sinhAtEdge = seriesAround<1>(beta * beta - edge * edge, 0.0L, sinhTerms, sinhRatio)[0];
+
+/// What samples are multiplied with: 1 over the kernel's transform, scaled to 1 at v = 1, in powers of 2 v - 1. The
+/// nearest pole lies near v = 9, 17 times as far from the series' middle as its ends; the terms left out are below
+/// 1e-17.
+constexpr auto sampleWeightSeries = [] {
+    constexpr std::size_t terms = 24;
+    const auto transform =
+        seriesAround<terms>(beta * beta - edge * edge / 2.0L, -edge * edge / 2.0L, sinhTerms, sinhRatio);
+    std::array<long double, terms> inverse{sinhAtEdge / transform[0]};
+    for (std::size_t m = 1; m < terms; ++m) {
+        for (std::size_t i = 1; i <= m; ++i) {
+            inverse[m] -= transform[i] * inverse[m - i] / transform[0];
+        }
+    }
+    return rounded(inverse);
+}();
+
+RT305_4_VECTOR_CLONES void multiplyBySampleWeights(double* x, int n) {
+    const int middle = n / 2;
+    const double perLength = 2.0 / n;
+    for (int t = 0; t < n; ++t) {
+        const double distance = perLength * (t - middle);
+        x[t] *= polynomial(sampleWeightSeries, 2.0 * distance * distance - 1.0);
+    }
 }
 
-/// What samples at v (n/2)^2 square distance from the row's middle are multiplied with: 1 over the kernel's transform,
-/// scaled to 1 at v = 1. By a Chebyshev series in v: the exact function stays below 1e16 up to its nearest pole near
-/// v = 9, so that 22 terms leave less than 1e-17 (L. N. Trefethen, Approximation Theory and Approximation Practice,
-/// theorem 8.2).
-class SampleWeight {
-public:
-    SampleWeight() {
-        const long double scale = kernelTransform(1.0L);
-        std::array<long double, terms> values{};
-        for (std::size_t i = 0; i < terms; ++i) {
-            values[i] = scale / kernelTransform((1.0L + nodeCosine(1, i)) / 2.0L);
-        }
-        for (std::size_t m = 0; m < terms; ++m) {
-            long double sum = 0.0L;
-            for (std::size_t i = 0; i < terms; ++i) {
-                sum += values[i] * nodeCosine(m, i);
-            }
-            coefficients_[m] = static_cast<double>(sum * (m == 0 ? 1.0L : 2.0L) / terms);
-        }
+/// Kernel weights of the values around a bin at a fraction of the way from one value to the next, scaled like the
+/// samples' weights. The kernel ends with a step; a value that stands right on it has no weight.
+std::array<double, taps> kernelAt(long double fraction) {
+    std::array<double, taps> square{};
+    std::array<double, taps> squareLow{};
+    for (std::size_t j = 0; j < taps; ++j) {
+        const long double ratio = (fraction + (reach - 1) - static_cast<long double>(j)) / reach;
+        const long double exact = beta * beta * (1.0L - ratio) * (1.0L + ratio);
+        square[j] = static_cast<double>(exact);
+        squareLow[j] = static_cast<double>(exact - static_cast<long double>(square[j]));
     }
-
-    double operator()(double v) const {
-        const double y = 2.0 * v - 1.0;
-        double here = 0.0;
-        double next = 0.0;
-        for (std::size_t m = terms - 1; m > 0; --m) {
-            const double before = coefficients_[m] + 2.0 * y * here - next;
-            next = here;
-            here = before;
-        }
-        return coefficients_[0] + y * here - next;
-    }
-
-private:
-    static constexpr std::size_t terms = 22;
-
-    /// T_m at the i-th node.
-    static long double nodeCosine(std::size_t m, std::size_t i) {
-        return std::cos(piL * static_cast<long double>(m * (2 * i + 1)) / (2 * terms));
-    }
-
-    std::array<double, terms> coefficients_{};
-};
-
-/// Kernel weights of the values around a bin, `taps` for each of the phases, scaled like the samples' weights. The
-/// kernel ends with a step; a value that stands right on it has no weight.
-std::vector<double> kernelOf(int phases) {
-    std::vector<double> square;
-    std::vector<double> squareLow;
-    for (int phase = 0; phase < phases; ++phase) {
-        for (int j = 0; j < taps; ++j) {
-            const long double u = static_cast<long double>(phase) / phases - (j - reach + 1);
-            const long double ratio = u / reach;
-            const long double exact = beta * beta * (1.0L - ratio) * (1.0L + ratio);
-            square.push_back(static_cast<double>(exact));
-            squareLow.push_back(static_cast<double>(exact - static_cast<long double>(square.back())));
-        }
-    }
-    std::vector<double> kernel(square.size());
+    std::array<double, taps> kernel{};
     besseliOfSquare(square, squareLow, kernel.data());
-    const auto scale = static_cast<double>(kernelTransform(1.0L));
-    for (std::size_t i = 0; i < kernel.size(); ++i) {
-        kernel[i] = square[i] > 0.0 ? kernel[i] / scale : 0.0;
+    for (std::size_t j = 0; j < taps; ++j) {
+        kernel[j] = square[j] > 0.0 ? kernel[j] / static_cast<double>(taps * sinhAtEdge) : 0.0;
     }
     return kernel;
 }
@@ -105,31 +85,72 @@ int checkedLength(int n, int factor) {
     return static_cast<int>(length);
 }
 
-/// rt_hypotd_snf without branches, for finite parts.
-inline double magnitude(double re, double im) {
-    const double a = std::fabs(re);
-    const double b = std::fabs(im);
-    const double large = a > b ? a : b;
-    const double small = a > b ? b : a;
-    const double ratio = small / (large == 0.0 ? 1.0 : large);
-    return large * std::sqrt(ratio * ratio + 1.0);
+/// The largest of |x[i]|, NaN skipped; 0 when there is none.
+RT305_4_VECTOR_CLONES double largestMagnitude(const double* x, std::size_t n) {
+    double largest[4 * lanes] = {};
+    const auto see = [&](std::size_t lane, double value) {
+        const double a = std::fabs(value);
+        largest[lane] = a > largest[lane] ? a : largest[lane];
+    };
+    std::size_t i = 0;
+    for (; i + 4 * lanes <= n; i += 4 * lanes) {
+        for (std::size_t lane = 0; lane < 4 * lanes; ++lane) {
+            see(lane, x[i + lane]);
+        }
+    }
+    for (; i < n; ++i) {
+        see(0, x[i]);
+    }
+    return *std::max_element(std::begin(largest), std::end(largest));
 }
 
-/// out[q] = |sum over j of kernel[j] (re + i im)[q + j]| for q < count.
-RT305_4_VECTOR_CLONES void filterMagnitudes(const double* re, const double* im, const double* kernel, std::size_t count,
-                                            double* out) {
-    for (std::size_t q = 0; q < count; q += lanes) {
-        double sumRe[lanes] = {};
-        double sumIm[lanes] = {};
-        for (std::size_t j = 0; j < taps; ++j) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                sumRe[lane] += kernel[j] * re[q + j + lane];
-                sumIm[lane] += kernel[j] * im[q + j + lane];
+/// The magnitudes below are plain roots of sums of squares: a row's samples are of the order of 1.
+inline double magnitude(double re, double im) {
+    return std::sqrt(re * re + im * im);
+}
+
+/// out[k] = unit |z[k]| for k < count.
+RT305_4_VECTOR_CLONES void scaledMagnitudes(const creal_T* z, double unit, std::size_t count, double* out) {
+    for (std::size_t k = 0; k < count; ++k) {
+        out[k] = unit * magnitude(z[k].re, z[k].im);
+    }
+}
+
+/// to[lanes block + lane] = unit |sum over j of kernel[j][lane] z[step block + j]|. Several blocks share the kernel's
+/// way into the registers.
+[[gnu::always_inline]] inline void filteredBlocks(const creal_T* z, const double* kernel, double unit, std::size_t step,
+                                                  double* to) {
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        double re[blocks] = {};
+        double im[blocks] = {};
+#pragma GCC unroll 32
+        for (std::size_t j = 0; j < width; ++j) {
+            const double weight = kernel[j * lanes + lane];
+#pragma GCC unroll 4
+            for (std::size_t block = 0; block < blocks; ++block) {
+                re[block] += weight * z[step * block + j].re;
+                im[block] += weight * z[step * block + j].im;
             }
         }
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            out[q + lane] = magnitude(sumRe[lane], sumIm[lane]);
+#pragma GCC unroll 4
+        for (std::size_t block = 0; block < blocks; ++block) {
+            to[lanes * block + lane] = unit * magnitude(re[block], im[block]);
         }
+    }
+}
+
+/// The same on and on, `count` results.
+RT305_4_VECTOR_CLONES void filteredMagnitudes(const creal_T* z, const double* kernel, double unit, std::size_t step,
+                                              std::size_t count, double* out) {
+    constexpr std::size_t atOnce = blocks * lanes;
+    const std::size_t whole = count / atOnce * atOnce;
+    for (std::size_t done = 0; done < whole; done += atOnce, z += blocks * step) {
+        filteredBlocks(z, kernel, unit, step, out + done);
+    }
+    if (whole < count) {
+        double last[atOnce];
+        filteredBlocks(z, kernel, unit, step, last);
+        std::copy_n(last, count - whole, out + whole);
     }
 }
 
@@ -140,120 +161,80 @@ ZoomSpectrum::ZoomSpectrum(int n, int factor, std::span<const double> window)
       phases_(factor / 2),
       bins_(checkedLength(n, factor) / 2 + 1),
       weights_(window.begin(), window.end()),
-      fft_(2 * n) {
-    assert(static_cast<int>(window.size()) == n && (factor == 2 || factor % 4 == 0));
-    const std::size_t length = static_cast<std::size_t>(fft_.bins()) + taps + lanes;
-    re_.resize(length);
-    im_.resize(length);
+      fft_(2 * n),
+      circle_(2 * static_cast<std::size_t>(n)),
+      spectrum_(static_cast<std::size_t>(n) + blocks * width) {
+    assert(static_cast<int>(window.size()) == n && (factor == 2 || factor == 4 || factor == 16));
     if (phases_ == 1) {
         return;
     }
-    // The largest sample weight is 1, so that nothing overflows while the bins stay below half the largest double.
-    const SampleWeight weight;
-    const int middle = n / 2;
-    for (int t = 0; t < n; ++t) {
-        const double distance = 2.0 * (t - middle) / n;
-        weights_[static_cast<std::size_t>(t)] *= weight(distance * distance);
-    }
-    kernel_ = kernelOf(phases_);
-    for (auto first = kernel_.begin(); first != kernel_.end(); first += taps) {
-        kernelSum_ = std::max(kernelSum_, std::accumulate(first, first + taps, 0.0));
+    // The largest sample weight is 1.
+    multiplyBySampleWeights(weights_.data(), n);
+    kernel_.resize(width * lanes);
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        const auto phases = static_cast<std::size_t>(phases_);
+        const std::array kernel = kernelAt(static_cast<long double>(lane % phases) / phases_);
+        for (std::size_t j = 0; j < taps; ++j) {
+            kernel_[(j + lane / phases) * lanes + lane] = kernel[j];
+        }
+        kernelSum_ = std::max(kernelSum_, std::accumulate(kernel.begin(), kernel.end(), 0.0));
     }
 }
 
 void ZoomSpectrum::load(samples x) {
     assert(static_cast<int>(x.size()) == n_);
-    const auto n = static_cast<std::size_t>(n_);
+    const double largest = largestMagnitude(x.data(), x.size());
+    const int exponent = largest > 0.0 && std::isfinite(largest) ? std::clamp(std::ilogb(largest), -1000, 1000) : 0;
+    const double perUnit = std::ldexp(1.0, -exponent);
+    unit_ = std::ldexp(1.0, exponent);
     // The kernel is even about the row's middle, which therefore stands at index 0 of the transformed circle.
-    const std::size_t middle = phases_ == 1 ? 0 : n / 2;
-    std::vector<double> circle(2 * n, 0.0);
-    const auto weighted = [](double sample, double weight) { return sample * weight; };
-    const auto at = [](auto begin, std::size_t i) { return begin + static_cast<std::ptrdiff_t>(i); };
-    std::transform(x.begin(), at(x.begin(), middle), weights_.begin(), at(circle.begin(), 2 * n - middle), weighted);
-    std::transform(at(x.begin(), middle), x.end(), at(weights_.begin(), middle), circle.begin(), weighted);
-    std::vector<creal_T> half(n + 1);
-    fft_.forward(circle, half.data());
-
-    for (std::size_t k = 0; k <= n; ++k) {
-        re_[k + margin] = half[k].re;
-        im_[k + margin] = half[k].im;
-    }
+    const int middle = phases_ == 1 ? 0 : n_ / 2;
+    const auto weighted = [perUnit](double sample, double weight) { return sample * perUnit * weight; };
+    std::transform(x.begin(), x.begin() + middle, weights_.begin(), circle_.end() - middle, weighted);
+    std::transform(x.begin() + middle, x.end(), weights_.begin() + middle, circle_.begin(), weighted);
+    creal_T* const half = spectrum_.data() + margin;
+    fft_.forward(circle_, half);
     // A real row's transform goes on by symmetry below 0 and above half the rate, with period 2n.
-    const auto continueTo = [&](std::size_t i) {
-        const std::ptrdiff_t period = 2 * static_cast<std::ptrdiff_t>(n_);
-        const std::ptrdiff_t k = (static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(margin)) % period;
-        const std::ptrdiff_t wrapped = k < 0 ? k + period : k;
-        const bool mirrored = wrapped > n_;
-        const creal_T value = half[static_cast<std::size_t>(mirrored ? period - wrapped : wrapped)];
-        re_[i] = value.re;
-        im_[i] = mirrored ? -value.im : value.im;
+    const auto continued = [&](int k) {
+        const int wrapped = (k % (2 * n_) + 2 * n_) % (2 * n_);
+        const creal_T mirrored = half[2 * n_ - std::max(wrapped, n_)];
+        return wrapped > n_ ? creal_T{mirrored.re, -mirrored.im} : half[wrapped];
     };
-    for (std::size_t i = 0; i < margin; ++i) {
-        continueTo(i);
-    }
-    for (std::size_t i = margin + n + 1; i < re_.size(); ++i) {
-        continueTo(i);
+    for (int k = 1; k <= reach; ++k) {
+        half[n_ + k] = continued(n_ + k);
+        if (k < reach) {
+            half[-k] = continued(-k);
+        }
     }
 }
 
 void ZoomSpectrum::magnitudes(int count, double* out) const {
     assert(count <= bins_);
-    if (phases_ == 1) {
-        for (int k = 0; k < count; ++k) {
-            const std::size_t at = static_cast<std::size_t>(k) + margin;
-            out[k] = magnitude(re_[at], im_[at]);
-        }
-        return;
-    }
-    interpolate(0, count, out);
+    magnitudesFrom(0, count, out);
 }
 
-void ZoomSpectrum::interpolate(int from, int count, double* out) const {
-    assert(from % phases_ == 0);
-    constexpr std::size_t stretch = 512;  // values of the transform per round: what is filtered stays in the cache
-    double filtered[stretch + lanes];
-    const auto first = static_cast<std::size_t>(from / phases_);
-    const auto phases = static_cast<std::size_t>(phases_);
+void ZoomSpectrum::magnitudesFrom(int bin, int count, double* out) const {
+    const creal_T* const first = spectrum_.data() + bin / phases_;
     const auto total = static_cast<std::size_t>(count);
-    for (std::size_t done = 0; done * phases < total; done += stretch) {
-        for (std::size_t phase = 0; phase < phases && done * phases + phase < total; ++phase) {
-            const std::size_t wanted = std::min(stretch, (total - done * phases - phase + phases - 1) / phases);
-            const std::size_t at = first + done;
-            filterMagnitudes(re_.data() + at, im_.data() + at, kernel_.data() + phase * taps, wanted, filtered);
-            for (std::size_t q = 0; q < wanted; ++q) {
-                out[(done + q) * phases + phase] = filtered[q];
-            }
-        }
+    if (phases_ == 1) {
+        scaledMagnitudes(first + margin, unit_, total, out);
+    } else {
+        filteredMagnitudes(first, kernel_.data(), unit_, lanes / static_cast<std::size_t>(phases_), total, out);
     }
 }
 
-double ZoomSpectrum::largestFrom(int from, double atLeast) const {
-    const auto first = static_cast<std::size_t>(from / phases_);
+double ZoomSpectrum::largest(samples known) const {
+    const double largestKnown = largestMagnitude(known.data(), known.size());
     // Each bin is a weighted mean of values up to `reach` away: none exceeds the largest of these, whose magnitude is
     // at most sqrt(2) times its larger part, times the sum of the weights.
-    double largestPart = 0.0;
-    for (std::size_t i = first; i < re_.size(); ++i) {
-        const double a = std::fabs(re_[i]);
-        const double b = std::fabs(im_[i]);
-        const double part = a > b ? a : b;
-        largestPart = part > largestPart ? part : largestPart;
+    const int first = static_cast<int>(known.size() / lanes * lanes);
+    const std::span values = std::span(spectrum_).subspan(static_cast<std::size_t>(first / phases_));
+    if (largestMagnitude(&values.data()->re, 2 * values.size()) * 1.4142136 * kernelSum_ * unit_ <= largestKnown) {
+        return largestKnown;
     }
-    if (largestPart * 1.4142136 * kernelSum_ <= atLeast) {
-        return atLeast;
-    }
-    const int start = static_cast<int>(first) * phases_;
-    std::vector<double> rest(static_cast<std::size_t>(bins_ - start));
-    if (phases_ == 1) {
-        std::transform(re_.begin() + start + static_cast<int>(margin), re_.begin() + bins_ + static_cast<int>(margin),
-                       im_.begin() + start + static_cast<int>(margin), rest.begin(), magnitude);
-    } else {
-        interpolate(start, bins_ - start, rest.data());
-    }
-    double largest = atLeast;
-    for (const double value : rest) {
-        largest = value > largest || std::isnan(largest) ? value : largest;
-    }
-    return largest;
+    std::vector<double> rest(static_cast<std::size_t>(bins_ - first));
+    magnitudesFrom(first, bins_ - first, rest.data());
+    return std::max(largestKnown, largestMagnitude(rest.data(), rest.size()));
 }
 
 }  // namespace coder

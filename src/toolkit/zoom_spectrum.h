@@ -19,7 +19,7 @@ namespace coder {
 /// have 2e-15. Made once, it serves any number of rows of n samples, one at a time. NaN in the row makes every bin NaN.
 class ZoomSpectrum {
 public:
-    /// n >= 1 samples, factor 2 or a multiple of 4, window w[n]. Throws std::bad_array_new_length when factor * n bins
+    /// n >= 1 samples, factor 2, 4 or 16, window w[n]. Throws std::bad_array_new_length when factor * n bins
     /// do not fit a 32-bit count.
     ZoomSpectrum(int n, int factor, std::span<const double> window);
 
@@ -32,21 +32,24 @@ public:
     /// |X[k]| for k = 0 ... count-1, count <= bins().
     void magnitudes(int count, double* out) const;
 
-    /// The largest of |X[k]| for k = from ... bins()-1, NaN skipped; just `atLeast` when none is proved to be larger.
-    double largestFrom(int from, double atLeast) const;
+    /// The largest of all |X[k]|, NaN skipped, given the first ones; the others are computed only when they are not
+    /// proved to be smaller. 0 when there is none but NaN.
+    double largest(samples known) const;
 
 private:
-    void interpolate(int from, int count, double* out) const;
+    /// |X[k]| for k = bin ... bin+count-1; bin is a multiple of the number of bins that are made side by side.
+    void magnitudesFrom(int bin, int count, double* out) const;
 
     int n_;
     int phases_;  // bins per value of the transform that they are made from
     int bins_;
     std::vector<double> weights_;  // of the samples, window included
-    std::vector<double> kernel_;   // taps weights for each of the phases
-    double kernelSum_ = 1.0;       // bound of sum |kernel| over any phase
+    std::vector<double> kernel_;   // weights of each value in the bins that are made side by side
+    double kernelSum_ = 1.0;       // bound of their sum for any bin
     RealFft fft_;
-    std::vector<double> re_;  // transform of the loaded row, continued by symmetry at both ends
-    std::vector<double> im_;
+    std::vector<double> circle_;     // the weighted row in the order of the transform, zeros in the middle
+    std::vector<creal_T> spectrum_;  // transform of the loaded row, continued by symmetry at both ends
+    double unit_ = 1.0;              // the power of two that the loaded row is taken in, of the size of its samples
 };
 
 }  // namespace coder

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "channel_assignment.h"
 #include "failure.h"
 
 namespace {
@@ -14,7 +15,7 @@ using rt305::Recording;
 /// What reading the text fails with; empty when it does not.
 std::string failureOf(const std::string& text, std::optional<double> rateHz = std::nullopt) {
     try {
-        rt305::assignColumns(readCsv(text, "rec.csv", rateHz));
+        rt305::assignColumns(readCsv(text, "rec.csv", {.rateHz = rateHz}));
     } catch (const rt305::Failure& failure) {
         EXPECT_EQ(failure.code(), rt305::ExitCode::unusableInput);
         return failure.what();
@@ -42,7 +43,26 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
          "mV"},
         {"no time column", "Ua,Ia\n1,2\n", 0.0, {1.0}, ""},
         {"separator at the end of every row", "time,Ua_V\n0,1,\n1,2,\n", 1.0, {1.0, 2.0}, "V"},
-        {"missing samples", "time,Ua\n0,NaN\n1,nan\n", 1.0, {NAN, NAN}, ""},
+        {"missing samples", "time,Ua\n0,NaN\n1,\n2,4\n3,-\n4,n/a\n", 1.0, {NAN, NAN, 4.0, NAN, NAN}, ""},
+        {"preamble, names, units",
+         "Device;Logger\nSerial;12\nChannels;6\n\nt;Ua;Ia\nms;kV;A\n0;1,5;2\n1;2;3\n2;3;4\n3;3;4\n",
+         1000.0,
+         {1.5, 2.0, 3.0, 3.0},
+         "kV"},
+        {"names in a comment", "# logger\n# time,Ua (V)\n0,1\n0.5,2\n", 2.0, {1.0, 2.0}, "V"},
+        {"blanks between", "time   Ua\n0.0    1.5\n0.25   -2\n", 4.0, {1.5, -2.0}, ""},
+        {"phases, not units", "time,U_A,U_B\n0,1,2\n1,2,3\n", 1.0, {1.0, 2.0}, ""},
+        {"no names, time advances", "0.00,5\n0.02,6\n0.04,7\n0.06,9\n", 50.0, {5.0, 6.0, 7.0, 9.0}, ""},
+        {"no names, rows are numbered", "0,5\n1,6\n2,7\n", 0.0, {0.0, 1.0, 2.0}, ""},
+        {"rate above the rows", "Sample rate: 12.8 kHz\nUa,Ub\n1,2\n3,4\n", 12800.0, {1.0, 3.0}, ""},
+        {"interval above the rows", "Sampling interval [us];100\nUa;Ub\n1;2\n3;4\n", 10000.0, {1.0, 3.0}, ""},
+        {"settings beside the samples",
+         "Record Length,4,,0.0,1.0\nSample Interval,2e-1,,0.2,2.0\nUnits,V,,0.4,3.0\n,,,0.6,2.0\n,,,0.8,1.0\n",
+         5.0,
+         {1.0, 2.0, 3.0, 2.0, 1.0},
+         ""},
+        {"dates with the day first", "time,Ua\n31.12.2020 23:59:59.5,1\n01.01.2021 00:00:00,2\n", 2.0, {1.0, 2.0}, ""},
+        {"a late stamp is no gap", "time,Ua\n0,1\n1,1\n2.7,1\n3,1\n4,1\n", 1.0, {1.0, 1.0, 1.0, 1.0, 1.0}, ""},
         {"date and time over midnight and a leap day",
          "Time_UTC,Ua\n2020-02-29 23:59:59.9999,1\n2020-03-01T00:00:00Z,2\n",
          10000.0,
@@ -57,7 +77,7 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const Recording recording = readCsv(c.text, "rec.csv");
-        EXPECT_NEAR(recording.rateHz, c.rateHz, 1e-9 * c.rateHz);
+        EXPECT_NEAR(recording.segments.empty() ? 0.0 : recording.segments[0].rateHz, c.rateHz, 1e-9 * c.rateHz);
         EXPECT_EQ(recording.length, c.firstColumn.size());
         ASSERT_FALSE(recording.columns.empty());
         EXPECT_EQ(recording.columns[0].unit, c.firstUnit);
@@ -72,14 +92,14 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
 
 TEST(CsvReader, SaysWhereItFails) {
     const std::pair<std::string, std::string> cases[] = {
-        {"", "rec.csv: there is no line that names the columns"},
-        {"# only a comment\n", "rec.csv: there is no line that names the columns"},
-        {"time,Ua\n", "rec.csv: there is no row of samples below the column names"},
-        {"1,2\n3,4\n", "rec.csv:1: this line must name the columns, but it holds numbers"},
-        {"# c\nUa,Ub\n1,2\n\n1,2,3\n", "rec.csv:5: 3 cells, but 2 columns are named"},
+        {"", "rec.csv: there is no row of samples"},
+        {"# only a comment\n", "rec.csv: there is no row of samples"},
+        {"time,Ua\n", "rec.csv: there is no row of samples"},
+        {"# c\nUa,Ub\n1,2\n\n1,2,3\n1,2\n", "rec.csv:5: 3 cells, but the rows have 2"},
+        {"Ua,Ub\n1,2\n1,2\n7\n1,2\n", "rec.csv:4: 1 cells, but the rows have 2"},
         {"Ua;Ub\n1;2\n1;12,x\n", "rec.csv:3: column \"Ub\": \"12,x\" is not a number"},
         {"Ua;Ub\n1.234,5;2\n", "rec.csv:2: column \"Ua\": \"1.234,5\" is not a number"},
-        {"Ua,Ub\n1,\n", "rec.csv:2: column \"Ub\": the cell is empty; a missing sample is written NaN"},
+        {"Ua,Ub\n1,\n2,NaN\n", "rec.csv: column \"Ub\": all samples are missing"},
         {"Ua,Ub\n1,inf\n", "rec.csv:2: column \"Ub\": \"inf\" is not a number"},
         {"Ua,Ub\n1,1e999\n", "rec.csv:2: column \"Ub\": \"1e999\" is not a number"},
         {"Ua,Ub\n1,+-2\n", "rec.csv:2: column \"Ub\": \"+-2\" is not a number"},
@@ -99,20 +119,54 @@ TEST(CsvReader, SaysWhereItFails) {
     EXPECT_EQ(failureOf("time,Ua,note\nsoon,1,ok\n", 50.0), "") << "neither time nor note is needed";
 }
 
-TEST(CsvReader, WarnsOfGapsInTime) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"time,Ua\n0,1\n1,1\n2.4,1\n3.4,1\n", ""},
-        {"time,Ua\n0,1\n1,1\n4,1\n5,1\n",
-         "rec.csv:4: the time step before this row is 3 s, usually it is 1 s (1 such steps in all); the samples are "
-         "taken as evenly spaced"},
-        {"time,Ua\n0,1\n1,1\n0.5,1\n1.5,1\n2.5,1\n2.5,1\n",
-         "rec.csv:4: the time step before this row is -0.5 s, usually it is 1 s (2 such steps in all); the samples are "
-         "taken as evenly spaced"},
+TEST(CsvReader, TimeThatJumpsBeginsASegment) {
+    struct Case {
+        const char* times;
+        std::vector<std::size_t> segments;  // lengths
+        std::string warning;
     };
-    for (const auto& [text, warning] : cases) {
-        const auto warnings = readCsv(text, "rec.csv").warnings;
-        EXPECT_EQ(warnings, warning.empty() ? std::vector<std::string>{} : std::vector{warning});
+    const Case cases[] = {
+        {"0 1 2.4 3.4", {4}, ""},
+        {"0 1 4 5 6",
+         {2, 3},
+         "rec.csv:4: the time step before this row is 3 s, usually it is 1 s (1 such steps in all)"},
+        {"0 1 2 1 2 3 4",
+         {3, 4},
+         "rec.csv:5: the time step before this row is -1 s, usually it is 1 s (1 such steps in all)"},
+        {"0 1 0.5 1.5 2.5 2.5",
+         {6},
+         "rec.csv: column \"time\" advances unevenly; the samples are taken as evenly spaced"},
+        {"0 0 0 3 3 3 6", {7}, "rec.csv: column \"time\" advances unevenly; the samples are taken as evenly spaced"},
+    };
+    for (const Case& c : cases) {
+        std::string text = "time,Ua\n";
+        for (const char* time = c.times; *time != '\0'; ++time) {
+            text += *time == ' ' ? ",1\n" : std::string(1, *time);
+        }
+        const Recording recording = readCsv(text + ",1\n", "rec.csv");
+        std::vector<std::size_t> lengths;
+        for (const rt305::Segment& segment : recording.segments) {
+            lengths.push_back(segment.count);
+            EXPECT_NEAR(segment.rateHz, recording.warnings.empty() || lengths.size() > 1 ? 1.0 : segment.rateHz, 0.2);
+        }
+        EXPECT_EQ(lengths, c.segments) << c.times;
+        EXPECT_EQ(recording.warnings, c.warning.empty() ? std::vector<std::string>{} : std::vector{c.warning});
     }
+}
+
+TEST(CsvReader, AShortLastRowIsLeftOut) {
+    const Recording recording = readCsv("time,Ua\n0,1\n1,2\n2\n", "rec.csv");
+    EXPECT_EQ(recording.length, 2U);
+    EXPECT_EQ(recording.warnings,
+              std::vector<std::string>{"rec.csv:4: 1 cells, but the rows have 2; this last row is left out"});
+}
+
+TEST(CsvReader, TheUserNamesTheColumns) {
+    const Recording recording = readCsv("0,1,2\n0.5,3,4\n", "rec.csv", {.columns = {"t(s)", "Ua (kV)", "Ia"}});
+    ASSERT_EQ(recording.columns.size(), 2U);
+    EXPECT_EQ(recording.columns[0].name + recording.columns[0].unit, "UakV");
+    EXPECT_EQ(recording.segments[0].rateHz, 2.0);
+    EXPECT_THROW(readCsv("0,1,2\n", "rec.csv", {.columns = {"a"}}), rt305::Failure);
 }
 
 TEST(CsvReader, FindsTheColumnsOfTheChannels) {
@@ -127,6 +181,11 @@ TEST(CsvReader, FindsTheColumnsOfTheChannels) {
         {"V1 [V],V2 [V],V3 [V],I1 [A],I2 [A],I3 [A]", "", {0, 1, 2, 3, 4, 5}},
         {"Valve,Uac,Iab,x", "", {-1, -1, -1, -1, -1, -1}},
         {"left,Right (kV),Ua,Ub", "ua=RIGHT, Ub=1,Ic=4", {1, 0, -1, -1, -1, 3}},
+        {"LV IR,LV IS,LV IT,HV VR,HV VS,HV VT,VN", "", {3, 4, 5, 0, 1, 2}},
+        {"UL1,UL2,UL3,I_L1,IL2,IL3", "", {0, 1, 2, -1, 4, 5}},
+        {"Voltage A,Voltage B,Voltage C,Current L1", "", {0, 1, 2, 3, -1, -1}},
+        {"bus1 Ua,bus1 Ub,bus2 Ua,bus2 Ub,bus2 Uc,Ia7", "", {2, 3, 4, 5, -1, -1}},
+        {"Ua (W),Ub (deg),Va (A),VA MAG,Uc", "", {-1, -1, 4, -1, -1, -1}},
     };
     for (const Case& c : cases) {
         const std::size_t commas = static_cast<std::size_t>(std::count(c.names.begin(), c.names.end(), ','));
@@ -134,8 +193,9 @@ TEST(CsvReader, FindsTheColumnsOfTheChannels) {
         for (std::size_t i = 0; i < commas; ++i) {
             row += ",1";
         }
-        const auto columns = rt305::assignColumns(readCsv(c.names + "\n" + row + "\n", "rec.csv", 1.0),
-                                                  rt305::parseColumnMap("--map", c.map));
+        const auto columns = rt305::assignColumns(readCsv(c.names + "\n" + row + "\n", "rec.csv", {.rateHz = 1.0}),
+                                                  rt305::parseColumnMap("--map", c.map))
+                                 .columns;
         for (std::size_t channel = 0; channel < rt305::channelTotal; ++channel) {
             EXPECT_EQ(columns[channel] ? static_cast<int>(*columns[channel]) : -1, c.columns[channel])
                 << c.names << " " << rt305::channelNames[channel];

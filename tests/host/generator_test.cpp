@@ -47,11 +47,12 @@ TEST(Generator, HoldsTheLinesThatWereAskedFor) {
         {3, 1, 5.0, -30.0},    {4, 1, 5.0, -150.0}, {4, 2, 2.5, 145.0},  {5, 1, 5.0, 90.0},
     };
     for (const Line& line : lines) {
-        const auto found = lineOf(recording.columns[line.channel].samples, recording.rateHz, line.order);
+        const auto found = lineOf(recording.columns[line.channel].samples, recording.segments[0].rateHz, line.order);
         EXPECT_NEAR(std::abs(found - std::polar(line.rms, line.degrees / 180.0 * pi)), 0.0, 1e-9)
             << "channel " << line.channel << " order " << line.order;
     }
-    EXPECT_NEAR(lineOf(recording.columns[5].samples, recording.rateHz, 0).imag() / std::sqrt(2.0), 1.25, 1e-9);
+    EXPECT_NEAR(lineOf(recording.columns[5].samples, recording.segments[0].rateHz, 0).imag() / std::sqrt(2.0), 1.25,
+                1e-9);
 }
 
 TEST(Generator, NoiseIsWhiteAndFollowsItsSeed) {
@@ -97,7 +98,7 @@ TEST(Generator, WritesWhatTheReaderReads) {
         std::ostringstream text;
         rt305::writeCsv(written, 7, text);
         const Recording read = rt305::readCsv(text.str(), "rec.csv");
-        EXPECT_NEAR(read.rateHz, rateHz, 1e-5 * rateHz);
+        EXPECT_NEAR(read.segments[0].rateHz, rateHz, 1e-5 * rateHz);
         EXPECT_TRUE(read.warnings.empty());
         ASSERT_EQ(read.columns.size(), written.columns.size());
         for (std::size_t i = 0; i < read.columns.size(); ++i) {
@@ -117,7 +118,7 @@ TEST(Fundamental, IsFoundUnderHarmonicsNoiseAndOffset) {
         settings.noisePercent = 3.0;
         settings.offsets[0] = 500.0;
         const Recording recording = rt305::generate(settings);
-        const auto found = rt305::estimateFundamental(recording.columns[0].samples, recording.rateHz);
+        const auto found = rt305::estimateFundamental(recording.columns[0].samples, recording.segments[0].rateHz);
         ASSERT_TRUE(found.has_value());
         EXPECT_NEAR(*found, frequency, 0.05);
     }

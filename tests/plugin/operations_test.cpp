@@ -14,18 +14,6 @@ using Texts = std::array<std::string, Call::error>;
 
 constexpr std::uint32_t types[]{4, 8, 21, 0};
 
-/// The texts that a call of this type and operation makes.
-std::vector<Call::Text> madeBy(std::uint32_t type, std::uint32_t operation) {
-    std::vector<Call::Text> made{Call::parameters};
-    if (operation != 0 && (type == 4 || type == 21)) {
-        made.push_back(static_cast<Call::Text>(2 * operation - 1));
-    }
-    if (operation != 0 && (type == 8 || type == 21)) {
-        made.push_back(static_cast<Call::Text>(2 * operation));
-    }
-    return made;
-}
-
 /// Three different inputs with different lengths and options.
 void fill(Call& call, std::uint32_t type, std::uint32_t operation, std::size_t input) {
     const std::size_t n = 48 + 16 * input;
@@ -69,7 +57,7 @@ TEST(Operations, EachCallMakesItsOwnTextsAndLeavesAllOthers) {
         Call call;
         fill(call, types[t], operation, input);
         ASSERT_EQ(call.run(), 1);
-        for (const Call::Text text : madeBy(types[t], operation)) {
+        for (const Call::Text text : call.made()) {
             expected[text] = alone[input][t][operation][text];
         }
         ASSERT_EQ(textsOf(call), expected) << "call " << i << ": type " << types[t] << ", operation " << operation;
@@ -143,7 +131,7 @@ TEST(Operations, DistortionTextsHoldTheHarmonicsOfEachPhase) {
         call.request.operation = RT305_4_OPERATION_DISTORTION;
         call.request.options.measurementFlags = RT305_4_SIMULATED_SOURCE_MASK;
         ASSERT_EQ(call.run(), 1);
-        for (const Call::Text text : madeBy(c.type, RT305_4_OPERATION_DISTORTION)) {
+        for (const Call::Text text : call.made()) {
             if (text != Call::parameters) {
                 checkHarmonics(call, text, c);
             }

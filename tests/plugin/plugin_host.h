@@ -15,8 +15,16 @@
 /// The library as a host sees it: opened at run time, reached through its exported names only.
 class Plugin {
 public:
+    explicit Plugin(const char* file) : handle_(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {
+        if (handle_ == nullptr) {
+            throw std::runtime_error(dlerror());
+        }
+        dataProccess_ = symbol<std::int32_t(DataProcessRequest)>("dataProccess");
+    }
+
+    /// The build's own library.
     static const Plugin& instance() {
-        static const Plugin plugin;
+        static const Plugin plugin(RT305_4_LIBRARY_FILE);
         return plugin;
     }
 
@@ -32,18 +40,11 @@ public:
     std::int32_t process(const DataProcessRequest& request) const { return dataProccess_(request); }
 
 private:
-    Plugin() : handle_(dlopen(RT305_4_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL)) {
-        if (handle_ == nullptr) {
-            throw std::runtime_error(dlerror());
-        }
-        dataProccess_ = symbol<std::int32_t(DataProcessRequest)>("dataProccess");
-    }
-
     void* handle_;
     std::int32_t (*dataProccess_)(DataProcessRequest) = nullptr;
 };
 
-/// A request that owns its descriptors, its samples and the places for the answers.
+/// A request that owns its descriptors, the places for the answers and, unless they are viewed, its samples.
 struct Call {
     enum Text { parameters, signalsU, signalsI, spectrumU, spectrumI, distortionU, distortionI, error, textCount };
 
@@ -70,7 +71,13 @@ struct Call {
         descriptors.push_back({kind, phase, nullptr, samples.back().size(), 1.0, 1.0, 0.0});
     }
 
-    std::int32_t run() {
+    /// A channel whose samples somebody else keeps.
+    void view(std::int32_t kind, std::uint32_t phase, const std::vector<double>& x) {
+        samples.emplace_back();
+        descriptors.push_back({kind, phase, x.data(), x.size(), 1.0, 1.0, 0.0});
+    }
+
+    std::int32_t run(const Plugin& plugin = Plugin::instance()) {
         for (std::size_t i = 0; i < descriptors.size(); ++i) {
             if (descriptors[i].samples == nullptr && !samples[i].empty()) {
                 descriptors[i].samples = samples[i].data();
@@ -80,7 +87,21 @@ struct Call {
         if (!countGiven) {
             request.channelCount = static_cast<std::int32_t>(descriptors.size());
         }
-        return Plugin::instance().process(request);
+        return plugin.process(request);
+    }
+
+    /// The texts that a successful call of this type and operation makes; all others are what an earlier call left.
+    std::vector<Text> made() const {
+        std::vector<Text> makes{parameters};
+        const std::uint32_t type = request.inputType;
+        const std::uint32_t operation = request.operation;
+        if (operation != 0 && (type == 4 || type == 21)) {
+            makes.push_back(static_cast<Text>(2 * operation - 1));
+        }
+        if (operation != 0 && (type == 8 || type == 21)) {
+            makes.push_back(static_cast<Text>(2 * operation));
+        }
+        return makes;
     }
 
     static constexpr const char* untouched = "untouched";

@@ -55,6 +55,9 @@ int main(int argc, char** argv) {
         request.inputType = types[call % 4];
         request.operation = static_cast<std::uint32_t>(call / 4 % 4);
         request.options.measurementFlags = static_cast<std::uint32_t>(call / 16 % 8) << 16U | 0x101U;
+        request.options.spectrumFlags = static_cast<std::uint32_t>(call / 128 % 4) << 24U |  // windows
+                                        static_cast<std::uint32_t>(call / 512 % 2) << 28U |  // padding
+                                        static_cast<std::uint32_t>(call / 1024 % 2) << 1U;   // levels
         if (process(request) != 1) {
             std::fprintf(stderr, "call %ld failed: %s\n", call, texts[7]);
             return 1;

@@ -231,4 +231,34 @@ TEST(TableJson, WritesEveryCellType) {
     }
 }
 
+TEST(TableJson, TextAndValueAgreeOnEveryByteAndNumber) {
+    std::string everyByte;
+    for (int c = 0; c < 256; ++c) {
+        everyByte += static_cast<char>(c);
+    }
+    const std::string ascii = everyByte.substr(0, 128);
+    const std::vector<double> extremes{std::nan(""), -std::nan(""), HUGE_VAL,     -HUGE_VAL, 0.0,    -0.0,
+                                       5e-324,       1e-310,        2.3e-308,     1e300,     0.0001, 1e-5,
+                                       1e15,         1e16,          -123456.7891, 1.0 / 3.0};
+    std::vector<double> row(1000);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        row[i] = std::sin(static_cast<double>(i)) * std::pow(10.0, static_cast<double>(i % 40) - 20.0);
+    }
+    std::vector<double> almost = row;
+    almost.back() += 1.0;
+    Schemed table({{ascii, Type::text}, {"a", Type::floatingVector}, {"\u00B5 \U0001F50C", Type::floatingVector}});
+    fillGrid(table, 3, 6);
+    for (std::uint64_t r = 0; r < 6; ++r) {
+        table.setCell(0, r, text(everyByte));
+    }
+    // Rows equal to the last or last but one are copied; equal in number but not in bytes, or in a part, is not enough.
+    std::uint64_t place = 0;
+    for (const std::vector<double>& values :
+         {row, extremes, row, almost, row, {}, {}, {0.0}, {-0.0}, {0.0, 0.0}, extremes, extremes}) {
+        table.setCell(1 + place % 2, place / 2, MatlabCell(values));
+        ++place;
+    }
+    EXPECT_EQ(nlohmann::json::parse(document(table))["N"][2]["a"].get<std::vector<double>>(), row);
+}
+
 }  // namespace

@@ -49,7 +49,7 @@ TEST(Peaks, StandWhereTheRowRisesAndFalls) {
         {"signed zeros are equal", {-1, -0.0, 0.0, -1}, {2}},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(positions(coder::peaksAbove(c.y, rtMinusInf), c.y), c.expected) << c.what;
+        EXPECT_EQ(positions(coder::peaksByCriterion(c.y, rtMinusInf, 99), c.y), c.expected) << c.what;
     }
 }
 

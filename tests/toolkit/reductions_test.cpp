@@ -105,6 +105,12 @@ TEST(Reductions, ColonIsFilledFromBothEnds) {
         row y;
         coder::eml_float_colon(c.a, c.d, c.b, y);
         EXPECT_EQ(std::vector<double>(y.begin(), y.end()), c.y) << c.a << ":" << c.d << ":" << c.b;
+        for (int most = 1; most <= y.numel(); ++most) {
+            row start;
+            coder::eml_float_colon(c.a, c.d, c.b, start, most);
+            EXPECT_EQ(std::vector<double>(start.begin(), start.end()),
+                      std::vector<double>(c.y.begin(), c.y.begin() + most));
+        }
         if (c.d == 1.0) {
             coder::eml_float_colon(c.a, c.b, y);
             EXPECT_EQ(std::vector<double>(y.begin(), y.end()), c.y);

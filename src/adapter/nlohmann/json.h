@@ -2,7 +2,7 @@
 #define RT305_4_ADAPTER_NLOHMANN_JSON_H
 
 // The only place in the library that includes the JSON library.
-#include <cmath>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -11,23 +11,22 @@ inline std::string compactText(const nlohmann::json& value) {
     return value.dump(-1, ' ', false);
 }
 
-/// Appends the text of one value as compactText gives it. For numbers that is the library's own formatter, called
-/// without a value in between; non-finite ones are null.
-inline void appendJson(std::string& out, double value) {
-    if (!std::isfinite(value)) {
-        out += "null";
+/// Appends a string as compactText gives it. Printable ASCII without quotes and backslashes stands for itself.
+inline void appendJson(std::string& out, const std::string& text) {
+    const auto plain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
+    if (!std::all_of(text.begin(), text.end(), plain)) {
+        out += compactText(text);
         return;
     }
-    char digits[64];
-    const char* const end = nlohmann::detail::to_chars(digits, digits + sizeof digits, value);
-    out.append(digits, static_cast<std::size_t>(end - digits));
+    out += '"';
+    out += text;
+    out += '"';
 }
 
-inline void appendJson(std::string& out, const std::string& text) {
-    out += compactText(text);
+/// Writes a finite number as compactText gives it, at most 24 characters, and returns its end: the library's formatter,
+/// called without a value in between.
+inline char* libraryNumber(char* out, double value) {
+    return nlohmann::detail::to_chars(out, out + 24, value);
 }
-
-/// The longest text of a double.
-inline constexpr std::size_t longestJsonDouble = 24;
 
 #endif

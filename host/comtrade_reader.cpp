@@ -1,0 +1,315 @@
+#include "comtrade_reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "failure.h"
+#include "lines.h"
+#include "spacing.h"
+#include "text.h"
+#include "text_encoding.h"
+#include "units.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+/// The rows of a record as its data hold them.
+struct Rows {
+    std::vector<std::vector<double>> raw;  // by channel; NaN: missing
+    std::vector<double> stamps;            // NaN: none
+    std::vector<std::string> warnings;
+
+    std::size_t length() const { return stamps.size(); }
+};
+
+/// A little-endian number in data that may stand anywhere.
+template <class T>
+T numberAt(std::string_view bytes, std::size_t at) {
+    std::conditional_t<sizeof(T) == 2, std::uint16_t, std::uint32_t> bits = 0;
+    for (std::size_t i = sizeof(T); i-- > 0;) {
+        bits = static_cast<decltype(bits)>(bits << 8 | static_cast<unsigned char>(bytes[at + i]));
+    }
+    T number;
+    std::memcpy(&number, &bits, sizeof(T));
+    return number;
+}
+
+template <class T>
+double sampleAt(std::string_view bytes, std::size_t at) {
+    const T number = numberAt<T>(bytes, at);
+    return number == std::numeric_limits<T>::lowest() || number != number ? nan : static_cast<double>(number);
+}
+
+struct BinaryForm {
+    std::size_t sampleSize;
+    double (*sampleAt)(std::string_view, std::size_t);
+};
+
+BinaryForm binaryFormOf(SampleForm form) {
+    switch (form) {
+        case SampleForm::binary32:
+            return {4, sampleAt<std::int32_t>};
+        case SampleForm::float32:
+            return {4, sampleAt<float>};
+        default:
+            return {2, sampleAt<std::int16_t>};
+    }
+}
+
+/// Records of number, stamp, samples and status words.
+Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& configuration, SampleForm form) {
+    constexpr std::size_t headSize = 8;
+    const auto [sampleSize, sampleAt] = binaryFormOf(form);
+    const std::size_t channels = configuration.analog.size();
+    const std::size_t recordSize = headSize + sampleSize * channels + 2 * ((configuration.statusTotal + 15) / 16);
+    const std::size_t length = parts.data.size() / recordSize;
+    if (length == 0) {
+        failInput(parts.dataName + ": holds " + std::to_string(parts.data.size()) + " bytes, but one record of " +
+                  std::string(nameOf(form)) + " samples takes " + std::to_string(recordSize));
+    }
+    Rows rows{std::vector<std::vector<double>>(channels, std::vector<double>(length)), std::vector<double>(length), {}};
+    for (std::size_t k = 0; k < length; ++k) {
+        const std::size_t at = k * recordSize;
+        const auto stamp = numberAt<std::uint32_t>(parts.data, at + 4);
+        rows.stamps[k] = stamp == std::numeric_limits<std::uint32_t>::max() ? nan : stamp;
+        for (std::size_t i = 0; i < channels; ++i) {
+            rows.raw[i][k] = sampleAt(parts.data, at + headSize + sampleSize * i);
+        }
+    }
+    if (const std::size_t rest = parts.data.size() % recordSize; rest != 0) {
+        rows.warnings.push_back(parts.dataName + ": byte " + std::to_string(length * recordSize) + ": the last " +
+                                std::to_string(rest) + " bytes are no whole record of " + std::to_string(recordSize) +
+                                " bytes and are left out");
+    }
+    return rows;
+}
+
+/// Lines of number, stamp, samples and status values.
+Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& configuration) {
+    constexpr std::size_t headFields = 2;
+    const std::size_t channels = configuration.analog.size();
+    const std::size_t expected = headFields + channels + configuration.statusTotal;
+    Rows rows;
+    rows.raw.resize(channels);
+    bool told = false;
+    for (Lines lines(parts.data); lines.nextWithText();) {
+        const auto fields = split(lines.line(), ',');
+        const std::string here = parts.dataName + ":" + std::to_string(lines.number()) + ": ";
+        const std::string counts =
+            std::to_string(fields.size()) + " fields, but the configuration announces " + std::to_string(expected);
+        if (fields.size() < headFields + channels) {
+            if (!lines.areAllRead()) {
+                failInput(here + counts);
+            }
+            rows.warnings.push_back(here + counts + "; this last line is left out");
+            break;
+        }
+        if (fields.size() != expected && !(fields.size() == expected + 1 && fields.back().empty()) && !told) {
+            rows.warnings.push_back(here + counts);
+            told = true;
+        }
+        rows.stamps.push_back(fields[1].empty() ? nan : parseNumber(fields[1]).value_or(nan));
+        for (std::size_t i = 0; i < channels; ++i) {
+            const std::string_view field = fields[headFields + i];
+            const auto value = field.empty() || field == "99999" ? nan : parseNumber(field);
+            if (!value) {
+                failInput(here + "field " + std::to_string(headFields + i + 1) + ", " + inQuotes(field) +
+                          ", is not a number");
+            }
+            rows.raw[i].push_back(*value);
+        }
+    }
+    if (rows.length() == 0) {
+        failInput(parts.dataName + ": there is no line of samples");
+    }
+    return rows;
+}
+
+/// The steps between stamps, which wrap at 32 bits.
+std::vector<double> stepsOf(const std::vector<double>& stamps) {
+    std::vector<double> steps(stamps.size() - 1);
+    for (std::size_t k = 0; k < steps.size(); ++k) {
+        const double step = stamps[k + 1] - stamps[k];
+        steps[k] = step < -0x1p31 ? step + 0x1p32 : step;
+    }
+    return steps;
+}
+
+/// The times and segments of a recording, from the rate lines and the stamps of its rows.
+class TimeAxis {
+public:
+    TimeAxis(const ComtradeConfiguration& configuration, const std::vector<double>& stamps, Recording& recording)
+        : _configuration(configuration), _steps(stepsOf(stamps)), _recording(recording) {}
+
+    void build() {
+        std::vector<double> rates = ratesOfSteps();
+        const bool fromStamps = rates.empty();
+        std::vector<double> relative = _steps;  // in periods, but for one factor
+        for (std::size_t k = 0; k < rates.size(); ++k) {
+            relative[k] *= rates[k];
+        }
+        const Spacing spacing = spacingOf(relative);
+        if (fromStamps) {
+            if (!(spacing.usualStep > 0.0)) {
+                return;
+            }
+            rates.assign(_steps.size(), 1.0 / (spacing.usualStep * _configuration.secondsPerStamp));
+        }
+        setSeconds(rates, relative, spacing, fromStamps);
+        setSegments(rates, spacing);
+        _recording.rateOrigin = fromStamps ? "from the time stamps" : "as the configuration says";
+        if (!spacing.breaks.empty()) {
+            _recording.warnings.push_back(_recording.source + ": time jumps before sample " +
+                                          std::to_string(spacing.breaks[0] + 1) + " (" +
+                                          std::to_string(spacing.breaks.size()) + " such jumps in all)");
+        }
+    }
+
+private:
+    /// The rate of each step by the rate lines; empty when they give none.
+    std::vector<double> ratesOfSteps() const {
+        std::vector<double> rates;
+        for (const RateLine& line : _configuration.rates) {
+            const std::size_t end = std::min(line.lastSample, _steps.size());
+            rates.resize(std::max(rates.size(), end), line.rateHz);
+        }
+        if (!_configuration.rates.empty()) {
+            rates.resize(_steps.size(), _configuration.rates.back().rateHz);
+        }
+        return rates;
+    }
+
+    void setSeconds(const std::vector<double>& rates, const std::vector<double>& relative, const Spacing& spacing,
+                    bool fromStamps) {
+        auto& seconds = _recording.seconds;
+        seconds.assign(_recording.length, 0.0);
+        std::size_t runStart = 0;  // of equal rates, so that rounding errors do not add up
+        auto nextBreak = spacing.breaks.begin();
+        for (std::size_t k = 1; k < seconds.size(); ++k) {
+            const bool jumps = nextBreak != spacing.breaks.end() && *nextBreak == k;
+            const bool byStamp = fromStamps && spacing.regular && !std::isnan(_steps[k - 1]);
+            if (jumps || byStamp) {
+                const double periods = relative[k - 1] / spacing.usualStep;
+                seconds[k] = seconds[k - 1] + periods / rates[k - 1];
+                runStart = k;
+            } else {
+                if (k > 1 && rates[k - 1] != rates[k - 2] && runStart != k - 1) {
+                    runStart = k - 1;
+                }
+                seconds[k] = seconds[runStart] + static_cast<double>(k - runStart) / rates[k - 1];
+            }
+            nextBreak += jumps ? 1 : 0;
+        }
+    }
+
+    /// A segment ends where time jumps or the rate becomes another by more than 1 % of the segment's first.
+    void setSegments(const std::vector<double>& rates, const Spacing& spacing) {
+        const auto& seconds = _recording.seconds;
+        std::size_t first = 0;
+        const auto close = [&](std::size_t end) {
+            const std::size_t count = end - first;
+            const double span = seconds[end - 1] - seconds[first];
+            double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
+            const auto [slowest, fastest] = std::minmax_element(rates.begin() + static_cast<std::ptrdiff_t>(first),
+                                                                rates.begin() + static_cast<std::ptrdiff_t>(end - 1));
+            const bool isOneRate = count < 2 || *slowest == *fastest;
+            if (!isOneRate) {
+                _recording.warnings.push_back(_recording.source + ": rates from " + formatNumber(*slowest) + " to " +
+                                              formatNumber(*fastest) + " Hz are taken as one");
+            }
+            if ((!isOneRate || _configuration.rates.empty()) && span > 0.0) {
+                rate = static_cast<double>(count - 1) / span;
+            }
+            _recording.segments.push_back({first, count, rate});
+            first = end;
+        };
+        auto nextBreak = spacing.breaks.begin();
+        for (std::size_t k = 1; k < seconds.size(); ++k) {
+            const bool jumps = nextBreak != spacing.breaks.end() && *nextBreak == k;
+            const bool otherRate = k < rates.size() && std::fabs(rates[k] / rates[first] - 1.0) > 0.01;
+            if (jumps || otherRate) {
+                close(k);
+            }
+            nextBreak += jumps ? 1 : 0;
+        }
+        close(seconds.size());
+    }
+
+    const ComtradeConfiguration& _configuration;
+    std::vector<double> _steps;
+    Recording& _recording;
+};
+
+/// A warning when the header quotes values for columns ("IA = 392") that are their peaks.
+void compareWithHeader(std::string_view header, Recording& recording) {
+    std::vector<std::string> agreeing;
+    std::size_t quoted = 0;
+    for (Lines lines(header); lines.nextWithText();) {
+        const auto sides = split(lines.line(), '=');
+        const double value = sides.size() == 2 ? parseNumber(sides[1]).value_or(0.0) : 0.0;
+        const auto column = std::find_if(recording.columns.begin(), recording.columns.end(),
+                                         [&](const Column& c) { return c.name == sides[0]; });
+        if (!(value > 0.0) || column == recording.columns.end() || unitOf(column->unit).quantity == Quantity::other) {
+            continue;
+        }
+        double peak = 0.0;
+        for (const double x : column->samples) {
+            peak = std::fmax(peak, std::fabs(x));
+        }
+        ++quoted;
+        if (std::fabs(peak / value - 1.0) < 0.05) {
+            agreeing.push_back(column->name);
+        }
+    }
+    if (agreeing.size() >= 2 && 2 * agreeing.size() >= quoted) {
+        recording.warnings.push_back("the header quotes values of " + joined(agreeing) +
+                                     " that equal their largest samples: the recorder seems to store instantaneous "
+                                     "values divided by sqrt(2); --sqrt2 multiplies them");
+    }
+}
+
+}  // namespace
+
+Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
+    const std::string text = toUtf8(parts.configuration, options.encoding);
+    ComtradeConfiguration configuration = parseComtradeConfiguration(text, parts.configurationName);
+    const auto form = parts.form ? parts.form : configuration.form;
+    if (!form) {
+        failInput(parts.configurationName + ": no line says ASCII, BINARY, BINARY32 or FLOAT32");
+    }
+    Rows rows =
+        *form == SampleForm::ascii ? readAsciiRows(parts, configuration) : readBinaryRows(parts, configuration, *form);
+    Recording recording;
+    recording.source = parts.configurationName;
+    recording.format = "COMTRADE, " + std::string(nameOf(*form));
+    recording.length = rows.length();
+    recording.facts = std::move(configuration.facts);
+    recording.warnings = std::move(rows.warnings);
+    for (std::size_t i = 0; i < configuration.analog.size(); ++i) {
+        AnalogChannel& channel = configuration.analog[i];
+        channel.column.samples = std::move(rows.raw[i]);
+        for (double& x : channel.column.samples) {
+            x = channel.multiplier * x + channel.offset;
+        }
+        recording.columns.push_back(std::move(channel.column));
+    }
+    if (configuration.announcedLength != recording.length) {
+        recording.warnings.push_back(parts.dataName + ": holds " + std::to_string(recording.length) +
+                                     " samples, but the configuration announces " +
+                                     std::to_string(configuration.announcedLength));
+    }
+    TimeAxis(configuration, rows.stamps, recording).build();
+    if (!options.storedAsRms) {
+        compareWithHeader(toUtf8(parts.header, options.encoding), recording);
+    }
+    return recording;
+}
+
+}  // namespace rt305

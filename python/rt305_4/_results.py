@@ -1,0 +1,233 @@
+"""What a measurement returns: frozen records of numbers and numpy arrays, NaN where the library measured nothing."""
+
+from __future__ import annotations
+
+import json
+from collections.abc import Iterator, Mapping
+from dataclasses import dataclass, field, fields
+from typing import Any, Protocol, TypeVar
+
+import numpy as np
+from numpy.typing import NDArray
+
+Values = NDArray[np.float64]
+Columns = dict[str, list[Any]]
+
+
+class _Columned(Protocol):
+    def to_dict(self) -> Columns: ...
+
+
+Result = TypeVar("Result", bound=_Columned)
+
+
+def _row_by_row(columns: Columns) -> list[dict[str, Any]]:
+    return [dict(zip(columns, row)) for row in zip(*columns.values())]
+
+
+def _values(numbers: list[float | None]) -> Values:
+    """Numbers of a text as an array that cannot be written, null as NaN."""
+    values = np.array(numbers, dtype=np.float64)
+    values.flags.writeable = False
+    return values
+
+
+def _number(value: float | None) -> float:
+    return float("nan") if value is None else float(value)
+
+
+def _rows(text: str, table: str) -> list[dict[str, Any]]:
+    rows: list[dict[str, Any]] = json.loads(text)[table]
+    return rows
+
+
+def _quantity(unit: str) -> Any:
+    return field(metadata={"unit": unit})
+
+
+@dataclass(frozen=True)
+class Parameters:
+    """The electrical parameters of six channels, by the library's own names."""
+
+    S: float = _quantity("VA")  #: apparent power, total and by phase
+    Sa: float = _quantity("VA")
+    Sb: float = _quantity("VA")
+    Sc: float = _quantity("VA")
+    P: float = _quantity("W")  #: active power
+    Pa: float = _quantity("W")
+    Pb: float = _quantity("W")
+    Pc: float = _quantity("W")
+    Q: float = _quantity("VAR")  #: reactive power
+    Qa: float = _quantity("VAR")
+    Qb: float = _quantity("VAR")
+    Qc: float = _quantity("VAR")
+    Uda: float = _quantity("V")  #: RMS of the phase voltages
+    Udb: float = _quantity("V")
+    Udc: float = _quantity("V")
+    Udab: float = _quantity("V")  #: RMS of the line voltages
+    Udbc: float = _quantity("V")
+    Udca: float = _quantity("V")
+    Ud0: float = _quantity("V")  #: RMS of the zero-sequence voltage
+    Ida: float = _quantity("A")  #: RMS of the currents
+    Idb: float = _quantity("A")
+    Idc: float = _quantity("A")
+    Fa: float = _quantity("Hz")  #: frequency of the voltages
+    Fb: float = _quantity("Hz")
+    Fc: float = _quantity("Hz")
+    THD_Va: float = _quantity("%")  #: total harmonic distortion
+    THD_Vb: float = _quantity("%")
+    THD_Vc: float = _quantity("%")
+    THD_Ia: float = _quantity("%")
+    THD_Ib: float = _quantity("%")
+    THD_Ic: float = _quantity("%")
+    Pf: float = _quantity("-")  #: power factors; the library leaves them NaN
+    Pfa: float = _quantity("-")
+    Pfb: float = _quantity("-")
+    Pfc: float = _quantity("-")
+
+    @staticmethod
+    def unit(name: str) -> str:
+        """The unit of a parameter: unit("Pa") is "W"."""
+        return _UNITS[name]
+
+    def to_dict(self) -> Columns:
+        """Columns name, value and unit, as pandas.DataFrame takes them."""
+        return {"name": list(_UNITS), "value": [getattr(self, name) for name in _UNITS], "unit": list(_UNITS.values())}
+
+    def to_records(self) -> list[dict[str, Any]]:
+        """The same row by row."""
+        return _row_by_row(self.to_dict())
+
+
+_UNITS = {parameter.name: str(parameter.metadata["unit"]) for parameter in fields(Parameters)}
+
+
+@dataclass(frozen=True, eq=False)
+class Signal:
+    """The samples of one channel as the library measures them: without their mean, in V or A."""
+
+    channel: str
+    unit: str
+    samples: Values
+    mean: float
+    rms: float
+    peak2rms: float  #: largest magnitude / rms, without a unit
+    peak2peak: float
+
+    def to_dict(self) -> Columns:
+        """The statistics in columns channel, name, value and unit."""
+        names = ["mean", "rms", "peak2rms", "peak2peak"]
+        return {
+            "channel": [self.channel] * len(names),
+            "name": names,
+            "value": [getattr(self, name) for name in names],
+            "unit": ["-" if name == "peak2rms" else self.unit for name in names],
+        }
+
+
+@dataclass(frozen=True, eq=False)
+class Spectrum:
+    """The amplitude spectrum of one channel: value[k] at frequency[k], and its largest lines."""
+
+    channel: str
+    unit: str  #: "V", "A" or "dB" (below the largest line)
+    frequency: Values  #: Hz
+    value: Values
+    peak_frequency: Values  #: Hz
+    peak_value: Values
+
+    def to_dict(self) -> Columns:
+        """The lines in columns channel, frequency, value and unit."""
+        lines = len(self.frequency)
+        return {
+            "channel": [self.channel] * lines,
+            "frequency": self.frequency.tolist(),
+            "value": self.value.tolist(),
+            "unit": [self.unit] * lines,
+        }
+
+
+@dataclass(frozen=True, eq=False)
+class Harmonics:
+    """The harmonics of one channel, the fundamental first; NaN for those that could not be measured."""
+
+    channel: str
+    frequency: Values  #: Hz
+    level: Values  #: dB; 0 dB is 1 V or 1 A RMS
+
+    def to_dict(self) -> Columns:
+        """The harmonics in columns channel, order, frequency and level."""
+        orders = len(self.frequency)
+        return {
+            "channel": [self.channel] * orders,
+            "order": list(range(1, orders + 1)),
+            "frequency": self.frequency.tolist(),
+            "level": self.level.tolist(),
+        }
+
+
+class Channels(Mapping[str, Result]):
+    """Results by channel: "Va", "Vb", "Vc", then "Ia", "Ib", "Ic", as far as measured."""
+
+    def __init__(self, results: dict[str, Result]) -> None:
+        self._results = results
+
+    def __getitem__(self, channel: str) -> Result:
+        return self._results[channel]
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._results)
+
+    def __len__(self) -> int:
+        return len(self._results)
+
+    def __repr__(self) -> str:
+        return f"Channels({self._results!r})"
+
+    def to_dict(self) -> Columns:
+        """The columns of all channels, one below the other, as pandas.DataFrame takes them."""
+        columns: Columns = {}
+        for result in self._results.values():
+            for name, values in result.to_dict().items():
+                columns.setdefault(name, []).extend(values)
+        return columns
+
+    def to_records(self) -> list[dict[str, Any]]:
+        """The same row by row."""
+        return _row_by_row(self.to_dict())
+
+
+def read_parameters(text: str) -> Parameters:
+    return Parameters(**{row["LastName"]: _number(row["dataName"]) for row in _rows(text, "paramData")})
+
+
+def read_signals(text: str, table: str) -> dict[str, Signal]:
+    signals = {}
+    for row in _rows(text, table):
+        statistics = {entry["LastName"]: _number(entry["dataName"]) for entry in row["paramData"]}
+        name, unit = row["LastName"], row["LastNameY"].rpartition(" ")[2]
+        signals[name] = Signal(channel=name, unit=unit, samples=_values(row["dataName"]), **statistics)
+    return signals
+
+
+def read_spectra(text: str, table: str) -> dict[str, Spectrum]:
+    spectra = {}
+    for row in _rows(text, table):
+        peaks = row["paramData"] or []  # null when there are none
+        name, unit = row["name"], row["LastNameY"].rpartition(",")[2].strip()
+        spectra[name] = Spectrum(
+            channel=name,
+            unit=unit,
+            frequency=_values(row["dataTnvf"]),
+            value=_values(row["dataTnv"]),
+            peak_frequency=_values([peak["fi"] for peak in peaks]),
+            peak_value=_values([peak["mag"] for peak in peaks]),
+        )
+    return spectra
+
+
+def read_harmonics(text: str, table: str) -> dict[str, Harmonics]:
+    return {
+        row["name"]: Harmonics(channel=row["name"], frequency=_values(row["dataX"]), level=_values(row["dataY"]))
+        for row in _rows(text, table)
+    }
