@@ -66,6 +66,13 @@ TEST_F(Batch, NamesComeFromAListAndWindowsAreLines) {
               "stdin\t0\tparameters\tfrequency\ta\t50\tHz\n");
 }
 
+/// The library keeps the texts of earlier calls; what a file does not hold must not come from the one before.
+TEST_F(Batch, NothingOfOneFileIsInTheNext) {
+    inFolder("cut -d, -f1-4 100.csv > voltages.csv", 0);
+    const std::string measure = "rt305 measure --json-lines ";
+    EXPECT_EQ(inFolder(measure + "200.csv voltages.csv | tail -n 1", 0), inFolder(measure + "voltages.csv", 0));
+}
+
 /// One process answers each name before it takes the next, as an engine that pipes rows through a program wants.
 TEST_F(Batch, EachNameIsAnsweredAtOnce) {
     EXPECT_EQ(

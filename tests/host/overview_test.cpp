@@ -178,6 +178,15 @@ TEST(Overview, MeasuresWhatIsThere) {
     EXPECT_THROW(makeOverview(voltages, all), rt305::Failure);
 }
 
+TEST(Overview, JudgesNoWiringWithoutVoltages) {
+    const auto first = [](const GeneratorSettings& generator) {
+        return measured(rt305::generate(generator)).remarks[0];
+    };
+    EXPECT_EQ(first({.factors = {0.0, 1.0, 1.0, 1.0, 1.0, 1.0}}),
+              "Wiring: not judged, as the voltages have no common fundamental.");
+    EXPECT_EQ(first({.factors = {1.0, 1.0, 1.0, 1.0, -1.0, 1.0}}), "Wiring: Ib seems to be reversed.");
+}
+
 TEST(Overview, WindowsAreMeasuredAsPartsAre) {
     const Recording recording = rt305::generate({.durationSeconds = 1.0, .voltageHarmonics = {{5, 4.0, 0.0}}});
     MeasurementSettings part;
