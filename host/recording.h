@@ -58,8 +58,8 @@ std::size_t mainSegment(const Recording& recording);
 /// with the rate that they have. Fails when there are none.
 Segment partOf(const Recording& recording, const Segment& segment, double startSeconds, double durationSeconds);
 
-/// How many samples seem cut off: those in runs of three or more at the largest or the smallest value, not at the ends of
-/// the column, that begin or end with a step greater than twice its smallest, which a rounded crest does not have.
+/// How many samples seem cut off: those in runs of three or more at the largest or the smallest value, not at the ends
+/// of the column, that begin or end with a step greater than twice its smallest, which a rounded crest does not have.
 std::size_t countClipped(const std::vector<double>& samples);
 
 /// How many samples are missing.

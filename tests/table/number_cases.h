@@ -19,7 +19,7 @@ namespace number_cases {
 using Random = std::mt19937_64;
 
 inline std::string expectedText(double value) {
-    char text[32];
+    char text[32] = {};
     return std::isfinite(value) ? std::string(text, libraryNumber(text, value)) : "null";
 }
 

@@ -14,7 +14,7 @@ namespace {
 bool agree(double value) {
     for (const double x : {value, -value}) {
         char written[roomForJsonNumber];
-        char expected[32];
+        char expected[32] = {};
         const char* const end = writeJsonNumber(written, x);
         const char* const expectedEnd =
             std::isfinite(x) ? libraryNumber(expected, x) : std::strcpy(expected, "null") + 4;
