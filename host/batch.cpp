@@ -22,7 +22,7 @@ namespace rt305 {
 namespace {
 
 struct CloseFile {
-    void operator()(FILE* file) const { std::fclose(file); }
+    void operator()(FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 using File = std::unique_ptr<FILE, CloseFile>;
 
