@@ -22,7 +22,7 @@ namespace rt305 {
 namespace {
 
 struct CloseFile {
-    void operator()(FILE* file) const { std::fclose(file); }
+    void operator()(FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 using File = std::unique_ptr<FILE, CloseFile>;
 
@@ -83,7 +83,7 @@ void copyToStdout(FILE* file) {
 /// What the names came to.
 class Tally {
 public:
-    explicit Tally(std::size_t total) : _progress("files", total) {}
+    explicit Tally(std::size_t total) : _progress("files", total, total != 1) {}
 
     void add(const std::string& name, int exitCode) {
         ++_done;

@@ -187,6 +187,10 @@ TEST(Tool, MeasuresWhatWasGenerated) {
         {"--voltage 400 --factors Ub=0.5",
          " params --wiring three -",
          {"Phase voltage 230.940 115.470 230.940 V", "Line voltage ab, bc, ca 400.000 200.000 400.000 V"}},
+        // line voltages, which lead the phase voltages by 30 degrees
+        {"--voltage 398.37168574 --angle 60",
+         " params --wiring three --power two-wattmeter -",
+         {"Zero-sequence voltage - V", "Active power P 2987.79 - - - W", "Reactive power Q 1725.00 - - - VAR"}},
         {"--rate 4000 --harmonic-u 5:3",
          complex + "-",
          {"Phase voltage 230.103", "THD of voltage 3.000 3.000 3.000 %",
