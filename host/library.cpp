@@ -77,14 +77,14 @@ Call::Call(const Measurement& measurement, std::uint32_t operation) {
 Library::Library(const std::string& file) {
     _handle = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (_handle == nullptr) {
-        failInput("cannot open the measurement library: " + lastLoadError() +
-                  "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
-                  "the environment variable RT305_4_LIBRARY.");
+        failBroken("cannot open the measurement library: " + lastLoadError() +
+                   "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
+                   "the environment variable RT305_4_LIBRARY.");
     }
     for (const char* const name : {"getVersion", "dataProccess"}) {
         if (find(name) == nullptr) {
-            failInput(std::string("this is not the measurement library, it has no function ") + name + ": " +
-                      lastLoadError());
+            failBroken(std::string("this is not the measurement library, it has no function ") + name + ": " +
+                       lastLoadError());
         }
     }
     _getVersion = reinterpret_cast<decltype(_getVersion)>(find("getVersion"));
