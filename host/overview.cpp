@@ -181,16 +181,6 @@ ResultTable highestHarmonics(const std::vector<Harmonics>& channels) {
     return table;
 }
 
-/// The fundamental of a channel as the library's harmonics have it, else roughly from the samples; 0 for none.
-double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
-    const std::size_t place = channel - (hasVoltages(measurement) ? 0 : phaseTotal);
-    const bool isThere = place < harmonics.size() && !harmonics[place].frequencies.empty();
-    const double fine = isThere ? harmonics[place].frequencies[0] : nan;
-    return fine > 0.0 && measurement.isAtAssumedRate()
-               ? fine
-               : estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
-}
-
 /// RMS of the sum of three currents, and their largest RMS, in A.
 std::pair<double, double> sumOfCurrents(const Measurement& measurement) {
     const auto rms = [](const Samples& x) {
@@ -198,23 +188,6 @@ std::pair<double, double> sumOfCurrents(const Measurement& measurement) {
     };
     const Samples* const i = &measurement.samples[phaseTotal];
     return {rms(combined(combined(i[0], i[1], 1.0, 1.0), i[2], 1.0, 1.0)), std::max({rms(i[0]), rms(i[1]), rms(i[2])})};
-}
-
-/// The fundamentals of both sets, those of a set that is not there 0.
-struct Fundamentals {
-    Phasors voltages{};
-    Phasors currents{};
-};
-
-Fundamentals phasorsOf(const Measurement& measurement, double frequencyHz) {
-    Fundamentals fundamentals;
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        Phasors& set = isCurrent(channel) ? fundamentals.currents : fundamentals.voltages;
-        if (!measurement.samples[channel].empty()) {
-            set[channel % phaseTotal] = phasorOf(measurement.samples[channel], frequencyHz, measurement.rateHz);
-        }
-    }
-    return fundamentals;
 }
 
 /// P / S by phase and in total, where S is U I.
@@ -313,6 +286,26 @@ Parameters addParameters(const Measurement& measurement, const Library& library,
 }
 
 }  // namespace
+
+double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    const std::size_t place = channel - (hasVoltages(measurement) ? 0 : phaseTotal);
+    const bool isThere = place < harmonics.size() && !harmonics[place].frequencies.empty();
+    const double fine = isThere ? harmonics[place].frequencies[0] : nan;
+    return fine > 0.0 && measurement.isAtAssumedRate()
+               ? fine
+               : estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
+}
+
+Fundamentals phasorsOf(const Measurement& measurement, double frequencyHz) {
+    Fundamentals fundamentals;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        Phasors& set = isCurrent(channel) ? fundamentals.currents : fundamentals.voltages;
+        if (!measurement.samples[channel].empty()) {
+            set[channel % phaseTotal] = phasorOf(measurement.samples[channel], frequencyHz, measurement.rateHz);
+        }
+    }
+    return fundamentals;
+}
 
 Overview makeOverview(const Recording& recording, const MeasurementSettings& settings) {
     Overview overview{makeMeasurement(recording, settings), makeMeasurement(recording, settings, RateMatters::no),

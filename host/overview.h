@@ -4,6 +4,8 @@
 #include "document.h"
 #include "library.h"
 #include "measurement.h"
+#include "phasors.h"
+#include "results.h"
 
 namespace rt305 {
 
@@ -18,6 +20,17 @@ Overview makeOverview(const Recording& recording, const MeasurementSettings& set
 
 /// A stretch of it, in seconds from its first sample on. Fails when it does not lie inside.
 Overview windowOf(const Overview& overview, double startSeconds, double durationSeconds);
+
+/// The fundamental of a channel in Hz as the library's harmonics of all measured channels have it, else roughly from
+/// the samples; 0 for none.
+double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics);
+
+/// The fundamentals of both sets, those of a set that is not there 0.
+struct Fundamentals {
+    Phasors voltages{};
+    Phasors currents{};
+};
+Fundamentals phasorsOf(const Measurement& measurement, double frequencyHz);
 
 /// Everything that the library measures, power by all methods side by side, each fed with the voltages that it takes;
 /// and what the tool computes itself, told as its own: power factor, unbalance, angles, wiring.

@@ -45,6 +45,7 @@ struct Recording {
     std::string format{};             // "CSV", "COMTRADE, BINARY" and the like
     std::vector<std::pair<std::string, std::string>> facts{};  // what else the file says of itself: label, text
     std::vector<std::string> warnings{};                       // what a reader found odd but could read
+    std::vector<std::string> files{};                          // that were read; none when it was stdin
 
     /// Evenly spaced samples from time zero on, all one segment.
     void setRate(double rateHz, std::string origin);
@@ -58,8 +59,8 @@ std::size_t mainSegment(const Recording& recording);
 /// with the rate that they have. Fails when there are none.
 Segment partOf(const Recording& recording, const Segment& segment, double startSeconds, double durationSeconds);
 
-/// How many samples seem cut off: those in runs of three or more at the largest or the smallest value, not at the ends of
-/// the column, that begin or end with a step greater than twice its smallest, which a rounded crest does not have.
+/// How many samples seem cut off: those in runs of three or more at the largest or the smallest value, not at the ends
+/// of the column, that begin or end with a step greater than twice its smallest, which a rounded crest does not have.
 std::size_t countClipped(const std::vector<double>& samples);
 
 /// How many samples are missing.

@@ -1,0 +1,295 @@
+#include "report/report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "channel_assignment.h"
+#include "report/checksum.h"
+#include "report/diagrams.h"
+#include "report/html.h"
+#include "report/page_files.h"
+#include "report/plots.h"
+#include "reports.h"
+#include "text.h"
+#include "text_encoding.h"
+
+namespace rt305 {
+
+namespace {
+
+// Together with uPlot these stay below 300 kB.
+constexpr std::size_t mostWaveformPoints = 2000;
+constexpr std::size_t mostSpectrumPoints = 1500;
+constexpr double lowestLevelDb = -140.0;
+constexpr double firstShownSeconds = 0.2;
+constexpr std::uint32_t spectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_LEVEL_DB;
+
+/// The results of one operation by kind, the kinds that were measured only.
+template <class Channel>
+struct Kind {
+    bool isCurrent;
+    std::vector<Channel> channels;
+
+    std::string name() const { return isCurrent ? "Currents" : "Voltages"; }
+};
+
+template <class Read>
+auto readKinds(const ResultTexts& texts, Read read) {
+    using Channel = typename decltype(read(std::string()))::value_type;
+    std::vector<Kind<Channel>> kinds;
+    for (const auto& [text, isCurrent] : {std::pair{texts.voltages, false}, {texts.currents, true}}) {
+        if (!text.empty()) {
+            kinds.push_back({isCurrent, read(text)});
+        }
+    }
+    return kinds;
+}
+
+template <class Channel>
+std::vector<Channel> allOf(const std::vector<Kind<Channel>>& kinds) {
+    std::vector<Channel> all;
+    for (const auto& kind : kinds) {
+        all.insert(all.end(), kind.channels.begin(), kind.channels.end());
+    }
+    return all;
+}
+
+std::string paragraph(std::string_view attributes, const std::string& text) {
+    return element("p", attributes, escaped(text));
+}
+
+std::string notices(std::string_view attributes, const std::vector<std::string>& texts) {
+    std::string items;
+    for (const std::string& text : texts) {
+        items += element("li", "", escaped(text));
+    }
+    return texts.empty() ? "" : element("ul", attributes, items);
+}
+
+std::string figure(const std::string& drawing, const std::string& caption) {
+    return element("figure", "", drawing + element("figcaption", "", escaped(caption)));
+}
+
+/// A table for each kind of channels.
+template <class Channel>
+std::string tablesOf(const std::vector<Kind<Channel>>& kinds, const std::string& title,
+                     ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
+    std::string tables;
+    for (const Kind<Channel>& kind : kinds) {
+        tables += htmlTable(kind.name() + ": " + title, tabulate("", kind.channels));
+    }
+    return element("div", R"(class="beside")", tables);
+}
+
+std::string placesOf(const PlotGroup& group) {
+    std::string places;
+    for (const PlotPanel& panel : group.panels) {
+        places += element("div", R"(class="plot" role="group" aria-label=")" + escaped(panel.axis) + '"', "");
+    }
+    return element("div", "id=\"" + group.name + '"', places);
+}
+
+PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
+    PlotPanel panel{isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
+                    0,
+                    recorded.settings.startSeconds,
+                    1.0 / recorded.rateHz,
+                    {}};
+    double largest = 0.0;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const auto& samples = recorded.samples[firstChannel + phase];
+        if (!samples.empty()) {
+            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, samples});
+        }
+        for (const double x : samples) {
+            largest = std::fmax(largest, std::fabs(x));
+        }
+    }
+    panel.decimals = decimalsFor(largest, 4);
+    return panel;
+}
+
+PlotGroup waveformPlots(const Measurement& recorded) {
+    PlotGroup group{"waveforms", "Time, s", 5, mostWaveformPoints, firstShownSeconds, {}};
+    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
+        if (!recorded.samples[first].empty()) {
+            group.panels.push_back(waveformsOf(recorded, first));
+        }
+    }
+    return group;
+}
+
+PlotGroup spectrumPlots(const std::vector<Kind<Spectrum>>& kinds) {
+    PlotGroup group{"spectra", "Frequency, Hz", 2, mostSpectrumPoints, 0.0, {}};
+    for (const Kind<Spectrum>& kind : kinds) {
+        const std::vector<double>& axis = kind.channels[0].frequencies;
+        if (axis.size() < 2) {
+            continue;
+        }
+        PlotPanel panel{kind.isCurrent ? "Current, dB" : "Voltage, dB", 1, axis[0], axis[1] - axis[0], {}};
+        for (const Spectrum& spectrum : kind.channels) {
+            Curve curve{spectrum.channel, panel.curves.size(), spectrum.lines};
+            curve.values.resize(axis.size(), lowestLevelDb);
+            for (double& level : curve.values) {
+                level = std::fmax(level, lowestLevelDb);
+            }
+            panel.curves.push_back(std::move(curve));
+        }
+        group.panels.push_back(std::move(panel));
+    }
+    return group;
+}
+
+std::string harmonicSection(const std::vector<Kind<Harmonics>>& kinds) {
+    std::string content;
+    for (const Kind<Harmonics>& kind : kinds) {
+        content += element("h3", "", kind.name()) +
+                   element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + kind.name() + '"',
+                           figure(harmonicBars(kind.channels),
+                                  "Percent of the fundamental; phases a, b and c from left "
+                                  "to right at each order."));
+    }
+    return content + tablesOf(kinds, "all harmonics", harmonicTable) +
+           paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.");
+}
+
+std::string phasorSection(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    const std::size_t first = measurement.samples[0].empty() ? phaseTotal : 0;
+    const double frequency = fundamentalOf(first, measurement, harmonics);
+    return figure(phasorDiagram(phasorsOf(measurement, frequency)),
+                  "Fundamentals: voltages against the outer circle, currents (dashed) against the inner one; a lagging "
+                  "phasor is turned clockwise.");
+}
+
+/// The tables of a document, the phasor diagram beside the first.
+std::string resultSection(const ResultDocument& document, const std::string& phasors) {
+    std::string content;
+    std::string drawing = phasors;
+    for (const ResultTable& table : document.tables) {
+        if (!table.rows.empty()) {
+            content += htmlTable(table.title.empty() ? "Measured" : table.title, table) + drawing;
+            drawing.clear();
+        }
+    }
+    return element("div", R"(class="beside")", content);
+}
+
+std::string baseName(const std::string& path) {
+    return toUtf8(std::filesystem::path(path).filename().string(), "");
+}
+
+using Facts = std::vector<std::pair<std::string, std::string>>;
+
+Facts recordingFacts(const Recording& recording, const Measurement& recorded) {
+    Facts facts{{"Recording", baseName(recording.source)}, {"Format", recording.format}};
+    facts.insert(facts.end(), recording.facts.begin(), recording.facts.end());
+    facts.emplace_back("Rate", formatNumber(recorded.rateHz, 9) + " Hz, " + recording.rateOrigin);
+    for (const std::string& file : recording.files) {
+        facts.emplace_back("SHA-256 of " + baseName(file), checksumOfFile(file));
+    }
+    if (recording.files.empty()) {
+        facts.emplace_back("SHA-256", "none: read from stdin");
+    }
+    return facts;
+}
+
+Facts channelFacts(const Recording& recording, const PerChannel<std::string>& chosen) {
+    const Assignment assignment = assignColumns(recording, chosen);
+    Facts facts;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const auto column = assignment.columns[channel];
+        facts.emplace_back(channelNames[channel], column ? "column " + std::to_string(*column + 1) + ", " +
+                                                               inQuotes(recording.columns[*column].name) + ": " +
+                                                               assignment.reasons[channel]
+                                                         : "not recorded");
+    }
+    return facts;
+}
+
+Facts settingFacts(const ResultDocument& document, const Measurement& recorded) {
+    Facts facts{
+        {"Measured", std::to_string(recorded.length) + " samples from " +
+                         formatNumber(recorded.settings.startSeconds, 9) + " s on, " + document.content},
+        {"Handed over", std::to_string(document.samples) + " samples at " + formatNumber(document.rateHz) + " Hz"},
+        {"Spectra", "Hann window, dB below the largest line"},
+        {"Tool", "rt305 " RT305_4_PROJECT_VERSION},
+        {"Library", document.library}};
+    if (!document.settings.empty()) {
+        facts.emplace_back("Settings", document.settings);
+    }
+    return facts;
+}
+
+struct Section {
+    const char* id;
+    const char* title;
+    std::string content;
+};
+
+std::string navigationOf(const std::vector<Section>& sections) {
+    std::string links;
+    for (const Section& section : sections) {
+        links += element("a", "href=\"#" + std::string(section.id) + '"', section.title);
+    }
+    return links;
+}
+
+std::string htmlOf(const std::vector<Section>& sections) {
+    std::string html;
+    for (const Section& section : sections) {
+        html += element("section", "id=\"" + std::string(section.id) + '"',
+                        element("h2", "", section.title) + section.content);
+    }
+    return html;
+}
+
+}  // namespace
+
+std::string reportPage(const Recording& recording, const Overview& overview, const Library& library) {
+    const Measurement& recorded = overview.asRecorded;
+    Measurement measured = overview.measurement;
+    measured.settings.spectrumFlags = spectrumFlags;
+    const ResultDocument document = measureAll(recording, overview, library);
+    const auto signals = readKinds(library.measure(recorded, RT305_4_OPERATION_SIGNALS), readSignals);
+    const auto spectra = readKinds(library.measure(measured, RT305_4_OPERATION_SPECTRUM), readSpectra);
+    const auto harmonics = readKinds(library.measure(measured, RT305_4_OPERATION_DISTORTION), readHarmonics);
+    const PlotGroup waveforms = waveformPlots(recorded);
+    const PlotGroup lines = spectrumPlots(spectra);
+
+    const std::vector<Section> sections{
+        {"results", "Results",
+         notices(R"(class="notices")", document.warnings) +
+             resultSection(document, phasorSection(measured, allOf(harmonics))) + notices("", document.remarks)},
+        {"signals", "Waveforms",
+         placesOf(waveforms) +
+             paragraph(R"(class="remark")",
+                       "As recorded. Drag across a plot to zoom into both, double-click to see all. "
+                       "Long recordings are thinned; no peak is lost.") +
+             tablesOf(signals, "statistics without the offset", signalTable)},
+        {"lines", "Spectra",
+         placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
+             tablesOf(spectra, "largest lines", spectrumTable)},
+        {"harmonics", "Harmonics", harmonicSection(harmonics)},
+        {"origin", "Recording and settings",
+         htmlFacts("Recording", recordingFacts(recording, recorded)) +
+             htmlFacts("Channels", channelFacts(recording, measured.settings.columns)) +
+             htmlFacts("Measurement", settingFacts(document, recorded)) + notices("", overview.measurement.notes)},
+    };
+    const std::string seconds = formatNumber(static_cast<double>(recorded.length) / recorded.rateHz);
+    return filled(
+        page::html,
+        {{"title", escaped("Measurement of " + baseName(recording.source))},
+         {"summary", escaped(seconds + " s at " + formatNumber(recorded.rateHz) + " Hz, " + document.content)},
+         {"generator", escaped("rt305 " RT305_4_PROJECT_VERSION ", library " + document.library)},
+         {"navigation", navigationOf(sections)},
+         {"sections", htmlOf(sections)},
+         {"data", plotData({waveforms, lines})},
+         {"style", std::string(page::style)},
+         {"script", std::string(page::script)},
+         {"plot-library", std::string(page::plotLibrary)},
+         {"style-hash", policyHashOf(page::style)},
+         {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+}
+
+}  // namespace rt305
