@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak packages clean
+.PHONY: help setup demo test test-full lint coverage bench soak fuzz packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -9,6 +9,7 @@ help:
 	@echo "make bench      print speed as ratios measured in one run"
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
+	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
 	@echo "make packages   Debian packages, tried in a fresh Debian"
 
 setup:
@@ -48,6 +49,12 @@ soak:
 	@scripts/setup test
 	@cmake --preset release -D RT305_4_BUILD_TESTS=ON >/dev/null && cmake --build --preset release
 	@scripts/soak build/release
+
+fuzz: SECONDS ?= 60
+fuzz:
+	@scripts/setup fuzz
+	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
+	@scripts/fuzz build/fuzz $(SECONDS)
 
 packages:
 	@scripts/setup all

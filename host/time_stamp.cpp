@@ -38,7 +38,7 @@ std::optional<std::int64_t> parseDate(std::string_view text) {
         const std::chrono::year_month_day date{std::chrono::year(year),
                                                std::chrono::month(static_cast<unsigned>(month)),
                                                std::chrono::day(static_cast<unsigned>(day))};
-        if (year > 31 && date.ok()) {
+        if (year >= 1900 && year <= 2099 && date.ok()) {
             return std::chrono::sys_days(date).time_since_epoch().count();
         }
     }

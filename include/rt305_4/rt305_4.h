@@ -14,7 +14,8 @@
  * descriptors and samples are only read, and only during the call.
  *
  * Failure: dataProccess answers 0 and one English message. When memory runs out it leaves with the C++ exception
- * std::bad_alloc (or a class derived from it) instead; the library can then serve the next call.
+ * std::bad_alloc (or a class derived from it) instead; the texts of the last success stay, and the library can serve
+ * the next call. A host in C calls through a C++ function that catches it.
  */
 #ifndef RT305_4_RT305_4_H
 #define RT305_4_RT305_4_H

@@ -106,7 +106,7 @@ void diff(const column& x, column& y) {
 }
 
 void eml_float_colon(double a, double d, double b, row& y, int most) {
-    if (std::isnan(a) || std::isnan(d) || std::isnan(b) || (std::isinf(d) && std::isinf(b))) {
+    if (std::isnan(b - a) || !std::isfinite(d)) {
         y.set_size(1, 1);
         y[0] = rtNaN;
         return;

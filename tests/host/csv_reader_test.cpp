@@ -105,6 +105,7 @@ TEST(CsvReader, SaysWhereItFails) {
         {"Ua,Ub\n1,+-2\n", "rec.csv:2: column \"Ub\": \"+-2\" is not a number"},
         {"time,Ua\n0,1\nsoon,2\n", "rec.csv:3: column \"time\": \"soon\" is not a time"},
         {"time,Ua\n2021-02-29 00:00:00,1\n", "rec.csv:2: column \"time\": \"2021-02-29 00:00:00\" is not a time"},
+        {"time,Ua\n4040-02-24 00:00:00,1\n", "rec.csv:2: column \"time\": \"4040-02-24 00:00:00\" is not a time"},
         {"time,Ua\n24:00:00,1\n", "rec.csv:2: column \"time\": \"24:00:00\" is not a time"},
         {"time,Ua\n1,1\n1,2\n",
          "rec.csv: column \"time\" does not advance from the first row to the last, so there is no sample rate; give "

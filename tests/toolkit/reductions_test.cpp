@@ -117,9 +117,14 @@ TEST(Reductions, ColonIsFilledFromBothEnds) {
         }
     }
     row y;
-    for (const auto& [d, b] : {std::pair{rtNaN, 1.0}, {1.0, rtNaN}, {rtInf, rtInf}}) {
-        coder::eml_float_colon(0.0, d, b, y);
-        ASSERT_EQ(y.numel(), 1);
+    struct Undefined {
+        double a, d, b;
+    };
+    for (const Undefined& c : {Undefined{0.0, rtNaN, 1.0}, Undefined{0.0, 1.0, rtNaN}, Undefined{rtNaN, 1.0, 2.0},
+                               Undefined{0.0, rtInf, rtInf}, Undefined{0.0, rtInf, 1.0}, Undefined{1.0, -rtInf, 2.0},
+                               Undefined{rtInf, 1.0, rtInf}, Undefined{-rtInf, 0.5, -rtInf}}) {
+        coder::eml_float_colon(c.a, c.d, c.b, y);
+        ASSERT_EQ(y.numel(), 1) << c.a << ":" << c.d << ":" << c.b;
         EXPECT_TRUE(std::isnan(y[0]));
     }
     EXPECT_THROW(coder::eml_float_colon(0.0, 1.0, 1e18, y), std::bad_array_new_length);

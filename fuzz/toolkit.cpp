@@ -1,0 +1,569 @@
+// The numeric toolkit and the frequency search against their plain definitions.
+
+#include "calc/frequency.h"
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <numeric>
+
+#include "bytes.h"
+#include "calc/options.h"
+#include "require.h"
+#include "toolkit/analytic_signal.h"
+#include "toolkit/fft_implementation_callback.h"
+#include "toolkit/fourier_grid.h"
+#include "toolkit/harmonic_distortion.h"
+#include "toolkit/non_finite.h"
+#include "toolkit/peaks.h"
+#include "toolkit/scalar.h"
+#include "toolkit/special_functions.h"
+#include "toolkit/windows.h"
+#include "toolkit/zoom_spectrum.h"
+
+namespace {
+
+using coder::creal_T;
+using coder::Peak;
+using coder::RealFft;
+using coder::samples;
+using fuzz::Bytes;
+using fuzz::require;
+using Row = std::vector<double>;
+using LongComplex = std::complex<long double>;
+
+constexpr long double unit = 0x1p-53L;
+
+bool same(double a, double b) {
+    return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+/// |value - exact| in units in the last place of the exact value.
+double ulps(double value, long double exact) {
+    const double rounded = static_cast<double>(exact);
+    if (same(value, rounded)) {
+        return 0.0;
+    }
+    int exponent = 0;
+    static_cast<void>(std::frexp(rounded, &exponent));
+    const long double ulp = std::ldexp(1.0L, std::max(exponent - 53, -1074));
+    return static_cast<double>(std::fabs(static_cast<long double>(value) - exact) / ulp);
+}
+
+// --- Transforms ---
+
+/// The first bins of the transform of x padded with zeros to length.
+std::vector<LongComplex> plainSpectrum(samples x, std::size_t length, std::size_t bins) {
+    std::vector<LongComplex> roots(length);
+    for (std::size_t k = 0; k < length; ++k) {
+        roots[k] =
+            std::polar(1.0L, -2.0L * coder::piL * static_cast<long double>(k) / static_cast<long double>(length));
+    }
+    std::vector<LongComplex> spectrum(bins);
+    for (std::size_t k = 0; k < bins; ++k) {
+        for (std::size_t t = 0; t < std::min(x.size(), length); ++t) {
+            spectrum[k] += static_cast<long double>(x[t]) * roots[k * t % length];
+        }
+    }
+    return spectrum;
+}
+
+/// RMS error relative to the RMS of the spectrum, in units of 2^-53 sqrt(log2 n).
+double errorOf(const creal_T* half, const std::vector<LongComplex>& exact, std::size_t n) {
+    long double error = 0.0L;
+    long double power = 0.0L;
+    for (std::size_t k = 0; k < exact.size(); ++k) {
+        error += std::norm(LongComplex(half[k].re, half[k].im) - exact[k]);
+        power += std::norm(exact[k]);
+    }
+    const long double scale = unit * std::sqrt(std::max(1.0L, std::log2(static_cast<long double>(n))));
+    return error == 0.0L ? 0.0 : static_cast<double>(std::sqrt(error / power) / scale);
+}
+
+coder::complex_column textbookSpectrum(const Row& x) {
+    coder::column in;
+    in.set_size(static_cast<int>(x.size()));
+    std::copy(x.begin(), x.end(), in.begin());
+    const bool useRadix2 = std::has_single_bit(x.size());
+    int n2blue = 0;
+    int nRows = 0;
+    coder::row costab;
+    coder::row sintab;
+    coder::row sintabinv;
+    coder::complex_column y;
+    const int n = in.numel();
+    coder::FFTImplementationCallback_get_algo_sizes(n, useRadix2, &n2blue, &nRows);
+    coder::FFTImplementationCallback_generate_twiddle_tables(nRows, useRadix2, costab, sintab, sintabinv);
+    if (useRadix2) {
+        coder::FFTImplementationCallback_doHalfLengthRadix2(in, y, nRows, costab, sintab);
+    } else {
+        coder::FFTImplementationCallback_dobluesteinfft(in, n2blue, n, costab, sintab, sintabinv, y);
+    }
+    return y;
+}
+
+void transforms(Bytes& bytes) {
+    const std::size_t n = 1 + bytes.upTo(255);
+    Row x = bytes.tameSignal(bytes.flag() ? n : bytes.upTo(n + 9));
+    const RealFft plan(static_cast<int>(n));
+    const auto bins = static_cast<std::size_t>(plan.bins());
+    const auto exact = plainSpectrum(x, n, bins);
+    std::vector<creal_T> half(bins);
+    plan.forward(x, half.data());
+    require(errorOf(half.data(), exact, n) <= 3.0, "the transform's error is within its bound");
+    for (const coder::FftKernels& kernels : coder::fftKernels()) {
+        if (kernels.supported()) {
+            std::vector<creal_T> again(bins);
+            RealFft(static_cast<int>(n), kernels).forward(x, again.data());
+            require(std::memcmp(half.data(), again.data(), bins * sizeof half[0]) == 0,
+                    "every instruction set gives the same bits");
+        }
+    }
+    x.resize(n);
+    const coder::complex_column textbook = textbookSpectrum(x);
+    require(errorOf(textbook.data(), exact, n) <= 12.0, "the textbook transform gives the same spectrum");
+
+    Row back(n);
+    plan.inverse(half.data(), back.data());
+    const double largest = std::transform_reduce(
+        x.begin(), x.end(), 0.0, [](double a, double b) { return std::max(a, b); },
+        [](double value) { return std::fabs(value); });
+    for (std::size_t i = 0; i < n; ++i) {
+        require(std::fabs(back[i] - x[i]) <= 1e-14 * largest, "the inverse undoes the transform");
+    }
+}
+
+void nanSpreads(Bytes& bytes) {
+    const std::size_t n = 1 + bytes.upTo(1000);
+    Row x = bytes.tameSignal(n);
+    x[bytes.upTo(n - 1)] = rtNaN;
+    const RealFft plan(static_cast<int>(n));
+    std::vector<creal_T> half(static_cast<std::size_t>(plan.bins()));
+    plan.forward(x, half.data());
+    require(std::all_of(half.begin(), half.end(), [](creal_T z) { return std::isnan(z.re) || std::isnan(z.im); }),
+            "a NaN spoils every bin");
+}
+
+void zoomSpectrum(Bytes& bytes) {
+    static constexpr int factors[] = {2, 4, 16};
+    const std::size_t n = 1 + bytes.upTo(39);
+    const int factor = factors[bytes.upTo(2)];
+    Row window(n, 1.0);
+    if (bytes.flag()) {
+        coder::column hamming;
+        coder::hamming(static_cast<double>(n), hamming);
+        window.assign(hamming.begin(), hamming.end());
+    }
+    Row x = bytes.tameSignal(n);
+    coder::ZoomSpectrum zoom(static_cast<int>(n), factor, window);
+    zoom.load(x);
+    const auto bins = static_cast<std::size_t>(zoom.bins());
+    Row found(bins);
+    zoom.magnitudes(zoom.bins(), found.data());
+
+    std::transform(x.begin(), x.end(), window.begin(), x.begin(), std::multiplies<>());
+    const auto exact = plainSpectrum(x, n * static_cast<std::size_t>(factor), bins);
+    long double largest = 0.0L;
+    for (const LongComplex& bin : exact) {
+        largest = std::max(largest, std::abs(bin));
+    }
+    for (std::size_t k = 0; k < bins; ++k) {
+        require(std::fabs(found[k] - std::abs(exact[k])) <= 1e-14L * largest, "a zoomed bin is within its bound");
+    }
+    const double known = zoom.largest({found.data(), bytes.upTo(bins)});
+    require(known == *std::max_element(found.begin(), found.end()), "the largest bin is the largest of the magnitudes");
+}
+
+void analyticProducts(Bytes& bytes) {
+    const std::size_t n = 1 + bytes.upTo(99);
+    const Row a = bytes.tameSignal(n);
+    const Row b = bytes.tameSignal(n);
+    coder::complex_row A;
+    coder::complex_row B;
+    coder::hilbert(a, A);
+    coder::hilbert(b, B);
+    LongComplex plain;
+    long double powerA = 0.0L;
+    long double powerB = 0.0L;
+    for (int i = 0; i < static_cast<int>(n); ++i) {
+        const LongComplex za(A[i].re, A[i].im);
+        const LongComplex zb(B[i].re, B[i].im);
+        plain += za * std::conj(zb);
+        powerA += std::norm(za);
+        powerB += std::norm(zb);
+        require(A[i].re == a[static_cast<std::size_t>(i)], "an analytic signal's real part is the signal");
+    }
+    const creal_T sum = coder::analyticProductSum(a, b);
+    require(std::abs(LongComplex(sum.re, sum.im) - plain) <= 1e-14L * std::sqrt(powerA * powerB),
+            "the sum over the spectra is the sum over the signals");
+}
+
+void fourierGrid(Bytes& bytes) {
+    const int first = 1 + static_cast<int>(bytes.upTo(coder::FourierGrid::maxLine - 1));
+    const coder::FourierGrid grid(first, coder::FourierGrid::maxLine - first + 1);
+    const Row x = bytes.tameSignal(bytes.upTo(1100));
+    long double total = 0.0L;
+    for (const double value : x) {
+        total += std::fabs(value);
+    }
+    if (!(total >= 1e-120L && total <= 1e120L)) {
+        return;
+    }
+    Row found(grid.lines());
+    grid.magnitudes(x, found.data());
+    const std::size_t k = bytes.upTo(grid.lines() - 1);
+    LongComplex exact;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const auto turns = static_cast<long double>((static_cast<std::size_t>(first) + k) * i);
+        const long double phase = 2.0L * coder::piL * turns / coder::FourierGrid::period;
+        exact += static_cast<long double>(x[i]) * LongComplex(std::cos(phase), -std::sin(phase));
+    }
+    require(std::fabs(found[k] - std::abs(exact)) <= coder::FourierGrid::errorBound(x.size()) * total,
+            "a line of the frequency grid is within its bound");
+}
+
+// --- Searches ---
+
+using calc_modul_K9_web_ns::FrequencySearch;
+
+/// Every slot by its plain sum, then one scan.
+FrequencySearch::Fundamental plainSearch(const Row& x, double N, bool control) {
+    const double lowest = control ? 10.0 : 49.6;
+    const int evaluated = control ? 501 : 8;
+    const auto times = static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0));
+    const bool oneTime = times == 1 || std::isnan(N);
+    const std::size_t pairs = oneTime ? x.size() : x.size() == 1 ? times : std::min(x.size(), times);
+    int best = 0;
+    creal_T largest{rtNaN, rtNaN};
+    for (int k = 0; k < (control ? 501 : 9); ++k) {
+        creal_T sum{0.0, 0.0};
+        for (std::size_t i = 0; k < evaluated && i < pairs; ++i) {
+            const double time = std::isnan(N) ? rtNaN : oneTime ? 1.0 : static_cast<double>(i + 1);
+            const double phase = time * (lowest + 0.1 * k) * 6.283185307179586 * 0.0001;
+            const double sample = x[x.size() == 1 ? 0 : i];
+            sum.re += sample * std::cos(phase);
+            sum.im -= sample * std::sin(phase);
+        }
+        if (std::isnan(sum.re) || std::isnan(sum.im)) {
+            continue;
+        }
+        if (std::isnan(largest.re) || coder::isLarger(sum, largest)) {
+            best = k;
+            largest = sum;
+        }
+    }
+    return {lowest + 0.1 * best, 2.0 * coder::rt_hypotd_snf(largest.re, largest.im) / N};
+}
+
+void frequencySearch(Bytes& bytes) {
+    const bool control = bytes.flag();
+    const std::size_t n = bytes.upTo(control ? 40 : 600);
+    const Row x = bytes.signal(n);
+    double N = static_cast<double>(n);
+    if (bytes.raw<std::uint8_t>() % 8 == 1) {
+        N = bytes.flag() ? rtNaN : N + bytes.raw<std::int8_t>() / 16.0;
+    }
+    if (std::isnan(N) && x.empty()) {
+        return;  // whether no sample has a time is nobody's question
+    }
+    const FrequencySearch search(
+        N, control ? calc_modul_K9_web_ns::option::frequencyControl : calc_modul_K9_web_ns::option::frequencyFixed);
+    const auto expected = plainSearch(x, N, control);
+    const auto found = search.fundamental(x);
+    require(found.frequency == expected.frequency, "the search finds the frequency of the plain sums");
+    require(same(found.amplitude, expected.amplitude), "the search finds the amplitude of the plain sums");
+    require(search.frequency(x) == found.frequency, "the frequency alone is the same");
+}
+
+std::vector<Peak> plainPeaks(const Row& y, double minHeight) {
+    const auto breaks = [](double value) { return std::isnan(value) || value == rtInf; };
+    std::vector<Peak> peaks;
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        if (y[i] == rtInf) {
+            peaks.push_back({y[i], static_cast<int>(i) + 1});
+        }
+        std::size_t end = i + 1;
+        while (end < y.size() && y[end] == y[i]) {
+            ++end;
+        }
+        const bool inside = i > 0 && end < y.size() && !breaks(y[i - 1]) && !breaks(y[i]) && !breaks(y[end]);
+        if (inside && y[i - 1] < y[i] && y[end] < y[i] && y[i] > minHeight) {
+            peaks.push_back({y[i], static_cast<int>(i) + 1});
+        }
+    }
+    return peaks;
+}
+
+void peaks(Bytes& bytes) {
+    static const double usual[] = {0.0, -0.0, 1.0, 2.0, 3.0, rtNaN, rtInf, rtMinusInf};
+    Row y(bytes.upTo(60));
+    for (double& value : y) {
+        value = bytes.oneOf(usual);
+    }
+    const double criterion = bytes.oneOf(usual);
+    const int count = bytes.raw<std::int8_t>();
+    const auto equal = [](const std::vector<Peak>& a, const std::vector<Peak>& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                          [](const Peak& p, const Peak& q) { return p.value == q.value && p.position == q.position; });
+    };
+    const auto cut = [count](std::vector<Peak> all) {
+        std::stable_sort(all.begin(), all.end(), [](const Peak& a, const Peak& b) { return a.value > b.value; });
+        all.resize(std::min(all.size(), static_cast<std::size_t>(std::max(count, 0))));
+        return all;
+    };
+    require(equal(coder::highestPeaks(y, count), cut(plainPeaks(y, rtMinusInf))), "the highest peaks come first");
+    std::vector<Peak> chosen = cut(plainPeaks(y, criterion));
+    std::sort(chosen.begin(), chosen.end(), [](const Peak& a, const Peak& b) { return a.position < b.position; });
+    require(equal(coder::peaksByCriterion(y, criterion, count), chosen), "peaks by criterion stand by position");
+}
+
+void nearestBin(Bytes& bytes) {
+    Row F(1 + bytes.upTo(40));
+    for (double& f : F) {
+        f = bytes.raw<std::int16_t>() / 16.0;
+    }
+    std::sort(F.begin(), F.end());
+    F.erase(std::unique(F.begin(), F.end()), F.end());
+    const double target = bytes.raw<std::int16_t>() / 32.0;
+    std::size_t best = 0;
+    for (std::size_t i = 1; i < F.size(); ++i) {
+        best = std::fabs(F[i] - target) < std::fabs(F[best] - target) ? i : best;
+    }
+    require(coder::nearestBin(F, target) == best, "the nearest bin is the nearest one");
+}
+
+// --- Distortion ---
+
+struct Tone {
+    double power;
+    double frequency;
+    std::size_t left;
+    std::size_t right;
+};
+
+Tone plainTone(const Row& P, const Row& F, double rbw, std::size_t start) {
+    Tone tone{0.0, 0.0, start, start};
+    while (tone.left > 0 && P[tone.left - 1] <= P[tone.left]) {
+        --tone.left;
+    }
+    while (tone.right + 1 < P.size() && P[tone.right + 1] <= P[tone.right]) {
+        ++tone.right;
+    }
+    double sum = P[tone.left];
+    double moment = F[tone.left] * P[tone.left];
+    for (std::size_t i = tone.left + 1; i <= tone.right; ++i) {
+        sum += P[i];
+        moment += F[i] * P[i];
+    }
+    tone.power = sum * ((F.back() - F.front()) / static_cast<double>(F.size() - 1));
+    tone.frequency = moment / sum;
+    if (rbw * P[start] > tone.power) {
+        tone.power = rbw * P[start];
+        tone.frequency = F[start];
+    }
+    return tone;
+}
+
+/// First of the largest bins from ... to; NaN is none.
+std::size_t largestBin(const Row& P, std::size_t from, std::size_t to) {
+    std::size_t best = from;
+    for (std::size_t i = from + 1; i <= to; ++i) {
+        best = P[i] > P[best] || (std::isnan(P[best]) && !std::isnan(P[i])) ? i : best;
+    }
+    return best;
+}
+
+coder::HarmonicResult plainDistortion(Row P, const Row& F, double rbw, std::size_t harmonics) {
+    coder::HarmonicResult result{rtNaN, Row(harmonics, rtNaN), Row(harmonics, rtNaN)};
+    if (harmonics == 0 || F.empty() || F.front() > 0.0 || F.back() < 0.0) {
+        return result;
+    }
+    P[0] *= 2.0;
+    const auto nearest = [&](double target) {
+        std::size_t best = 0;
+        for (std::size_t i = 1; i < F.size(); ++i) {
+            best = std::fabs(F[i] - target) < std::fabs(F[best] - target) ? i : best;
+        }
+        return best;
+    };
+    const Tone dc = plainTone(P, F, rbw, nearest(0.0));
+    std::fill(P.begin() + static_cast<std::ptrdiff_t>(dc.left), P.begin() + static_cast<std::ptrdiff_t>(dc.right + 1),
+              0.0);
+    const Tone fundamental = plainTone(P, F, rbw, largestBin(P, 0, P.size() - 1));
+    double distortion = 0.0;
+    for (std::size_t k = 1; k <= harmonics; ++k) {
+        const double target = static_cast<double>(k) * fundamental.frequency;
+        Tone tone = fundamental;
+        if (k > 1) {
+            if (!(target >= F.front() && target <= F.back())) {
+                continue;
+            }
+            const std::size_t bin = nearest(target);
+            const std::size_t from = bin - (bin > 0 ? 1 : 0);
+            tone = plainTone(P, F, rbw, largestBin(P, from, std::min(bin + 1, P.size() - 1)));
+            distortion += std::isnan(tone.power) ? 0.0 : tone.power;
+        }
+        result.harmPow[k - 1] = 10.0 * std::log10(tone.power);
+        result.harmFreq[k - 1] = tone.frequency;
+    }
+    result.r = 10.0 * std::log10(distortion / fundamental.power);
+    return result;
+}
+
+void distortion(Bytes& bytes) {
+    Row P(bytes.upTo(60));
+    const double step = 0.25 * static_cast<double>(1 + bytes.upTo(255));
+    const double first = bytes.flag() ? bytes.raw<std::int8_t>() : 0.0;
+    Row F(P.size());
+    coder::column density;
+    density.set_size(static_cast<int>(P.size()));
+    const bool odd = bytes.flag();
+    for (std::size_t i = 0; i < P.size(); ++i) {
+        F[i] = (first + static_cast<double>(i)) * step;
+        P[i] = odd ? bytes.number() : bytes.raw<std::uint8_t>();
+    }
+    std::copy(P.begin(), P.end(), density.begin());
+    const double rbw = bytes.flag() ? bytes.number() : 1.5 * step;
+    const double harmonics = bytes.flag() ? bytes.raw<std::int8_t>() / 2.0 : 5.0;
+    const auto count = static_cast<std::size_t>(std::max(coder::truncatedToInt(harmonics), 0));
+    const auto found = coder::computeTHD(density, F, rbw, harmonics);
+    const auto expected = plainDistortion(P, F, rbw, count);
+    const auto equal = [](const Row& a, const Row& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(), same);
+    };
+    require(same(found.r, expected.r), "the distortion is that of the definition");
+    require(equal(found.harmPow, expected.harmPow), "the powers of harmonics are those of the definition");
+    require(equal(found.harmFreq, expected.harmFreq), "the frequencies of harmonics are those of the definition");
+}
+
+// --- Sums and functions ---
+
+void sums(Bytes& bytes) {
+    const Row x = bytes.signal(bytes.upTo(20000));
+    double total = 0.0;
+    for (std::size_t from = 0; from < x.size(); from += 1024) {
+        double block = x[from];
+        for (std::size_t i = from + 1; i < std::min(from + 1024, x.size()); ++i) {
+            block += x[i];
+        }
+        total = from == 0 ? block : total + block;
+    }
+    require(same(coder::combineVectorElements(x), total), "sums are taken in blocks of 1024");
+    if (x.empty()) {
+        return;
+    }
+    std::size_t largest = 0;
+    std::size_t smallest = 0;
+    for (std::size_t i = 1; i < x.size(); ++i) {
+        const auto replaces = [&](std::size_t best) { return std::isnan(x[best]) && !std::isnan(x[i]); };
+        largest = x[i] > x[largest] || replaces(largest) ? i : largest;
+        smallest = x[i] < x[smallest] || replaces(smallest) ? i : smallest;
+    }
+    double value = 0.0;
+    int position = 0;
+    coder::maximum(x, &value, &position);
+    require(same(value, x[largest]) && position == static_cast<int>(largest) + 1, "the largest is the first largest");
+    coder::minimum(x, &value, &position);
+    require(same(value, x[smallest]) && position == static_cast<int>(smallest) + 1, "the smallest is the first one");
+    require(same(coder::peak2peak(x), x[largest] - x[smallest]), "peak to peak is largest minus smallest");
+}
+
+void ranges(Bytes& bytes) {
+    const double a = bytes.number();
+    const double d = bytes.number();
+    const double b = bytes.number();
+    if (std::fabs((b - a) / d) > 5000.0) {
+        return;
+    }
+    coder::row y;
+    coder::eml_float_colon(a, d, b, y);
+    if (std::isnan(b - a) || !std::isfinite(d)) {
+        require(y.numel() == 1 && std::isnan(y[0]), "a range that is not one is NaN");
+        return;
+    }
+    const double slack = 4.0 * static_cast<double>(unit) * std::max(std::fabs(a), std::fabs(b));
+    for (int k = 0; k < y.numel(); ++k) {
+        require(std::fabs(y[k] - (a + k * d)) <= slack, "a range has even steps");
+        require(d > 0.0 ? y[k] <= b + slack : y[k] >= b - slack, "a range ends at its end");
+    }
+}
+
+/// I0 by its series, all of whose terms are positive.
+long double plainBessel(long double square) {
+    long double term = 1.0L;
+    long double sum = 1.0L;
+    for (long double k = 1.0L; term > 1e-22L * sum; k += 1.0L) {
+        term *= 0.25L * square / (k * k);
+        sum += term;
+    }
+    return sum;
+}
+
+void functions(Bytes& bytes) {
+    const double x = bytes.number();
+    if (std::fabs(x) <= 720.0) {
+        require(ulps(coder::besseli(x), plainBessel(static_cast<long double>(x) * static_cast<long double>(x))) <= 4.0,
+                "I0 is within its bound");
+    }
+    if (x > 0.0) {
+        require(ulps(coder::gammaln(x), std::lgamma(static_cast<long double>(x))) <= 1.0,
+                "ln Gamma is within its bound");
+    }
+    const double y = bytes.number();
+    if (std::isfinite(x) && std::isfinite(y)) {
+        const long double exact = std::hypot(static_cast<long double>(x), static_cast<long double>(y));
+        require(ulps(coder::rt_hypotd_snf(x, y), exact) <= 4.0, "the hypotenuse is close");
+    }
+    require(std::isnan(x) || std::isnan(y) || std::fabs(coder::rt_atan2d_snf(x, y)) <= coder::pi, "an angle is one");
+    const int whole = coder::truncatedToInt(x);
+    require(std::isnan(x) ? whole == 0 : std::fabs(x) >= 2147483648.0 || whole == std::trunc(x), "counts truncate");
+    require(!coder::isLarger({x, y}, {x, y}), "nothing is larger than itself");
+    require(coder::isLarger({x, y}, {y, x}) + coder::isLarger({y, x}, {x, y}) < 2, "larger has one direction");
+}
+
+void windows(Bytes& bytes) {
+    const double length = bytes.flag() ? bytes.number() : static_cast<double>(bytes.upTo(500));
+    if (length > 2000.0) {
+        return;
+    }
+    const auto n = static_cast<int>(length >= 0.5 ? std::round(length) : 0.0);
+    const auto check = [&](void (*make)(double, coder::column&), auto formula) {
+        coder::column w;
+        make(length, w);
+        require(w.numel() == n, "a window has the rounded length");
+        for (int k = 0; k < n; ++k) {
+            require(n == 1 ? w[k] == 1.0 : ulps(w[k], formula(static_cast<long double>(k))) <= 4.0,
+                    "a window is within its bound");
+        }
+    };
+    const auto raised = [](long double k, long double period) {
+        const long double sine = std::sin(coder::piL * k / period);
+        return sine * sine;
+    };
+    const auto kaiser = [&](long double beta) {
+        return [=, atCentre = plainBessel(beta * beta)](long double k) {
+            const long double square = 4.0L * beta * beta * k * (n - 1 - k) / ((n - 1.0L) * (n - 1.0L));
+            return plainBessel(square) / atCentre;
+        };
+    };
+    check(coder::hanning, [&](long double k) { return raised(k + 1.0L, n + 1.0L); });
+    check(coder::b_hanning, [&](long double k) { return raised(k, n); });
+    check(coder::hamming, [&](long double k) { return 0.08L + 0.92L * raised(k, n - 1.0L); });
+    check(coder::kaiser, kaiser(0.5L));
+    check(coder::b_kaiser, kaiser(38.0L));
+}
+
+constexpr void (*checks[])(Bytes&) = {
+    transforms, nanSpreads, zoomSpectrum, analyticProducts, fourierGrid, frequencySearch, peaks,
+    nearestBin, distortion, sums,         ranges,           functions,   windows,
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Bytes bytes(data, size);
+    checks[bytes.upTo(std::size(checks) - 1)](bytes);
+    return 0;
+}
