@@ -18,8 +18,9 @@ namespace rt305 {
 
 namespace {
 
-// Together with uPlot these stay below 300 kB.
-constexpr std::size_t mostWaveformPoints = 2000;
+// What a page may cost: 300 kB for a second, uPlot included, and 2 MB for the longest recording.
+constexpr double waveformPointsPerSecond = 2000.0;
+constexpr double mostWaveformPoints = 20000.0;
 constexpr std::size_t mostSpectrumPoints = 1500;
 constexpr double lowestLevelDb = -140.0;
 constexpr double firstShownSeconds = 0.2;
@@ -111,7 +112,10 @@ PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
 }
 
 PlotGroup waveformPlots(const Measurement& recorded) {
-    PlotGroup group{"waveforms", "Time, s", 5, mostWaveformPoints, firstShownSeconds, {}};
+    const double seconds = static_cast<double>(recorded.length) / recorded.rateHz;
+    const double pairs =
+        std::clamp(seconds, 1.0, mostWaveformPoints / waveformPointsPerSecond) * waveformPointsPerSecond / 2.0;
+    PlotGroup group{"waveforms", "Time, s", 5, 2 * static_cast<std::size_t>(pairs), firstShownSeconds, {}};
     for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
         if (!recorded.samples[first].empty()) {
             group.panels.push_back(waveformsOf(recorded, first));
@@ -264,9 +268,10 @@ std::string reportPage(const Recording& recording, const Overview& overview, con
         {"signals", "Waveforms",
          placesOf(waveforms) +
              paragraph(R"(class="remark")",
-                       "As recorded. Drag across a plot to zoom into both, double-click to see all. "
-                       "Long recordings are thinned; no peak is lost.") +
-             tablesOf(signals, "statistics without the offset", signalTable)},
+                       "As recorded, at first " + formatNumber(firstShownSeconds) +
+                           " s of it. Drag across a plot to zoom into both, double-click to see all. Long recordings "
+                           "are thinned; no peak is lost.") +
+             (measured.isCombined() ? tablesOf(signals, "statistics without the offset", signalTable) : "")},
         {"lines", "Spectra",
          placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
              tablesOf(spectra, "largest lines", spectrumTable)},

@@ -102,7 +102,7 @@ class ReportPage(unittest.TestCase):
             heading = lines[0].split(",")
             heading[1] = '"' + name.replace('"', '""') + '"'
             recording.write_text("\n".join([",".join(heading), *lines[1:]]))
-            page = Page(report(recording, "--map", "Ua=2"))
+            page = Page(report(recording, "--map", "Ua=1"))
         self.assertEqual(page.faults, [])
         self.assertEqual(len([tag for tag, _, _ in page.blocks if tag == "script"]), 3)
         self.assertIn("Measurement of <script>alert(1)&lt;.csv", page.texts)
