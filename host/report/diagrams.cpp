@@ -43,7 +43,7 @@ std::string line(const std::string& classes, Point from, Point to) {
         "");
 }
 
-std::string label(const std::string& classes, Point place, const char* anchor, const std::string& text) {
+std::string label(const char* classes, Point place, const char* anchor, const std::string& text) {
     return element("text",
                    attributes({{"class", classes}, {"x", at(place.x)}, {"y", at(place.y)}, {"text-anchor", anchor}}),
                    escaped(text));
@@ -86,7 +86,7 @@ std::string arrow(std::size_t channel, Phasor phasor, double length) {
     return line("arrow " + phase + (isCurrent(channel) ? " current" : ""), centre,
                 towards(phasor, length - headLength)) +
            element("polygon", attributes({{"class", "head " + phase}, {"points", corners}}), "") +
-           label("", {name.x, name.y + 4.0}, "middle", std::string(channelNames[channel]));
+           label("name", {name.x, name.y + 4.0}, "middle", std::string(channelNames[channel]));
 }
 
 /// The smallest of 1, 2 and 5 times a power of ten that is no less; 1 for what is no positive number.

@@ -82,11 +82,13 @@ std::string plotData(const std::vector<PlotGroup>& groups) {
         for (const PlotPanel& panel : group.panels) {
             panels.push_back(panelData(panel, group.mostPoints));
         }
-        data.push_back({{"name", group.name},
-                        {"axis", group.axis},
-                        {"decimals", group.decimals},
-                        {"shown", group.shown},
-                        {"panels", panels}});
+        if (!panels.empty()) {
+            data.push_back({{"name", group.name},
+                            {"axis", group.axis},
+                            {"decimals", group.decimals},
+                            {"shown", group.shown},
+                            {"panels", panels}});
+        }
     }
     std::string text = data.dump(-1, ' ', false, json::error_handler_t::replace);
     for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos;) {

@@ -39,7 +39,8 @@ std::vector<std::size_t> thinnedPlaces(std::size_t count, std::size_t most);
 /// so that no peak is lost. A stretch with NaN is NaN.
 std::vector<double> thinned(const std::vector<double>& values, const std::vector<std::size_t>& places);
 
-/// The plots as the page's script wants them: JSON without "<", which would end the block that holds it.
+/// The plots as the page's script wants them: JSON without groups that have no panels and without "<",
+/// which would end the block that holds it.
 std::string plotData(const std::vector<PlotGroup>& groups);
 
 }  // namespace rt305

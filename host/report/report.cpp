@@ -166,21 +166,31 @@ std::string phasorSection(const Measurement& measurement, const std::vector<Harm
                   "phasor is turned clockwise.");
 }
 
-/// The tables of a document, the phasor diagram beside the first.
-std::string resultSection(const ResultDocument& document, const std::string& phasors) {
+/// The tables of a document that have rows, from one to another, beside each other where there is room.
+std::string resultTables(const ResultDocument& document, std::size_t first, std::size_t end,
+                         const std::string& behind) {
     std::string content;
-    std::string drawing = phasors;
-    for (const ResultTable& table : document.tables) {
-        if (!table.rows.empty()) {
-            content += htmlTable(table.title.empty() ? "Measured" : table.title, table) + drawing;
-            drawing.clear();
-        }
+    for (std::size_t i = first; i < std::min(end, document.tables.size()); ++i) {
+        const ResultTable& table = document.tables[i];
+        content += table.rows.empty() ? "" : htmlTable(table.title.empty() ? "Measured" : table.title, table);
     }
-    return element("div", R"(class="beside")", content);
+    return element("div", R"(class="beside")", content + behind);
 }
 
 std::string baseName(const std::string& path) {
     return toUtf8(std::filesystem::path(path).filename().string(), "");
+}
+
+/// Messages that name the file by its path name it as the page does.
+std::vector<std::string> withoutFolder(std::vector<std::string> messages, const Recording& recording) {
+    for (std::string& message : messages) {
+        for (const std::string& file : recording.files) {
+            if (const std::size_t at = message.find(file); at != std::string::npos) {
+                message.replace(at, file.size(), baseName(file));
+            }
+        }
+    }
+    return messages;
 }
 
 using Facts = std::vector<std::pair<std::string, std::string>>;
@@ -262,9 +272,9 @@ std::string reportPage(const Recording& recording, const Overview& overview, con
     const PlotGroup lines = spectrumPlots(spectra);
 
     const std::vector<Section> sections{
-        {"results", "Results",
-         notices(R"(class="notices")", document.warnings) +
-             resultSection(document, phasorSection(measured, allOf(harmonics))) + notices("", document.remarks)},
+        {"overview", "Overview",
+         notices(R"(class="notices")", withoutFolder(document.warnings, recording)) +
+             resultTables(document, 0, 1, phasorSection(measured, allOf(harmonics)))},
         {"signals", "Waveforms",
          placesOf(waveforms) +
              paragraph(R"(class="remark")",
@@ -272,6 +282,7 @@ std::string reportPage(const Recording& recording, const Overview& overview, con
                            " s of it. Drag across a plot to zoom into both, double-click to see all. Long recordings "
                            "are thinned; no peak is lost.") +
              (measured.isCombined() ? tablesOf(signals, "statistics without the offset", signalTable) : "")},
+        {"results", "Results", resultTables(document, 1, document.tables.size(), "") + notices("", document.remarks)},
         {"lines", "Spectra",
          placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
              tablesOf(spectra, "largest lines", spectrumTable)},

@@ -18,7 +18,7 @@ const args = ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run
   "--disable-component-update", "--disable-sync"];
 const profile = mkdtempSync(path.join(tmpdir(), "report-browser-"));
 const views = {
-  light: { viewport: { width: 1280, height: 1240 } },
+  light: { viewport: { width: 1280, height: 1380 } },
   dark: { viewport: { width: 1280, height: 1240 }, colorScheme: "dark" },
   phone: { viewport: { width: 375, height: 720 }, isMobile: true, hasTouch: true, deviceScaleFactor: 2 },
 };

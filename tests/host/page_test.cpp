@@ -17,6 +17,7 @@ TEST(Page, TextIsEscapedAndPutInOnce) {
     const std::string data =
         rt305::plotData({{"g", "x", 1, 10, 0.0, {{"</script><script>", 1, 0.0, 1.0, {{"<!--", 0, {1.0}}}}}}});
     EXPECT_EQ(data.find('<'), std::string::npos);
+    EXPECT_EQ(rt305::plotData({{"empty", "x", 1, 10, 0.0, {}}}), "[]") << "nothing to draw";
     EXPECT_EQ(nlohmann::json::parse(data).at(0).at("panels").at(0).at("axis"), "</script><script>");
 }
 
@@ -62,7 +63,7 @@ std::size_t countOf(const std::string& text, const std::string& word) {
 
 TEST(Page, DiagramsLeaveOutWhatIsMissing) {
     using rt305::Phasor;
-    const rt305::Fundamentals fundamentals{{Phasor(0.0, 230.0), Phasor(200.0, -115.0), Phasor(NAN, NAN)}, {}};
+    const rt305::Fundamentals fundamentals{{Phasor(0.0, 230.0), Phasor(199.0, -115.0), Phasor(NAN, NAN)}, {}};
     const std::string phasors = rt305::phasorDiagram(fundamentals);
     EXPECT_EQ(countOf(phasors, "<polygon"), 2U);
     EXPECT_NE(phasors.find(R"(x="334.0" y="184.0" text-anchor="middle">Ua<)"), std::string::npos)

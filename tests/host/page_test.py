@@ -61,10 +61,9 @@ class ReportPage(unittest.TestCase):
         cls.page = Page(cls.bytes)
 
     def test_is_one_small_file_that_is_always_the_same(self):
-        self.assertEqual(self.bytes, report(SAMPLE))
+        self.assertTrue(self.bytes == report(os.path.relpath(SAMPLE)))
         self.assertLess(len(self.bytes), 300_000)
-        self.assertNotIn(b"http://", self.bytes)
-        self.assertNotIn(b"https://", self.bytes)
+        self.assertFalse(b"http://" in self.bytes or b"https://" in self.bytes)
 
     def test_is_well_formed(self):
         self.assertEqual(self.page.faults, [])
@@ -118,6 +117,15 @@ class ReportPage(unittest.TestCase):
         self.assertEqual([len(group["panels"]) for group in groups], [1, 1])
         self.assertIn(None, groups[0]["panels"][0]["series"][2]["values"])
         self.assertIn("none: read from stdin", page.cells)
+
+    def test_names_no_folder(self):
+        lines = SAMPLE.read_text().splitlines()
+        with tempfile.TemporaryDirectory() as folder:
+            recording = pathlib.Path(folder, "jump.csv")
+            recording.write_text("\n".join(lines[:5001] + lines[5401:]))
+            page = report(recording)
+            self.assertTrue(b"<li>jump.csv:5002: the time step" in page)
+            self.assertFalse(folder.encode() in page)
 
 
 if __name__ == "__main__":
