@@ -58,7 +58,7 @@ void requireConsistent(const Recording& recording) {
         require(column.samples.size() == (column.fault.empty() ? recording.length : 0),
                 "a column has all samples or a fault");
         require(samplesInBaseUnit(column).size() == column.samples.size(), "a change of unit keeps every sample");
-        require(countMissing(column.samples) + countClipped(column.samples) <= column.samples.size(),
+        require(rt305::countMissing(column.samples) + rt305::countClipped(column.samples) <= column.samples.size(),
                 "no more samples are at fault than there are");
         const std::string name = rt305::toUtf8(column.name);
         require(rt305::toUtf8(name) == name, "a name becomes valid once and for all");

@@ -99,9 +99,9 @@ void writeFigures(const ResultDocument& document, OutputForm form, std::ostream&
 
 void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
     out << document.file << '\n'
-        << (document.startSeconds > 0.0 ? "from " + formatNumber(document.startSeconds, 9) + " s on, " : "")
-        << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz, " << document.content
-        << ", library " << document.library << '\n';
+        << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz"
+        << (document.startSeconds > 0.0 ? " from " + formatNumber(document.startSeconds, 9) + " s on" : "") << ", "
+        << document.content << ", library " << document.library << '\n';
     if (!document.settings.empty()) {
         out << document.settings << '\n';
     }

@@ -28,17 +28,19 @@ constexpr double leastPercent = 0.01;  // of the fundamental, for a harmonic to 
 struct PowerColumn {
     const char* method;
     const char* label;
+    bool byPhase;
     const char* meaning;
 };
 constexpr PowerColumn powerColumns[] = {
-    {"three-wattmeter-complex", "3 W complex",
+    {"three-wattmeter-complex", "3 W complex", true,
      "P true; Q the sum over the harmonics (Budeanu), positive when the current lags; S = hypot(P, Q) by phase."},
-    {"three-wattmeter", "3 W",
+    {"three-wattmeter", "3 W", true,
      "P true; Q all that is not active, sqrt(S^2 - P^2) by phase, unsigned; S = U I by phase."},
-    {"two-wattmeter", "2 W",
+    {"two-wattmeter", "2 W", false,
      "from Uab, Ucb, Ia and Ic, so without what flows through a neutral: total RMS values at the angle of the "
      "fundamentals; S = hypot(P, Q)."},
-    {"two-wattmeter-phase", "2 W phase", "the same in magnitudes, unsigned: P right up to 60 degrees, Q from 30 on."},
+    {"two-wattmeter-phase", "2 W phase", false,
+     "the same in magnitudes, unsigned: P right up to 60 degrees, Q from 30 on."},
 };
 
 using Samples = std::vector<double>;
@@ -140,9 +142,10 @@ ResultTable powerTable(const std::vector<Parameters>& byMethod) {
     for (const QuantityRow& quantity : powerRows) {
         for (std::size_t i = 0; i < quantity.names.size(); ++i) {
             std::vector<Cell> cells;
-            for (const Parameters& parameters : byMethod) {
-                const double value = parameterNamed(parameters, quantity.names[i]).value;
-                cells.push_back(i > 0 && std::isnan(value) ? std::nullopt : Cell(value));
+            for (std::size_t method = 0; method < byMethod.size(); ++method) {
+                const bool isThere = i == 0 || powerColumns[method].byPhase;
+                cells.push_back(isThere ? Cell(parameterNamed(byMethod[method], quantity.names[i]).value)
+                                        : std::nullopt);
             }
             const std::string name = quantity.names[i];
             table.addRow({name, quantity.label + std::string(where[i]), parameterNamed(byMethod[0], name).unit},
@@ -181,6 +184,25 @@ ResultTable highestHarmonics(const std::vector<Harmonics>& channels) {
     return table;
 }
 
+/// The fundamental of a channel as the library's harmonics have it, else roughly from the samples; 0 for none.
+double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    const std::size_t place = channel - (hasVoltages(measurement) ? 0 : phaseTotal);
+    const bool isThere = place < harmonics.size() && !harmonics[place].frequencies.empty();
+    const double fine = isThere ? harmonics[place].frequencies[0] : nan;
+    return fine > 0.0 && measurement.isAtAssumedRate()
+               ? fine
+               : estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
+}
+
+/// The fundamentals of the first set that is there.
+Frequencies frequenciesOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    Frequencies frequencies{};
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        frequencies[phase] = fundamentalOf(phase + (hasVoltages(measurement) ? 0 : phaseTotal), measurement, harmonics);
+    }
+    return frequencies;
+}
+
 /// RMS of the sum of three currents, and their largest RMS, in A.
 std::pair<double, double> sumOfCurrents(const Measurement& measurement) {
     const auto rms = [](const Samples& x) {
@@ -214,15 +236,12 @@ std::vector<Cell> inTotal(double value) {
 }
 
 /// What the library does not compute.
-ResultTable ownTable(const Overview& overview, const Fundamentals& fundamentals,
-                     const std::vector<Harmonics>& harmonics, const Parameters& threeWattmeter) {
+ResultTable ownTable(const Overview& overview, const Fundamentals& fundamentals, const Parameters& threeWattmeter) {
     const Measurement& measurement = overview.measurement;
     ResultTable table = phaseTable("own", "Computed by rt305, not by the library");
-    const auto& [voltages, currents] = fundamentals;
-    const std::size_t first = hasVoltages(measurement) ? 0 : phaseTotal;
+    const auto& [frequencies, voltages, currents] = fundamentals;
     table.addRow({"fine_frequency", "Fundamental", "Hz", 4},
-                 {std::nullopt, fundamentalOf(first, measurement, harmonics),
-                  fundamentalOf(first + 1, measurement, harmonics), fundamentalOf(first + 2, measurement, harmonics)});
+                 {std::nullopt, frequencies[0], frequencies[1], frequencies[2]});
     if (measurement.isCombined()) {
         table.addRow({"power_factor", "Power factor P / (U I)", "", 4}, powerFactors(threeWattmeter));
         table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, lags(voltages, currents));
@@ -249,6 +268,11 @@ std::vector<std::string> wiringRemarks(const Overview& overview, const Fundament
     const Measurement& measurement = overview.measurement;
     if (!hasVoltages(measurement)) {
         return {};
+    }
+    const auto [lowest, highest] =
+        std::minmax_element(fundamentals.frequencies.begin(), fundamentals.frequencies.end());
+    if (!(*highest - *lowest < 0.02 * *highest)) {
+        return {"Wiring: not judged, as the voltages have no common fundamental."};
     }
     auto remarks = wiringFaults(fundamentals.voltages, fundamentals.currents);
     if (remarks.empty()) {
@@ -287,17 +311,11 @@ Parameters addParameters(const Measurement& measurement, const Library& library,
 
 }  // namespace
 
-double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
-    const std::size_t place = channel - (hasVoltages(measurement) ? 0 : phaseTotal);
-    const bool isThere = place < harmonics.size() && !harmonics[place].frequencies.empty();
-    const double fine = isThere ? harmonics[place].frequencies[0] : nan;
-    return fine > 0.0 && measurement.isAtAssumedRate()
-               ? fine
-               : estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
-}
-
-Fundamentals phasorsOf(const Measurement& measurement, double frequencyHz) {
-    Fundamentals fundamentals;
+Fundamentals fundamentalsOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    Fundamentals fundamentals{frequenciesOf(measurement, harmonics), {}, {}};
+    Frequencies sorted = fundamentals.frequencies;
+    std::sort(sorted.begin(), sorted.end());
+    const double frequencyHz = sorted[1];  // the one of a dead channel can be anything
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         Phasors& set = isCurrent(channel) ? fundamentals.currents : fundamentals.voltages;
         if (!measurement.samples[channel].empty()) {
@@ -315,7 +333,9 @@ Overview makeOverview(const Recording& recording, const MeasurementSettings& set
         const bool isWanted = isCurrent(channel) ? measurement.inputType != RT305_4_INPUT_VOLTAGES
                                                  : measurement.inputType != RT305_4_INPUT_CURRENTS;
         if (isWanted && measurement.samples[channel].empty()) {
-            failInput(recording.source + ": there is no column for " + std::string(channelNames[channel]));
+            failInput(recording.source + (overview.asRecorded.samples[channel].empty()
+                                              ? ": there is no column for " + std::string(channelNames[channel])
+                                              : ": the recording is too short to be resampled"));
         }
     }
     overview.fromLineVoltages = hasVoltages(measurement) && !measurement.has(RT305_4_FOUR_WIRE);
@@ -357,9 +377,8 @@ ResultDocument measureAll(const Recording& recording, const Overview& overview, 
             document.rawTexts.push_back(text);
         }
     }
-    const std::size_t first = hasVoltages(measurement) ? 0 : phaseTotal;
-    const Fundamentals fundamentals = phasorsOf(measurement, fundamentalOf(first, measurement, harmonics));
-    document.tables.push_back(ownTable(overview, fundamentals, harmonics, threeWattmeter));
+    const Fundamentals fundamentals = fundamentalsOf(measurement, harmonics);
+    document.tables.push_back(ownTable(overview, fundamentals, threeWattmeter));
     document.tables.push_back(highestHarmonics(harmonics));
     const auto wiring = wiringRemarks(overview, fundamentals);
     document.remarks.insert(document.remarks.begin(), wiring.begin(), wiring.end());

@@ -21,16 +21,17 @@ Overview makeOverview(const Recording& recording, const MeasurementSettings& set
 /// A stretch of it, in seconds from its first sample on. Fails when it does not lie inside.
 Overview windowOf(const Overview& overview, double startSeconds, double durationSeconds);
 
-/// The fundamental of a channel in Hz as the library's harmonics of all measured channels have it, else roughly from
-/// the samples; 0 for none.
-double fundamentalOf(std::size_t channel, const Measurement& measurement, const std::vector<Harmonics>& harmonics);
+using Frequencies = std::array<double, phaseTotal>;
 
 /// The fundamentals of both sets, those of a set that is not there 0.
 struct Fundamentals {
+    Frequencies frequencies{};  // Hz, of the first set that is there
     Phasors voltages{};
     Phasors currents{};
 };
-Fundamentals phasorsOf(const Measurement& measurement, double frequencyHz);
+
+/// As the library's harmonics of all measured channels have them, else roughly from the samples.
+Fundamentals fundamentalsOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics);
 
 /// Everything that the library measures, power by all methods side by side, each fed with the voltages that it takes;
 /// and what the tool computes itself, told as its own: power factor, unbalance, angles, wiring.

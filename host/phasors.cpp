@@ -63,19 +63,20 @@ double coherence(const Phasors& voltages) {
     return std::max(std::abs(forward(unit)), std::abs(backward(unit)));
 }
 
-/// Turns the one voltage that makes the set symmetrical, if there is one.
-void judgeVoltages(Phasors& voltages, std::vector<std::string>& faults) {
+/// Turns the one voltage that makes the set symmetrical. False when the set is not, and there is none.
+bool makeSymmetrical(Phasors& voltages, std::vector<std::string>& faults) {
     if (coherence(voltages) >= oddEnough) {
-        return;
+        return true;
     }
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         if (const Phasors corrected = turned(voltages, phase); coherence(corrected) >= coherentEnough) {
             faults.push_back(channelName(phase) + " seems to be reversed.");
             voltages = corrected;
-            return;
+            return true;
         }
     }
     faults.emplace_back("The voltages are not 120 degrees apart, and no single reversed one explains it.");
+    return false;
 }
 
 /// An exchange of two currents makes them agree with the voltages in three ways that are 120 degrees apart: the one
@@ -138,10 +139,9 @@ double lagDegrees(const Phasor& from, const Phasor& to) {
 
 std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents) {
     std::vector<std::string> faults;
-    if (!isLive(voltages)) {
+    if (!isLive(voltages) || !makeSymmetrical(voltages, faults)) {
         return faults;
     }
-    judgeVoltages(voltages, faults);
     const bool isBackward = std::abs(backward(voltages)) > std::abs(forward(voltages));
     if (isBackward) {
         faults.emplace_back("The phase order is a-c-b: two voltages are exchanged, or the grid turns that way.");

@@ -141,7 +141,8 @@ std::string phasorDiagram(const Fundamentals& fundamentals) {
     }
     content += line("grid", {centre.x - voltageRadius, centre.y}, {centre.x + voltageRadius, centre.y}) +
                line("grid", {centre.x, centre.y - voltageRadius}, {centre.x, centre.y + voltageRadius});
-    const auto& [voltages, currents] = fundamentals;
+    const Phasors& voltages = fundamentals.voltages;
+    const Phasors& currents = fundamentals.currents;
     const double reference = std::arg(std::abs(voltages[0]) > 0.0 ? voltages[0] : currents[0]);
     for (const auto& [set, radius, first] :
          {std::tuple{&voltages, voltageRadius, std::size_t{0}}, {&currents, currentRadius, phaseTotal}}) {

@@ -158,10 +158,13 @@ std::string harmonicSection(const std::vector<Kind<Harmonics>>& kinds) {
            paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.");
 }
 
+/// Nothing when there is no fundamental.
 std::string phasorSection(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
-    const std::size_t first = measurement.samples[0].empty() ? phaseTotal : 0;
-    const double frequency = fundamentalOf(first, measurement, harmonics);
-    return figure(phasorDiagram(phasorsOf(measurement, frequency)),
+    const Fundamentals fundamentals = fundamentalsOf(measurement, harmonics);
+    if (*std::max_element(fundamentals.frequencies.begin(), fundamentals.frequencies.end()) == 0.0) {
+        return {};
+    }
+    return figure(phasorDiagram(fundamentals),
                   "Fundamentals: voltages against the outer circle, currents (dashed) against the inner one; a lagging "
                   "phasor is turned clockwise.");
 }

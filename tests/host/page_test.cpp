@@ -63,7 +63,7 @@ std::size_t countOf(const std::string& text, const std::string& word) {
 
 TEST(Page, DiagramsLeaveOutWhatIsMissing) {
     using rt305::Phasor;
-    const rt305::Fundamentals fundamentals{{Phasor(0.0, 230.0), Phasor(199.0, -115.0), Phasor(NAN, NAN)}, {}};
+    const rt305::Fundamentals fundamentals{{}, {Phasor(0.0, 230.0), Phasor(199.0, -115.0), Phasor(NAN, NAN)}, {}};
     const std::string phasors = rt305::phasorDiagram(fundamentals);
     EXPECT_EQ(countOf(phasors, "<polygon"), 2U);
     EXPECT_NE(phasors.find(R"(x="334.0" y="184.0" text-anchor="middle">Ua<)"), std::string::npos)

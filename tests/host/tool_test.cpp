@@ -1,50 +1,15 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
+
+#include "tool_run.h"
 
 namespace {
 
 const std::string sample = SOURCE_FOLDER "/examples/recordings/sample.csv";
-
-struct ToolRun {
-    int exitCode;
-    std::string output;  // stdout, or both with "2>&1" in the arguments
-};
-
-std::string withShell(const std::string& command, int* exitCode) {
-    std::string output;
-    FILE* const pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        ADD_FAILURE() << command;
-        return output;
-    }
-    std::array<char, 65536> block;
-    for (std::size_t got = 0; (got = fread(block.data(), 1, block.size(), pipe)) > 0;) {
-        output.append(block.data(), got);
-    }
-    const int status = pclose(pipe);
-    *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return output;
-}
-
-ToolRun run(const std::string& arguments, const std::string& environment = "") {
-    ToolRun result{};
-    result.output = withShell(environment + " " TOOL " " + arguments, &result.exitCode);
-    return result;
-}
-
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
     const std::string readme = contentOf(SOURCE_FOLDER "/examples/recordings/README.md");
