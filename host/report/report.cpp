@@ -280,7 +280,7 @@ std::string reportPage(const Recording& recording, const Overview& overview, con
              resultTables(document, 0, 1, phasorSection(measured, allOf(harmonics)))},
         {"signals", "Waveforms",
          placesOf(waveforms) +
-             paragraph(R"(class="remark")",
+             paragraph(R"(class="remark on-screen")",
                        "As recorded, at first " + formatNumber(firstShownSeconds) +
                            " s of it. Drag across a plot to zoom into both, double-click to see all. Long recordings "
                            "are thinned; no peak is lost.") +
