@@ -219,9 +219,6 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
     addTimeOption(command, "--start", settings.startSeconds, "where in the segment to start");
     addTimeOption(command, "--duration", settings.durationSeconds,
                   "how much to measure (default: to the segment's end)");
-    command.add_flag_function(
-        "--no-resample", [&settings](std::int64_t) { settings.resample = false; },
-        "hand the samples over at their own rate, though the library assumes another");
 }
 
 constexpr const char* fileHelp = "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin";
@@ -264,14 +261,16 @@ void addFormOptions(CLI::App& command, OutputForm& form) {
         {"--plain", OutputForm::plain, "the same with tabs between the fields and no heading"},
         {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
     };
-    std::vector<CLI::Option*> others;
     for (const FormSwitch& one : switches) {
-        CLI::Option* const added = command.add_flag_function(
-            one.name, [&form, to = one.form](std::int64_t) { form = to; }, one.help);
-        for (CLI::Option* const other : others) {
-            added->excludes(other);
-        }
-        others.push_back(added);
+        command.add_flag_function(
+            one.name,
+            [&form, to = one.form](std::int64_t) {
+                if (form != OutputForm::text) {
+                    failUsage("give one of --json, --json-lines, --csv, --plain and --raw");
+                }
+                form = to;
+            },
+            one.help);
     }
 }
 
@@ -293,6 +292,9 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
     addCommonOptions(command, options);
     addFormOptions(command, options.form);
+    command.add_flag_function(
+        "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
+        "hand the samples over at their own rate, though the library assumes another");
     addFlagOptions(command, sampleOptions(), options.settings.flags);
     addPerChannelOption(command, "--gains", "gain settings for --source real, default 1", options.settings.gains);
     addPerChannelOption(command, "--resistances", "input resistances in ohm for --source real, default 0",

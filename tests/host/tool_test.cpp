@@ -123,7 +123,7 @@ TEST(Tool, ExitCodesAndMessages) {
          "samples of Ia are missing"},
         {"generate --duration 0.2 | " TOOL " distortion - 2>&1", 0, "this one has 10.0"},
         {"params --power two-wattmeter " + good, 2, "takes line voltages"},
-        {"params --json --csv " + good, 2, "excludes"},
+        {"params --json --csv " + good, 2, "give one of --json"},
         {"measure --window 0.2 --json " + good, 2, "--json-lines"},
         {"measure --step 0.1 " + good, 2, "--step needs --window"},
         {"measure --window 200mA " + good, 2, "is not a time"},
