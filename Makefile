@@ -30,6 +30,7 @@ test-full: test lint
 	@scripts/valgrind build/debug
 	@scripts/check-release
 	@scripts/check-cpus build/debug
+	@scripts/check-report build/debug
 
 lint:
 	@scripts/setup all

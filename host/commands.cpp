@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <limits>
 
@@ -12,9 +13,11 @@
 #include "failure.h"
 #include "library.h"
 #include "messages.h"
+#include "overview.h"
 #include "recording_reader.h"
 #include "recording_report.h"
 #include "remarks.h"
+#include "report/report.h"
 #include "reports.h"
 #include "results.h"
 #include "text.h"
@@ -103,6 +106,20 @@ void showBothKinds(const MeasureOptions& options, Measured& result, const std::s
     show(options, result.document);
 }
 
+/// Lets something be written to a file, or to stdout when none is named.
+void writeTo(const std::string& name, const std::function<void(std::ostream&)>& content) {
+    if (name.empty()) {
+        content(std::cout);
+        return;
+    }
+    std::ofstream file(name, std::ios::binary);
+    content(file);
+    file.close();
+    if (!file) {
+        failBroken(name + ": " + std::strerror(errno));
+    }
+}
+
 }  // namespace
 
 void showRecording(const MeasureOptions& options) {
@@ -154,6 +171,15 @@ void showHarmonics(const MeasureOptions& options) {
     showBothKinds(options, result, "harmonics", readHarmonics, harmonicTable);
 }
 
+void writeReport(const ReportOptions& options) {
+    const Recording recording = read(options.measure);
+    const Overview overview = makeOverview(recording, options.measure.settings);
+    std::for_each(overview.measurement.notes.begin(), overview.measurement.notes.end(), note);
+    std::for_each(overview.measurement.warnings.begin(), overview.measurement.warnings.end(), warn);
+    const std::string page = reportPage(recording, overview, Library(options.measure.library));
+    writeTo(options.file, [&page](std::ostream& out) { out << page; });
+}
+
 void checkLibrary(const CheckOptions& options) {
     if (!checkConformance(Library(options.library), std::cout)) {
         throw Failure(ExitCode::refused, "the library breaks promises of its interface");
@@ -162,16 +188,7 @@ void checkLibrary(const CheckOptions& options) {
 
 void generateRecording(const GenerateOptions& options) {
     const Recording recording = generate(options.settings);
-    if (options.file.empty()) {
-        writeCsv(recording, options.digits, std::cout);
-        return;
-    }
-    std::ofstream file(options.file, std::ios::binary);
-    writeCsv(recording, options.digits, file);
-    file.close();
-    if (!file) {
-        failBroken(options.file + ": " + std::strerror(errno));
-    }
+    writeTo(options.file, [&](std::ostream& out) { writeCsv(recording, options.digits, out); });
 }
 
 }  // namespace rt305

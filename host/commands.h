@@ -32,6 +32,12 @@ struct BatchOptions {
     MeasureOptions each;         // how each file is read and measured
 };
 
+/// Everything of one recording as a page.
+struct ReportOptions {
+    MeasureOptions measure;
+    std::string file;  // empty: stdout
+};
+
 struct GenerateOptions {
     GeneratorSettings settings;
     int digits = 6;
@@ -44,6 +50,7 @@ struct CheckOptions {
 
 void showRecording(const MeasureOptions& options);
 int measureEverything(const BatchOptions& options);
+void writeReport(const ReportOptions& options);
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);
 void showSpectra(const MeasureOptions& options);

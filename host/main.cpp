@@ -286,12 +286,12 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options) {
         ->check(CLI::IsMember(types));
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
     command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
-    addFormOptions(command, options.form);
 }
 
 void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
     addCommonOptions(command, options);
+    addFormOptions(command, options.form);
     command.add_flag_function(
         "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
         "hand the samples over at their own rate, though the library assumes another");
@@ -317,7 +317,16 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
         ->type_name("N");
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each);
+    addFormOptions(command, options.each.form);
     addFlagOptions(command, batchOptions(), options.each.settings.flags);
+}
+
+/// The same of one file, as a page.
+void addReportOptions(CLI::App& command, ReportOptions& options) {
+    addRecordingOptions(command, options.measure);
+    command.add_option("-o,--output", options.file, "write to this file, not to stdout")->type_name("FILE");
+    addCommonOptions(command, options.measure);
+    addFlagOptions(command, batchOptions(), options.measure.settings.flags);
 }
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
@@ -413,6 +422,7 @@ int main(int argc, char** argv) {
     int exitCode = static_cast<int>(ExitCode::success);
     MeasureOptions measure;
     BatchOptions batch;
+    ReportOptions report;
     CheckOptions check;
     GenerateOptions generate;
     const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
@@ -425,6 +435,8 @@ int main(int argc, char** argv) {
     const auto runBatch = [&exitCode](const BatchOptions& options) { exitCode = measureEverything(options); };
     addBatchOptions(*command("measure", "measure everything at once, of many files and windows", runBatch, batch),
                     batch);
+    addReportOptions(*command("report", "write a report with everything as one HTML page", writeReport, report),
+                     report);
     CLI::App* const params = command("params", "measure the electrical parameters", showParameters, measure);
     addMeasureOptions(*params, measure);
     addParameterOptions(*params, measure.settings);

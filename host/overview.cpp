@@ -194,9 +194,7 @@ double fundamentalOf(std::size_t channel, const Measurement& measurement, const 
                : estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
 }
 
-/// The fundamentals of the first set that is there, Hz.
-using Frequencies = std::array<double, phaseTotal>;
-
+/// The fundamentals of the first set that is there.
 Frequencies frequenciesOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
     Frequencies frequencies{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
@@ -212,27 +210,6 @@ std::pair<double, double> sumOfCurrents(const Measurement& measurement) {
     };
     const Samples* const i = &measurement.samples[phaseTotal];
     return {rms(combined(combined(i[0], i[1], 1.0, 1.0), i[2], 1.0, 1.0)), std::max({rms(i[0]), rms(i[1]), rms(i[2])})};
-}
-
-/// The fundamentals of both sets, those of a set that is not there 0.
-struct Fundamentals {
-    Frequencies frequencies{};
-    Phasors voltages{};
-    Phasors currents{};
-};
-
-Fundamentals fundamentalsOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
-    Fundamentals fundamentals{frequenciesOf(measurement, harmonics), {}, {}};
-    Frequencies sorted = fundamentals.frequencies;
-    std::sort(sorted.begin(), sorted.end());
-    const double frequencyHz = sorted[1];  // the one of a dead channel can be anything
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        Phasors& set = isCurrent(channel) ? fundamentals.currents : fundamentals.voltages;
-        if (!measurement.samples[channel].empty()) {
-            set[channel % phaseTotal] = phasorOf(measurement.samples[channel], frequencyHz, measurement.rateHz);
-        }
-    }
-    return fundamentals;
 }
 
 /// P / S by phase and in total, where S is U I.
@@ -333,6 +310,20 @@ Parameters addParameters(const Measurement& measurement, const Library& library,
 }
 
 }  // namespace
+
+Fundamentals fundamentalsOf(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
+    Fundamentals fundamentals{frequenciesOf(measurement, harmonics), {}, {}};
+    Frequencies sorted = fundamentals.frequencies;
+    std::sort(sorted.begin(), sorted.end());
+    const double frequencyHz = sorted[1];  // the one of a dead channel can be anything
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        Phasors& set = isCurrent(channel) ? fundamentals.currents : fundamentals.voltages;
+        if (!measurement.samples[channel].empty()) {
+            set[channel % phaseTotal] = phasorOf(measurement.samples[channel], frequencyHz, measurement.rateHz);
+        }
+    }
+    return fundamentals;
+}
 
 Overview makeOverview(const Recording& recording, const MeasurementSettings& settings) {
     Overview overview{makeMeasurement(recording, settings), makeMeasurement(recording, settings, RateMatters::no),

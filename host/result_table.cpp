@@ -62,20 +62,26 @@ void ResultTable::addRow(Line line, std::vector<Cell> figures) {
     cells.push_back(std::move(figures));
 }
 
-std::string textOf(const ResultTable& table, bool styled) {
-    const std::string figures(table.columns.size(), 'r');
-    TextTable text(table.unitsByColumn ? "r" + figures : "l" + figures + "l");
+std::vector<TextCells> cellTexts(const ResultTable& table) {
+    std::vector<TextCells> texts = bodyOf(table);
+    for (std::size_t r = 0; r < texts.size(); ++r) {
+        texts[r].insert(texts[r].begin(), table.rows[r].label);
+    }
     TextCells heading{table.corner};
     std::transform(table.columns.begin(), table.columns.end(), std::back_inserter(heading),
                    [](const Line& column) { return column.label; });
     if (!table.unitsByColumn) {
         heading.emplace_back();
     }
-    text.add(std::move(heading));
-    auto body = bodyOf(table);
-    for (std::size_t r = 0; r < body.size(); ++r) {
-        body[r].insert(body[r].begin(), table.rows[r].label);
-        text.add(std::move(body[r]));
+    texts.insert(texts.begin(), std::move(heading));
+    return texts;
+}
+
+std::string textOf(const ResultTable& table, bool styled) {
+    const std::string figures(table.columns.size(), 'r');
+    TextTable text(table.unitsByColumn ? "r" + figures : "l" + figures + "l");
+    for (TextCells& row : cellTexts(table)) {
+        text.add(std::move(row));
     }
     std::string lines = text.text();
     const std::size_t firstEnd = lines.find('\n');

@@ -32,6 +32,10 @@ struct ResultTable {
     void addRow(Line line, std::vector<Cell> figures);
 };
 
+/// The texts of all cells by row, the heading first: a label, the figures of a row, and their unit where the columns
+/// have none.
+std::vector<std::vector<std::string>> cellTexts(const ResultTable& table);
+
 /// The table with aligned columns; titles and headings in bold when styled.
 std::string textOf(const ResultTable& table, bool styled = false);
 
