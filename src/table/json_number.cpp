@@ -37,7 +37,7 @@
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "the first of eight digits is the lowest byte");
+static_assert(std::endian::native == std::endian::little, "the first digit is the lowest byte");
 
 __extension__ using Wide = unsigned __int128;
 
@@ -94,7 +94,7 @@ constexpr std::uint64_t low(Wide x) {
     return static_cast<std::uint64_t>(x);
 }
 
-/// What brings the numbers of one exponent to units of 2^-60 for all: the power 10^s, the factor 10^m * 2^(60-q) on
+/// What brings the numbers of one exponent to the same unit, 2^-60: the power 10^s, the factor 10^m * 2^(60-q) for
 /// multiples of 2^-q, and the place of the point if there are sixteen digits. Zeros if the digits cannot be found here.
 struct Scaling {
     std::uint64_t power = 0;
@@ -123,6 +123,7 @@ constexpr auto scalings = [] {
     }
     return all;
 }();
+static_assert(std::ranges::count(scalings, 0U, &Scaling::factor) == 2 + 5, "the five, and those of 0 and infinity");
 
 /// The interval of a number in units of 2^-60, scaled by 10^m: M+ in 128 bits, the others as their distance from it.
 struct Interval {
@@ -131,10 +132,10 @@ struct Interval {
     std::uint64_t toLower;
 };
 
-/// bits: those of the number. What they hold above the fraction is shifted out, but for one that the first one of f
-/// covers.
+/// bits: those of the number.
 Interval intervalOf(std::uint64_t bits, const Scaling& scaling) {
-    const Wide value = (bit(63) | bits << 11U) * Wide{scaling.power} + bit(63);
+    const std::uint64_t f = bit(63) | bits << 11U;  // from its first one, which covers what is left of the exponent
+    const Wide value = f * Wide{scaling.power} + bit(63);
     const Wide reach = Wide{scaling.power >> 54U} << 64U | scaling.power << 10U;
     const std::uint64_t upper = high(value + reach) - 1;
     const std::uint64_t lower = high(value - reach) + 1;
@@ -167,25 +168,23 @@ Decimal decimalOf(double value) {
     return digitsIn(intervalOf(bits, scaling), scaling.point);
 }
 
-/// Sixteen digits of x < 10^16, one in each byte, the first in the lowest. Lanes of eight digits are split into fours,
-/// these into pairs and these into digits, all at once: the quotients q by products with a rounded reciprocal, and
-/// q + ((x - n*q) << k).
+// Lanes of digits are split in halves, all at once: the upper half q by a product with a rounded reciprocal, and
+// q + ((x - n*q) << k), n the power of ten between the halves, which for one lane is (x << k) - q*((n << k) - 1).
+
+/// Two lanes of four digits of x < 10^8, the first in the lower.
+std::uint64_t foursOf(std::uint64_t x) {
+    return (x << 32U) - (x * 109951163U >> 40U) * ((powersOfTen[4] << 32U) - 1);
+}
+
+/// Sixteen digits of x < 10^16, one in each byte, the first in the lowest.
 __m128i sixteenDigits(std::uint64_t x) {
     const std::uint64_t first8 = x / powersOfTen[8];
     const std::uint64_t next8 = x - first8 * powersOfTen[8];
-    const __m128i eights = _mm_set_epi64x(static_cast<std::int64_t>(next8), static_cast<std::int64_t>(first8));
-
-    const __m128i upperFours = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(109951163)), 40);
-    const __m128i lowerFours = _mm_sub_epi32(eights, _mm_mul_epu32(upperFours, _mm_set1_epi64x(10000)));
-    const __m128i fours = _mm_or_si128(upperFours, _mm_slli_epi64(lowerFours, 32));
-
-    const __m128i upperTwos = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
-    const __m128i lowerTwos = _mm_sub_epi16(fours, _mm_madd_epi16(upperTwos, _mm_set1_epi16(100)));
-    const __m128i twos = _mm_or_si128(upperTwos, _mm_slli_epi32(lowerTwos, 16));
-
+    const __m128i fours{static_cast<std::int64_t>(foursOf(first8)), static_cast<std::int64_t>(foursOf(next8))};
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    const __m128i twos = hundreds + _mm_slli_epi32(fours - _mm_madd_epi16(hundreds, _mm_set1_epi16(100)), 16);
     const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
-    const __m128i ones = _mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
-    return _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
+    return tens + _mm_slli_epi16(twos - _mm_mullo_epi16(tens, _mm_set1_epi16(10)), 8);
 }
 
 /// The digits of a decimal, ready to be written.
@@ -204,7 +203,7 @@ struct Digits {
 };
 
 void writeDigits(char* out, const Digits& x) {
-    const __m128i characters = _mm_or_si128(x.first16, _mm_set1_epi8('0'));
+    const __m128i characters = x.first16 | _mm_set1_epi8('0');
     std::memcpy(out, &characters, 16);
     out[16] = static_cast<char>(x.last | '0');
 }
@@ -233,9 +232,8 @@ constexpr auto pointsAt = [] {
 /// point: 1 to 15.
 void writeDigitsWithPoint(char* out, const Digits& x, int point) {
     const PointAt& at = pointsAt[static_cast<std::size_t>(point)];
-    const __m128i before = _mm_and_si128(at.before, x.first16);
-    const __m128i behind = _mm_slli_si128(_mm_andnot_si128(at.before, x.first16), 1);
-    const __m128i characters = _mm_or_si128(_mm_or_si128(before, behind), at.characters);
+    const __m128i behind = _mm_slli_si128(x.first16 & ~at.before, 1);
+    const __m128i characters = (x.first16 & at.before) | behind | at.characters;
     writeDigits(out + 1, x);  // the last two stay
     std::memcpy(out, &characters, 16);
 }
