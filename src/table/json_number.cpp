@@ -257,7 +257,7 @@ char* writeDecimal(char* out, const Digits& x, int point) {
         return out + std::max(count, point + 1) + 1;
     }
     if (-4 < point && point <= 0) {
-        std::memcpy(out, "0.000", 5);
+        std::copy_n("0.000", 5, out);
         out += 2 - point;
         writeDigits(out, x);
         return out + count;
@@ -269,8 +269,7 @@ char* writeDecimal(char* out, const Digits& x, int point) {
 /// By the library's own formatter.
 [[gnu::noinline]] char* writeOther(char* out, double value) {
     if (!std::isfinite(value)) {
-        std::memcpy(out, "null", 4);
-        return out + 4;
+        return std::copy_n("null", 4, out);
     }
     return libraryNumber(out, value);
 }
