@@ -1,5 +1,6 @@
 #include "rt305_4/rt305_4.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <exception>
@@ -133,12 +134,15 @@ void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
 /// Asks for about the working memory of a call in one piece and gives it back unused. The C library takes the largest
 /// piece given back as its measure of what to return to the system (mallopt(3), M_MMAP_THRESHOLD and M_TRIM_THRESHOLD):
 /// without this hint a host that measures again and again has the same 150 pages mapped anew in every call, which takes
-/// as long as the computation. Pieces that the C library would not count are not worth asking for.
+/// as long as the computation. The C library counts no larger pieces than given here, and long records keep their
+/// memory for the call only.
 void keepMemoryMapped(std::uint64_t samplesNumber) {
-    constexpr std::uint64_t bytesPerSample = 128;
+    constexpr std::uint64_t bytesPerSample = 512;  // twice as much is kept: texts of spectra, the old and the new
     constexpr std::uint64_t largestCounted = 32U << 20U;
-    if (samplesNumber <= largestCounted / bytesPerSample) {
-        void* volatile const piece = std::malloc(samplesNumber * bytesPerSample);  // volatile: lest the pair be elided
+    constexpr std::uint64_t longestKept = 1U << 18U;
+    if (samplesNumber <= longestKept) {
+        const std::uint64_t size = std::min(samplesNumber * bytesPerSample, largestCounted);
+        void* volatile const piece = std::malloc(size);  // volatile: lest the pair be elided
         std::free(piece);
     }
 }

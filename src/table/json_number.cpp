@@ -1,5 +1,7 @@
 #include "table/json_number.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -28,14 +30,14 @@
 // - If it holds none but delta >= 1, Grisu2 stops at D, the largest integer in the interval, and counts down to the
 //   integer nearest to W, of two the larger, provided that this one lies in the interval. It does if both sides of the
 //   interval are at least 1/2. They differ from delta / 2 by less than one scaled multiple of 2^-q, and as M+ - M- is
-//   at least 2^10 - 2 such multiples, delta >= 1 + 2^-8 is enough.
+//   at least 2^10 - 2 such multiples, delta >= 1 + 2^-8 is enough. Five exponents miss it.
 //
-// Powers of two, whose interval is shorter below than above, the numbers with one of the few exponents that miss the
-// last condition, subnormal numbers and zero are left to the library's own formatter.
+// Powers of two, whose interval is shorter below than above, the numbers with one of those five exponents, subnormal
+// numbers and zero are left to the library's own formatter.
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "the first of eight digits is the lowest byte");
+static_assert(std::endian::native == std::endian::little, "the first digit is the lowest byte");
 
 __extension__ using Wide = unsigned __int128;
 
@@ -85,43 +87,6 @@ constexpr std::uint64_t powersOfTen[]{
     10000000000000000,
 };
 
-/// Eight digits of x < 10^8, the first in the lowest byte. Lanes of four digits are split into pairs and these into
-/// digits, all at once: the quotients q by products with a rounded reciprocal, and q + ((x - n*q) << k) as (x << k) -
-/// q*((n << k) - 1).
-std::uint64_t eightDigits(std::uint64_t x) {
-    const std::uint64_t fours = (x << 32U) - (x * 109951163U >> 40U) * ((std::uint64_t{10000} << 32U) - 1);
-    const std::uint64_t hundreds = (fours * 10486U >> 20U) & 0x0000007F0000007FU;
-    const std::uint64_t twos = (fours << 16U) - hundreds * ((100U << 16U) - 1);
-    const std::uint64_t tens = (twos * 103U >> 10U) & 0x000F000F000F000FU;
-    return (twos << 8U) - tens * ((10U << 8U) - 1);
-}
-
-/// Seventeen digits: v = 0.d1 d2 ... d17 * 10^point, d1 > 0.
-struct Decimal {
-    std::uint64_t first8;  // digit by digit in bytes, the first in the lowest
-    std::uint64_t next8;
-    std::uint64_t last;
-    int point;
-
-    /// The digits before the trailing zeros.
-    int count() const {
-        const int of16 = next8 != 0 ? 8 + nonZeroBytes(next8) : nonZeroBytes(first8);
-        return last != 0 ? 17 : of16;
-    }
-
-private:
-    static int nonZeroBytes(std::uint64_t x) { return 8 - (std::countl_zero(x | 1U) >> 3U); }
-};
-
-/// The interval of a number, scaled by 10^m in units of 2^-q: M+ in 128 bits, the others as their distance from it.
-struct Interval {
-    Wide upper;
-    std::uint64_t toValue;
-    std::uint64_t toLower;
-    int q;
-    int t;
-};
-
 constexpr std::uint64_t high(Wide x) {
     return static_cast<std::uint64_t>(x >> 64U);
 }
@@ -129,78 +94,148 @@ constexpr std::uint64_t low(Wide x) {
     return static_cast<std::uint64_t>(x);
 }
 
-/// exponent: E, 1 to 2046; fraction: the 52 bits of f below its first one, not all zero. With 78913 / 2^18 for log10(2)
-/// and 217706 / 2^16 for log2(10) the floors below are exact for all exponents: s is the smallest stored power not
-/// below (1025 - E) * log10(2), which is the smallest that gives q <= 60.
-Interval intervalOf(int exponent, std::uint64_t fraction) {
+/// What brings the numbers of one exponent to the same unit, 2^-60: the power 10^s, the factor 10^m * 2^(60-q) for
+/// multiples of 2^-q, and the place of the point if there are sixteen digits. Zeros if the digits cannot be found here.
+struct Scaling {
+    std::uint64_t power = 0;
+    std::uint64_t factor = 0;
+    std::int64_t point = 0;
+};
+
+/// exponent: E, 1 to 2046. With 78913 / 2^18 for log10(2) and 217706 / 2^16 for log2(10) the floors below are exact for
+/// all exponents: s is the smallest stored power not below (1025 - E) * log10(2), which is the smallest that gives
+/// q <= 60.
+constexpr Scaling scalingOf(int exponent) {
     const int index = ((1025 - exponent) * 78913 + (300 << 18) + (1 << 21) - 1) >> 21;
     const int s = 8 * index - 300;
     const int t = ((1075 - exponent) * 78913 >> 18) + 1;
     const int q = 1085 - exponent - (s * 217706 >> 16);
     const std::uint64_t power = scaledPowers[index];
-    const std::uint64_t scale = powersOfTen[t - s];
+    const std::uint64_t factor = powersOfTen[t - s] << (60 - q);
+    const std::uint64_t smallestDelta = ((power >> 53U) - 2) * factor;
+    return smallestDelta > bit(60) + bit(52) ? Scaling{power, factor, 16 - t} : Scaling{};
+}
 
-    const Wide value = (bit(63) | fraction << 11U) * Wide{power} + bit(63);
-    const Wide reach = Wide{power >> 54U} << 64U | power << 10U;
+constexpr auto scalings = [] {
+    std::array<Scaling, 2048> all{};
+    for (int exponent = 1; exponent < 2047; ++exponent) {
+        all[static_cast<std::size_t>(exponent)] = scalingOf(exponent);
+    }
+    return all;
+}();
+static_assert(std::ranges::count(scalings, 0U, &Scaling::factor) == 2 + 5, "the five, and those of 0 and infinity");
+
+/// The interval of a number in units of 2^-60, scaled by 10^m: M+ in 128 bits, the others as their distance from it.
+struct Interval {
+    Wide upper;
+    std::uint64_t toValue;
+    std::uint64_t toLower;
+};
+
+/// bits: those of the number.
+Interval intervalOf(std::uint64_t bits, const Scaling& scaling) {
+    const std::uint64_t f = bit(63) | bits << 11U;  // from its first one, which covers what is left of the exponent
+    const Wide value = f * Wide{scaling.power} + bit(63);
+    const Wide reach = Wide{scaling.power >> 54U} << 64U | scaling.power << 10U;
     const std::uint64_t upper = high(value + reach) - 1;
     const std::uint64_t lower = high(value - reach) + 1;
-    return {upper * Wide{scale}, (upper - high(value)) * scale, (upper - lower) * scale, q, t};
+    return {upper * Wide{scaling.factor}, (upper - high(value)) * scaling.factor, (upper - lower) * scaling.factor};
 }
+
+/// v = 0.d1 d2 ... d17 * 10^point, d1 > 0; all zero for a number that is left to the library.
+struct Decimal {
+    std::uint64_t first16;
+    std::uint32_t last;
+    std::int32_t point;
+};
 
 /// The digits of a number from its interval. Which of the cases holds is chance, so they are chosen without branches.
-Decimal digitsIn(const Interval& interval) {
-    const int q = interval.q;
-    const std::uint64_t whole = high(interval.upper) << (64 - q) | low(interval.upper) >> q;
+/// pointOf16: where the point stands if there are sixteen digits and not seventeen.
+Decimal digitsIn(const Interval& interval, std::int64_t pointOf16) {
+    const auto whole = static_cast<std::uint64_t>(interval.upper >> 60U);
     const std::uint64_t tens = whole / 10;
-    const std::uint64_t rest = low(interval.upper) - (10 * tens << q);
-    const std::uint64_t ones = ((rest - interval.toValue + bit(q - 1)) >> q) & -std::uint64_t{rest > interval.toLower};
-
-    // Sixteen digits or seventeen
+    const std::uint64_t rest = low(interval.upper) - (10 * tens << 60U);
+    const std::uint64_t ones = ((rest - interval.toValue + bit(59)) >> 60U) & -std::uint64_t{rest > interval.toLower};
     const std::uint64_t seventeen = -std::uint64_t{whole >= powersOfTen[16]};
-    const std::uint64_t first16 = tens + ((9 * tens + ones) & ~seventeen);
-    const std::uint64_t first8 = first16 / powersOfTen[8];
-    return {eightDigits(first8), eightDigits(first16 - first8 * powersOfTen[8]), ones & seventeen,
-            16 + static_cast<int>(seventeen & 1U) - interval.t};
+    return {tens + ((9 * tens + ones) & ~seventeen), static_cast<std::uint32_t>(ones & seventeen),
+            static_cast<std::int32_t>(pointOf16) + static_cast<std::int32_t>(seventeen & 1U)};
 }
 
-constexpr std::uint64_t asciiZeros = 0x3030303030303030U;
+Decimal decimalOf(double value) {
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    const std::uint64_t fraction = bits & (bit(52) - 1);
+    const Scaling& scaling = scalings[fraction != 0 ? bits >> 52U & 0x7FFU : 0];
+    return digitsIn(intervalOf(bits, scaling), scaling.point);
+}
 
-void writeDigits(char* out, const Decimal& x) {
-    const std::uint64_t first = x.first8 | asciiZeros;
-    const std::uint64_t next = x.next8 | asciiZeros;
-    std::memcpy(out, &first, 8);
-    std::memcpy(out + 8, &next, 8);
+// Lanes of digits are split in halves, all at once: the upper half q by a product with a rounded reciprocal, and
+// q + ((x - n*q) << k), n the power of ten between the halves, which for one lane is (x << k) - q*((n << k) - 1).
+
+/// Two lanes of four digits of x < 10^8, the first in the lower.
+std::uint64_t foursOf(std::uint64_t x) {
+    return (x << 32U) - (x * 109951163U >> 40U) * ((powersOfTen[4] << 32U) - 1);
+}
+
+/// Sixteen digits of x < 10^16, one in each byte, the first in the lowest.
+__m128i sixteenDigits(std::uint64_t x) {
+    const std::uint64_t first8 = x / powersOfTen[8];
+    const std::uint64_t next8 = x - first8 * powersOfTen[8];
+    const __m128i fours{static_cast<std::int64_t>(foursOf(first8)), static_cast<std::int64_t>(foursOf(next8))};
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    const __m128i twos = hundreds + _mm_slli_epi32(fours - _mm_madd_epi16(hundreds, _mm_set1_epi16(100)), 16);
+    const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
+    return tens + _mm_slli_epi16(twos - _mm_mullo_epi16(tens, _mm_set1_epi16(10)), 8);
+}
+
+/// The digits of a decimal, ready to be written.
+struct Digits {
+    explicit Digits(const Decimal& x) : first16(sixteenDigits(x.first16)), last(x.last) {}
+
+    /// The digits before the trailing zeros.
+    int count() const {
+        const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(first16, _mm_setzero_si128()));
+        const std::uint32_t nonZeros = (static_cast<std::uint32_t>(zeros) ^ 0xFFFFU) | last << 16U;
+        return std::min(static_cast<int>(std::bit_width(nonZeros)), 17);
+    }
+
+    __m128i first16;
+    std::uint32_t last;
+};
+
+void writeDigits(char* out, const Digits& x) {
+    const __m128i characters = x.first16 | _mm_set1_epi8('0');
+    std::memcpy(out, &characters, 16);
     out[16] = static_cast<char>(x.last | '0');
 }
 
 /// For a point among sixteen characters: ones in the bytes before it, and zeros with the point as characters.
 struct PointAt {
-    std::uint64_t before[2];
-    std::uint64_t characters[2];
+    __m128i before;
+    __m128i characters;
 };
 
+constexpr __m128i bytesOf(Wide x) {
+    return __m128i{static_cast<std::int64_t>(low(x)), static_cast<std::int64_t>(high(x))};
+}
+
 constexpr auto pointsAt = [] {
+    constexpr Wide asciiZeros = Wide{0x3030303030303030U} << 64U | 0x3030303030303030U;
     constexpr Wide zeroToPoint = 0x30 ^ 0x2E;
     std::array<PointAt, 16> all{};
     for (int point = 1; point < 16; ++point) {
-        const Wide before = (Wide{1} << (8 * point)) - 1;
-        const Wide characters = (Wide{asciiZeros} << 64U | asciiZeros) ^ zeroToPoint << (8 * point);
-        all[static_cast<std::size_t>(point)] = {{low(before), high(before)}, {low(characters), high(characters)}};
+        all[static_cast<std::size_t>(point)] = {bytesOf((Wide{1} << (8 * point)) - 1),
+                                                bytesOf(asciiZeros ^ zeroToPoint << (8 * point))};
     }
     return all;
 }();
 
 /// point: 1 to 15.
-void writeDigitsWithPoint(char* out, const Decimal& x, int point) {
+void writeDigitsWithPoint(char* out, const Digits& x, int point) {
     const PointAt& at = pointsAt[static_cast<std::size_t>(point)];
-    const std::uint64_t behind8 = x.first8 & ~at.before[0];
-    const std::uint64_t behind16 = x.next8 & ~at.before[1];
-    const std::uint64_t first = ((x.first8 & at.before[0]) | behind8 << 8U) ^ at.characters[0];
-    const std::uint64_t next = ((x.next8 & at.before[1]) | behind16 << 8U | behind8 >> 56U) ^ at.characters[1];
-    std::memcpy(out, &first, 8);
-    std::memcpy(out + 8, &next, 8);
-    out[16] = static_cast<char>(x.next8 >> 56U | '0');
-    out[17] = static_cast<char>(x.last | '0');
+    const __m128i behind = _mm_slli_si128(x.first16 & ~at.before, 1);
+    const __m128i characters = (x.first16 & at.before) | behind | at.characters;
+    writeDigits(out + 1, x);  // the last two stay
+    std::memcpy(out, &characters, 16);
 }
 
 char* writeExponent(char* out, int exponent) {
@@ -215,51 +250,57 @@ char* writeExponent(char* out, int exponent) {
 }
 
 /// Plain notation for 10^-4 <= v < 10^15, with ".0" behind whole numbers; beyond d.ddde+dd.
-char* writeDecimal(char* out, const Decimal& x) {
+char* writeDecimal(char* out, const Digits& x, int point) {
     const int count = x.count();
-    if (0 < x.point && x.point <= 15) {
-        writeDigitsWithPoint(out, x, x.point);
-        return out + std::max(count, x.point + 1) + 1;
+    if (0 < point && point <= 15) {
+        writeDigitsWithPoint(out, x, point);
+        return out + std::max(count, point + 1) + 1;
     }
-    if (-4 < x.point && x.point <= 0) {
-        std::memcpy(out, "0.000", 5);
-        out += 2 - x.point;
+    if (-4 < point && point <= 0) {
+        std::copy_n("0.000", 5, out);
+        out += 2 - point;
         writeDigits(out, x);
         return out + count;
     }
     writeDigitsWithPoint(out, x, 1);
-    return writeExponent(out + (count == 1 ? 1 : count + 1), x.point - 1);
+    return writeExponent(out + (count == 1 ? 1 : count + 1), point - 1);
 }
 
 /// By the library's own formatter.
 [[gnu::noinline]] char* writeOther(char* out, double value) {
     if (!std::isfinite(value)) {
-        std::memcpy(out, "null", 4);
-        return out + 4;
+        return std::copy_n("null", 4, out);
     }
     return libraryNumber(out, value);
+}
+
+char* write(char* out, double value, const Decimal& decimal) {
+    if (decimal.first16 == 0) {
+        return writeOther(out, value);
+    }
+    *out = '-';
+    out += std::bit_cast<std::uint64_t>(value) >> 63U;
+    return writeDecimal(out, Digits(decimal), decimal.point);
 }
 
 }  // namespace
 
 char* writeJsonNumber(char* out, double value) {
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    const auto exponent = static_cast<int>(bits >> 52U & 0x7FFU);
-    const std::uint64_t fraction = bits & (bit(52) - 1);
-    if (0 < exponent && exponent < 2047 && fraction != 0) {
-        const Interval interval = intervalOf(exponent, fraction);
-        if (interval.toLower > bit(interval.q) + bit(interval.q - 8)) {
-            *out = '-';
-            return writeDecimal(out + (bits >> 63U), digitsIn(interval));
-        }
-    }
-    return writeOther(out, value);
+    return write(out, value, decimalOf(value));
 }
 
+// The decimals of a block are found before one is written. Each half of the work is a chain of steps that wait for each
+// other; the shorter the chain, the more numbers a processor has under way at once.
 char* writeJsonNumbers(char* out, std::span<const double> values) {
-    for (const double value : values) {
-        out = writeJsonNumber(out, value);
-        *out++ = ',';
+    std::array<Decimal, 64> decimals;
+    while (!values.empty()) {
+        const auto block = values.first(std::min(values.size(), decimals.size()));
+        values = values.subspan(block.size());
+        std::transform(block.begin(), block.end(), decimals.begin(), decimalOf);
+        for (std::size_t i = 0; i < block.size(); ++i) {
+            out = write(out, block[i], decimals[i]);
+            *out++ = ',';
+        }
     }
     return out;
 }

@@ -66,9 +66,18 @@ TEST(JsonNumber, IsTheLibrarysTextOfEveryKindOfNumber) {
 }
 
 TEST(JsonNumber, WritesRowsWithACommaBehindEachNumber) {
-    char text[3 * roomForJsonNumber];
-    EXPECT_EQ(std::string(text, writeJsonNumbers(text, std::vector<double>{1.5, HUGE_VAL, -3.0})), "1.5,null,-3.0,");
-    EXPECT_EQ(writeJsonNumbers(text, {}), text);
+    number_cases::Random random(1);
+    std::vector<double> row{1.5, HUGE_VAL, -3.0};
+    std::string expected = "1.5,null,-3.0,";
+    for (int i = 0; i < 100; ++i) {
+        for (const number_cases::Kind& kind : number_cases::kinds) {
+            row.push_back(kind.draw(random));
+            expected += expectedText(row.back()) + ',';
+        }
+    }
+    std::vector<char> text(row.size() * roomForJsonNumber);
+    EXPECT_EQ(std::string(text.data(), writeJsonNumbers(text.data(), row)), expected);
+    EXPECT_EQ(writeJsonNumbers(text.data(), {}), text.data());
 }
 
 }  // namespace
