@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak packages fuzz clean
+.PHONY: help setup demo test test-full lint coverage bench soak packages fuzz mutation clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -11,6 +11,7 @@ help:
 	@echo "make soak       memory over a million calls, and of long records"
 	@echo "make packages   Debian packages, tried in a fresh Debian"
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
+	@echo "make mutation   small faults seeded into src/, and which of them the tests notice"
 
 setup:
 	@scripts/setup all
@@ -59,6 +60,10 @@ fuzz:
 	@scripts/setup fuzz
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@scripts/fuzz build/fuzz $(SECONDS)
+
+mutation:
+	@scripts/setup test
+	@scripts/mutate $(MUTATION)
 
 clean:
 	rm -rf build
