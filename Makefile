@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak packages fuzz mutation clean
+.PHONY: help setup demo test test-full lint coverage bench soak fuzz mutation packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -9,9 +9,9 @@ help:
 	@echo "make bench      print speed as ratios measured in one run"
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
-	@echo "make packages   Debian packages, tried in a fresh Debian"
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
 	@echo "make mutation   small faults seeded into src/, and which of them the tests notice"
+	@echo "make packages   Debian packages, tried in a fresh Debian"
 
 setup:
 	@scripts/setup all
@@ -31,6 +31,7 @@ test-full: test lint
 	@scripts/valgrind build/debug
 	@scripts/check-release
 	@scripts/check-cpus build/debug
+	@scripts/check-report build/debug
 
 lint:
 	@scripts/setup all
@@ -51,10 +52,6 @@ soak:
 	@cmake --preset release -D RT305_4_BUILD_TESTS=ON >/dev/null && cmake --build --preset release
 	@scripts/soak build/release
 
-packages:
-	@scripts/setup all
-	@scripts/check-packages
-
 fuzz: SECONDS ?= 60
 fuzz:
 	@scripts/setup fuzz
@@ -64,6 +61,10 @@ fuzz:
 mutation:
 	@scripts/setup test
 	@scripts/mutate $(MUTATION)
+
+packages:
+	@scripts/setup all
+	@scripts/check-packages
 
 clean:
 	rm -rf build

@@ -1,6 +1,5 @@
 // File readers of the host tool on files that nobody would write. A reader is one line of the table.
 
-#include <algorithm>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -14,6 +13,7 @@
 #include "recording.h"
 #include "require.h"
 #include "sound_reader.h"
+#include "text_encoding.h"
 
 namespace {
 
@@ -21,37 +21,51 @@ using fuzz::Bytes;
 using fuzz::require;
 using rt305::Column;
 using rt305::Recording;
+using rt305::Segment;
 
-/// A configuration and its data, the one cut from the other at the first record separator of ASCII.
-rt305::ComtradeParts pairIn(std::string_view text) {
-    const std::size_t end = std::min(text.find('\x1e'), text.size());
-    return {"input.cfg", text.substr(0, end), "input.dat", text.substr(std::min(end + 1, text.size())), {}, {}};
+/// Configuration and data of a record, cut at the first NUL.
+Recording readPair(std::string_view content) {
+    const std::size_t end = std::min(content.find('\0'), content.size());
+    return rt305::readComtrade(
+        {"input.cfg", content.substr(0, end), "input.dat", content.substr(std::min(end + 1, content.size())), {}, {}});
 }
 
-constexpr Recording (*readers[])(std::string_view text) = {
-    [](std::string_view text) { return rt305::readCsv(text, "input"); },
-    [](std::string_view text) { return rt305::readCsv(text, "input", {.rateHz = 10000.0}); },
-    [](std::string_view text) { return rt305::readComtrade(pairIn(text)); },
-    [](std::string_view text) { return rt305::readComtrade(rt305::cutComtradeFile(text, "input.cff")); },
-    [](std::string_view text) { return rt305::readSound(text, "input.wav"); },
+Recording readSoundAlone(std::string_view content) {
+    return rt305::isSound(content) ? rt305::readSound(content, "input") : rt305::readCsv(content, "input");
+}
+
+constexpr Recording (*readers[])(std::string_view content) = {
+    [](std::string_view content) { return rt305::readCsv(content, "input"); },
+    [](std::string_view content) { return rt305::readCsv(content, "input", {.rateHz = 10000.0}); },
+    [](std::string_view content) { return rt305::readComtrade(rt305::cutComtradeFile(content, "input")); },
+    readPair,
+    readSoundAlone,
 };
 
 /// What the rest of the tool relies on.
 void requireConsistent(const Recording& recording) {
     require(recording.length > 0, "a recording has samples");
+    require(recording.seconds.empty() || recording.seconds.size() == recording.length,
+            "all samples have a time, or none");
     std::size_t next = 0;
-    for (const rt305::Segment& segment : recording.segments) {
+    for (const Segment& segment : recording.segments) {
         require(segment.first == next && segment.count > 0, "segments follow each other");
         require(segment.rateHz > 0.0 && std::isfinite(segment.rateHz), "a rate is a positive number");
         next += segment.count;
     }
-    require(next == 0 || next == recording.length, "segments are all of the samples");
+    require(next == (recording.segments.empty() ? 0 : recording.length), "segments hold all samples");
     for (const Column& column : recording.columns) {
         require(column.samples.size() == (column.fault.empty() ? recording.length : 0),
                 "a column has all samples or a fault");
-        if (column.fault.empty()) {
-            require(samplesInBaseUnit(column).size() == recording.length, "a change of unit keeps every sample");
-        }
+        require(samplesInBaseUnit(column).size() == column.samples.size(), "a change of unit keeps every sample");
+        require(rt305::countMissing(column.samples) + rt305::countClipped(column.samples) <= column.samples.size(),
+                "no more samples are at fault than there are");
+        const std::string name = rt305::toUtf8(column.name);
+        require(rt305::toUtf8(name) == name, "a name becomes valid once and for all");
+    }
+    if (!recording.segments.empty()) {
+        const Segment& chosen = recording.segments[mainSegment(recording)];
+        require(partOf(recording, chosen, 0.0, 0.0).count == chosen.count, "a segment is the whole of itself");
     }
     assignColumns(recording);
 }

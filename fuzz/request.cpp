@@ -340,56 +340,55 @@ double factorOfUnit(const std::string& unit) {
     return unit == "W" || unit == "VA" || unit == "VAR" ? 4.0 : 1.0;
 }
 
+void requireParametersOfTwice(const json& once, const json& twice) {
+    requireScaled(once, twice, factorOfUnit(once["units"]));
+}
+
+void requireSignalOfTwice(const json& once, const json& twice) {
+    requireScaled(once["dataName"], twice["dataName"], 2.0);
+    for (std::size_t i = 0; i < once["paramData"].size(); ++i) {
+        const json& statistic = once["paramData"][i];
+        requireScaled(statistic, twice["paramData"][i], statistic["LastName"] == "peak2rms" ? 1.0 : 2.0);
+    }
+}
+
+void requireSpectrumOfTwice(const json& once, const json& twice) {
+    const double amplitudes = once["LastNameY"] == "L,dB" ? 1.0 : 2.0;
+    requireScaled(once["dataTnv"], twice["dataTnv"], amplitudes);
+    requireScaled(once["dataTnvf"], twice["dataTnvf"], 1.0);
+    require(once["paramData"].size() == twice["paramData"].size(), "the factor changes no peak");
+    for (std::size_t i = 0; i < once["paramData"].size(); ++i) {
+        requireScaled(once["paramData"][i]["fi"], twice["paramData"][i]["fi"], 1.0);
+        requireScaled(once["paramData"][i]["mag"], twice["paramData"][i]["mag"], amplitudes);
+    }
+}
+
+void requireDistortionOfTwice(const json& once, const json& twice) {
+    requireScaled(once["dataX"], twice["dataX"], 1.0);
+    requireRaised(once["dataY"], twice["dataY"]);
+}
+
 void withTwiceTheCoefficients(Host& host, const Texts& texts) {
     if (!isTame(host)) {
         return;
     }
-    const bool isLevel =
-        (host.settings.options.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB;
-    const double amplitudes = isLevel ? 1.0 : 2.0;
+    const auto before = documentsOf(texts, host.settings);
     for (ChannelData& channel : host.channels) {
         channel.coefficient *= 2.0;
     }
-    host.settings.auxValue *= amplitudes;
+    const std::uint32_t scale = host.settings.options.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK;
+    if (scale != RT305_4_SPECTRUM_LEVEL_DB) {
+        host.settings.auxValue *= 2.0;  // the criterion has the amplitudes' unit
+    }
     const auto answer = answerTo(host);
     require(answer.has_value(), "coefficients do not decide about refusal");
-    const auto before = documentsOf(texts, host.settings);
     const auto after = documentsOf(*answer, host.settings);
-    for (std::size_t row = 0; row < before[parameters].size(); ++row) {
-        const json& parameter = before[parameters][row];
-        requireScaled(parameter, after[parameters][row], factorOfUnit(parameter["units"]));
-    }
-    const auto compare = [&](int text, const auto& compareRows) {
-        const json& rows = before[static_cast<std::size_t>(text)];
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            compareRows(rows[i], after[static_cast<std::size_t>(text)][i]);
+    constexpr void (*compare[])(const json&, const json&) = {requireParametersOfTwice, requireSignalOfTwice,
+                                                             requireSpectrumOfTwice, requireDistortionOfTwice};
+    for (std::size_t text = 0; text < before.size(); ++text) {
+        for (std::size_t row = 0; row < before[text].size(); ++row) {
+            compare[(text + 1) / 2](before[text][row], after[text][row]);
         }
-    };
-    for (const int text : {signalsU, signalsI}) {
-        compare(text, [](const json& once, const json& twice) {
-            requireScaled(once["dataName"], twice["dataName"], 2.0);
-            for (std::size_t i = 0; i < once["paramData"].size(); ++i) {
-                const json& statistic = once["paramData"][i];
-                requireScaled(statistic, twice["paramData"][i], statistic["LastName"] == "peak2rms" ? 1.0 : 2.0);
-            }
-        });
-    }
-    for (const int text : {spectrumU, spectrumI}) {
-        compare(text, [&](const json& once, const json& twice) {
-            requireScaled(once["dataTnv"], twice["dataTnv"], amplitudes);
-            requireScaled(once["dataTnvf"], twice["dataTnvf"], 1.0);
-            require(once["paramData"].size() == twice["paramData"].size(), "the factor changes no peak");
-            for (std::size_t i = 0; i < once["paramData"].size(); ++i) {
-                requireScaled(once["paramData"][i]["fi"], twice["paramData"][i]["fi"], 1.0);
-                requireScaled(once["paramData"][i]["mag"], twice["paramData"][i]["mag"], amplitudes);
-            }
-        });
-    }
-    for (const int text : {distortionU, distortionI}) {
-        compare(text, [](const json& once, const json& twice) {
-            requireScaled(once["dataX"], twice["dataX"], 1.0);
-            requireRaised(once["dataY"], twice["dataY"]);
-        });
     }
 }
 

@@ -48,7 +48,7 @@ PerChannel<double> parsePerChannel(std::string_view option, std::string_view tex
         }
     }
     if (!valid) {
-        failInput(std::string(option) + ": " + inQuotes(text) +
+        failUsage(std::string(option) + ": " + inQuotes(text) +
                   " is neither six numbers (Ua,Ub,Uc,Ia,Ib,Ic) nor a list such as Ua=1.5,Ib=20");
     }
     return values;
@@ -62,7 +62,7 @@ PerChannel<std::string> parseColumnMap(std::string_view option, std::string_view
     for (const std::string_view item : split(text, ',')) {
         const auto target = parseAssignment(item);
         if (!target || target->second.empty()) {
-            failInput(std::string(option) + ": " + inQuotes(item) + " is not of the form Ua=COLUMN");
+            failUsage(std::string(option) + ": " + inQuotes(item) + " is not of the form Ua=COLUMN");
         }
         columns[target->first] = target->second;
     }

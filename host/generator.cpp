@@ -37,7 +37,7 @@ private:
 std::size_t sampleCount(const GeneratorSettings& settings) {
     const double samples = std::round(settings.rateHz * settings.durationSeconds);
     if (!(samples >= 1.0 && samples <= 1e8)) {
-        failInput("the rate times the duration gives " + formatNumber(samples) +
+        failUsage("the rate times the duration gives " + formatNumber(samples) +
                   " samples; from 1 to 100 million can be generated");
     }
     return static_cast<std::size_t>(samples);
@@ -66,7 +66,7 @@ std::vector<double> waveform(const GeneratorSettings& settings, std::size_t chan
 void cutDropouts(const GeneratorSettings& settings, Recording& recording) {
     for (const Dropout& dropout : settings.dropouts) {
         if (dropout.start > recording.length || dropout.count > recording.length - dropout.start) {
-            failInput("a dropout of " + std::string(channelNames[dropout.channel]) + " ends beyond the last of " +
+            failUsage("a dropout of " + std::string(channelNames[dropout.channel]) + " ends beyond the last of " +
                       std::to_string(recording.length) + " samples");
         }
         std::fill_n(recording.columns[dropout.channel].samples.begin() + static_cast<std::ptrdiff_t>(dropout.start),

@@ -77,14 +77,14 @@ Call::Call(const Measurement& measurement, std::uint32_t operation) {
 Library::Library(const std::string& file) {
     _handle = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (_handle == nullptr) {
-        failInput("cannot open the measurement library: " + lastLoadError() +
-                  "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
-                  "the environment variable RT305_4_LIBRARY.");
+        failBroken("cannot open the measurement library: " + lastLoadError() +
+                   "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
+                   "the environment variable RT305_4_LIBRARY.");
     }
     for (const char* const name : {"getVersion", "dataProccess"}) {
         if (find(name) == nullptr) {
-            failInput(std::string("this is not the measurement library, it has no function ") + name + ": " +
-                      lastLoadError());
+            failBroken(std::string("this is not the measurement library, it has no function ") + name + ": " +
+                       lastLoadError());
         }
     }
     _getVersion = reinterpret_cast<decltype(_getVersion)>(find("getVersion"));
@@ -110,7 +110,9 @@ ResultTexts Library::measure(const Measurement& measurement, std::uint32_t opera
         return {call.texts[0], "", ""};
     }
     const std::size_t voltages = 2 * operation - 1;
-    return {call.texts[0], call.texts[voltages], call.texts[voltages + 1]};
+    const bool hasVoltages = measurement.inputType != RT305_4_INPUT_CURRENTS;
+    const bool hasCurrents = measurement.inputType != RT305_4_INPUT_VOLTAGES;
+    return {call.texts[0], hasVoltages ? call.texts[voltages] : "", hasCurrents ? call.texts[voltages + 1] : ""};
 }
 
 }  // namespace rt305

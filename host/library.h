@@ -53,7 +53,8 @@ public:
     /// The library's answer: 1, or 0 with a message.
     std::int32_t process(Call& call) const;
 
-    /// Runs one operation. Fails with the library's own message when it refuses.
+    /// Runs one operation. The texts of kinds that were not measured, which an earlier call may have left, are not
+    /// given. Fails with the library's own message when it refuses.
     ResultTexts measure(const Measurement& measurement, std::uint32_t operation) const;
 
 private:

@@ -8,7 +8,9 @@
 #include "commands.h"
 #include "failure.h"
 #include "manual.h"
+#include "messages.h"
 #include "text.h"
+#include "units.h"
 
 namespace {
 
@@ -39,12 +41,20 @@ const std::vector<FlagOption>& sampleOptions() {
     return options;
 }
 
-const std::vector<FlagOption>& parameterOptions() {
+/// What everything at once leaves to choose.
+const std::vector<FlagOption>& batchOptions() {
     static const std::vector<FlagOption> options{
         {"--wiring",
          "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
          RT305_4_FOUR_WIRE,
          {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}},
+        sampleOptions()[0]};
+    return options;
+}
+
+const std::vector<FlagOption>& parameterOptions() {
+    static const std::vector<FlagOption> options{
+        batchOptions()[0],
         {"--frequency",
          "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
          RT305_4_FREQUENCY_CONTROL,
@@ -92,7 +102,7 @@ Harmonic parseHarmonic(const std::string& text) {
     const auto percent = fields.size() > 1 ? parseNumber(fields[1]) : std::nullopt;
     const auto degrees = fields.size() > 2 ? parseNumber(fields[2]) : 0.0;
     if (!order || *order < 1 || *order > 10000 || !percent || !degrees || fields.size() > 3) {
-        failInput("the harmonic " + inQuotes(text) + " is not of the form ORDER:PERCENT[:DEGREES]");
+        failUsage("the harmonic " + inQuotes(text) + " is not of the form ORDER:PERCENT[:DEGREES]");
     }
     return {static_cast<int>(*order), *percent, *degrees};
 }
@@ -104,7 +114,7 @@ Dropout parseDropout(const std::string& text) {
     const auto start = fields.size() == 3 ? parseCount(fields[1]) : std::nullopt;
     const auto count = fields.size() == 3 ? parseCount(fields[2]) : std::nullopt;
     if (!channel || !start || !count) {
-        failInput("the dropout " + inQuotes(text) + " is not of the form CHANNEL:START:COUNT");
+        failUsage("the dropout " + inQuotes(text) + " is not of the form CHANNEL:START:COUNT");
     }
     return {*channel, *start, *count};
 }
@@ -139,7 +149,7 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text) 
         const std::size_t equals = std::min(item.rfind('='), item.size());
         const auto factor = parseNumber(trimmed(item.substr(std::min(equals + 1, item.size()))));
         if (!factor || equals == 0) {
-            failInput("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
+            failUsage("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
         }
         gains.emplace_back(trimmed(item.substr(0, equals)), *factor);
     }
@@ -181,34 +191,50 @@ void addReadOptions(CLI::App& command, ReadOptions& reading) {
         ->type_name("NAME");
 }
 
+/// "0.2", "0.2s" or "200ms" in seconds.
+double parseTime(const std::string& option, const std::string& text) {
+    const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
+    const std::string_view unit = trimmed(std::string_view(text).substr(end));
+    const auto value = parseNumber(std::string_view(text).substr(0, end));
+    const Unit known = unitOf(unit);
+    if (!value || *value < 0.0 || !(unit.empty() || known.quantity == Quantity::time)) {
+        failUsage(option + ": " + inQuotes(text) + " is not a time such as 0.2s or 200ms");
+    }
+    return *value * known.factor;
+}
+
+void addTimeOption(CLI::App& command, const std::string& name, double& seconds, const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            name, [name, &seconds](const std::string& text) { seconds = parseTime(name, text); }, help)
+        ->type_name("TIME");
+}
+
 /// What of the file is to be measured.
 void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
     command
         .add_option("--segment", settings.segment,
                     "which segment to measure (default: the longest at the highest rate)")
         ->type_name("N");
-    command.add_option("--start", settings.startSeconds, "where in the segment to start")
-        ->check(CLI::NonNegativeNumber)
-        ->type_name("S");
-    command.add_option("--duration", settings.durationSeconds, "how much to measure (default: to the segment's end)")
-        ->check(CLI::PositiveNumber)
-        ->type_name("S");
-    command.add_flag_function(
-        "--no-resample", [&settings](std::int64_t) { settings.resample = false; },
-        "hand the samples over at their own rate, though the library assumes another");
+    addTimeOption(command, "--start", settings.startSeconds, "where in the segment to start");
+    addTimeOption(command, "--duration", settings.durationSeconds,
+                  "how much to measure (default: to the segment's end)");
 }
 
-void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
-    command
-        .add_option("FILE", options.file, "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin")
-        ->required()
-        ->type_name("");
+constexpr const char* fileHelp = "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin";
+
+void addColumnOptions(CLI::App& command, MeasureOptions& options) {
     command
         .add_option_function<std::string>(
             "--map", [&options](const std::string& text) { options.settings.columns = parseColumnMap("--map", text); },
             "which column holds which channel, by name or number from 1: Ua=COLUMN,Ub=COLUMN,...")
         ->type_name("LIST");
     addReadOptions(command, options.reading);
+}
+
+void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
+    command.add_option("FILE", options.file, fileHelp)->required()->type_name("");
+    addColumnOptions(command, options);
 }
 
 void addFlagOptions(CLI::App& command, const std::vector<FlagOption>& options, std::uint32_t& flags) {
@@ -222,8 +248,33 @@ void addFlagOptions(CLI::App& command, const std::vector<FlagOption>& options, s
     }
 }
 
-void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
-    addRecordingOptions(command, options);
+void addFormOptions(CLI::App& command, OutputForm& form) {
+    struct FormSwitch {
+        const char* name;
+        OutputForm form;
+        const char* help;
+    };
+    constexpr FormSwitch switches[] = {
+        {"--json", OutputForm::json, "one JSON document of everything that the tables show"},
+        {"--json-lines", OutputForm::jsonLines, "the same on one line for each file and window"},
+        {"--csv", OutputForm::csv, "one figure a line: file,start,table,quantity,column,value,unit"},
+        {"--plain", OutputForm::plain, "the same with tabs between the fields and no heading"},
+        {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
+    };
+    for (const FormSwitch& one : switches) {
+        command.add_flag_function(
+            one.name,
+            [&form, to = one.form](std::int64_t) {
+                if (form != OutputForm::text) {
+                    failUsage("give one of --json, --json-lines, --csv, --plain and --raw");
+                }
+                form = to;
+            },
+            one.help);
+    }
+}
+
+void addCommonOptions(CLI::App& command, MeasureOptions& options) {
     addPartOptions(command, options.settings);
     static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
                                                             {"currents", RT305_4_INPUT_CURRENTS},
@@ -233,13 +284,49 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
             "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
             "what to measure (default: by the channels that are there)")
         ->check(CLI::IsMember(types));
-    addFlagOptions(command, sampleOptions(), options.settings.flags);
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
+    command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
+}
+
+void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
+    addRecordingOptions(command, options);
+    addCommonOptions(command, options);
+    addFormOptions(command, options.form);
+    command.add_flag_function(
+        "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
+        "hand the samples over at their own rate, though the library assumes another");
+    addFlagOptions(command, sampleOptions(), options.settings.flags);
     addPerChannelOption(command, "--gains", "gain settings for --source real, default 1", options.settings.gains);
     addPerChannelOption(command, "--resistances", "input resistances in ohm for --source real, default 0",
                         options.settings.resistances);
-    command.add_option("--library", options.library, "the library file to use")->type_name("FILE");
-    command.add_flag("--json", options.json, "print the library's own texts");
+}
+
+/// Everything at once: what a single measurement leaves to choose is settled by the tool.
+void addBatchOptions(CLI::App& command, BatchOptions& options) {
+    command.add_option("FILE", options.files, fileHelp)->type_name("");
+    command
+        .add_option("--files-from", options.filesFrom,
+                    "measure the files that this one names as well, one a line; - reads the names from stdin")
+        ->type_name("FILE");
+    addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms");
+    addTimeOption(command, "--step", options.stepSeconds,
+                  "from the start of one window to the next (default: its length)");
+    command.add_option("--jobs", options.jobs, "how many processes measure files at the same time")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str()
+        ->type_name("N");
+    addColumnOptions(command, options.each);
+    addCommonOptions(command, options.each);
+    addFormOptions(command, options.each.form);
+    addFlagOptions(command, batchOptions(), options.each.settings.flags);
+}
+
+/// The same of one file, as a page.
+void addReportOptions(CLI::App& command, ReportOptions& options) {
+    addRecordingOptions(command, options.measure);
+    command.add_option("-o,--output", options.file, "write to this file, not to stdout")->type_name("FILE");
+    addCommonOptions(command, options.measure);
+    addFlagOptions(command, batchOptions(), options.measure.settings.flags);
 }
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
@@ -330,9 +417,12 @@ void addManualOptions(CLI::App& app) {
 int main(int argc, char** argv) {
     CLI::App app("Measures sampled three-phase voltages and currents with libRT305_4.so.1.");
     app.require_subcommand(1);
-    app.footer("Exit codes: 0 success, 1 the library refuses the measurement, 2 unusable options or input.");
+    app.footer(exitCodeText);
 
+    int exitCode = static_cast<int>(ExitCode::success);
     MeasureOptions measure;
+    BatchOptions batch;
+    ReportOptions report;
     CheckOptions check;
     GenerateOptions generate;
     const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
@@ -342,6 +432,11 @@ int main(int argc, char** argv) {
     };
     addRecordingOptions(*command("info", "show what a recording holds; needs no library", showRecording, measure),
                         measure);
+    const auto runBatch = [&exitCode](const BatchOptions& options) { exitCode = measureEverything(options); };
+    addBatchOptions(*command("measure", "measure everything at once, of many files and windows", runBatch, batch),
+                    batch);
+    addReportOptions(*command("report", "write a report with everything as one HTML page", writeReport, report),
+                     report);
     CLI::App* const params = command("params", "measure the electrical parameters", showParameters, measure);
     addMeasureOptions(*params, measure);
     addParameterOptions(*params, measure.settings);
@@ -361,16 +456,16 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
         std::cout.flush();
         if (!std::cout) {
-            failInput("cannot write to stdout");
+            failBroken("cannot write to stdout");
         }
-        return static_cast<int>(ExitCode::success);
+        return exitCode;
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::unusableInput);
+        return static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
     } catch (const Failure& failure) {
-        std::cerr << "rt305: " << failure.what() << '\n';
+        tell(failure.what());
         return static_cast<int>(failure.code());
     } catch (const std::bad_alloc&) {
-        std::cerr << "rt305: out of memory\n";
-        return static_cast<int>(ExitCode::refused);
+        tell("out of memory");
+        return static_cast<int>(ExitCode::broken);
     }
 }

@@ -45,6 +45,7 @@ struct Recording {
     std::string format{};             // "CSV", "COMTRADE, BINARY" and the like
     std::vector<std::pair<std::string, std::string>> facts{};  // what else the file says of itself: label, text
     std::vector<std::string> warnings{};                       // what a reader found odd but could read
+    std::vector<std::string> files{};                          // that were read; none when it was stdin
 
     /// Evenly spaced samples from time zero on, all one segment.
     void setRate(double rateHz, std::string origin);

@@ -73,7 +73,12 @@ Recording readComtradePair(const std::string& configurationPath, const std::stri
     const std::string headerPath = companionOf(configurationPath, ".hdr");
     const std::string data = contentOf(dataPath);
     const std::string header = headerPath.empty() ? "" : contentOf(headerPath);
-    return readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
+    Recording recording = readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
+    recording.files = {configurationPath, dataPath};
+    if (!headerPath.empty()) {
+        recording.files.push_back(headerPath);
+    }
+    return recording;
 }
 
 Recording readByContent(const std::string& path, const ReadOptions& options) {
@@ -123,6 +128,9 @@ void changeSide(Column& column, Transformer::Side side) {
 
 Recording readRecording(const std::string& path, const ReadOptions& options) {
     Recording recording = readByContent(path, options);
+    if (recording.files.empty() && path != "-") {
+        recording.files = {path};
+    }
     for (Column& column : recording.columns) {
         column.name = toUtf8(column.name, options.encoding);
         column.unit = toUtf8(column.unit, options.encoding);

@@ -52,8 +52,7 @@ constexpr PowerRule powerRules[] = {
     {RT305_4_POWER_TWO_WATTMETER, false,
      "--power two-wattmeter takes Ua and Ub as line voltages: with phase voltages its powers are not those of the "
      "load.",
-     "--power two-wattmeter takes Ub as the line voltage cb and gives Q with the opposite sign (--invert-q turns it); "
-     "when Ub holds bc, give --coefficients Ub=-1."},
+     ""},
     {RT305_4_POWER_TWO_WATTMETER_PHASE, true,
      "--power two-wattmeter-phase builds the line voltages itself: with line voltages (--wiring three) its powers are "
      "not those of the load.",
@@ -219,9 +218,6 @@ std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, co
         remarks.push_back(remark);
     }
     explainPower(parameters, measurement, thdReason, remarks);
-    if (isMissing(parameters, "Pf")) {
-        remarks.emplace_back("No power factors: this library does not compute them.");
-    }
     return remarks;
 }
 

@@ -6,33 +6,12 @@
 #include <limits>
 
 #include "text.h"
-#include "text_table.h"
 
 namespace rt305 {
 
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-struct ParameterRow {
-    const char* label;
-    std::array<const char*, 4> names;  // total, a, b, c; empty where there is no such quantity
-    int mostDecimals = 6;              // fewer where the library resolves less
-};
-
-constexpr ParameterRow parameterRows[] = {
-    {"Phase voltage", {"", "Uda", "Udb", "Udc"}},
-    {"Line voltage ab, bc, ca", {"", "Udab", "Udbc", "Udca"}},
-    {"Zero-sequence voltage", {"Ud0", "", "", ""}},
-    {"Current", {"", "Ida", "Idb", "Idc"}},
-    {"Frequency", {"", "Fa", "Fb", "Fc"}, 1},
-    {"THD of voltage", {"", "THD_Va", "THD_Vb", "THD_Vc"}, 3},
-    {"THD of current", {"", "THD_Ia", "THD_Ib", "THD_Ic"}, 3},
-    {"Active power P", {"P", "Pa", "Pb", "Pc"}},
-    {"Reactive power Q", {"Q", "Qa", "Qb", "Qc"}},
-    {"Apparent power S", {"S", "Sa", "Sb", "Sc"}},
-    {"Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}},
-};
 
 std::string inputTypeName(std::uint32_t inputType) {
     switch (inputType) {
@@ -45,42 +24,52 @@ std::string inputTypeName(std::uint32_t inputType) {
     }
 }
 
-using TextColumn = std::vector<std::string>;
-
-TextColumn headed(const std::string& heading, TextColumn cells) {
-    cells.insert(cells.begin(), heading);
-    return cells;
+ResultTable::Cell cellAt(const std::vector<double>& values, std::size_t i) {
+    return i < values.size() ? ResultTable::Cell(values[i]) : std::nullopt;
 }
 
-/// A heading, then the numbers from 1 down the longest of the columns.
-TextColumn numbered(const std::string& heading, const std::vector<TextColumn>& columns) {
-    TextColumn numbers{heading};
-    for (const TextColumn& column : columns) {
-        while (numbers.size() < column.size()) {
-            numbers.push_back(std::to_string(numbers.size()));
-        }
+/// Columns of values beside each other, numbered from 1; short ones end in empty cells.
+void addNumbered(ResultTable& table, const std::vector<std::vector<double>>& columns) {
+    std::size_t longest = 0;
+    for (const auto& column : columns) {
+        longest = std::max(longest, column.size());
     }
-    return numbers;
+    for (std::size_t i = 0; i < longest; ++i) {
+        std::vector<ResultTable::Cell> cells;
+        std::transform(columns.begin(), columns.end(), std::back_inserter(cells),
+                       [i](const std::vector<double>& column) { return cellAt(column, i); });
+        const std::string number = std::to_string(i + 1);
+        table.addRow({number, number, ""}, std::move(cells));
+    }
 }
 
-/// The first column and the others beside it; short ones end in empty cells.
-std::string sideBySide(const TextColumn& first, const std::vector<TextColumn>& columns) {
-    TextTable table(std::string(columns.size() + 1, 'r'));
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        TextColumn row{first[i]};
-        for (const TextColumn& column : columns) {
-            row.push_back(i < column.size() ? column[i] : "");
+template <class Rows>
+void addQuantities(ResultTable& table, const Rows& rows, const std::vector<NamedValue>& parameters) {
+    for (const QuantityRow& row : rows) {
+        std::vector<ResultTable::Cell> cells;
+        std::string unit;
+        for (const std::string_view name : row.names) {
+            const NamedValue parameter = parameterNamed(parameters, name);
+            cells.push_back(name.empty() ? std::nullopt : ResultTable::Cell(parameter.value));
+            unit = parameter.unit == "-" || parameter.unit.empty() ? unit : parameter.unit;
         }
-        table.add(std::move(row));
+        table.addRow({row.key, row.label, unit, row.mostDecimals}, std::move(cells));
     }
-    return table.text();
 }
 
 }  // namespace
 
-std::string describe(const Measurement& measurement) {
-    return std::to_string(measurement.length) + " samples at " + formatNumber(measurement.rateHz) + " Hz, " +
-           inputTypeName(measurement.inputType);
+ResultDocument documentOf(const Recording& recording, const Measurement& measurement, const Library& library) {
+    ResultDocument document{recording.source,
+                            measurement.settings.startSeconds,
+                            measurement.length,
+                            measurement.rateHz,
+                            inputTypeName(measurement.inputType),
+                            library.version(),
+                            ""};
+    document.warnings = recording.warnings;
+    document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
+    return document;
 }
 
 std::string describeMethods(const Measurement& measurement) {
@@ -91,57 +80,55 @@ std::string describeMethods(const Measurement& measurement) {
            measurement.window().text() + ", power: " + (method == powerMethods.end() ? "none" : method->first);
 }
 
-std::string reportParameters(const std::vector<NamedValue>& parameters) {
-    TextTable table("lrrrrl");
-    table.add({"", "    total", "        a", "        b", "        c", ""});
-    for (const ParameterRow& row : parameterRows) {
-        std::vector<double> values;
-        std::string unit;
-        for (const std::string_view name : row.names) {
-            const auto found = std::find_if(parameters.begin(), parameters.end(),
-                                            [name](const NamedValue& parameter) { return parameter.name == name; });
-            values.push_back(found == parameters.end() ? nan : found->value);
-            unit = found == parameters.end() || found->unit == "-" ? unit : found->unit;
-        }
-        std::vector<std::string> cells = TextTable::numbers(values, row.mostDecimals);
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            cells[i] = *row.names[i] == '\0' ? "" : cells[i];
-        }
-        cells.insert(cells.begin(), row.label);
-        cells.push_back(unit);
-        table.add(std::move(cells));
-    }
-    return table.text();
+NamedValue parameterNamed(const std::vector<NamedValue>& parameters, std::string_view name) {
+    const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                    [name](const NamedValue& parameter) { return parameter.name == name; });
+    return found == parameters.end() ? NamedValue{std::string(name), nan, ""} : *found;
 }
 
-std::string reportSignals(const std::vector<SignalStatistics>& signals) {
-    if (signals.empty()) {
-        return {};
+ResultTable phaseTable(const std::string& name, const std::string& title) {
+    return {name,
+            title,
+            "",
+            false,
+            {{"total", "    total", ""}, {"a", "        a", ""}, {"b", "        b", ""}, {"c", "        c", ""}},
+            {},
+            {}};
+}
+
+ResultTable electricalTable(const std::vector<NamedValue>& parameters) {
+    ResultTable table = phaseTable("parameters");
+    addQuantities(table, electricalRows, parameters);
+    return table;
+}
+
+ResultTable parameterTable(const std::vector<NamedValue>& parameters) {
+    ResultTable table = electricalTable(parameters);
+    addQuantities(table, powerRows, parameters);
+    addQuantities(table, std::array{powerFactorRow}, parameters);
+    return table;
+}
+
+ResultTable signalTable(const std::string& name, const std::vector<SignalStatistics>& signals) {
+    ResultTable table{name, "", "", false, {}, {}, {}};
+    for (const SignalStatistics& signal : signals) {
+        table.columns.push_back({signal.channel, signal.channel, ""});
     }
-    TextTable table("l" + std::string(signals.size(), 'r') + "l");
-    std::vector<std::string> heading(signals.size() + 2);
-    std::transform(signals.begin(), signals.end(), heading.begin() + 1,
-                   [](const SignalStatistics& signal) { return signal.channel; });
-    table.add(std::move(heading));
-    for (std::size_t i = 0; i < signals[0].statistics.size(); ++i) {
-        std::vector<double> values(signals.size(), nan);
-        for (std::size_t s = 0; s < signals.size(); ++s) {
-            values[s] = i < signals[s].statistics.size() ? signals[s].statistics[i].value : nan;
+    for (std::size_t i = 0; !signals.empty() && i < signals[0].statistics.size(); ++i) {
+        std::vector<ResultTable::Cell> cells;
+        for (const SignalStatistics& signal : signals) {
+            cells.emplace_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
         }
         const NamedValue& first = signals[0].statistics[i];
-        std::vector<std::string> cells = TextTable::numbers(values);
-        cells.insert(cells.begin(), first.name);
-        cells.push_back(first.name == "peak2rms" ? "" : first.unit);  // a ratio, whatever unit the text gives it
-        table.add(std::move(cells));
+        const bool isRatio = first.name == "peak2rms";  // whatever unit the text gives it
+        table.addRow({first.name, first.name, isRatio ? "" : first.unit}, std::move(cells));
     }
-    return table.text();
+    return table;
 }
 
-std::string reportSpectra(const std::vector<Spectrum>& spectra) {
-    if (spectra.empty()) {
-        return {};
-    }
-    std::vector<TextColumn> columns;
+ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& spectra) {
+    ResultTable table{name, "", "", true, {}, {}, {}};
+    std::vector<std::vector<double>> columns;
     for (const Spectrum& spectrum : spectra) {
         std::vector<double> frequencies;
         std::vector<double> values;
@@ -149,28 +136,41 @@ std::string reportSpectra(const std::vector<Spectrum>& spectra) {
             frequencies.push_back(frequency);
             values.push_back(value);
         }
-        columns.push_back(headed(spectrum.channel + ", Hz", TextTable::numbers(frequencies, 3)));
-        columns.push_back(headed(spectrum.unit, TextTable::numbers(values, spectrum.unit == "dB" ? 2 : 6)));
+        columns.push_back(std::move(frequencies));
+        columns.push_back(std::move(values));
+        table.columns.push_back({spectrum.channel + "_Hz", spectrum.channel + ", Hz", "Hz", 3});
+        table.columns.push_back(
+            {spectrum.channel + "_" + spectrum.unit, spectrum.unit, spectrum.unit, spectrum.unit == "dB" ? 2 : 6});
     }
-    const std::vector<double>& axis = spectra[0].frequencies;
-    const std::string lines = axis.size() < 2 ? "no lines"
-                                              : std::to_string(axis.size()) + " lines, " + formatNumber(axis[1]) +
-                                                    " Hz apart, up to " + formatNumber(axis.back()) + " Hz";
-    return sideBySide(numbered("", columns), columns) + lines + '\n';
+    addNumbered(table, columns);
+    if (!spectra.empty()) {
+        const std::vector<double>& axis = spectra[0].frequencies;
+        table.footnote = axis.size() < 2 ? "no lines"
+                                         : std::to_string(axis.size()) + " lines, " + formatNumber(axis[1]) +
+                                               " Hz apart, up to " + formatNumber(axis.back()) + " Hz";
+    }
+    return table;
 }
 
-std::string reportHarmonics(const std::vector<Harmonics>& harmonics) {
-    std::vector<TextColumn> columns;
+ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics) {
+    ResultTable table{name, "", "Order", true, {}, {}, {}};
+    std::vector<std::vector<double>> columns;
     for (const Harmonics& channel : harmonics) {
-        std::vector<double> percents;
-        for (const double level : channel.levels) {
-            percents.push_back(100.0 * std::pow(10.0, (level - channel.levels[0]) / 20.0));
-        }
-        columns.push_back(headed(channel.channel + ", Hz", TextTable::numbers(channel.frequencies, 3)));
-        columns.push_back(headed("dB", TextTable::numbers(channel.levels, 2)));
-        columns.push_back(headed("%", TextTable::numbers(percents, 3)));
+        columns.insert(columns.end(), {channel.frequencies, channel.levels, percentsOf(channel)});
+        table.columns.push_back({channel.channel + "_Hz", channel.channel + ", Hz", "Hz", 3});
+        table.columns.push_back({channel.channel + "_dB", "dB", "dB", 2});
+        table.columns.push_back({channel.channel + "_percent", "%", "%", 3});
     }
-    return sideBySide(numbered("Order", columns), columns);
+    addNumbered(table, columns);
+    return table;
+}
+
+std::vector<double> percentsOf(const Harmonics& harmonics) {
+    std::vector<double> percents;
+    for (const double level : harmonics.levels) {
+        percents.push_back(100.0 * std::pow(10.0, (level - harmonics.levels[0]) / 20.0));
+    }
+    return percents;
 }
 
 }  // namespace rt305

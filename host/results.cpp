@@ -48,13 +48,13 @@ auto readRows(const std::string& text, Read read) {
     try {
         const json document = json::parse(text);
         if (!document.is_object() || document.size() != 1) {
-            throw Failure(ExitCode::refused, "the library's answer is not one named table");
+            throw Failure(ExitCode::broken, "the library's answer is not one named table");
         }
         std::vector<std::invoke_result_t<Read, const json&>> rows;
         std::transform(document.front().begin(), document.front().end(), std::back_inserter(rows), read);
         return rows;
     } catch (const json::exception& error) {
-        throw Failure(ExitCode::refused, std::string("the library's answer cannot be read: ") + error.what());
+        throw Failure(ExitCode::broken, std::string("the library's answer cannot be read: ") + error.what());
     }
 }
 

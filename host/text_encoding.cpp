@@ -67,7 +67,7 @@ struct CloseConversion {
 std::string decoded(std::string_view bytes, const std::string& encoding) {
     const auto opened = iconv_open("UTF-8", encoding.c_str());
     if (opened == reinterpret_cast<iconv_t>(-1)) {
-        failInput("--encoding: " + inQuotes(encoding) + " is no known text encoding; iconv -l lists them");
+        failUsage("--encoding: " + inQuotes(encoding) + " is no known text encoding; iconv -l lists them");
     }
     const std::unique_ptr<void, CloseConversion> conversion(opened);
     std::string source(bytes);

@@ -25,7 +25,7 @@ std::optional<std::vector<int>> parseThree(std::string_view text, char separator
     return fields.size() == 3 ? std::optional(fields) : std::nullopt;
 }
 
-/// Days since 1970, of the years 1900 to 2099: their nanoseconds and differences fit 64 bits.
+/// Days since 1970.
 std::optional<std::int64_t> parseDate(std::string_view text) {
     const std::size_t separator = text.find_first_of("-/.");
     const auto fields = separator == std::string_view::npos ? std::nullopt : parseThree(text, text[separator]);
@@ -38,7 +38,7 @@ std::optional<std::int64_t> parseDate(std::string_view text) {
         const std::chrono::year_month_day date{std::chrono::year(year),
                                                std::chrono::month(static_cast<unsigned>(month)),
                                                std::chrono::day(static_cast<unsigned>(day))};
-        if (1900 <= year && year <= 2099 && date.ok()) {
+        if (year >= 1900 && year <= 2099 && date.ok()) {
             return std::chrono::sys_days(date).time_since_epoch().count();
         }
     }

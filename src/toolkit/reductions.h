@@ -72,8 +72,8 @@ void diff(const column& x, column& y);
 /// The row a, a + d, a + 2 d, ... up to b. The end is b itself when the rounded count of steps hits it to within
 /// rounding; the row is filled from both ends, so that it is symmetric. With a whole start and step element k is a + k
 /// d. NaN in any, an infinite step, and ends that are the same infinity give the single value NaN; a zero step, and one
-/// that leads away from b, gives an empty row. Throws std::bad_array_new_length when the count does not fit 32 bits. Only
-/// the first elements are made when there are more than `most` >= 1.
+/// that leads away from b, gives an empty row. Throws std::bad_array_new_length when the count does not fit 32 bits.
+/// Only the first elements are made when there are more than `most` >= 1.
 void eml_float_colon(double a, double d, double b, row& y, int most = std::numeric_limits<int>::max());
 
 /// The same with unit step.

@@ -37,7 +37,7 @@ std::string failureOf(const Configuration& configuration, const std::string& dat
     try {
         read(configuration, data);
     } catch (const rt305::Failure& failure) {
-        EXPECT_EQ(failure.code(), rt305::ExitCode::unusableInput);
+        EXPECT_EQ(failure.code(), rt305::ExitCode::unreadable);
         return failure.what();
     }
     return {};

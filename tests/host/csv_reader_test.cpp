@@ -17,7 +17,7 @@ std::string failureOf(const std::string& text, std::optional<double> rateHz = st
     try {
         rt305::assignColumns(readCsv(text, "rec.csv", {.rateHz = rateHz}));
     } catch (const rt305::Failure& failure) {
-        EXPECT_EQ(failure.code(), rt305::ExitCode::unusableInput);
+        EXPECT_EQ(failure.code(), rt305::ExitCode::unreadable);
         return failure.what();
     }
     return {};

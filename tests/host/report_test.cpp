@@ -38,7 +38,7 @@ Measurement measurementOf(const rt305::GeneratorSettings& generator, std::uint32
 }
 
 TEST(Reports, ParametersStandUnderTheirPhases) {
-    const std::string report = rt305::reportParameters(parametersWithout({"P", "F"}));
+    const std::string report = textOf(rt305::parameterTable(parametersWithout({"P", "F"})));
     for (std::size_t i = 0; i < parameterNames.size(); ++i) {
         const bool missing = parameterNames[i][0] == 'P' || parameterNames[i][0] == 'F';
         EXPECT_EQ(report.find(" " + std::to_string(i + 1) + ".") != std::string::npos, !missing) << parameterNames[i];
@@ -61,7 +61,8 @@ TEST(Results, TextsAreReadAndOthersRefused) {
         R"({"signalDataI":[{"LastName":"Ia","LastNameX":"Sample","LastNameY":"Current, A","dataName":[1.0,null,3.0],)"
         R"("paramData":[{"LastName":"peak2rms","UomName":"A","dataName":1.5}]}]})");
     ASSERT_EQ(signals.size(), 1U);
-    EXPECT_EQ(rt305::reportSignals(signals), "               Ia\npeak2rms  1.50000\n") << "a ratio has no unit";
+    EXPECT_EQ(textOf(rt305::signalTable("", signals)), "               Ia\npeak2rms  1.50000\n")
+        << "a ratio has no unit";
     for (const char* const text : {"", "{", "\"{}\"", "null", R"({"paramData":[{"LastName":"S"}]})"}) {
         EXPECT_THROW(rt305::readParameters(text), rt305::Failure) << text;
     }
@@ -72,19 +73,18 @@ TEST(Reports, SpectraAndHarmonicsStandSideBySide) {
                            R"("dataTnvf":[0.0,0.25,0.5],"paramData":[{"fi":0.25,"mag":1.5},{"fi":0.5,"mag":null}]})";
     const std::string vb = R"({"LastNameX":"Frequency, Hz","LastNameY":"L,dB","name":"Vb","dataTnv":[],)"
                            R"("dataTnvf":[],"paramData":null})";
-    EXPECT_EQ(rt305::reportSpectra(rt305::readSpectra("{\"spectrumDataU\":[" + va + "," + vb + "]}")),
+    EXPECT_EQ(textOf(rt305::spectrumTable("", rt305::readSpectra("{\"spectrumDataU\":[" + va + "," + vb + "]}"))),
               "   Va, Hz        V  Vb, Hz  dB\n"
               "1   0.250  1.50000\n"
               "2   0.500        -\n"
               "3 lines, 0.25 Hz apart, up to 0.5 Hz\n");
     const std::string ia = R"({"LastNameX":"Frequency, Hz","LastNameY":"Amp, dB","name":"Ia","dataX":[50.0,100.0,)"
                            R"(null],"dataY":[6.0,-34.0,null]})";
-    EXPECT_EQ(rt305::reportHarmonics(rt305::readHarmonics("{\"thdDataI\":[" + ia + "]}")),
+    EXPECT_EQ(textOf(rt305::harmonicTable("", rt305::readHarmonics("{\"thdDataI\":[" + ia + "]}"))),
               "Order   Ia, Hz      dB        %\n"
               "    1   50.000    6.00  100.000\n"
               "    2  100.000  -34.00    1.000\n"
               "    3        -       -        -\n");
-    EXPECT_EQ(rt305::reportSpectra({}), "");
 }
 
 TEST(Remarks, SayWhyValuesAreMissing) {
@@ -99,13 +99,13 @@ TEST(Remarks, SayWhyValuesAreMissing) {
     const std::string noPower = "No power: it needs THD of all six channels, but ";
     const Case cases[] = {
         {"nothing missing", {}, RT305_4_POWER_THREE_WATTMETER_COMPLEX, {}, {}},
-        {"no method", {}, 0, {"S", "P", "Q"}, {"No power: --power was not given", "No power factors"}},
+        {"no method", {}, 0, {"S", "P", "Q"}, {"No power: --power was not given"}},
         {"60 Hz grid",
          {.frequencyHz = 59.96},
          RT305_4_POWER_TWO_WATTMETER,
          {"THD", "F", "S", "P", "Q"},
          {voltages + "59.96 Hz, lies outside 49.6-50.4 Hz; try --frequency control.", "THD of the currents not given",
-          noPower + "the fundamental on average, 59.96 Hz, lies outside 49.6-50.4 Hz.", "No power factors"}},
+          noPower + "the fundamental on average, 59.96 Hz, lies outside 49.6-50.4 Hz."}},
         {"beyond any window",
          {.frequencyHz = 65.0},
          RT305_4_FREQUENCY_CONTROL | RT305_4_POWER_TWO_WATTMETER,

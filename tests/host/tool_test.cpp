@@ -1,50 +1,15 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
+
+#include "tool_run.h"
 
 namespace {
 
 const std::string sample = SOURCE_FOLDER "/examples/recordings/sample.csv";
-
-struct ToolRun {
-    int exitCode;
-    std::string output;  // stdout, or both with "2>&1" in the arguments
-};
-
-std::string withShell(const std::string& command, int* exitCode) {
-    std::string output;
-    FILE* const pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        ADD_FAILURE() << command;
-        return output;
-    }
-    std::array<char, 65536> block;
-    for (std::size_t got = 0; (got = fread(block.data(), 1, block.size(), pipe)) > 0;) {
-        output.append(block.data(), got);
-    }
-    const int status = pclose(pipe);
-    *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return output;
-}
-
-ToolRun run(const std::string& arguments, const std::string& environment = "") {
-    ToolRun result{};
-    result.output = withShell(environment + " " TOOL " " + arguments, &result.exitCode);
-    return result;
-}
-
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 TEST(Tool, TheCommandInTheReadmeMakesTheSampleRecording) {
     const std::string readme = contentOf(SOURCE_FOLDER "/examples/recordings/README.md");
@@ -124,16 +89,16 @@ TEST(Tool, ExitCodesAndMessages) {
         {"params 2>&1", 2, "FILE is required"},
         {"params --power five-wattmeter " + good, 2, "five-wattmeter"},
         {"params --rate 0 " + good, 2, "--rate"},
-        {"params --map Ua=nothing " + good, 2, "there is no column \"nothing\""},
+        {"params --map Ua=nothing " + good, 3, "there is no column \"nothing\""},
         {"params --gains 1,2 " + good, 2, "neither six numbers"},
-        {"params /nonexistent/file.csv 2>&1", 2, "/nonexistent/file.csv: No such file or directory"},
-        {"info /tmp 2>&1", 2, "/tmp: Is a directory"},
-        {"params --library /nonexistent.so " + good, 2, "cannot open the measurement library"},
-        {"params --library " WRONG_LIBRARY " " + good, 2, "has no function getVersion"},
+        {"params /nonexistent/file.csv 2>&1", 3, "/nonexistent/file.csv: No such file or directory"},
+        {"info /tmp 2>&1", 3, "/tmp: Is a directory"},
+        {"params --library /nonexistent.so " + good, 5, "cannot open the measurement library"},
+        {"params --library " WRONG_LIBRARY " " + good, 5, "has no function getVersion"},
         {"generate --dropout Ia:1 2>&1", 2, "CHANNEL:START:COUNT"},
         {"generate --harmonic-u 3 2>&1", 2, "ORDER:PERCENT"},
         {"generate --duration 1e9 2>&1", 2, "100 million"},
-        {"generate -o /nonexistent/file.csv 2>&1", 2, "No such file or directory"},
+        {"generate -o /nonexistent/file.csv 2>&1", 5, "No such file or directory"},
         {"generate --duration 0.01 --angle -30 --offsets Ua=-1", 0, "Time(s),Ua(V)"},
         {"info " + good, 0, "10000 Hz, from column"},
         {"signals " + good, 0, "peak2rms"},
@@ -148,8 +113,8 @@ TEST(Tool, ExitCodesAndMessages) {
         {"info " DATA_FOLDER "/segments.dat 2>&1", 0, "secondary 600:5   Ic       by its name"},
         {"signals --segment 1 --start 0.02 --duration 0.02 " DATA_FOLDER "/segments.cfg 2>&1", 0,
          "\n64 samples at 3200 Hz"},
-        {"params --segment 4 " DATA_FOLDER "/segments.cfg 2>&1", 2, "there is no segment 4; the recording has 3"},
-        {"params --start 0.3 " DATA_FOLDER "/segments.cfg 2>&1", 2, "the segment, which lasts 0.22 s"},
+        {"params --segment 4 " DATA_FOLDER "/segments.cfg 2>&1", 3, "there is no segment 4; the recording has 3"},
+        {"params --start 0.3 " DATA_FOLDER "/segments.cfg 2>&1", 3, "the segment, which lasts 0.22 s"},
         {"info --primary --secondary " DATA_FOLDER "/segments.cfg 2>&1", 2, "--primary"},
         {"info --encoding nonsense " DATA_FOLDER "/swing.DAT 2>&1", 2, "\"nonsense\" is no known text encoding"},
         {"info --gain 1 " DATA_FOLDER "/sound.wav 2>&1", 2, "not of the form COLUMN=FACTOR"},
@@ -157,6 +122,15 @@ TEST(Tool, ExitCodesAndMessages) {
         {"params --columns 't(ms),Ua,Ub,Uc,Ia(mA),Ib(mA),Ic(mA)' --segment 1 " DATA_FOLDER "/logger.csv 2>&1", 0,
          "samples of Ia are missing"},
         {"generate --duration 0.2 | " TOOL " distortion - 2>&1", 0, "this one has 10.0"},
+        {"params --power two-wattmeter " + good, 2, "takes line voltages"},
+        {"params --json --csv " + good, 2, "give one of --json"},
+        {"measure --window 0.2 --json " + good, 2, "--json-lines"},
+        {"measure --step 0.1 " + good, 2, "--step needs --window"},
+        {"measure --window 200mA " + good, 2, "is not a time"},
+        {"measure --window 1.5s " + good, 3, "shorter than a window"},
+        {"measure 2>&1", 2, "no FILE"},
+        {"measure - --files-from - 2>&1", 2, "stdin can be"},
+        {"measure --files-from /nonexistent.txt 2>&1", 3, "/nonexistent.txt"},
         {"generate --duration 0.3 | " TOOL " params --power three-wattmeter-complex -", 0, "Apparent power"},
         {"generate --duration 0.3 | cut -d, -f1-4 | " TOOL " params --type all - 2>&1", 1,
          "There is no data for one or more phases"},
@@ -213,6 +187,10 @@ TEST(Tool, MeasuresWhatWasGenerated) {
         {"--voltage 400 --factors Ub=0.5",
          " params --wiring three -",
          {"Phase voltage 230.940 115.470 230.940 V", "Line voltage ab, bc, ca 400.000 200.000 400.000 V"}},
+        // line voltages, which lead the phase voltages by 30 degrees
+        {"--voltage 398.37168574 --angle 60",
+         " params --wiring three --power two-wattmeter -",
+         {"Zero-sequence voltage - V", "Active power P 2987.79 - - - W", "Reactive power Q 1725.00 - - - VAR"}},
         {"--rate 4000 --harmonic-u 5:3",
          complex + "-",
          {"Phase voltage 230.103", "THD of voltage 3.000 3.000 3.000 %",
@@ -231,16 +209,16 @@ TEST(Tool, MeasuresWhatWasGenerated) {
     }
 }
 
-TEST(Tool, JsonIsTheLibrarysOwnText) {
-    const ToolRun params = run("params --json " + sample);
+TEST(Tool, RawIsTheLibrarysOwnText) {
+    const ToolRun params = run("params --raw " + sample);
     EXPECT_EQ(params.output.substr(0, 14), R"({"paramData":[)");
     EXPECT_EQ(params.output.find('\n'), params.output.size() - 1);
-    const std::string signals = run("signals --json " + sample).output;
+    const std::string signals = run("signals --raw " + sample).output;
     const std::size_t second = signals.find('\n') + 1;
     EXPECT_EQ(signals.substr(0, 16), R"({"signalDataU":[)");
     EXPECT_EQ(signals.substr(second, 16), R"({"signalDataI":[)");
-    EXPECT_EQ(run("spectrum --json " + sample).output.substr(0, 18), R"({"spectrumDataU":[)");
-    EXPECT_EQ(run("distortion --json " + sample).output.substr(0, 13), R"({"thdDataU":[)");
+    EXPECT_EQ(run("spectrum --raw " + sample).output.substr(0, 18), R"({"spectrumDataU":[)");
+    EXPECT_EQ(run("distortion --raw " + sample).output.substr(0, 13), R"({"thdDataU":[)");
 }
 
 TEST(Tool, AnIdleLibraryPassesNoCheck) {
@@ -248,13 +226,13 @@ TEST(Tool, AnIdleLibraryPassesNoCheck) {
     EXPECT_EQ(checked.exitCode, 1);
     EXPECT_EQ(checked.output.find("pass  "), std::string::npos) << checked.output;
     EXPECT_NE(checked.output.find("\n0 of "), std::string::npos);
-    EXPECT_EQ(run("check " WRONG_LIBRARY " 2>&1").exitCode, 2);
+    EXPECT_EQ(run("check " WRONG_LIBRARY " 2>&1").exitCode, 5);
 }
 
 TEST(Tool, TheLibraryIsTakenFromTheOptionThenTheEnvironmentThenNearby) {
     const std::string wrongEnvironment = "RT305_4_LIBRARY=" WRONG_LIBRARY;
     const std::string arguments = "params " + sample + " 2>&1";
-    EXPECT_EQ(run(arguments, wrongEnvironment).exitCode, 2);
+    EXPECT_EQ(run(arguments, wrongEnvironment).exitCode, 5);
     EXPECT_EQ(run("params --library " LIBRARY " " + sample, wrongEnvironment).exitCode, 0);
 
     const auto installed = std::filesystem::path(testing::TempDir()) / "rt305_host_tool_test";

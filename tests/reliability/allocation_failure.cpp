@@ -26,12 +26,13 @@ struct Case {
     std::uint32_t measurementFlags;
 };
 
-// A power of two and a prime, with options that take different ways through the stages.
+// A power of two and two primes, with options that take different ways through the stages.
 constexpr Case cases[]{
     {64, RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_CRITERION,
      RT305_4_POWER_TWO_WATTMETER_PHASE | RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_B},
     {61, RT305_4_SPECTRUM_WINDOW_KAISER | RT305_4_SPECTRUM_LEVEL_DB | RT305_4_SPECTRUM_MODE_2,
      RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX | RT305_4_FREQUENCY_CONTROL},
+    {509, RT305_4_SPECTRUM_WINDOW_HAMMING, RT305_4_POWER_TWO_WATTMETER},
 };
 
 void fill(Call& call, const Case& c, std::uint32_t type, std::uint32_t operation, double amplitude) {
@@ -99,7 +100,7 @@ TEST_P(AllocationFailure, LeavesACallAsIfItHadNotBeen) {
                         EXPECT_EQ(textsOf(calls[turn]), wanted[turn]);
                         turn = 1 - turn;
                     });
-                EXPECT_GT(count, 20);
+                EXPECT_GT(count, 0);
                 total += count;
             }
         }

@@ -57,22 +57,40 @@ long liveBlocks() {
     return live;
 }
 
-// The other forms of new and delete call these.
+// The array forms too: the runtime's own would call these, a sanitizer's would not.
 void* operator new(std::size_t size) {
+    return allocated(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+}
+void* operator new[](std::size_t size) {
     return allocated(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return allocated(size, static_cast<std::size_t>(alignment));
 }
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return allocated(size, static_cast<std::size_t>(alignment));
+}
 void operator delete(void* block) noexcept {
+    released(block);
+}
+void operator delete[](void* block) noexcept {
     released(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
     released(block);
 }
+void operator delete[](void* block, std::size_t) noexcept {
+    released(block);
+}
 void operator delete(void* block, std::align_val_t) noexcept {
     released(block);
 }
+void operator delete[](void* block, std::align_val_t) noexcept {
+    released(block);
+}
 void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
+    released(block);
+}
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
     released(block);
 }

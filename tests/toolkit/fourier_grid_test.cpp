@@ -11,15 +11,27 @@
 namespace coder {
 namespace {
 
-/// The magnitude by its definition, in extended precision with angles folded to one turn.
+/// cos and sin of every whole part of one turn of the period.
+struct Turn {
+    Turn() {
+        for (int i = 0; i < FourierGrid::period; ++i) {
+            cosines.push_back(std::cos(2.0L * piL * i / FourierGrid::period));
+            sines.push_back(std::sin(2.0L * piL * i / FourierGrid::period));
+        }
+    }
+    std::vector<long double> cosines;
+    std::vector<long double> sines;
+};
+
+/// The magnitude by its definition, in extended precision.
 long double plainMagnitude(const std::vector<double>& x, int line) {
+    static const Turn turn;
     long double re = 0.0L;
     long double im = 0.0L;
     for (std::size_t i = 0; i < x.size(); ++i) {
-        const std::size_t turn = static_cast<std::size_t>(line) * i % FourierGrid::period;
-        const long double angle = 2.0L * piL * static_cast<long double>(turn) / FourierGrid::period;
-        re += static_cast<long double>(x[i]) * std::cos(angle);
-        im -= static_cast<long double>(x[i]) * std::sin(angle);
+        const std::size_t at = static_cast<std::size_t>(line) * i % FourierGrid::period;
+        re += static_cast<long double>(x[i]) * turn.cosines[at];
+        im -= static_cast<long double>(x[i]) * turn.sines[at];
     }
     return std::sqrt(re * re + im * im);
 }
