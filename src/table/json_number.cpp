@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "adapter/nlohmann/json.h"
 
@@ -271,7 +272,8 @@ char* writeDecimal(char* out, const Digits& x, int point) {
     if (!std::isfinite(value)) {
         return std::copy_n("null", 4, out);
     }
-    return libraryNumber(out, value);
+    const bool subnormal = value != 0.0 && std::fabs(value) < std::numeric_limits<double>::min();
+    return subnormal ? librarySubnormal(out, value) : libraryNumber(out, value);
 }
 
 char* write(char* out, double value, const Decimal& decimal) {

@@ -3,6 +3,9 @@
 
 // The only place in the library that includes the JSON library.
 #include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -27,6 +30,23 @@ inline void appendJson(std::string& out, const std::string& text) {
 /// called without a value in between.
 inline char* libraryNumber(char* out, double value) {
     return nlohmann::detail::to_chars(out, out + 24, value);
+}
+
+/// The same for a subnormal number f * 2^-1074, f > 0. The library would shift it and its bounds f +- 1/2 into their
+/// places one bit at a time, up to 63 times each.
+inline char* librarySubnormal(char* out, double value) {
+    namespace digits = nlohmann::detail::dtoa_impl;
+    const std::uint64_t f = std::bit_cast<std::uint64_t>(std::fabs(value));
+    const int exponent = -1075 - std::countl_zero(2 * f + 1);
+    const auto inPlace = [&](std::uint64_t twice) {
+        return digits::diyfp(twice << std::countl_zero(2 * f + 1), exponent);
+    };
+    *out = '-';
+    out += std::signbit(value) ? 1 : 0;
+    int length = 0;
+    int decimalExponent = 0;
+    digits::grisu2(out, length, decimalExponent, inPlace(2 * f - 1), inPlace(2 * f), inPlace(2 * f + 1));
+    return digits::format_buffer(out, length, decimalExponent, -4, 15);
 }
 
 #endif
