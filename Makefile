@@ -1,6 +1,6 @@
 # The front door. Every target sets up what it needs, Debian packages included.
 
-.PHONY: help setup demo test test-full lint coverage bench soak fuzz packages clean
+.PHONY: help setup demo test test-full lint coverage bench soak fuzz mutation packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -10,6 +10,7 @@ help:
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
+	@echo "make mutation   small faults seeded into src/, and which of them the tests notice"
 	@echo "make packages   Debian packages, tried in a fresh Debian"
 
 setup:
@@ -56,6 +57,10 @@ fuzz:
 	@scripts/setup fuzz
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@scripts/fuzz build/fuzz $(SECONDS)
+
+mutation:
+	@scripts/setup test
+	@scripts/mutate $(MUTATION)
 
 packages:
 	@scripts/setup all

@@ -118,6 +118,8 @@ TEST(FrequencySearch, FollowsItsGrids) {
         {"zeros", zeros, 100, "frequency_control", 10.0, 0.0},
         {"NaN: only the slot that was not evaluated has a value", nans, 100, "frequency_fixed", 49.6 + 0.1 * 8, 0.0},
         {"NaN", nans, 100, "frequency_control", 10.0, rtNaN},
+        {"sums that are NaN, samples that are not", {rtInf, -rtInf}, 2, "frequency_fixed", 49.6 + 0.1 * 8, 0.0},
+        {"sums that are NaN, samples that are not", {rtInf, -rtInf}, 2, "frequency_control", 10.0, rtNaN},
         {"NaN count", wave(100, 1.0, 50.0), rtNaN, "frequency_control", 10.0, rtNaN},
         {"one sample for all times", {2.0}, 200, "frequency_control", 10.0, 3.7419632904},
         {"no samples", {}, 0, "frequency_fixed", 49.6, rtNaN},

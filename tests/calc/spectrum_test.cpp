@@ -62,6 +62,7 @@ void expectSpectrum(const coder::f_table& spectrum, double rate, double limit, i
     for (std::size_t phase = 0; phase < 3; ++phase) {
         const coder::row& f = spectrum.frequencies[phase];
         ASSERT_EQ(spectrum.spectra[phase].numel(), kept);
+        EXPECT_EQ(spectrum.spectra[phase].size(0), 1) << "a row";
         ASSERT_EQ(f.numel(), kept);
         for (int k = 0; k < kept; k += 7) {
             EXPECT_NEAR(f[k], k * step, 1e-12 * rate);

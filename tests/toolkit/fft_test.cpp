@@ -45,10 +45,9 @@ coder::column columnOf(const std::vector<double>& x) {
     return y;
 }
 
-/// The named textbook transforms, chosen by length.
-Spectrum plainTransform(const std::vector<double>& x) {
-    const int n = static_cast<int>(x.size());
-    const bool useRadix2 = std::has_single_bit(x.size());
+/// The named textbook transforms, chosen by length; x is cut or padded to it.
+Spectrum plainTransform(const std::vector<double>& x, int n) {
+    const bool useRadix2 = std::has_single_bit(static_cast<unsigned>(n));
     int n2blue = 0;
     int nRows = 0;
     coder::row costab;
@@ -138,7 +137,7 @@ TEST(Fft, ErrorsStayWithinTheDocumentedBounds) {
             reference.transform(x);
             check(paths[largest <= 2 ? 0 : largest <= 13 ? 1 : 2], transform(x));
             if (largest <= 2) {
-                check(paths[3], plainTransform(x));
+                check(paths[3], plainTransform(x, n));
             }
         }
     }
@@ -152,7 +151,7 @@ TEST(Fft, AgreesWithThePlainTransforms) {
     for (int n = 1; n <= 4096; ++n) {
         const std::vector<double> x = noise(n);
         const Spectrum half = transform(x);
-        const Spectrum plain = plainTransform(x);
+        const Spectrum plain = plainTransform(x, n);
         ASSERT_EQ(plain.size(), x.size());
         double worst = 0.0;
         for (std::size_t k = 0; k < plain.size(); ++k) {
@@ -291,6 +290,17 @@ TEST(FftCallback, SizesAndTables) {
                 EXPECT_EQ(sintab[k], sintab[last - k]);
                 EXPECT_EQ(sintab[k], -costab[std::abs(nRows / 4 - k)]);
             }
+        }
+    }
+}
+
+TEST(FftCallback, RealTransformsCutAndPad) {
+    for (const int n : {12, 15, 16}) {
+        for (const int given : {0, 4, 7, n - 1, n + 3}) {
+            const std::vector<double> x = noise(given);
+            std::vector<double> fitted = x;
+            fitted.resize(static_cast<std::size_t>(n));
+            EXPECT_EQ(plainTransform(x, n), plainTransform(fitted, n)) << given << " to " << n;
         }
     }
 }

@@ -171,6 +171,8 @@ TEST(Scalars, FollowTheirSpecialCases) {
     EXPECT_EQ(coder::rt_powd_snf(rtMinusInf), 0.0);
     EXPECT_TRUE(coder::iseq(1.0, 1.0));
     EXPECT_FALSE(coder::iseq(0.1 + 0.2, 0.3));
+    EXPECT_TRUE(coder::iseq(5e-324, 5e-324));
+    EXPECT_FALSE(coder::iseq(0.0, 5e-324)) << "denormals have a spacing too";
     EXPECT_TRUE(coder::iseq(rtInf, rtInf));
     EXPECT_FALSE(coder::iseq(rtInf, rtMinusInf));
     EXPECT_FALSE(coder::iseq(rtNaN, rtNaN));
