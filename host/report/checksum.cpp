@@ -27,7 +27,7 @@ std::string policyHashOf(std::string_view text) {
     constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string base64;
     for (std::size_t i = 0; i < digest.size(); i += 3) {
-        const unsigned bits = digest[i] << 16U | digest[i + 1] << 8U | digest[i + 2];
+        const unsigned bits = unsigned{digest[i]} << 16U | unsigned{digest[i + 1]} << 8U | unsigned{digest[i + 2]};
         for (unsigned shift = 24; shift > 0;) {
             shift -= 6;
             base64 += letters[bits >> shift & 63U];
