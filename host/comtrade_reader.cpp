@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "failure.h"
 #include "lines.h"
@@ -44,7 +45,7 @@ T numberAt(std::string_view bytes, std::size_t at) {
 template <class T>
 double sampleAt(std::string_view bytes, std::size_t at) {
     const T number = numberAt<T>(bytes, at);
-    return number == std::numeric_limits<T>::lowest() || number != number ? nan : static_cast<double>(number);
+    return number == std::numeric_limits<T>::lowest() ? nan : static_cast<double>(number);
 }
 
 struct BinaryForm {
@@ -91,6 +92,15 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
     return rows;
 }
 
+/// A field of a row of samples; NaN when it is missing.
+double sampleOf(std::string_view field, std::size_t number, const std::string& here) {
+    const auto value = field.empty() || field == "99999" ? nan : parseNumber(field);
+    if (!value) {
+        failInput(here + "field " + std::to_string(number) + ", " + inQuotes(field) + ", is not a number");
+    }
+    return *value;
+}
+
 /// Lines of number, stamp, samples and status values.
 Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& configuration) {
     constexpr std::size_t headFields = 2;
@@ -111,19 +121,13 @@ Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& conf
             rows.warnings.push_back(here + counts + "; this last line is left out");
             break;
         }
-        if (fields.size() != expected && !(fields.size() == expected + 1 && fields.back().empty()) && !told) {
+        const bool endsWithComma = fields.size() == expected + 1 && fields.back().empty();
+        if (fields.size() != expected && !endsWithComma && !std::exchange(told, true)) {
             rows.warnings.push_back(here + counts);
-            told = true;
         }
         rows.stamps.push_back(fields[1].empty() ? nan : parseNumber(fields[1]).value_or(nan));
         for (std::size_t i = 0; i < channels; ++i) {
-            const std::string_view field = fields[headFields + i];
-            const auto value = field.empty() || field == "99999" ? nan : parseNumber(field);
-            if (!value) {
-                failInput(here + "field " + std::to_string(headFields + i + 1) + ", " + inQuotes(field) +
-                          ", is not a number");
-            }
-            rows.raw[i].push_back(*value);
+            rows.raw[i].push_back(sampleOf(fields[headFields + i], headFields + i + 1, here));
         }
     }
     if (rows.length() == 0) {
@@ -211,35 +215,35 @@ private:
 
     /// A segment ends where time jumps or the rate becomes another by more than 1 % of the segment's first.
     void setSegments(const std::vector<double>& rates, const Spacing& spacing) {
-        const auto& seconds = _recording.seconds;
         std::size_t first = 0;
-        const auto close = [&](std::size_t end) {
-            const std::size_t count = end - first;
-            const double span = seconds[end - 1] - seconds[first];
-            double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
-            const auto [slowest, fastest] = std::minmax_element(rates.begin() + static_cast<std::ptrdiff_t>(first),
-                                                                rates.begin() + static_cast<std::ptrdiff_t>(end - 1));
-            const bool isOneRate = count < 2 || *slowest == *fastest;
-            if (!isOneRate) {
-                _recording.warnings.push_back(_recording.source + ": rates from " + formatNumber(*slowest) + " to " +
-                                              formatNumber(*fastest) + " Hz are taken as one");
-            }
-            if ((!isOneRate || _configuration.rates.empty()) && span > 0.0) {
-                rate = static_cast<double>(count - 1) / span;
-            }
-            _recording.segments.push_back({first, count, rate});
-            first = end;
-        };
         auto nextBreak = spacing.breaks.begin();
-        for (std::size_t k = 1; k < seconds.size(); ++k) {
+        for (std::size_t k = 1; k < _recording.seconds.size(); ++k) {
             const bool jumps = nextBreak != spacing.breaks.end() && *nextBreak == k;
             const bool otherRate = k < rates.size() && std::fabs(rates[k] / rates[first] - 1.0) > 0.01;
             if (jumps || otherRate) {
-                close(k);
+                addSegment(rates, first, k);
+                first = k;
             }
             nextBreak += jumps ? 1 : 0;
         }
-        close(seconds.size());
+        addSegment(rates, first, _recording.seconds.size());
+    }
+
+    void addSegment(const std::vector<double>& rates, std::size_t first, std::size_t end) {
+        const std::size_t count = end - first;
+        const double span = _recording.seconds[end - 1] - _recording.seconds[first];
+        double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
+        const auto [slowest, fastest] = std::minmax_element(rates.begin() + static_cast<std::ptrdiff_t>(first),
+                                                            rates.begin() + static_cast<std::ptrdiff_t>(end - 1));
+        const bool isOneRate = count < 2 || *slowest == *fastest;
+        if (!isOneRate) {
+            _recording.warnings.push_back(_recording.source + ": rates from " + formatNumber(*slowest) + " to " +
+                                          formatNumber(*fastest) + " Hz are taken as one");
+        }
+        if ((!isOneRate || _configuration.rates.empty()) && span > 0.0) {
+            rate = static_cast<double>(count - 1) / span;
+        }
+        _recording.segments.push_back({first, count, rate});
     }
 
     const ComtradeConfiguration& _configuration;
