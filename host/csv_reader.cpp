@@ -136,17 +136,21 @@ private:
             if (!_layout.units.empty() && !_layout.units[i].empty()) {
                 unit = _layout.units[i];
             }
-            if (_layout.isNote[i]) {
-                continue;
-            }
-            if (!_timeColumn && namesTime(name)) {
-                _timeColumn = i;
-                const Unit timeUnit = unitOf(unit);
-                _time = {std::string(name), timeUnit.quantity == Quantity::time ? timeUnit.factor : 1.0};
-            } else {
-                _recording.columns.push_back({std::string(name), std::string(unit), {}, {}});
+            if (!_layout.isNote[i]) {
+                addColumn(i, name, unit);
             }
         }
+    }
+
+    /// The first column that names time is the time column.
+    void addColumn(std::size_t i, std::string_view name, std::string_view unit) {
+        if (_timeColumn || !namesTime(name)) {
+            _recording.columns.push_back({std::string(name), std::string(unit), {}, {}});
+            return;
+        }
+        _timeColumn = i;
+        const Unit timeUnit = unitOf(unit);
+        _time = {std::string(name), timeUnit.quantity == Quantity::time ? timeUnit.factor : 1.0};
     }
 
     void readRow() {

@@ -72,26 +72,25 @@ std::string plainField(std::string text) {
     return text;
 }
 
+void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
+    const bool csv = form == OutputForm::csv;
+    const char* separator = "";
+    for (const std::string& field : fields) {
+        out << separator << (csv ? csvField(field) : plainField(field));
+        separator = csv ? "," : "\t";
+    }
+    out << '\n';
+}
+
 /// One line for each figure; a missing one has an empty value.
-void writeFigures(const ResultDocument& document, OutputForm form, std::ostream& out) {
-    const auto line = [&](const std::vector<std::string>& fields) {
-        for (std::size_t i = 0; i < fields.size(); ++i) {
-            out << (i == 0                    ? ""
-                    : form == OutputForm::csv ? ","
-                                              : "\t")
-                << (form == OutputForm::csv ? csvField(fields[i]) : plainField(fields[i]));
-        }
-        out << '\n';
-    };
-    const std::string start = formatNumber(document.startSeconds, 12);
-    for (const ResultTable& table : document.tables) {
-        for (std::size_t r = 0; r < table.rows.size(); ++r) {
-            for (std::size_t c = 0; c < table.columns.size(); ++c) {
-                if (const auto& figure = table.cells[r][c]) {
-                    line({document.file, start, table.name, table.rows[r].key, table.columns[c].key,
-                          std::isnan(*figure) ? "" : formatNumber(*figure, 15),
-                          table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit});
-                }
+void writeFigures(const ResultDocument& document, const ResultTable& table, OutputForm form, std::ostream& out) {
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        for (std::size_t c = 0; c < table.columns.size(); ++c) {
+            if (const auto& figure = table.cells[r][c]) {
+                writeFields({document.file, formatNumber(document.startSeconds, 12), table.name, table.rows[r].key,
+                             table.columns[c].key, std::isnan(*figure) ? "" : formatNumber(*figure, 15),
+                             table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
+                            form, out);
             }
         }
     }
@@ -130,7 +129,10 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
             return;
         case OutputForm::csv:
         case OutputForm::plain:
-            return writeFigures(document, form, out);
+            for (const ResultTable& table : document.tables) {
+                writeFigures(document, table, form, out);
+            }
+            return;
         case OutputForm::raw:
             for (const std::string& text : document.rawTexts) {
                 out << text << '\n';
