@@ -171,7 +171,7 @@ std::string bashCompletion(const std::vector<CommandText>& commands) {
     return bashHead + spaced(names) + bashValues + values + bashOptions + options + bashTail;
 }
 
-/// Text inside the single quotes and brackets of a zsh option specification.
+/// Text inside the single quotes and brackets of a zsh option description.
 std::string zshQuoted(const std::string& text) {
     std::string quoted;
     for (const char c : text) {

@@ -123,10 +123,12 @@ void warnOfGaps(Measurement& measurement) {
         const auto first = std::find_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
         if (first != samples.end()) {
             const std::string name(channelNames[channel]);
-            measurement.warnings.push_back(
-                std::to_string(countMissing(samples)) + " samples of " + name + " are missing, the first after " +
-                formatNumber(static_cast<double>(first - samples.begin()) / measurement.rateHz) + " s: values with " +
-                name + " are not given; --start and --duration choose a part without gaps");
+            const double seconds = static_cast<double>(first - samples.begin()) / measurement.rateHz;
+            std::string warning = std::to_string(countMissing(samples));
+            warning.append(" samples of ").append(name).append(" are missing, the first after ");
+            warning.append(formatNumber(seconds)).append(" s: values with ").append(name);
+            warning.append(" are not given; --start and --duration choose a part without gaps");
+            measurement.warnings.push_back(std::move(warning));
         }
     }
 }

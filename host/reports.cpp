@@ -116,6 +116,7 @@ ResultTable signalTable(const std::string& name, const std::vector<SignalStatist
     }
     for (std::size_t i = 0; !signals.empty() && i < signals[0].statistics.size(); ++i) {
         std::vector<ResultTable::Cell> cells;
+        cells.reserve(signals.size());
         for (const SignalStatistics& signal : signals) {
             cells.emplace_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
         }

@@ -17,6 +17,7 @@ using TextCells = std::vector<std::string>;
 /// The figures of one row or column, rounded alike.
 TextCells textsOf(const std::vector<Cell>& figures, int mostDecimals) {
     std::vector<double> values;
+    values.reserve(figures.size());
     for (const Cell& figure : figures) {
         values.push_back(figure.value_or(std::numeric_limits<double>::quiet_NaN()));
     }

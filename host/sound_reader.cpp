@@ -99,7 +99,7 @@ Recording readSound(std::string_view content, const std::string& source, const R
     }
     recording.setRate(info.samplerate, "as the file says");
     if (options.gains.empty()) {
-        recording.warnings.push_back("samples are relative to full scale; --gain NAME=FACTOR,... gives V and A");
+        recording.warnings.emplace_back("samples are relative to full scale; --gain NAME=FACTOR,... gives V and A");
     }
     return recording;
 }

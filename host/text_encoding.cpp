@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
@@ -17,26 +18,26 @@ constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 /// The length of the valid UTF-8 character at the start of a text that is not empty; 0 when there is none.
 std::size_t characterLength(std::string_view text) {
+    // first bytes, and the second ones that make no overlong form, no surrogate and nothing beyond U+10FFFF
+    struct Form {
+        unsigned char firstTo, secondFrom, secondTo;
+        std::size_t length;
+    };
+    static constexpr Form forms[] = {{0x7F, 0, 0, 1},       {0xC1, 0, 0, 0},       {0xDF, 0x80, 0xBF, 2},
+                                     {0xE0, 0xA0, 0xBF, 3}, {0xEC, 0x80, 0xBF, 3}, {0xED, 0x80, 0x9F, 3},
+                                     {0xEF, 0x80, 0xBF, 3}, {0xF0, 0x90, 0xBF, 4}, {0xF3, 0x80, 0xBF, 4},
+                                     {0xF4, 0x80, 0x8F, 4}, {0xFF, 0, 0, 0}};
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(0);
-    const std::size_t length = first < 0x80   ? 1
-                               : first < 0xC2 ? 0
-                               : first < 0xE0 ? 2
-                               : first < 0xF0 ? 3
-                               : first < 0xF5 ? 4
-                                              : 0;
-    if (length > text.size()) {
-        return 0;
+    const Form& form =
+        *std::find_if(std::begin(forms), std::end(forms), [&](const Form& f) { return byte(0) <= f.firstTo; });
+    if (form.length < 2 || form.length > text.size()) {
+        return form.length < 2 ? form.length : 0;
     }
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) {
-            return 0;
-        }
-    }
-    // overlong forms, surrogates and what lies beyond U+10FFFF
-    const bool invalid = length > 2 && ((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
-                                        (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F));
-    return invalid ? 0 : length;
+    const bool second = form.secondFrom <= byte(1) && byte(1) <= form.secondTo;
+    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+    return second && std::all_of(text.begin() + 2, text.begin() + static_cast<std::ptrdiff_t>(form.length), continues)
+               ? form.length
+               : 0;
 }
 
 std::string withReplacements(std::string_view bytes) {
@@ -66,7 +67,7 @@ struct CloseConversion {
 
 std::string decoded(std::string_view bytes, const std::string& encoding) {
     const auto opened = iconv_open("UTF-8", encoding.c_str());
-    if (opened == reinterpret_cast<iconv_t>(-1)) {
+    if (opened == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr): iconv's own convention
         failUsage("--encoding: " + inQuotes(encoding) + " is no known text encoding; iconv -l lists them");
     }
     const std::unique_ptr<void, CloseConversion> conversion(opened);

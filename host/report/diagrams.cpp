@@ -31,7 +31,7 @@ std::string at(Point point) {
 std::string attributes(const std::vector<std::pair<std::string, std::string>>& pairs) {
     std::string text;
     for (const auto& [name, value] : pairs) {
-        text += (text.empty() ? "" : " ") + name + "=\"" + value + '"';
+        text.append(text.empty() ? "" : " ").append(name).append("=\"").append(value).append("\"");
     }
     return text;
 }

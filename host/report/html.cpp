@@ -14,6 +14,17 @@ std::string scrollable(const std::string& caption, std::string_view classes, con
                    table + behind);
 }
 
+/// A row of a table. Names are the cells of the first row, and the first of the others.
+std::string htmlRow(const std::vector<std::string>& row, bool isFirst) {
+    std::string cells;
+    for (std::size_t c = 0; c < row.size(); ++c) {
+        const std::string text = escaped(trimmed(row[c]));
+        const bool isName = (isFirst || c == 0) && !text.empty();
+        cells += isName ? element("th", isFirst ? R"(scope="col")" : R"(scope="row")", text) : element("td", "", text);
+    }
+    return element("tr", "", cells);
+}
+
 }  // namespace
 
 std::string escaped(std::string_view text) {
@@ -60,14 +71,7 @@ std::string htmlTable(const std::string& caption, const ResultTable& table) {
     std::string head;
     std::string body;
     for (std::size_t r = 0; r < rows.size(); ++r) {
-        std::string cells;
-        for (std::size_t c = 0; c < rows[r].size(); ++c) {
-            const std::string text = escaped(trimmed(rows[r][c]));
-            const bool isName = (r == 0 || c == 0) && !text.empty();
-            cells +=
-                isName ? element("th", r == 0 ? R"(scope="col")" : R"(scope="row")", text) : element("td", "", text);
-        }
-        (r == 0 ? head : body) += element("tr", "", cells);
+        (r == 0 ? head : body) += htmlRow(rows[r], r == 0);
     }
     const std::string footnote =
         table.footnote.empty() ? "" : element("p", R"(class="remark")", escaped(table.footnote));

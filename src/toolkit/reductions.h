@@ -22,27 +22,25 @@ auto blockedSum(std::size_t n, Term term) {
     constexpr std::size_t block = 1024;
     constexpr std::size_t lanes = 10;
     constexpr Value nothing = -Value{};
-    Value total = nothing;
-    for (std::size_t from = 0; from < n; from += lanes * block) {
+    Value total = n == 0 ? Value{} : nothing;
+    const auto addBlocks = [&](std::size_t from, std::size_t longest, auto termAt) {
         Value sums[lanes];
         std::fill_n(sums, lanes, nothing);
-        const auto add = [&](std::size_t count, auto termAt) {
-            for (std::size_t i = 0; i < count; ++i) {
-                for (std::size_t lane = 0; lane < lanes; ++lane) {
-                    sums[lane] = sums[lane] + termAt(from + lane * block + i);
-                }
+        for (std::size_t i = from; i < from + longest; ++i) {
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                sums[lane] = sums[lane] + termAt(i + lane * block);
             }
-        };
-        if (n - from >= lanes * block) {
-            add(block, term);
-        } else {
-            add(std::min(block, n - from), [&](std::size_t i) { return i < n ? term(i) : nothing; });
         }
         for (const Value& sum : sums) {
             total = total + sum;
         }
+    };
+    const std::size_t whole = n - n % (lanes * block);
+    for (std::size_t from = 0; from < whole; from += lanes * block) {
+        addBlocks(from, block, term);
     }
-    return n == 0 ? Value{} : total;
+    addBlocks(whole, std::min(block, n - whole), [&](std::size_t i) { return i < n ? term(i) : nothing; });
+    return total;
 }
 
 /// Blocked sum of a row or column; 0 when empty.
