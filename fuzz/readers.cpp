@@ -4,16 +4,16 @@
 #include <string>
 #include <string_view>
 
+#include "base/failure.h"
+#include "base/text_encoding.h"
 #include "bytes.h"
-#include "channel_assignment.h"
-#include "comtrade_file.h"
-#include "comtrade_reader.h"
-#include "csv_reader.h"
-#include "failure.h"
-#include "recording.h"
+#include "reading/comtrade_file.h"
+#include "reading/comtrade_reader.h"
+#include "reading/csv_reader.h"
+#include "reading/sound_reader.h"
+#include "recording/channel_assignment.h"
+#include "recording/recording.h"
 #include "require.h"
-#include "sound_reader.h"
-#include "text_encoding.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "require.h"
 #include "toolkit/analytic_signal.h"
 #include "toolkit/fft_implementation_callback.h"
-#include "toolkit/fourier_grid.h"
+#include "toolkit/gridded_dft.h"
 #include "toolkit/harmonic_distortion.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/peaks.h"
@@ -201,8 +201,8 @@ void analyticProducts(Bytes& bytes) {
 }
 
 void fourierGrid(Bytes& bytes) {
-    const int first = 1 + static_cast<int>(bytes.upTo(coder::FourierGrid::maxLine - 1));
-    const coder::FourierGrid grid(first, coder::FourierGrid::maxLine - first + 1);
+    const int first = 1 + static_cast<int>(bytes.upTo(coder::GriddedDft::maxLine - 1));
+    const coder::GriddedDft grid(first, coder::GriddedDft::maxLine - first + 1);
     const Row x = bytes.tameSignal(bytes.upTo(1100));
     long double total = 0.0L;
     for (const double value : x) {
@@ -217,10 +217,10 @@ void fourierGrid(Bytes& bytes) {
     LongComplex exact;
     for (std::size_t i = 0; i < x.size(); ++i) {
         const auto turns = static_cast<long double>((static_cast<std::size_t>(first) + k) * i);
-        const long double phase = 2.0L * coder::piL * turns / coder::FourierGrid::period;
+        const long double phase = 2.0L * coder::piL * turns / coder::GriddedDft::period;
         exact += static_cast<long double>(x[i]) * LongComplex(std::cos(phase), -std::sin(phase));
     }
-    require(std::fabs(found[k] - std::abs(exact)) <= coder::FourierGrid::errorBound(x.size()) * total,
+    require(std::fabs(found[k] - std::abs(exact)) <= coder::GriddedDft::errorBound(x.size()) * total,
             "a line of the frequency grid is within its bound");
 }
 

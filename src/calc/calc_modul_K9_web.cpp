@@ -34,9 +34,9 @@ void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
                             [](double a, double b) { return -(a + b); });
 }
 
-/// The stages of one quantity.
+/// The stages of one kind.
 struct Stages {
-    const Quantity& quantity;
+    const ChannelKind& kind;
     int type;  // the input type that runs them alone
     void (*timeSignals)(ChannelSet&&, coder::b_table&);
     void (*spectrumAt)(const ChannelSet&, double, const SpectrumRequest&, coder::f_table&);
@@ -59,15 +59,15 @@ constexpr Stages currentStages{current,
                                b_SpectrumParam_fn_mo_305_4I,
                                paramData_thd_mo_305_4I};
 
-void prefill(const SetRecords& records, const Quantity& quantity) {
+void prefill(const SetRecords& records, const ChannelKind& kind) {
     if (records.signals != nullptr) {
-        records.signals->prefill(quantity);
+        records.signals->prefill(kind);
     }
     if (records.spectrum != nullptr) {
-        records.spectrum->prefill(quantity);
+        records.spectrum->prefill(kind);
     }
     if (records.distortion != nullptr) {
-        records.distortion->prefill(quantity);
+        records.distortion->prefill(kind);
     }
 }
 
@@ -97,7 +97,7 @@ void runStages(const Stages& stages, const Measurement& measurement, int type, c
     }
     if (measurement.processingMode == RT305_4_OPERATION_DISTORTION && records.distortion != nullptr) {
         if (harmonics != nullptr) {
-            assembleDistortion(*harmonics, stages.quantity, *records.distortion);
+            assembleDistortion(*harmonics, stages.kind, *records.distortion);
         } else {
             stages.distortion(set, *records.distortion);
         }

@@ -2,8 +2,8 @@
 
 namespace calc_modul_K9_web_ns {
 
-void assembleDistortion(const SetHarmonics& harmonics, const Quantity& quantity, coder::c_table& out) {
-    out.prefill(quantity);
+void assembleDistortion(const SetHarmonics& harmonics, const ChannelKind& kind, coder::c_table& out) {
+    out.prefill(kind);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         out.frequencies[phase] = coder::row(harmonics[phase].harmFreq);
         out.levels[phase] = coder::row(harmonics[phase].harmPow);

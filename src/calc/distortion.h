@@ -1,8 +1,8 @@
 #ifndef RT305_4_CALC_DISTORTION_H
 #define RT305_4_CALC_DISTORTION_H
 
+#include "calc/channel_kind.h"
 #include "calc/electrical_parameters.h"
-#include "calc/quantity.h"
 
 namespace calc_modul_K9_web_ns {
 
@@ -12,7 +12,7 @@ void paramData_thd_mo_305_4(const ChannelSet& set, coder::c_table& out);
 void paramData_thd_mo_305_4I(const ChannelSet& set, coder::c_table& out);
 
 /// A record of harmonics that are measured already.
-void assembleDistortion(const SetHarmonics& harmonics, const Quantity& quantity, coder::c_table& out);
+void assembleDistortion(const SetHarmonics& harmonics, const ChannelKind& kind, coder::c_table& out);
 
 }  // namespace calc_modul_K9_web_ns
 

@@ -3,8 +3,8 @@
 
 #include <array>
 
+#include "calc/channel_kind.h"
 #include "calc/options.h"
-#include "calc/quantity.h"
 #include "toolkit/harmonic_distortion.h"
 
 namespace calc_modul_K9_web_ns {

@@ -89,7 +89,7 @@ std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
     std::vector<double> magnitudes(grid_.lines());
     grid_.magnitudes(far ? samples(scaled) : x, magnitudes.data());
     const auto n = static_cast<double>(x.size());
-    const double relative = coder::FourierGrid::errorBound(x.size()) + 4.0 * 1.1102230246251565e-16 * n + 1e-14;
+    const double relative = coder::GriddedDft::errorBound(x.size()) + 4.0 * 1.1102230246251565e-16 * n + 1e-14;
     const double bound = relative * unit + std::ldexp(1e-323 * n, far ? exponent : 0);
     const double threshold = *std::max_element(magnitudes.begin(), magnitudes.end()) - 2.0 * bound;
     std::erase_if(slots, [&](int k) { return magnitudes[static_cast<std::size_t>(k)] < threshold; });

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/fourier_grid.h"
+#include "toolkit/gridded_dft.h"
 #include "toolkit/reductions.h"
 
 namespace calc_modul_K9_web_ns {
@@ -47,7 +47,7 @@ private:
 
     double N_;
     SearchRange range_;
-    coder::FourierGrid grid_;
+    coder::GriddedDft grid_;
 };
 
 /// The search for one signal alone. amplitude may be null when it is not wanted.

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "calc/quantity.h"
+#include "calc/channel_kind.h"
 #include "toolkit/reductions.h"
 
 namespace calc_modul_K9_web_ns {

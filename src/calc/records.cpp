@@ -1,6 +1,6 @@
 #include "calc/records.h"
 
-#include "calc/quantity.h"
+#include "calc/channel_kind.h"
 
 namespace calc_modul_K9_web_ns::coder {
 namespace {
@@ -34,25 +34,25 @@ void d_table::prefill() {
     values.fill(rtNaN);
 }
 
-void b_table::prefill(const Quantity& quantity) {
-    variables.labels.assign(quantity.labels);
+void b_table::prefill(const ChannelKind& kind) {
+    variables.labels.assign(kind.labels);
     variables.signals = {singleNaN(), singleNaN(), singleNaN()};
-    variables.verticalAxis.assignAll(quantity.axisLabel);
+    variables.verticalAxis.assignAll(kind.axisLabel);
     variables.horizontalAxis.assignAll("Sample");
     for (table& statistics : variables.statistics) {
-        statistics.units.assignAll(quantity.unit);
+        statistics.units.assignAll(kind.unit);
         statistics.values.fill(rtNaN);
     }
 }
 
-void c_table::prefill(const Quantity& quantity) {
-    labels.assign(quantity.labels);
+void c_table::prefill(const ChannelKind& kind) {
+    labels.assign(kind.labels);
     verticalAxis.assignAll("Amp, dB");
     horizontalAxis.assignAll(frequencyAxis);
 }
 
-void f_table::prefill(const Quantity& quantity) {
-    labels.assign(quantity.labels);
+void f_table::prefill(const ChannelKind& kind) {
+    labels.assign(kind.labels);
     horizontalAxis.assignAll(frequencyAxis);
 }
 

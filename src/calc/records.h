@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "calc/packed_text.h"
+#include "calc/fixed_width_text.h"
 #include "toolkit/array.h"
 #include "toolkit/non_finite.h"
 
@@ -15,7 +15,7 @@
 
 namespace calc_modul_K9_web_ns {
 
-struct Quantity;
+struct ChannelKind;
 
 namespace coder {
 
@@ -73,8 +73,8 @@ inline constexpr auto parameterCount = static_cast<std::size_t>(Parameter::count
 
 /// Electrical parameters: names, values (NaN until a stage sets them) and units.
 struct d_table {
-    using Names = PackedTexts<parameterCount, 107>;
-    using Units = PackedTexts<parameterCount, 50>;
+    using Names = FixedWidthTexts<parameterCount, 107>;
+    using Units = FixedWidthTexts<parameterCount, 50>;
 
     table_header<3> header;
     Names names;
@@ -93,7 +93,7 @@ struct table {
     static constexpr std::size_t rows = 4;
 
     table_header<3> header;
-    PackedTexts<rows, 24> names{std::array<std::string_view, rows>{"mean", "rms", "peak2rms", "peak2peak"}};
+    FixedWidthTexts<rows, 24> names{std::array<std::string_view, rows>{"mean", "rms", "peak2rms", "peak2peak"}};
     std::array<double, rows> values{};
     Labels<rows, 1> units;
     struct2_T properties;
@@ -114,7 +114,7 @@ struct b_table {
     cell_14 variables;
     struct2_T properties;
 
-    void prefill(const Quantity& quantity);
+    void prefill(const ChannelKind& kind);
 };
 
 /// Harmonics of one channel set: frequencies in Hz and levels in dB.
@@ -127,7 +127,7 @@ struct c_table {
     cell_wrap_17 horizontalAxis;
     struct2_T properties;
 
-    void prefill(const Quantity& quantity);
+    void prefill(const ChannelKind& kind);
 };
 
 /// The largest lines of one spectrum.
@@ -154,7 +154,7 @@ struct f_table {
     std::array<e_table, phases> maxima;
     struct2_T properties;
 
-    void prefill(const Quantity& quantity);
+    void prefill(const ChannelKind& kind);
 };
 
 }  // namespace coder

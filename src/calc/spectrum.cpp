@@ -48,19 +48,19 @@ bool isCut(const SpectrumOptions& options) {
     return options.transform == option::transformMode1;
 }
 
-int paddingOf(const Quantity& quantity, const SpectrumOptions& options) {
-    return isCut(options) ? quantity.longPadding : 2;
+int paddingOf(const ChannelKind& kind, const SpectrumOptions& options) {
+    return isCut(options) ? kind.longPadding : 2;
 }
 
 /// The first bins of the spectra of one record length, as rows of amplitudes or levels.
 class SpectrumRows {
 public:
-    SpectrumRows(int n, const Form& form, const Quantity& quantity, const SpectrumRequest& request)
+    SpectrumRows(int n, const Form& form, const ChannelKind& kind, const SpectrumRequest& request)
         : N_(request.N),
           logarithmic_(request.options.scale == option::scaleLevel),
-          zoom_(n, paddingOf(quantity, request.options), windowOf(request.options.window, n)),
+          zoom_(n, paddingOf(kind, request.options), windowOf(request.options.window, n)),
           kept_(zoom_.bins()) {
-        const int factor = paddingOf(quantity, request.options);
+        const int factor = paddingOf(kind, request.options);
         if (isCut(request.options)) {
             const double last = std::floor(form.limit * factor * request.N / form.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
@@ -115,10 +115,10 @@ void fillMaxima(const row& spectrum, const row& frequencies, const SpectrumReque
     }
 }
 
-void fillSpectrum(const ChannelSet& set, const Quantity& quantity, const Form& form, const SpectrumRequest& request,
+void fillSpectrum(const ChannelSet& set, const ChannelKind& kind, const Form& form, const SpectrumRequest& request,
                   coder::f_table& out) {
-    out.prefill(quantity);
-    out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : quantity.spectrumAxisLabel);
+    out.prefill(kind);
+    out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : kind.spectrumAxisLabel);
     const int n = set[0].numel();
     const bool regular = n > 0 && std::all_of(set.begin(), set.end(), [&](const row& x) {
                              return x.numel() == n && static_cast<double>(n) == request.N;
@@ -126,7 +126,7 @@ void fillSpectrum(const ChannelSet& set, const Quantity& quantity, const Form& f
     if (!regular) {
         return;
     }
-    SpectrumRows rows(n, form, quantity, request);
+    SpectrumRows rows(n, form, kind, request);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         out.spectra[phase] = rows.rowOf(set[phase]);
         out.frequencies[phase] = rows.frequencies();

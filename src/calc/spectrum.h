@@ -1,8 +1,8 @@
 #ifndef RT305_4_CALC_SPECTRUM_H
 #define RT305_4_CALC_SPECTRUM_H
 
+#include "calc/channel_kind.h"
 #include "calc/options.h"
-#include "calc/quantity.h"
 
 namespace calc_modul_K9_web_ns {
 

@@ -26,8 +26,8 @@ std::array<double, coder::table::rows> statisticsOf(samples x) {
     return {mean, rms, peak / rms, largest - smallest};
 }
 
-void fillTimeSignals(ChannelSet&& set, const Quantity& quantity, coder::b_table& record) {
-    record.prefill(quantity);
+void fillTimeSignals(ChannelSet&& set, const ChannelKind& kind, coder::b_table& record) {
+    record.prefill(kind);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         record.variables.statistics[phase].values = statisticsOf(set[phase]);
     }

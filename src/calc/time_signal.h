@@ -1,7 +1,7 @@
 #ifndef RT305_4_CALC_TIME_SIGNAL_H
 #define RT305_4_CALC_TIME_SIGNAL_H
 
-#include "calc/quantity.h"
+#include "calc/channel_kind.h"
 
 namespace calc_modul_K9_web_ns {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "calc/quantity.h"
+#include "calc/channel_kind.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {

@@ -1,11 +1,11 @@
-#include "comtrade_reader.h"
+#include "reading/comtrade_reader.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "comtrade_file.h"
-#include "failure.h"
+#include "base/failure.h"
+#include "reading/comtrade_file.h"
 
 namespace {
 

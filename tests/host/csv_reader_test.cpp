@@ -1,11 +1,11 @@
-#include "csv_reader.h"
+#include "reading/csv_reader.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "channel_assignment.h"
-#include "failure.h"
+#include "base/failure.h"
+#include "recording/channel_assignment.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "generator.h"
+#include "recording/generator.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <complex>
 #include <sstream>
 
-#include "csv_reader.h"
-#include "failure.h"
-#include "fundamental.h"
+#include "base/failure.h"
+#include "reading/csv_reader.h"
+#include "signal/fundamental.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "measurement.h"
+#include "measuring/measurement.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numbers>
 
-#include "failure.h"
+#include "base/failure.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "overview.h"
+#include "measuring/full_measurement.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <functional>
 #include <numbers>
 
-#include "failure.h"
-#include "generator.h"
+#include "base/failure.h"
+#include "recording/generator.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ const rt305::Library& library() {
 }
 
 ResultDocument measured(const Recording& recording, const MeasurementSettings& settings = {}) {
-    return measureAll(recording, makeOverview(recording, settings), library());
+    return measureAll(recording, prepare(recording, settings), library());
 }
 
 /// A figure by its names in JSON; NaN when it is missing or not there.
@@ -58,7 +58,7 @@ const GeneratorSettings published{.voltage = 100.0,
                                   .voltageHarmonics = {{3, 8.0, -70.0}, {5, 15.0, 141.0}, {7, 5.0, -34.0}},
                                   .currentHarmonics = {{3, 20.0, -165.0}, {5, 15.0, 234.0}, {7, 10.0, 234.0}}};
 
-TEST(Overview, GivesThePublishedPowersByEveryMethod) {
+TEST(FullMeasurement, GivesThePublishedPowersByEveryMethod) {
     const ResultDocument document = measured(rt305::generate(published));
     struct Case {
         const char* table;
@@ -78,9 +78,9 @@ TEST(Overview, GivesThePublishedPowersByEveryMethod) {
         {"power", "Pb", "three-wattmeter-complex", 8632.7886, 1e-3},
         {"power", "Qb", "three-wattmeter-complex", 4984.6690, 1e-3},
         {"power", "Sb", "three-wattmeter-complex", 9968.5487, 1e-3},
-        {"own", "power_factor", "total", 0.820803, 1e-6},
-        {"own", "current_lag", "c", 30.0, 1e-3},
-        {"own", "fine_frequency", "a", 50.0, 1e-3},
+        {"derived", "power_factor", "total", 0.820803, 1e-6},
+        {"derived", "current_lag", "c", 30.0, 1e-3},
+        {"derived", "fine_frequency", "a", 50.0, 1e-3},
         {"highest_harmonics", "1", "Ia_order", 3.0, 0.0},
         {"highest_harmonics", "1", "Ia_percent", 20.0, 1e-2},
         {"highest_harmonics", "3", "Va_order", 7.0, 0.0},
@@ -91,7 +91,7 @@ TEST(Overview, GivesThePublishedPowersByEveryMethod) {
 }
 
 /// Whatever voltages a recording holds, each method is fed those that it takes.
-TEST(Overview, MethodsAgreeOnSinesInFourAndThreeWires) {
+TEST(FullMeasurement, MethodsAgreeOnSinesInFourAndThreeWires) {
     for (const double lag : {-45.0, 30.0, 60.0}) {
         const GeneratorSettings generator{.angleDegrees = lag};
         MeasurementSettings threeWire;
@@ -115,7 +115,7 @@ TEST(Overview, MethodsAgreeOnSinesInFourAndThreeWires) {
     }
 }
 
-TEST(Overview, MeasuresWhatIsThere) {
+TEST(FullMeasurement, MeasuresWhatIsThere) {
     struct Case {
         const char* what;
         GeneratorSettings generator;
@@ -152,7 +152,7 @@ TEST(Overview, MeasuresWhatIsThere) {
          {.factors = {1.0, 1.0, 1.0, 1.0, 1.0, 0.0}},
          6,
          {},
-         "own",
+         "derived",
          "sum_of_currents",
          "total",
          5.0},
@@ -160,7 +160,7 @@ TEST(Overview, MeasuresWhatIsThere) {
          {.factors = {1.0, 1.0, 1.0, 1.0, 1.0, 0.0}},
          6,
          {},
-         "own",
+         "derived",
          "current_unbalance_i0",
          "total",
          50.0},
@@ -175,10 +175,10 @@ TEST(Overview, MeasuresWhatIsThere) {
     all.inputType = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
     Recording voltages = rt305::generate({});
     voltages.columns.resize(3);
-    EXPECT_THROW(makeOverview(voltages, all), rt305::Failure);
+    EXPECT_THROW(prepare(voltages, all), rt305::Failure);
 }
 
-TEST(Overview, JudgesNoWiringWithoutVoltages) {
+TEST(FullMeasurement, JudgesNoWiringWithoutVoltages) {
     const auto first = [](const GeneratorSettings& generator) {
         return measured(rt305::generate(generator)).remarks[0];
     };
@@ -187,15 +187,15 @@ TEST(Overview, JudgesNoWiringWithoutVoltages) {
     EXPECT_EQ(first({.factors = {1.0, 1.0, 1.0, 1.0, -1.0, 1.0}}), "Wiring: Ib seems to be reversed.");
 }
 
-TEST(Overview, WindowsAreMeasuredAsPartsAre) {
+TEST(FullMeasurement, WindowsAreMeasuredAsPartsAre) {
     const Recording recording = rt305::generate({.durationSeconds = 1.0, .voltageHarmonics = {{5, 4.0, 0.0}}});
     MeasurementSettings part;
     part.startSeconds = 0.4;
     part.durationSeconds = 0.3;
-    const auto window = windowOf(rt305::makeOverview(recording, {}), 0.4, 0.3);
+    const auto window = windowOf(rt305::prepare(recording, {}), 0.4, 0.3);
     EXPECT_EQ(measureAll(recording, window, library()).rawTexts, measured(recording, part).rawTexts);
     EXPECT_EQ(measureAll(recording, window, library()).startSeconds, 0.4);
-    EXPECT_THROW(windowOf(rt305::makeOverview(recording, {}), 0.8, 0.3), rt305::Failure);
+    EXPECT_THROW(windowOf(rt305::prepare(recording, {}), 0.8, 0.3), rt305::Failure);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ import { tmpdir } from "node:os";
 import path from "node:path";
 import { pathToFileURL } from "node:url";
 
-const require = createRequire(new URL("../../host/report/package.json", import.meta.url));
+const require = createRequire(new URL("../../host/page/package.json", import.meta.url));
 const { chromium } = require("playwright-core");
 
 const [file, pictures] = process.argv.slice(2);

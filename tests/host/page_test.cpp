@@ -4,10 +4,10 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
-#include "report/checksum.h"
-#include "report/diagrams.h"
-#include "report/html.h"
-#include "report/plots.h"
+#include "page/checksum.h"
+#include "page/diagrams.h"
+#include "page/html.h"
+#include "page/plots.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "phasors.h"
+#include "signal/phasors.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numbers>
 
-#include "generator.h"
+#include "recording/generator.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "recording_reader.h"
+#include "reading/recording_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,10 @@
 #include <numbers>
 #include <numeric>
 
-#include "failure.h"
-#include "measurement.h"
-#include "recording_report.h"
-#include "text_encoding.h"
+#include "base/failure.h"
+#include "base/text_encoding.h"
+#include "measuring/measurement.h"
+#include "output/recording_summary.h"
 
 namespace {
 

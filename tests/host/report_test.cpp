@@ -2,12 +2,12 @@
 
 #include <cmath>
 
-#include "failure.h"
-#include "generator.h"
-#include "remarks.h"
-#include "reports.h"
-#include "results.h"
-#include "text.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "measuring/result_texts.h"
+#include "output/remarks.h"
+#include "output/result_tables.h"
+#include "recording/generator.h"
 
 namespace {
 

@@ -1,0 +1,126 @@
+#include "base/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace rt305 {
+
+namespace {
+
+template <class T>
+std::optional<T> parseWhole(std::string_view text) {
+    T value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+char lowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
+std::optional<double> parseNumber(std::string_view text, bool decimalComma) {
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
+        text.remove_prefix(1);
+    }
+    if (text.size() == 3 && lowerCase(text) == "nan") {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    std::string withPoint;
+    if (decimalComma && text.find(',') != std::string_view::npos) {
+        withPoint = text;
+        std::replace(withPoint.begin(), withPoint.end(), ',', '.');
+        text = withPoint;
+    }
+    const auto value = parseWhole<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<std::size_t> parseCount(std::string_view text) {
+    return parseWhole<std::size_t>(text);
+}
+
+std::string formatNumber(double value, int digits) {
+    std::array<char, 40> text;
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, digits);
+    assert(error == std::errc{});
+    return {text.data(), end};
+}
+
+std::string formatFixed(double value, int decimals) {
+    if (std::isnan(value)) {
+        return "-";
+    }
+    std::array<char, 340> text;  // the largest double has 309 digits before its point
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, decimals);
+    assert(error == std::errc{});
+    std::string_view shown(text.data(), static_cast<std::size_t>(end - text.data()));
+    if (shown[0] == '-' && shown.find_first_not_of("-0.") == std::string_view::npos) {
+        shown.remove_prefix(1);
+    }
+    return std::string(shown);
+}
+
+int decimalsFor(double magnitude, int digits) {
+    if (!(magnitude > 0.0) || !std::isfinite(magnitude)) {
+        return 0;
+    }
+    return std::clamp(digits - 1 - static_cast<int>(std::floor(std::log10(magnitude))), 0, 9);
+}
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r");
+    return first == std::string_view::npos ? std::string_view{}
+                                           : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return lowerCase(c); });
+    return lower;
+}
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+    std::vector<std::string_view> pieces;
+    std::size_t end = 0;
+    do {
+        end = text.find(separator);
+        pieces.push_back(trimmed(text.substr(0, end)));
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    } while (end != std::string_view::npos);
+    return pieces;
+}
+
+std::string wrapped(std::string_view text, std::size_t width) {
+    std::string lines;
+    while (text.size() > width) {
+        const std::size_t blank = text.find_last_of(' ', width);
+        if (blank == std::string_view::npos) {
+            break;
+        }
+        lines += std::string(text.substr(0, blank)) + '\n';
+        text.remove_prefix(blank + 1);
+    }
+    return lines + std::string(text) + '\n';
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        text += i == 0 ? "" : i + 1 == words.size() ? " and " : ", ";
+        text += words[i];
+    }
+    return text;
+}
+
+}  // namespace rt305

@@ -1,0 +1,194 @@
+#include "cli/commands.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <limits>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "cli/messages.h"
+#include "conformance/check.h"
+#include "measuring/full_measurement.h"
+#include "measuring/library.h"
+#include "measuring/result_texts.h"
+#include "output/recording_summary.h"
+#include "output/remarks.h"
+#include "output/result_tables.h"
+#include "page/report.h"
+#include "reading/recording_reader.h"
+
+namespace rt305 {
+
+namespace {
+
+Recording read(const MeasureOptions& options) {
+    Recording recording = readRecording(options.file, options.reading);
+    std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
+    return recording;
+}
+
+/// A measurement with the library's texts and the document that will tell of them.
+struct Measured {
+    Measurement measurement;
+    ResultTexts texts;
+    ResultDocument document;
+
+    void warnAndKeep(const std::string& message) {
+        warn(message);
+        document.warnings.push_back(message);
+    }
+};
+
+Measured measure(const MeasureOptions& options, std::uint32_t operation) {
+    const Recording recording = read(options);
+    Measurement measurement = makeMeasurement(
+        recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
+    std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
+    std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
+    const Library library(options.library);
+    ResultTexts texts = library.measure(measurement, operation);
+    ResultDocument document = documentOf(recording, measurement, library);
+    return {std::move(measurement), std::move(texts), std::move(document)};
+}
+
+/// The library has its own idea of the rate when it measures frequencies: fixed by what is measured.
+void warnOfRate(Measured& result, const char* consequence) {
+    const Measurement& measurement = result.measurement;
+    if (measurement.isAtAssumedRate()) {
+        return;
+    }
+    const double assumed = measurement.assumedRateHz();
+    result.warnAndKeep("the library takes the samples as " + formatNumber(assumed) +
+                       " a second, but they were taken at " + formatNumber(measurement.rateHz) +
+                       " Hz: frequencies read " + formatNumber(assumed / measurement.rateHz, 4) +
+                       " times what they are" + consequence);
+}
+
+bool isByTwoWattmeters(const MeasurementSettings& settings) {
+    return (settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
+}
+
+/// Two wattmeters take the line voltages ab and cb, and the library gives Q by them with the opposite sign. Recordings
+/// hold bc.
+MeasureOptions withVoltageCb(MeasureOptions options) {
+    if ((options.settings.flags & RT305_4_FOUR_WIRE) != 0) {
+        failUsage(
+            "--power two-wattmeter takes line voltages: give --wiring three if Ua, Ub, Uc hold them; rt305 measure "
+            "forms "
+            "them of phase voltages");
+    }
+    options.settings.coefficients[1] = -options.settings.coefficients[1];
+    options.settings.flags ^= RT305_4_NEGATE_REACTIVE_POWER;
+    note("two wattmeters take the line voltage cb: Ub, which holds bc, and Q change their signs");
+    return options;
+}
+
+void show(const MeasureOptions& options, const ResultDocument& document) {
+    writeHeading(options.form, std::cout);
+    write(document, options.form, stdoutTakesStyle(), std::cout);
+}
+
+/// Shows the two texts of an operation as tables of that name.
+template <class Read, class Tabulate>
+void showBothKinds(const MeasureOptions& options, Measured& result, const std::string& name, Read read,
+                   Tabulate tabulate) {
+    for (const auto& [text, kind] : {std::pair{result.texts.voltages, "_u"}, {result.texts.currents, "_i"}}) {
+        if (!text.empty()) {
+            result.document.rawTexts.push_back(text);
+            result.document.tables.push_back(tabulate(name + kind, read(text)));
+        }
+    }
+    show(options, result.document);
+}
+
+/// Lets something be written to a file, or to stdout when none is named.
+void writeTo(const std::string& name, const std::function<void(std::ostream&)>& content) {
+    if (name.empty()) {
+        content(std::cout);
+        return;
+    }
+    std::ofstream file(name, std::ios::binary);
+    content(file);
+    file.close();
+    if (!file) {
+        failEnvironment(name + ": " + std::strerror(errno));
+    }
+}
+
+}  // namespace
+
+void showRecording(const MeasureOptions& options) {
+    std::cout << reportRecording(read(options), options.settings.columns);
+}
+
+void showParameters(const MeasureOptions& options) {
+    const bool isTurned = isByTwoWattmeters(options.settings);
+    Measured result = measure(isTurned ? withVoltageCb(options) : options, RT305_4_OPERATION_PARAMETERS);
+    if (result.measurement.isCombined()) {
+        warnOfRate(result, ", THD and power may be wrong or missing, voltages and currents are right");
+    }
+    auto parameters = readParameters(result.texts.parameters);
+    for (NamedValue& parameter : parameters) {  // ab + cb + ca is no zero sequence
+        parameter.value =
+            isTurned && parameter.name == "Ud0" ? std::numeric_limits<double>::quiet_NaN() : parameter.value;
+    }
+    ResultDocument& document = result.document;
+    document.settings = describeMethods(result.measurement);
+    document.tables.push_back(parameterTable(parameters));
+    document.remarks = remarksOn(parameters, result.measurement);
+    if (std::isnan(parameterNamed(parameters, "Pf").value) && result.measurement.isCombined()) {
+        document.remarks.emplace_back("No power factors: this library does not compute them; rt305 measure does.");
+    }
+    document.rawTexts.push_back(result.texts.parameters);
+    show(options, document);
+}
+
+void showSignals(const MeasureOptions& options) {
+    Measured result = measure(options, RT305_4_OPERATION_SIGNALS);
+    result.document.remarks.emplace_back(
+        "The library removes each channel's offset first, so the means are close to zero.");
+    showBothKinds(options, result, "signals", readSignals, signalTable);
+}
+
+void showSpectra(const MeasureOptions& options) {
+    Measured result = measure(options, RT305_4_OPERATION_SPECTRUM);
+    warnOfRate(result, "");
+    showBothKinds(options, result, "spectrum", readSpectra, spectrumTable);
+}
+
+void showHarmonics(const MeasureOptions& options) {
+    Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
+    warnOfRate(result, "");
+    if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
+        result.warnAndKeep(remark);
+    }
+    result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
+    showBothKinds(options, result, "harmonics", readHarmonics, harmonicTable);
+}
+
+void writeReport(const ReportOptions& options) {
+    const Recording recording = read(options.measure);
+    const FullMeasurement overview = prepare(recording, options.measure.settings);
+    std::for_each(overview.measurement.notes.begin(), overview.measurement.notes.end(), note);
+    std::for_each(overview.measurement.warnings.begin(), overview.measurement.warnings.end(), warn);
+    const std::string page = reportPage(recording, overview, Library(options.measure.library));
+    writeTo(options.file, [&page](std::ostream& out) { out << page; });
+}
+
+void checkLibrary(const CheckOptions& options) {
+    if (!checkConformance(Library(options.library), std::cout)) {
+        throw Failure(ExitCode::refused, "the library breaks promises of its interface");
+    }
+}
+
+void generateRecording(const GenerateOptions& options) {
+    const Recording recording = generate(options.settings);
+    writeTo(options.file, [&](std::ostream& out) { writeCsv(recording, options.digits, out); });
+}
+
+}  // namespace rt305

@@ -1,0 +1,63 @@
+#ifndef RT305_HOST_CLI_COMMANDS_H
+#define RT305_HOST_CLI_COMMANDS_H
+
+#include <string>
+#include <vector>
+
+#include "measuring/measurement.h"
+#include "output/document.h"
+#include "reading/read_options.h"
+#include "recording/generator.h"
+
+namespace rt305 {
+
+/// The tool's subcommands. Data go to stdout, warnings to stderr; what ends a command is thrown as Failure.
+/// measureEverything tells the failures of its files itself and gives the exit code.
+
+struct MeasureOptions {
+    std::string file;  // "-": stdin
+    ReadOptions reading;
+    MeasurementSettings settings;
+    std::string library;  // empty: searched for
+    OutputForm form = OutputForm::text;
+};
+
+/// Everything at once, of many files and windows.
+struct BatchOptions {
+    std::vector<std::string> files;
+    std::string filesFrom;       // a file with a name on each line; "-": stdin; empty: none
+    double windowSeconds = 0.0;  // 0: the whole recording at once
+    double stepSeconds = 0.0;    // from one window's start to the next; 0: the length of a window
+    std::size_t jobs = 1;        // processes
+    MeasureOptions each;         // how each file is read and measured
+};
+
+/// Everything of one recording as a page.
+struct ReportOptions {
+    MeasureOptions measure;
+    std::string file;  // empty: stdout
+};
+
+struct GenerateOptions {
+    GeneratorSettings settings;
+    int digits = 6;
+    std::string file;  // empty: stdout
+};
+
+struct CheckOptions {
+    std::string library;  // empty: searched for
+};
+
+void showRecording(const MeasureOptions& options);
+int measureEverything(const BatchOptions& options);
+void writeReport(const ReportOptions& options);
+void showParameters(const MeasureOptions& options);
+void showSignals(const MeasureOptions& options);
+void showSpectra(const MeasureOptions& options);
+void showHarmonics(const MeasureOptions& options);
+void checkLibrary(const CheckOptions& options);
+void generateRecording(const GenerateOptions& options);
+
+}  // namespace rt305
+
+#endif

@@ -1,0 +1,242 @@
+#include "cli/manual.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <sstream>
+
+#include "base/failure.h"
+#include "base/text.h"
+
+namespace rt305 {
+
+namespace {
+
+/// One option or positional as people are told of it.
+struct OptionText {
+    std::vector<std::string> names;  // "-o", "--output"; the plain name of a positional
+    std::string value;               // "FILE"; empty for a switch
+    std::vector<std::string> choices;
+    std::string help;
+
+    bool operator==(const OptionText& other) const { return names == other.names && help == other.help; }
+    bool isPositional() const { return names[0][0] != '-'; }
+};
+
+struct CommandText {
+    std::string name;
+    std::string help;
+    std::vector<OptionText> options;
+};
+
+std::string spaced(const std::vector<std::string>& words, const char* between = " ") {
+    return CLI::detail::join(words, between);
+}
+
+/// CLI11 joins the name of a value and what its check says of itself: "TEXT:{three,four}", "N:INT in [1 - 15]".
+OptionText textOf(const CLI::Option& option) {
+    OptionText text;
+    text.names = CLI::detail::split(option.get_name(option.get_positional(), true), ',');
+    text.help = option.get_description();
+    if (option.get_items_expected_max() > 0 && !option.get_positional()) {
+        text.value = option.get_type_name();
+    }
+    for (const char* const check : {":POSITIVE", ":NONNEGATIVE", ":INT"}) {
+        const std::size_t found = text.value.find(check);
+        text.value.erase(std::min(found, text.value.size()), std::strlen(check));
+    }
+    if (const std::size_t brace = text.value.find(":{"); brace != std::string::npos) {
+        text.choices = CLI::detail::split(text.value.substr(brace + 2, text.value.size() - brace - 3), ',');
+        text.value = spaced(text.choices, "|");
+    }
+    if (!option.get_default_str().empty()) {
+        text.help += " (default " + option.get_default_str() + ")";
+    }
+    return text;
+}
+
+std::vector<CommandText> commandsOf(const CLI::App& app) {
+    std::vector<CommandText> commands;
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        CommandText text{command->get_name(), command->get_description(), {}};
+        for (const CLI::Option* const option : command->get_options()) {
+            if (option != command->get_help_ptr() && !option->get_group().empty()) {
+                text.options.push_back(textOf(*option));
+            }
+        }
+        commands.push_back(std::move(text));
+    }
+    return commands;
+}
+
+/// Text as the man macros print it as it is.
+std::string escaped(const std::string& text) {
+    std::string roff;
+    for (const char c : text) {
+        roff += c == '\\' ? "\\e" : c == '-' ? "\\-" : std::string(1, c);
+    }
+    return roff.substr(0, 1) == "." || roff.substr(0, 1) == "'" ? "\\&" + roff : roff;
+}
+
+std::string synopsis(const CommandText& command) {
+    const auto& options = command.options;
+    const bool hasOptions = !std::all_of(options.begin(), options.end(), std::mem_fn(&OptionText::isPositional));
+    std::string line = "rt305 " + command.name + (hasOptions ? " [OPTION...]" : "");
+    for (const OptionText& option : options) {
+        line += option.isPositional() ? " " + option.names[0] : "";
+    }
+    return line;
+}
+
+std::string entry(const std::string& heading, const std::string& value, const std::string& help) {
+    return ".TP\n\\fB" + escaped(heading) + "\\fR" + (value.empty() ? "" : " \\fI" + escaped(value) + "\\fR") + "\n" +
+           escaped(help) + "\n";
+}
+
+/// The names of the commands that have this option, with the same help.
+std::vector<std::string> takersOf(const OptionText& option, const std::vector<CommandText>& commands) {
+    std::vector<std::string> names;
+    for (const CommandText& command : commands) {
+        if (std::find(command.options.begin(), command.options.end(), option) != command.options.end()) {
+            names.push_back(command.name);
+        }
+    }
+    return names;
+}
+
+/// Each option once, with the others of just the same commands.
+std::string optionSections(const std::vector<CommandText>& commands) {
+    std::vector<std::pair<std::vector<std::string>, std::string>> groups;
+    for (const CommandText& command : commands) {
+        for (const OptionText& option : command.options) {
+            const auto takers = takersOf(option, commands);
+            if (takers.front() != command.name) {
+                continue;  // told already
+            }
+            auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) { return g.first == takers; });
+            if (group == groups.end()) {
+                group = groups.insert(group, {takers, ""});
+            }
+            group->second += entry(spaced(option.names, ", "), option.value, option.help);
+        }
+    }
+    std::string sections;
+    for (const auto& [takers, entries] : groups) {
+        sections += ".SS Of " + joined(takers) + "\n" + entries;
+    }
+    return sections;
+}
+
+constexpr const char* bashHead = R"(# Completion of rt305 for bash.
+_rt305() {
+    local word=${COMP_WORDS[COMP_CWORD]} words=
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        words=')";
+constexpr const char* bashValues = R"('
+    else
+        case "${COMP_WORDS[1]} ${COMP_WORDS[COMP_CWORD - 1]}" in
+)";
+constexpr const char* bashOptions = R"(        *)
+            case "${COMP_WORDS[1]} $word" in
+)";
+constexpr const char* bashTail = R"(            esac
+            ;;
+        esac
+    fi
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+}
+complete -o default -F _rt305 rt305
+)";
+
+/// What is no command, option or choice completes as a file, bash's default.
+std::string bashCompletion(const std::vector<CommandText>& commands) {
+    std::vector<std::string> names;
+    std::string values;
+    std::string options;
+    for (const CommandText& command : commands) {
+        names.push_back(command.name);
+        std::vector<std::string> words{"--help"};
+        for (const OptionText& option : command.options) {
+            if (option.isPositional()) {
+                continue;
+            }
+            words.push_back(option.names.back());
+            if (!option.choices.empty()) {
+                values += "        '" + command.name + " " + option.names.back() + "') words='" +
+                          spaced(option.choices) + "' ;;\n";
+            }
+        }
+        options += "            '" + command.name + " -'*) words='" + spaced(words) + "' ;;\n";
+    }
+    return bashHead + spaced(names) + bashValues + values + bashOptions + options + bashTail;
+}
+
+/// Text inside the single quotes and brackets of a zsh option description.
+std::string zshQuoted(const std::string& text) {
+    std::string quoted;
+    for (const char c : text) {
+        quoted += c == '\''                                         ? "'\\''"
+                  : (c == ':' || c == '[' || c == ']' || c == '\\') ? std::string{'\\', c}
+                                                                    : std::string(1, c);
+    }
+    return quoted;
+}
+
+std::string zshArgument(const OptionText& option) {
+    if (option.isPositional()) {
+        return " ':" + zshQuoted(option.names[0]) + ":_files'";
+    }
+    const std::string action = option.choices.empty() ? "_files" : "(" + spaced(option.choices) + ")";
+    std::string arguments;
+    for (const std::string& name : option.names) {
+        arguments += " \\\n        '" + name + "[" + zshQuoted(option.help) + "]" +
+                     (option.value.empty() ? "" : ":" + zshQuoted(option.value) + ":" + action) + "'";
+    }
+    return arguments;
+}
+
+std::string zshCompletion(const std::vector<CommandText>& commands) {
+    std::string names;
+    std::string cases;
+    for (const CommandText& command : commands) {
+        names += " \\\n        '" + command.name + ":" + zshQuoted(command.help) + "'";
+        cases += "    " + command.name + ")\n        _arguments";
+        for (const OptionText& option : command.options) {
+            cases += zshArgument(option);
+        }
+        cases += " ;;\n";
+    }
+    return "#compdef rt305\n_rt305() {\n    local -a commands\n    commands=(" + names +
+           ")\n    if (( CURRENT == 2 )); then\n        _describe command commands\n        return\n    fi\n"
+           "    shift words\n    (( CURRENT-- ))\n    case $words[1] in\n" +
+           cases + "    esac\n}\n_rt305 \"$@\"\n";
+}
+
+}  // namespace
+
+std::string manualPage(const CLI::App& app) {
+    const auto commands = commandsOf(app);
+    std::ostringstream page;
+    page << ".TH RT305 1 \"\" \"rt305 " RT305_4_PROJECT_VERSION "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\nrt305 \\- "
+         << "measure sampled three\\-phase voltages and currents\n.SH SYNOPSIS\n";
+    for (const CommandText& command : commands) {
+        page << (&command == commands.data() ? "" : ".br\n") << escaped(synopsis(command)) << '\n';
+    }
+    page << ".SH DESCRIPTION\n" << escaped(app.get_description()) << "\n.SH COMMANDS\n";
+    for (const CommandText& command : commands) {
+        page << entry(command.name, "", command.help);
+    }
+    page << ".SH OPTIONS\nEach command has a \\fB\\-\\-help\\fR.\n" << optionSections(commands);
+    page << ".SH NOTES\n"
+         << escaped(app.get_footer()) << "\n.SH ENVIRONMENT\n"
+         << entry("RT305_4_LIBRARY", "", "the library file to use when --library names none");
+    page << ".SH SEE ALSO\n.BR rt305_4 (3)\n";
+    return page.str();
+}
+
+std::string completion(const CLI::App& app, const std::string& shell) {
+    const auto commands = commandsOf(app);
+    return shell == "zsh" ? zshCompletion(commands) : bashCompletion(commands);
+}
+
+}  // namespace rt305

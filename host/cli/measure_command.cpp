@@ -1,0 +1,156 @@
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iostream>
+#include <new>
+#include <optional>
+
+#include "base/failure.h"
+#include "cli/batch.h"
+#include "cli/commands.h"
+#include "cli/messages.h"
+#include "cli/progress.h"
+#include "measuring/full_measurement.h"
+#include "measuring/library.h"
+#include "reading/recording_reader.h"
+
+namespace rt305 {
+
+namespace {
+
+/// Writes a document for each window of one recording.
+class Measurer {
+public:
+    Measurer(const BatchOptions& options, bool isOneOfMany)
+        : options_(options), isOneOfMany_(isOneOfMany), library_(options.each.library) {}
+
+    /// The exit code; failures are told.
+    int operator()(const std::string& file) {
+        try {
+            measure(file);
+            return static_cast<int>(ExitCode::success);
+        } catch (const Failure& failure) {
+            return fail(file, failure.what(), failure.code());
+        } catch (const std::bad_alloc&) {
+            return fail(file, "out of memory", ExitCode::environment);
+        }
+    }
+
+private:
+    int fail(const std::string& file, const std::string& message, ExitCode code) const {
+        const bool isNamed = !isOneOfMany_ || message.find(file) != std::string::npos;
+        tell(isNamed ? message : file + ": " + message);
+        if (options_.each.form == OutputForm::jsonLines) {
+            writeErrorLine(file, message, static_cast<int>(code), std::cout);
+        }
+        return static_cast<int>(code);
+    }
+
+    void measure(const std::string& file) {
+        const Recording recording = readRecording(file, options_.each.reading);
+        const FullMeasurement overview = prepare(recording, options_.each.settings);
+        const std::string prefix = isOneOfMany_ ? file + ": " : "";
+        const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
+        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
+        std::for_each(overview.measurement.warnings.begin(), overview.measurement.warnings.end(), warnPrefixed);
+        if (!isOneOfMany_) {
+            std::for_each(overview.measurement.notes.begin(), overview.measurement.notes.end(), note);
+        }
+        if (options_.windowSeconds == 0.0) {
+            return writeOne(recording, overview);
+        }
+        const double step = options_.stepSeconds > 0.0 ? options_.stepSeconds : options_.windowSeconds;
+        const std::size_t windows = countWindows(overview.measurement, step, recording.source);
+        Progress progress("windows", windows, !isOneOfMany_);
+        for (std::size_t i = 0; i < windows; ++i) {
+            writeOne(recording, windowOf(overview, static_cast<double>(i) * step, options_.windowSeconds));
+            progress.show(i + 1);
+        }
+    }
+
+    std::size_t countWindows(const Measurement& measurement, double step, const std::string& source) const {
+        const double seconds = static_cast<double>(measurement.length) / measurement.rateHz;
+        const double left = (seconds - options_.windowSeconds) * (1.0 + 1e-12) + 0.25 / measurement.rateHz;
+        if (left < 0.0) {
+            failInput(source + ": the recording is shorter than a window");
+        }
+        return static_cast<std::size_t>(left / step) + 1;
+    }
+
+    void writeOne(const Recording& recording, const FullMeasurement& overview) {
+        const OutputForm form = options_.each.form;
+        if (form == OutputForm::text && documents_++ > 0) {
+            std::cout << '\n';
+        }
+        write(measureAll(recording, overview, library_), form, styled_, std::cout);
+    }
+
+    const BatchOptions& options_;
+    bool isOneOfMany_;
+    Library library_;
+    bool styled_ = stdoutTakesStyle();
+    std::size_t documents_ = 0;
+};
+
+/// The files of the command line, then those of the list.
+class Names {
+public:
+    explicit Names(const BatchOptions& options)
+        : files_(options.files), list_(options.filesFrom == "-" ? &std::cin : nullptr) {
+        if (!options.filesFrom.empty() && list_ == nullptr) {
+            file_.open(options.filesFrom);
+            list_ = &file_;
+            if (!file_) {
+                failInput(options.filesFrom + ": cannot be read");
+            }
+        }
+    }
+
+    std::optional<std::string> next() {
+        if (given_ < files_.size()) {
+            return files_[given_++];
+        }
+        for (std::string line; list_ != nullptr && std::getline(*list_, line);) {
+            if (!line.empty()) {
+                return line;
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    const std::vector<std::string>& files_;
+    std::size_t given_ = 0;
+    std::ifstream file_{};
+    std::istream* list_;
+};
+
+void checkOptions(const BatchOptions& options) {
+    const bool isMany = options.files.size() > 1 || !options.filesFrom.empty() || options.windowSeconds > 0.0;
+    const auto fromStdin = std::count(options.files.begin(), options.files.end(), "-") + (options.filesFrom == "-");
+    if (options.files.empty() && options.filesFrom.empty()) {
+        failUsage("no FILE to measure; see rt305 measure --help");
+    }
+    if (fromStdin > 1) {
+        failUsage("stdin can be one recording or one list of names, not both");
+    }
+    if (isMany && options.each.form == OutputForm::json) {
+        failUsage("--json writes one document; --json-lines writes one for each file and window");
+    }
+    if (options.stepSeconds > 0.0 && options.windowSeconds == 0.0) {
+        failUsage("--step needs --window");
+    }
+}
+
+}  // namespace
+
+int measureEverything(const BatchOptions& options) {
+    checkOptions(options);
+    Names names(options);
+    Measurer measurer(options, options.files.size() > 1 || !options.filesFrom.empty());
+    writeHeading(options.each.form, std::cout);
+    return runBatch([&names] { return names.next(); }, options.filesFrom.empty() ? options.files.size() : 0,
+                    options.jobs, [&measurer](const std::string& file) { return measurer(file); });
+}
+
+}  // namespace rt305

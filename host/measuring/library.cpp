@@ -1,0 +1,119 @@
+#include "measuring/library.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "base/failure.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr const char* soname = "libRT305_4.so.1";
+
+std::string lastLoadError() {
+    const char* const message = dlerror();
+    return message != nullptr ? message : "unknown reason";
+}
+
+/// Beside the executable, where an installation puts the library, and where the build tree does.
+std::string findNearExecutable() {
+    std::error_code ignored;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
+    for (const char* const place : {".", "../lib", "../" RT305_4_LIBRARY_FOLDER, "../src/plugin"}) {
+        const auto candidate = folder / place / soname;
+        if (std::filesystem::exists(candidate, ignored)) {
+            return candidate.lexically_normal().string();
+        }
+    }
+    return {};
+}
+
+/// A name without a slash would be searched for on the system, so a file of the present folder gets one.
+std::string asPath(const std::string& file) {
+    return file.find('/') == std::string::npos ? "./" + file : file;
+}
+
+std::string chooseFile(const std::string& given) {
+    if (!given.empty()) {
+        return asPath(given);
+    }
+    if (const char* const fromEnvironment = std::getenv("RT305_4_LIBRARY");
+        fromEnvironment != nullptr && *fromEnvironment != '\0') {
+        return asPath(fromEnvironment);
+    }
+    const std::string near = findNearExecutable();
+    return near.empty() ? soname : near;
+}
+
+}  // namespace
+
+Call::Call(const Measurement& measurement, std::uint32_t operation) {
+    const MeasurementSettings& settings = measurement.settings;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const std::vector<double>& samples = measurement.samples[channel];
+        if (!samples.empty()) {
+            channels.push_back({isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
+                                static_cast<std::uint32_t>(channel % phaseTotal), samples.data(), samples.size(),
+                                settings.coefficients[channel], settings.resistances[channel],
+                                settings.gains[channel]});
+        }
+    }
+    request.samplesNumber = measurement.length;
+    request.sampleRate = measurement.rateHz;
+    request.auxValue = settings.peakCriterion;
+    request.auxMode = settings.peaks;
+    request.inputType = measurement.inputType;
+    request.options = {settings.spectrumFlags, settings.flags};
+    request.operation = operation;
+    for (std::size_t i = 0; i < textTotal; ++i) {
+        texts[i] = "";
+        request.*textPlaces[i] = &texts[i];
+    }
+}
+
+Library::Library(const std::string& file) {
+    handle_ = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        failEnvironment(
+            "cannot open the measurement library: " + lastLoadError() +
+            "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
+            "the environment variable RT305_4_LIBRARY.");
+    }
+    for (const char* const name : {"getVersion", "dataProccess"}) {
+        if (find(name) == nullptr) {
+            failEnvironment(std::string("this is not the measurement library, it has no function ") + name + ": " +
+                            lastLoadError());
+        }
+    }
+    getVersion_ = reinterpret_cast<decltype(getVersion_)>(find("getVersion"));
+    dataProccess_ = reinterpret_cast<decltype(dataProccess_)>(find("dataProccess"));
+}
+
+void* Library::find(const char* name) const {
+    return dlsym(handle_, name);
+}
+
+std::int32_t Library::process(Call& call) const {
+    call.request.channels = call.channels.data();
+    call.request.channelCount = static_cast<std::int32_t>(call.channels.size());
+    return dataProccess_(call.request);
+}
+
+ResultTexts Library::measure(const Measurement& measurement, std::uint32_t operation) const {
+    Call call(measurement, operation);
+    if (process(call) == 0) {
+        throw Failure(ExitCode::refused, std::string("the library refuses this measurement: ") + call.texts[errorText]);
+    }
+    if (operation == RT305_4_OPERATION_PARAMETERS) {
+        return {call.texts[0], "", ""};
+    }
+    const std::size_t voltages = 2 * operation - 1;
+    const bool hasVoltages = measurement.inputType != RT305_4_INPUT_CURRENTS;
+    const bool hasCurrents = measurement.inputType != RT305_4_INPUT_VOLTAGES;
+    return {call.texts[0], hasVoltages ? call.texts[voltages] : "", hasCurrents ? call.texts[voltages + 1] : ""};
+}
+
+}  // namespace rt305

@@ -1,0 +1,170 @@
+#include "measuring/measurement.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "recording/channel_assignment.h"
+#include "signal/resampler.h"
+
+namespace rt305 {
+
+namespace {
+
+/// The names of the channels of a set that are there, or of those that are not.
+std::vector<std::string> namesWhere(const Measurement& measurement, bool present, std::size_t from, std::size_t to) {
+    std::vector<std::string> names;
+    for (std::size_t channel = from; channel < to; ++channel) {
+        if (measurement.samples[channel].empty() != present) {
+            names.emplace_back(channelNames[channel]);
+        }
+    }
+    return names;
+}
+
+void rebuildMissingCurrent(Measurement& measurement) {
+    const std::uint32_t place = (measurement.settings.flags & RT305_4_REBUILT_PHASE_MASK) / RT305_4_REBUILT_PHASE_A;
+    if (!measurement.has(RT305_4_TWO_CURRENTS) || place == 0) {
+        return;
+    }
+    auto& samples = measurement.samples;
+    const std::size_t rebuilt = phaseTotal + place - 1;
+    const auto& x = samples[phaseTotal + place % phaseTotal];
+    const auto& y = samples[phaseTotal + (place + 1) % phaseTotal];
+    if (!samples[rebuilt].empty() || x.empty() || y.empty()) {
+        return;
+    }
+    samples[rebuilt].resize(measurement.length);
+    for (std::size_t k = 0; k < measurement.length; ++k) {
+        samples[rebuilt][k] = -(x[k] + y[k]);
+    }
+}
+
+std::uint32_t decideInputType(Measurement& measurement, const std::string& source) {
+    const auto missingVoltages = namesWhere(measurement, false, 0, phaseTotal);
+    const auto missingCurrents = namesWhere(measurement, false, phaseTotal, channelTotal);
+    if (missingVoltages.empty() && missingCurrents.empty()) {
+        return RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
+    }
+    if (!missingVoltages.empty() && !missingCurrents.empty()) {
+        const auto missing = namesWhere(measurement, false, 0, channelTotal);
+        failInput(source + ": neither three voltages nor three currents, there is no column for " + joined(missing) +
+                  "; name the columns with --map Ua=COLUMN,...");
+    }
+    const bool voltages = missingVoltages.empty();
+    const auto unused = voltages ? namesWhere(measurement, true, phaseTotal, channelTotal)
+                                 : namesWhere(measurement, true, 0, phaseTotal);
+    if (!unused.empty()) {
+        measurement.warnings.push_back(joined(unused) + " not used: there is no column for " +
+                                       joined(voltages ? missingCurrents : missingVoltages));
+    }
+    return voltages ? RT305_4_INPUT_VOLTAGES : RT305_4_INPUT_CURRENTS;
+}
+
+Segment chosenSegment(const Recording& recording, Measurement& measurement) {
+    const auto& segments = recording.segments;
+    if (segments.empty()) {
+        failInput(recording.source + ": there is nothing to take the sample rate from; give --rate HZ");
+    }
+    const auto wanted = measurement.settings.segment;
+    if (wanted && (*wanted < 1 || *wanted > segments.size())) {
+        failInput(recording.source + ": there is no segment " + std::to_string(*wanted) + "; the recording has " +
+                  std::to_string(segments.size()));
+    }
+    const std::size_t number = wanted ? *wanted - 1 : mainSegment(recording);
+    if (!wanted && segments.size() > 1) {
+        measurement.notes.push_back("segment " + std::to_string(number + 1) + " of " + std::to_string(segments.size()) +
+                                    " is measured, " + std::to_string(segments[number].count) + " samples at " +
+                                    formatNumber(segments[number].rateHz) + " Hz; --segment chooses another");
+    }
+    return segments[number];
+}
+
+/// The assigned columns' samples of the segment, in V and A.
+void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
+    const Assignment assignment = assignColumns(recording, measurement.settings.columns);
+    measurement.warnings.insert(measurement.warnings.end(), assignment.warnings.begin(), assignment.warnings.end());
+    double earliest = 0.0;
+    double latest = 0.0;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (const auto number = assignment.columns[channel]) {
+            const Column& column = recording.columns[*number];
+            const auto samples = samplesInBaseUnit(column);
+            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(segment.first);
+            measurement.samples[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(segment.count));
+            earliest = std::min(earliest, column.delaySeconds);
+            latest = std::max(latest, column.delaySeconds);
+        }
+    }
+    constexpr double degreesPerSecond = 360.0 * 50.0;
+    if (const double degrees = (latest - earliest) * degreesPerSecond; degrees > 0.1) {
+        measurement.warnings.push_back("the recorder sampled these channels up to " +
+                                       formatNumber(1e6 * (latest - earliest)) +
+                                       " us apart, and this is not made up for: angles between them are off by up to " +
+                                       formatFixed(degrees, 1) + " degrees at 50 Hz");
+    }
+}
+
+std::string describeResampling(const Measurement& measurement) {
+    std::string text = "resampled from " + formatNumber(measurement.recordedRateHz, 9) + " Hz to the " +
+                       formatNumber(measurement.rateHz) + " Hz at which the library measures this";
+    if (measurement.recordedRateHz < measurement.rateHz) {
+        text += "; the recording holds no harmonics above " +
+                formatNumber(std::floor(measurement.recordedRateHz * resampledBandwidth / 2.0)) + " Hz";
+    }
+    return text;
+}
+
+/// One missing sample spoils every value of its channel.
+void warnOfGaps(Measurement& measurement) {
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const auto& samples = measurement.samples[channel];
+        const auto first = std::find_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
+        if (first != samples.end()) {
+            const std::string name(channelNames[channel]);
+            const double seconds = static_cast<double>(first - samples.begin()) / measurement.rateHz;
+            std::string warning = std::to_string(countMissing(samples));
+            warning.append(" samples of ").append(name).append(" are missing, the first after ");
+            warning.append(formatNumber(seconds)).append(" s: values with ").append(name);
+            warning.append(" are not given; --start and --duration choose a part without gaps");
+            measurement.warnings.push_back(std::move(warning));
+        }
+    }
+}
+
+}  // namespace
+
+std::string FrequencyWindow::text() const {
+    return formatNumber(lower) + "-" + formatNumber(upper) + " Hz";
+}
+
+bool Measurement::isAtAssumedRate() const {
+    return std::fabs(rateHz - assumedRateHz()) <= 1e-4 * assumedRateHz();
+}
+
+Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
+    Measurement measurement;
+    measurement.settings = settings;
+    const Segment segment = chosenSegment(recording, measurement);
+    const Segment part = partOf(recording, segment, settings.startSeconds, settings.durationSeconds);
+    measurement.length = segment.count;
+    measurement.rateHz = measurement.recordedRateHz = part.rateHz;
+    takeChannels(recording, segment, measurement);
+    rebuildMissingCurrent(measurement);
+    measurement.inputType = settings.inputType ? *settings.inputType : decideInputType(measurement, recording.source);
+    if (rateMatters == RateMatters::yes && settings.resample && !measurement.isAtAssumedRate()) {
+        measurement.rateHz = measurement.assumedRateHz();
+        measurement.notes.push_back(describeResampling(measurement));
+    }
+    for (auto& samples : measurement.samples) {
+        if (!samples.empty()) {
+            samples = resampled(samples, part.first - segment.first, part.count, part.rateHz, measurement.rateHz);
+            measurement.length = samples.size();
+        }
+    }
+    warnOfGaps(measurement);
+    return measurement;
+}
+
+}  // namespace rt305

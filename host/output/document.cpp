@@ -1,0 +1,154 @@
+#include "output/document.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "base/text.h"
+
+namespace rt305 {
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+/// Names of files may be no UTF-8; what is not is replaced.
+std::string dumped(const json& document, int indent = -1) {
+    return document.dump(indent, ' ', false, json::error_handler_t::replace) + '\n';
+}
+
+/// {"rms": {"unit": "V", "Ua": 230.2, ...}, ...}; a missing value is null.
+json jsonOf(const ResultTable& table) {
+    json rows = json::object();
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        json& row = rows[table.rows[r].key] = json::object();
+        if (!table.unitsByColumn) {
+            row["unit"] = table.rows[r].unit;
+        }
+        for (std::size_t c = 0; c < table.columns.size(); ++c) {
+            if (table.cells[r][c]) {
+                row[table.columns[c].key] = *table.cells[r][c];
+            }
+        }
+    }
+    return rows;
+}
+
+json jsonOf(const ResultDocument& document) {
+    json object{{"file", document.file},   {"start", document.startSeconds}, {"samples", document.samples},
+                {"rate", document.rateHz}, {"content", document.content},    {"library", document.library}};
+    if (!document.settings.empty()) {
+        object["settings"] = document.settings;
+    }
+    for (const ResultTable& table : document.tables) {
+        object[table.name] = jsonOf(table);
+    }
+    object["remarks"] = document.remarks;
+    object["warnings"] = document.warnings;
+    return object;
+}
+
+/// A field of a CSV line, in quotes where it needs them (RFC 4180).
+std::string csvField(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "\"";
+    for (const char c : text) {
+        quoted += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return quoted + '"';
+}
+
+/// Tabs and line ends would be taken for those between fields.
+std::string plainField(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
+    return text;
+}
+
+void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
+    const bool csv = form == OutputForm::csv;
+    const char* separator = "";
+    for (const std::string& field : fields) {
+        out << separator << (csv ? csvField(field) : plainField(field));
+        separator = csv ? "," : "\t";
+    }
+    out << '\n';
+}
+
+/// One line for each figure; a missing one has an empty value.
+void writeFigures(const ResultDocument& document, const ResultTable& table, OutputForm form, std::ostream& out) {
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        for (std::size_t c = 0; c < table.columns.size(); ++c) {
+            if (const auto& figure = table.cells[r][c]) {
+                writeFields({document.file, formatNumber(document.startSeconds, 12), table.name, table.rows[r].key,
+                             table.columns[c].key, std::isnan(*figure) ? "" : formatNumber(*figure, 15),
+                             table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
+                            form, out);
+            }
+        }
+    }
+}
+
+void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
+    out << document.file << '\n'
+        << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz"
+        << (document.startSeconds > 0.0 ? " from " + formatNumber(document.startSeconds, 9) + " s on" : "") << ", "
+        << document.content << ", library " << document.library << '\n';
+    if (!document.settings.empty()) {
+        out << document.settings << '\n';
+    }
+    for (const ResultTable& table : document.tables) {
+        out << '\n' << textOf(table, styled);
+    }
+    out << (document.remarks.empty() ? "" : "\n");
+    for (const std::string& remark : document.remarks) {
+        out << wrapped(remark, 100);
+    }
+}
+
+}  // namespace
+
+void writeHeading(OutputForm form, std::ostream& out) {
+    out << (form == OutputForm::csv ? "file,start,table,quantity,column,value,unit\n" : "");
+}
+
+void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out) {
+    switch (form) {
+        case OutputForm::text:
+            return writeText(document, styled, out);
+        case OutputForm::json:
+        case OutputForm::jsonLines:
+            out << dumped(jsonOf(document), form == OutputForm::json ? 2 : -1);
+            return;
+        case OutputForm::csv:
+        case OutputForm::plain:
+            for (const ResultTable& table : document.tables) {
+                writeFigures(document, table, form, out);
+            }
+            return;
+        case OutputForm::raw:
+            for (const std::string& text : document.rawTexts) {
+                out << text << '\n';
+            }
+    }
+}
+
+void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out) {
+    out << dumped(json{{"file", file}, {"error", message}, {"exit_code", exitCode}});
+}
+
+bool stdoutTakesStyle() {
+    const char* const noColor = std::getenv("NO_COLOR");
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0') &&
+           (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
+}
+
+}  // namespace rt305

@@ -1,0 +1,51 @@
+#ifndef RT305_HOST_OUTPUT_DOCUMENT_H
+#define RT305_HOST_OUTPUT_DOCUMENT_H
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "output/result_table.h"
+
+namespace rt305 {
+
+/// How results are written.
+enum class OutputForm {
+    text,       // tables for people
+    json,       // one document, indented
+    jsonLines,  // one document a line
+    csv,        // one figure a line, with a heading
+    plain,      // one figure a line, tabs between the fields, no heading
+    raw         // the library's own texts, byte for byte
+};
+
+/// Everything that a command found in one recording, or in one window of it.
+struct ResultDocument {
+    std::string file;
+    double startSeconds = 0.0;  // from the first sample of the segment on
+    std::size_t samples = 0;
+    double rateHz = 0.0;
+    std::string content;   // "voltages and currents"
+    std::string library;   // its version
+    std::string settings;  // how it was measured, in a few words; may be empty
+    std::vector<ResultTable> tables{};
+    std::vector<std::string> remarks{};   // what a reader of the results must know
+    std::vector<std::string> warnings{};  // what makes them doubtful; said on stderr as well
+    std::vector<std::string> rawTexts{};  // the library's
+};
+
+/// What comes once before all documents: the names of the CSV fields.
+void writeHeading(OutputForm form, std::ostream& out);
+
+void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out);
+
+/// The line that stands for a document where there is none: {"file":...,"error":...,"exit_code":...}.
+void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out);
+
+/// Whether stdout is a terminal that may be given colours: not with NO_COLOR in the environment (no-color.org), nor on
+/// a dumb one.
+bool stdoutTakesStyle();
+
+}  // namespace rt305
+
+#endif

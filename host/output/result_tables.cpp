@@ -1,0 +1,177 @@
+#include "output/result_tables.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "base/text.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+std::string inputTypeName(std::uint32_t inputType) {
+    switch (inputType) {
+        case RT305_4_INPUT_VOLTAGES:
+            return "voltages";
+        case RT305_4_INPUT_CURRENTS:
+            return "currents";
+        default:
+            return "voltages and currents";
+    }
+}
+
+ResultTable::Cell cellAt(const std::vector<double>& values, std::size_t i) {
+    return i < values.size() ? ResultTable::Cell(values[i]) : std::nullopt;
+}
+
+/// Columns of values beside each other, numbered from 1; short ones end in empty cells.
+void addNumbered(ResultTable& table, const std::vector<std::vector<double>>& columns) {
+    std::size_t longest = 0;
+    for (const auto& column : columns) {
+        longest = std::max(longest, column.size());
+    }
+    for (std::size_t i = 0; i < longest; ++i) {
+        std::vector<ResultTable::Cell> cells;
+        std::transform(columns.begin(), columns.end(), std::back_inserter(cells),
+                       [i](const std::vector<double>& column) { return cellAt(column, i); });
+        const std::string number = std::to_string(i + 1);
+        table.addRow({number, number, ""}, std::move(cells));
+    }
+}
+
+template <class Rows>
+void addQuantities(ResultTable& table, const Rows& rows, const std::vector<NamedValue>& parameters) {
+    for (const QuantityRow& row : rows) {
+        std::vector<ResultTable::Cell> cells;
+        std::string unit;
+        for (const std::string_view name : row.names) {
+            const NamedValue parameter = parameterNamed(parameters, name);
+            cells.push_back(name.empty() ? std::nullopt : ResultTable::Cell(parameter.value));
+            unit = parameter.unit == "-" || parameter.unit.empty() ? unit : parameter.unit;
+        }
+        table.addRow({row.key, row.label, unit, row.mostDecimals}, std::move(cells));
+    }
+}
+
+}  // namespace
+
+ResultDocument documentOf(const Recording& recording, const Measurement& measurement, const Library& library) {
+    ResultDocument document{recording.source,
+                            measurement.settings.startSeconds,
+                            measurement.length,
+                            measurement.rateHz,
+                            inputTypeName(measurement.inputType),
+                            library.version(),
+                            ""};
+    document.warnings = recording.warnings;
+    document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
+    return document;
+}
+
+std::string describeMethods(const Measurement& measurement) {
+    const auto method = std::find_if(powerMethods.begin(), powerMethods.end(), [&measurement](const auto& known) {
+        return known.second == measurement.powerMethod();
+    });
+    return std::string(measurement.has(RT305_4_FOUR_WIRE) ? "four-wire" : "three-wire") + ", fundamental inside " +
+           measurement.window().text() + ", power: " + (method == powerMethods.end() ? "none" : method->first);
+}
+
+NamedValue parameterNamed(const std::vector<NamedValue>& parameters, std::string_view name) {
+    const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                    [name](const NamedValue& parameter) { return parameter.name == name; });
+    return found == parameters.end() ? NamedValue{std::string(name), nan, ""} : *found;
+}
+
+ResultTable phaseTable(const std::string& name, const std::string& title) {
+    return {name,
+            title,
+            "",
+            false,
+            {{"total", "    total", ""}, {"a", "        a", ""}, {"b", "        b", ""}, {"c", "        c", ""}},
+            {},
+            {}};
+}
+
+ResultTable electricalTable(const std::vector<NamedValue>& parameters) {
+    ResultTable table = phaseTable("parameters");
+    addQuantities(table, electricalRows, parameters);
+    return table;
+}
+
+ResultTable parameterTable(const std::vector<NamedValue>& parameters) {
+    ResultTable table = electricalTable(parameters);
+    addQuantities(table, powerRows, parameters);
+    addQuantities(table, std::array{powerFactorRow}, parameters);
+    return table;
+}
+
+ResultTable signalTable(const std::string& name, const std::vector<SignalStatistics>& signals) {
+    ResultTable table{name, "", "", false, {}, {}, {}};
+    for (const SignalStatistics& signal : signals) {
+        table.columns.push_back({signal.channel, signal.channel, ""});
+    }
+    for (std::size_t i = 0; !signals.empty() && i < signals[0].statistics.size(); ++i) {
+        std::vector<ResultTable::Cell> cells;
+        cells.reserve(signals.size());
+        for (const SignalStatistics& signal : signals) {
+            cells.emplace_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
+        }
+        const NamedValue& first = signals[0].statistics[i];
+        const bool isRatio = first.name == "peak2rms";  // whatever unit the text gives it
+        table.addRow({first.name, first.name, isRatio ? "" : first.unit}, std::move(cells));
+    }
+    return table;
+}
+
+ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& spectra) {
+    ResultTable table{name, "", "", true, {}, {}, {}};
+    std::vector<std::vector<double>> columns;
+    for (const Spectrum& spectrum : spectra) {
+        std::vector<double> frequencies;
+        std::vector<double> values;
+        for (const auto& [frequency, value] : spectrum.peaks) {
+            frequencies.push_back(frequency);
+            values.push_back(value);
+        }
+        columns.push_back(std::move(frequencies));
+        columns.push_back(std::move(values));
+        table.columns.push_back({spectrum.channel + "_Hz", spectrum.channel + ", Hz", "Hz", 3});
+        table.columns.push_back(
+            {spectrum.channel + "_" + spectrum.unit, spectrum.unit, spectrum.unit, spectrum.unit == "dB" ? 2 : 6});
+    }
+    addNumbered(table, columns);
+    if (!spectra.empty()) {
+        const std::vector<double>& axis = spectra[0].frequencies;
+        table.footnote = axis.size() < 2 ? "no lines"
+                                         : std::to_string(axis.size()) + " lines, " + formatNumber(axis[1]) +
+                                               " Hz apart, up to " + formatNumber(axis.back()) + " Hz";
+    }
+    return table;
+}
+
+ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics) {
+    ResultTable table{name, "", "Order", true, {}, {}, {}};
+    std::vector<std::vector<double>> columns;
+    for (const Harmonics& channel : harmonics) {
+        columns.insert(columns.end(), {channel.frequencies, channel.levels, percentsOf(channel)});
+        table.columns.push_back({channel.channel + "_Hz", channel.channel + ", Hz", "Hz", 3});
+        table.columns.push_back({channel.channel + "_dB", "dB", "dB", 2});
+        table.columns.push_back({channel.channel + "_percent", "%", "%", 3});
+    }
+    addNumbered(table, columns);
+    return table;
+}
+
+std::vector<double> percentsOf(const Harmonics& harmonics) {
+    std::vector<double> percents;
+    for (const double level : harmonics.levels) {
+        percents.push_back(100.0 * std::pow(10.0, (level - harmonics.levels[0]) / 20.0));
+    }
+    return percents;
+}
+
+}  // namespace rt305

@@ -1,0 +1,23 @@
+#ifndef RT305_HOST_PAGE_DIAGRAMS_H
+#define RT305_HOST_PAGE_DIAGRAMS_H
+
+#include <string>
+#include <vector>
+
+#include "measuring/full_measurement.h"
+#include "measuring/result_texts.h"
+
+namespace rt305 {
+
+/// Drawings for the page as SVG, in the colours of its style sheet.
+
+/// The fundamentals as arrows, Ua or else Ia to the right, angles counted counter-clockwise from the right; the largest
+/// voltage reaches the outer circle and the largest current the inner one.
+std::string phasorDiagram(const Fundamentals& fundamentals);
+
+/// The harmonics from the second on, in percent of the fundamental: the channels side by side at each order.
+std::string harmonicBars(const std::vector<Harmonics>& channels);
+
+}  // namespace rt305
+
+#endif

@@ -1,0 +1,152 @@
+#include "reading/recording_reader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/text_encoding.h"
+#include "base/units.h"
+#include "reading/comtrade_file.h"
+#include "reading/comtrade_reader.h"
+#include "reading/csv_reader.h"
+#include "reading/sound_reader.h"
+#include "recording/channel_assignment.h"
+
+namespace rt305 {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(std::istream& stream, const std::string& name) {
+    std::string content;
+    std::vector<char> block(std::size_t{1} << 16);
+    do {  // read reports what an iterator would throw, such as a folder in place of a file
+        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
+        content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+    } while (stream);
+    if (stream.bad()) {
+        failInput(name + ": " + std::strerror(errno));
+    }
+    return content;
+}
+
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        failInput(path + ": " + std::strerror(errno));
+    }
+    return contentOf(file, path);
+}
+
+/// The file beside this one with the same name but that extension, in any case; empty when there is none.
+std::string companionOf(const fs::path& path, std::string_view extension) {
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    std::error_code ignored;
+    std::vector<std::string> found;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
+        const fs::path name = entry.path().filename();
+        if (name.stem() == path.stem() && lowerCase(name.extension().string()) == extension) {
+            found.push_back(path.has_parent_path() ? (folder / name).string() : name.string());
+        }
+    }
+    return found.empty() ? "" : *std::min_element(found.begin(), found.end());
+}
+
+std::string requiredCompanionOf(const std::string& path, std::string_view extension) {
+    std::string companion = companionOf(path, extension);
+    if (companion.empty()) {
+        failInput(path + ": there is no " + fs::path(path).stem().string() + std::string(extension) + " beside it");
+    }
+    return companion;
+}
+
+Recording readComtradePair(const std::string& configurationPath, const std::string& configuration,
+                           const ReadOptions& options) {
+    const std::string dataPath = requiredCompanionOf(configurationPath, ".dat");
+    const std::string headerPath = companionOf(configurationPath, ".hdr");
+    const std::string data = contentOf(dataPath);
+    const std::string header = headerPath.empty() ? "" : contentOf(headerPath);
+    Recording recording = readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
+    recording.files = {configurationPath, dataPath};
+    if (!headerPath.empty()) {
+        recording.files.push_back(headerPath);
+    }
+    return recording;
+}
+
+Recording readByContent(const std::string& path, const ReadOptions& options) {
+    const bool fromStdin = path == "-";
+    const std::string extension = lowerCase(fs::path(path).extension().string());
+    if (!fromStdin && extension == ".dat" && !companionOf(path, ".cfg").empty()) {
+        return readByContent(companionOf(path, ".cfg"), options);
+    }
+    const std::string source = fromStdin ? "stdin" : path;
+    const std::string content = fromStdin ? contentOf(std::cin, source) : contentOf(path);
+    if (isSound(content)) {
+        return readSound(content, source, options);
+    }
+    if (isComtradeFile(content)) {
+        return readComtrade(cutComtradeFile(content, source), options);
+    }
+    if (extension == ".cfg" || (!fromStdin && isComtradeConfiguration(content))) {
+        return readComtradePair(path, content, options);
+    }
+    if (content.find('\0') != std::string::npos) {
+        failInput(source + ": byte " + std::to_string(content.find('\0')) +
+                  ": this is no text, and no format that is known here" +
+                  (extension == ".dat" ? "; a COMTRADE record needs its .cfg file beside it" : ""));
+    }
+    return readCsv(content, source, options);
+}
+
+void scale(Column& column, double factor) {
+    for (double& x : column.samples) {
+        x *= factor;
+    }
+}
+
+/// Values of the wanted side of the transformers, when the file says of which side they are.
+void changeSide(Column& column, Transformer::Side side) {
+    Transformer& transformer = column.transformer;
+    if (side == Transformer::Side::unknown || transformer.side == Transformer::Side::unknown ||
+        transformer.side == side) {
+        return;
+    }
+    const double ratio = transformer.primary / transformer.secondary;
+    scale(column, side == Transformer::Side::primary ? ratio : 1.0 / ratio);
+    transformer.side = side;
+}
+
+}  // namespace
+
+Recording readRecording(const std::string& path, const ReadOptions& options) {
+    Recording recording = readByContent(path, options);
+    if (recording.files.empty() && path != "-") {
+        recording.files = {path};
+    }
+    for (Column& column : recording.columns) {
+        column.name = toUtf8(column.name, options.encoding);
+        column.unit = toUtf8(column.unit, options.encoding);
+        changeSide(column, options.side);
+        const Quantity quantity = unitOf(column.unit).quantity;
+        if (options.storedAsRms && quantity != Quantity::other && quantity != Quantity::time) {
+            scale(column, std::sqrt(2.0));
+        }
+    }
+    for (const auto& [name, factor] : options.gains) {
+        scale(recording.columns[findColumn(recording, name)], factor);
+    }
+    if (options.rateHz) {
+        recording.setRate(*options.rateHz, "as given");
+    }
+    return recording;
+}
+
+}  // namespace rt305

@@ -1,0 +1,282 @@
+#include "recording/channel_assignment.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/units.h"
+
+namespace rt305 {
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// "MODAQ_Va_V" -> "modaq", "va", "v".
+Words wordsOf(std::string_view name) {
+    Words words(1);
+    for (const char c : lowerCase(name)) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            words.back() += c;
+        } else if (!words.back().empty()) {
+            words.emplace_back();
+        }
+    }
+    return words;
+}
+
+/// The letters that stand for the three phases; a group of columns keeps to one way.
+constexpr std::string_view phaseLetters[] = {"abc", "123", "rst"};
+
+/// What a column's name, unit and phase say of it.
+struct Identity {
+    Quantity quantity = Quantity::unknown;
+    std::size_t phase = 0;
+    std::string group;  // the same for the columns of one group
+    std::string reason;
+
+    std::size_t channel() const { return (quantity == Quantity::current ? phaseTotal : 0) + phase; }
+};
+
+struct Phase {
+    std::size_t number;
+    std::string_view letters;  // the way in which it is written
+};
+
+/// "a", "l2", "s"; after "l" digits only.
+std::optional<Phase> phaseOf(std::string_view word) {
+    const bool isLine = word.size() == 2 && word[0] == 'l';
+    if (!isLine && word.size() != 1) {
+        return std::nullopt;
+    }
+    for (const std::string_view letters : phaseLetters) {
+        const std::size_t number = letters.find(word.back());
+        if (number != std::string_view::npos && (!isLine || letters == "123")) {
+            return Phase{number, letters};
+        }
+    }
+    return std::nullopt;
+}
+
+Quantity quantityOf(std::string_view word) {
+    if (word == "u" || word == "v" || word == "voltage") {
+        return Quantity::voltage;
+    }
+    return word == "i" || word == "current" ? Quantity::current : Quantity::unknown;
+}
+
+/// "ua", "v1", "il2", "ia7" and "van": a quantity, a phase, and a number or the neutral after a letter.
+std::optional<Identity> identifyWord(std::string_view word) {
+    const Quantity quantity = quantityOf(word.substr(0, 1));
+    if (quantity == Quantity::unknown || word.size() < 2) {
+        return std::nullopt;
+    }
+    const std::size_t phaseEnd = word[1] == 'l' ? 3 : 2;
+    const auto phase = phaseOf(word.substr(1, phaseEnd - 1));
+    const std::string_view rest = word.substr(std::min(phaseEnd, word.size()));
+    const bool restIsNumber = std::all_of(rest.begin(), rest.end(), [](char c) { return c >= '0' && c <= '9'; });
+    if (!phase || !(rest.empty() || (phase->letters == "abc" && (restIsNumber || rest == "n")))) {
+        return std::nullopt;
+    }
+    return Identity{quantity, phase->number, std::string(phase->letters) + std::string(rest), "by its name"};
+}
+
+/// Whether a channel holds what was computed from another, not samples of a wave.
+bool isComputed(const Words& words) {
+    static constexpr std::string_view telling[] = {"mag", "magnitude", "ang", "angle", "rms"};
+    return std::any_of(words.begin(), words.end(), [](const std::string& word) {
+        return std::find(std::begin(telling), std::end(telling), word) != std::end(telling);
+    });
+}
+
+/// The name with its telling words left out is the group's.
+std::optional<Identity> identifyByName(std::string_view name) {
+    Words words = wordsOf(name);
+    if (isComputed(words)) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (auto identity = identifyWord(words[i])) {
+            words[i].clear();
+            for (const std::string& word : words) {
+                identity->group += ' ' + word;
+            }
+            return identity;
+        }
+    }
+    std::optional<Phase> phase;
+    Identity identity{Quantity::unknown, 0, "", "by its name"};
+    for (const std::string& word : words) {
+        if (const Quantity quantity = quantityOf(word); quantity != Quantity::unknown && word.size() > 1) {
+            identity.quantity = quantity;
+        } else if (const auto here = phaseOf(word)) {
+            phase = here;
+        } else {
+            identity.group += ' ' + word;
+        }
+    }
+    if (!phase || identity.quantity == Quantity::unknown) {
+        return std::nullopt;
+    }
+    identity.phase = phase->number;
+    identity.group = std::string(phase->letters) + " words" + identity.group;
+    return identity;
+}
+
+std::optional<Identity> identify(const Column& column) {
+    const Quantity ofUnit = unitOf(column.unit).quantity;
+    if (ofUnit == Quantity::other || ofUnit == Quantity::time) {
+        return std::nullopt;
+    }
+    if (auto identity = identifyByName(column.name)) {
+        return ofUnit == Quantity::unknown || ofUnit == identity->quantity ? identity : std::nullopt;
+    }
+    const auto phase = phaseOf(lowerCase(column.phase));
+    if (!phase || ofUnit == Quantity::unknown) {
+        return std::nullopt;
+    }
+    return Identity{ofUnit, phase->number, "phases " + std::string(phase->letters),
+                    "by unit " + column.unit + " and phase " + column.phase};
+}
+
+/// Columns of one quantity that are alike but for their phases.
+struct Group {
+    std::string name;
+    std::array<std::optional<std::size_t>, phaseTotal> columns;
+
+    bool isComplete() const {
+        return std::all_of(columns.begin(), columns.end(), [](const auto& column) { return column.has_value(); });
+    }
+};
+
+using Identities = std::vector<std::optional<Identity>>;
+
+std::vector<Group> groupsOf(const Identities& identities, Quantity quantity) {
+    std::vector<Group> groups;
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        if (!identities[i] || identities[i]->quantity != quantity) {
+            continue;
+        }
+        const Identity& identity = *identities[i];
+        const auto open = std::find_if(groups.begin(), groups.end(), [&identity](const Group& group) {
+            return group.name == identity.group && !group.columns[identity.phase];
+        });
+        Group& group = open == groups.end() ? groups.emplace_back(Group{identity.group, {}}) : *open;
+        group.columns[identity.phase] = i;
+    }
+    return groups;
+}
+
+/// The only column that is identified as the channel.
+std::optional<std::size_t> onlyColumn(const Recording& recording, const Identities& identities, std::size_t channel) {
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        if (!identities[i] || identities[i]->channel() != channel) {
+            continue;
+        }
+        if (found) {
+            failInput(recording.source + ": columns " + inQuotes(recording.columns[*found].name) + " and " +
+                      inQuotes(recording.columns[i].name) + " both name " + std::string(channelNames[channel]) +
+                      "; choose one by name or number with --map " + std::string(channelNames[channel]) + "=COLUMN");
+        }
+        found = i;
+    }
+    return found;
+}
+
+/// Guesses the columns of one quantity for the channels without one.
+void guess(const Recording& recording, const Identities& identities, Quantity quantity, Assignment& assignment) {
+    const auto groups = groupsOf(identities, quantity);
+    const auto group = std::find_if(groups.begin(), groups.end(), [](const Group& g) { return g.isComplete(); });
+    const auto complete = std::count_if(groups.begin(), groups.end(), [](const Group& g) { return g.isComplete(); });
+    const std::size_t firstChannel = quantity == Quantity::current ? phaseTotal : 0;
+    std::vector<std::string> guessed;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const std::size_t channel = firstChannel + phase;
+        if (assignment.columns[channel]) {
+            continue;
+        }
+        auto& column = assignment.columns[channel];
+        column = group != groups.end() ? group->columns[phase] : onlyColumn(recording, identities, channel);
+        if (column) {
+            assignment.reasons[channel] =
+                identities[*column]->reason +
+                (complete > 1 ? ", first of " + std::to_string(complete) + " such groups" : "");
+            guessed.push_back(inQuotes(recording.columns[*column].name));
+        }
+    }
+    if (complete > 1 && !guessed.empty()) {
+        assignment.warnings.push_back(joined(guessed) + " are taken, the first of " + std::to_string(complete) +
+                                      " groups of " + (quantity == Quantity::current ? "currents" : "voltages") +
+                                      "; --map chooses others");
+    }
+}
+
+/// Readers number the columns of a file that does not name them.
+bool haveNoNames(const Recording& recording) {
+    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
+        if (recording.columns[i].name != std::to_string(i + 1)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void guessByPlace(const Recording& recording, Assignment& assignment) {
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        assignment.columns[channel] = channel;
+        assignment.reasons[channel] = "by its place";
+    }
+    assignment.warnings.push_back("nothing in " + recording.source +
+                                  " says which column holds what: they are taken as Ua, Ub, Uc, Ia, Ib, Ic; --map "
+                                  "chooses others");
+}
+
+}  // namespace
+
+std::size_t findColumn(const Recording& recording, const std::string& nameOrNumber) {
+    const auto named = std::find_if(recording.columns.begin(), recording.columns.end(), [&](const Column& column) {
+        return lowerCase(column.name) == lowerCase(nameOrNumber);
+    });
+    if (named != recording.columns.end()) {
+        return static_cast<std::size_t>(named - recording.columns.begin());
+    }
+    const std::size_t number = parseCount(nameOrNumber).value_or(0);
+    if (number < 1 || number > recording.columns.size()) {
+        std::vector<std::string> names;
+        for (const Column& column : recording.columns) {
+            names.push_back(inQuotes(column.name));
+        }
+        failInput(recording.source + ": there is no column " + inQuotes(nameOrNumber) + "; the file has " +
+                  joined(names));
+    }
+    return number - 1;
+}
+
+Assignment assignColumns(const Recording& recording, const PerChannel<std::string>& chosen) {
+    Assignment assignment;
+    bool isChosen = false;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (!chosen[channel].empty()) {
+            assignment.columns[channel] = findColumn(recording, chosen[channel]);
+            assignment.reasons[channel] = "by --map";
+            isChosen = true;
+        }
+    }
+    Identities identities(recording.columns.size());
+    std::transform(recording.columns.begin(), recording.columns.end(), identities.begin(), identify);
+    if (!isChosen && recording.columns.size() == channelTotal && haveNoNames(recording)) {
+        guessByPlace(recording, assignment);
+    }
+    guess(recording, identities, Quantity::voltage, assignment);
+    guess(recording, identities, Quantity::current, assignment);
+    for (const auto& column : assignment.columns) {
+        if (column && !recording.columns[*column].fault.empty()) {
+            failInput(recording.columns[*column].fault);
+        }
+    }
+    return assignment;
+}
+
+}  // namespace rt305

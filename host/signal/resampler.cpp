@@ -1,0 +1,124 @@
+#include "signal/resampler.h"
+
+#include <soxr.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "signal/linear_prediction.h"
+
+namespace rt305 {
+
+namespace {
+
+/// NaN replaced by the straight line between their neighbours, or by the only neighbour.
+std::vector<double> bridged(std::vector<double> x) {
+    std::size_t k = 0;
+    while (k < x.size()) {
+        if (!std::isnan(x[k])) {
+            ++k;
+            continue;
+        }
+        const std::size_t start = k;
+        while (k < x.size() && std::isnan(x[k])) {
+            ++k;
+        }
+        const double after = k < x.size() ? x[k] : start > 0 ? x[start - 1] : 0.0;
+        const double before = start > 0 ? x[start - 1] : after;
+        for (std::size_t i = start; i < k; ++i) {
+            const double share = static_cast<double>(i - start + 1) / static_cast<double>(k - start + 1);
+            x[i] = before + share * (after - before);
+        }
+    }
+    return x;
+}
+
+/// `count` samples from `first` on, with `lead` more before and behind them: those of x, and beyond its ends predicted
+/// ones.
+std::vector<double> withSurroundings(const std::vector<double>& x, std::size_t first, std::size_t count,
+                                     std::size_t lead) {
+    const std::size_t before = lead - std::min(lead, first);
+    const std::size_t left = x.size() - first - count;
+    const std::size_t behind = lead - std::min(lead, left);
+    std::vector<double> y;
+    if (before > 0) {
+        y = predicted({x.rbegin(), x.rend()}, before);
+        std::reverse(y.begin(), y.end());
+    }
+    const auto at = [&x](std::size_t k) { return x.begin() + static_cast<std::ptrdiff_t>(k); };
+    y.insert(y.end(), at(first + before - lead), at(first + count + lead - behind));
+    const auto tail = behind > 0 ? predicted(x, behind) : std::vector<double>{};
+    y.insert(y.end(), tail.begin(), tail.end());
+    return y;
+}
+
+/// Makes the samples from place `from` up to `to`, at least the nearest one, NaN.
+void markGap(std::vector<double>& y, double from, double to) {
+    const double last = static_cast<double>(y.size()) - 1.0;
+    const double nearest = std::round((from + to) / 2.0);
+    const double begin = std::clamp(std::min(std::ceil(from), nearest), 0.0, last);
+    const double end = std::clamp(std::max(std::floor(to), nearest), 0.0, last);
+    std::fill(y.begin() + static_cast<std::ptrdiff_t>(begin), y.begin() + static_cast<std::ptrdiff_t>(end) + 1,
+              std::numeric_limits<double>::quiet_NaN());
+}
+
+/// How many samples to put before the stretch so that its first lies on the new grid as well as can be.
+std::size_t leadFor(double ratio) {
+    const auto least = static_cast<std::size_t>(std::ceil(256.0 * std::max(1.0, 1.0 / ratio)));
+    std::size_t best = least;
+    double smallest = 1.0;
+    for (std::size_t lead = least; lead < least + 1000; ++lead) {
+        const double place = static_cast<double>(lead) * ratio;
+        if (const double off = std::fabs(place - std::round(place)); off < smallest - 1e-9) {
+            smallest = off;
+            best = lead;
+        }
+    }
+    return best;
+}
+
+std::vector<double> converted(const std::vector<double>& x, double fromHz, double toHz) {
+    const auto outTotal = static_cast<std::size_t>(static_cast<double>(x.size()) * toHz / fromHz) + 1;
+    const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT64_I, SOXR_FLOAT64_I);
+    const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_32_BITQ, SOXR_HI_PREC_CLOCK);
+    std::vector<double> y(outTotal);
+    std::size_t done = 0;
+    if (soxr_oneshot(fromHz, toHz, 1, x.data(), x.size(), nullptr, y.data(), y.size(), &done, &io, &quality, nullptr) !=
+        nullptr) {
+        throw std::bad_alloc();  // its arguments are sound
+    }
+    y.resize(done);
+    return y;
+}
+
+}  // namespace
+
+std::vector<double> resampled(const std::vector<double>& samples, std::size_t first, std::size_t count, double fromHz,
+                              double toHz) {
+    const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(first);
+    if (fromHz == toHz) {
+        return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+    }
+    const double ratio = toHz / fromHz;
+    const std::size_t lead = leadFor(ratio);
+    const auto x = withSurroundings(bridged(samples), first, count, lead);
+    std::vector<double> y = converted(x, fromHz, toHz);
+    const auto skipped = static_cast<std::ptrdiff_t>(std::llround(static_cast<double>(lead) * ratio));
+    const auto wanted = static_cast<std::size_t>(std::llround(static_cast<double>(count) * ratio));
+    y.erase(y.begin(), y.begin() + skipped);
+    y.resize(wanted);
+    if (y.empty()) {
+        return y;
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        if (std::isnan(samples[first + k])) {
+            markGap(y, (static_cast<double>(k) - 0.5) * ratio, (static_cast<double>(k) + 0.5) * ratio);
+        }
+    }
+    return y;
+}
+
+}  // namespace rt305

@@ -1,0 +1,28 @@
+#ifndef RT305_4_CALC_CHANNEL_KIND_H
+#define RT305_4_CALC_CHANNEL_KIND_H
+
+#include <array>
+#include <string_view>
+
+#include "calc/records.h"
+
+namespace calc_modul_K9_web_ns {
+
+/// Everything in which voltages and currents differ.
+struct ChannelKind {
+    std::array<std::string_view, coder::phases> labels;
+    std::string_view axisLabel;
+    std::string_view spectrumAxisLabel;
+    std::string_view unit;
+    int longPadding;  // zero-padding factor of the spectra that are cut at a frequency limit
+};
+
+inline constexpr ChannelKind voltage{{"Va", "Vb", "Vc"}, "Voltage, V", "U, V", "V", 4};
+inline constexpr ChannelKind current{{"Ia", "Ib", "Ic"}, "Current, A", "I, A", "A", 16};
+
+/// One channel set: the conditioned signals of phases a, b, c in volts or amperes.
+using ChannelSet = std::array<coder::row, coder::phases>;
+
+}  // namespace calc_modul_K9_web_ns
+
+#endif
