@@ -1,66 +1,43 @@
-/* The smallest host: measures one second of a synthetic three-phase system and prints the parameter table as JSON.
+/* A complete host: measures one second of a synthetic three-phase system and prints the parameter table as JSON.
  *
  *     cc -std=c99 minimal_host.c -lRT305_4 -lm
  */
 #include <math.h>
 #include <stdio.h>
 
-#include "rt305_4/rt305_4.h"
+#include "rt305_4/easy.h"
 
-#define SAMPLES 10000
-#define RATE 10000.0
+#define SAMPLES 10000 /* one second: with both voltages and currents the library assumes 10 kHz */
 
-static double samples[6][SAMPLES]; /* Ua, Ub, Uc in V, then Ia, Ib, Ic in A */
+static double voltages[3][SAMPLES]; /* V */
+static double currents[3][SAMPLES]; /* A */
 
-/* 50 Hz, 230 V and 5 A RMS, the currents 30 degrees behind their voltages. */
+/* 50 Hz, 230 V and 5 A RMS; each current is 30 degrees behind its voltage. */
 static void fillSamples(void) {
     const double pi = 3.14159265358979323846;
-    for (int channel = 0; channel < 6; ++channel) {
-        const double peak = sqrt(2.0) * (channel < 3 ? 230.0 : 5.0);
-        const double degrees = 120.0 * (channel % 3) + (channel < 3 ? 0.0 : 30.0);
+    for (int phase = 0; phase < 3; ++phase) {
         for (int k = 0; k < SAMPLES; ++k) {
-            samples[channel][k] = peak * sin(2.0 * pi * 50.0 * k / RATE - degrees / 180.0 * pi);
+            const double angle = 2.0 * pi * (50.0 * k / SAMPLES - phase / 3.0);
+            voltages[phase][k] = sqrt(2.0) * 230.0 * sin(angle);
+            currents[phase][k] = sqrt(2.0) * 5.0 * sin(angle - pi / 6.0);
         }
     }
 }
 
 int main(void) {
-    ChannelData channels[6];
     fillSamples();
-    for (int i = 0; i < 6; ++i) {
-        channels[i].signalKind = i < 3 ? RT305_4_KIND_VOLTAGE : RT305_4_KIND_CURRENT;
-        channels[i].phase = (uint32_t)(i % 3); /* RT305_4_PHASE_A, _B, _C */
-        channels[i].samples = samples[i];
-        channels[i].count = SAMPLES;
-        channels[i].coefficient = 1.0;
-        channels[i].inputResistance = 0.0;
-        channels[i].gain = 1.0;
+    ChannelData channels[6];
+    for (uint32_t phase = 0; phase < 3; ++phase) {
+        channels[phase] = rt305_4_channel(RT305_4_KIND_VOLTAGE, phase, voltages[phase], SAMPLES, 1.0);
+        channels[3 + phase] = rt305_4_channel(RT305_4_KIND_CURRENT, phase, currents[phase], SAMPLES, 1.0);
     }
-
-    const char* texts[7] = {0}; /* owned by the library, valid until the next call */
-    const char* error = "";
-    DataProcessRequest request = {0};
-    request.channels = channels;
-    request.channelCount = 6;
-    request.samplesNumber = SAMPLES;
-    request.sampleRate = RATE;
-    request.inputType = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-    request.options.measurementFlags =
-        RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX | RT305_4_SIMULATED_SOURCE_MASK;
-    request.operation = RT305_4_OPERATION_PARAMETERS;
-    request.paramData = &texts[0];
-    request.timeSignalDataU = &texts[1];
-    request.timeSignalDataI = &texts[2];
-    request.spectrumParamU = &texts[3];
-    request.spectrumParamI = &texts[4];
-    request.paramDataThdU = &texts[5];
-    request.paramDataThdI = &texts[6];
-    request.errorString = &error;
-
+    RT305_4_Texts texts;
+    DataProcessRequest request = rt305_4_request(channels, 6, &texts);
+    request.options.measurementFlags = RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX;
     if (!dataProccess(request)) {
-        fprintf(stderr, "%s\n", error);
+        fprintf(stderr, "%s\n", texts.errorString);
         return 1;
     }
-    puts(texts[0]);
+    puts(texts.paramData);
     return 0;
 }
