@@ -1,21 +1,35 @@
 /*
- * rt305_4.h - the C interface of libRT305_4.so.1, a plug-in that computes the electrical parameters, time signals,
- * spectra and harmonic content of one record of sampled three-phase voltages and currents.
+ * rt305_4.h - the C interface of libRT305_4.so.1.
  *
- * A host fills one DataProcessRequest, calls dataProccess and reads the JSON texts that belong to the requested
- * operation and input type. Fifteen names are exported; all of them are declared here.
+ * The library measures one record of sampled three-phase voltages and currents: electrical parameters, time signals,
+ * spectra and harmonics. It returns each result as a JSON text. This header declares all fifteen exported names;
+ * easy.h has inline helpers that fill in a request.
  *
- * Threads: the library keeps its sample buffers, its messages and its result texts for the whole process, without a
- * lock. Only one call of dataProccess may run at a time, and a host has finished with the texts of one call before it
- * makes the next.
+ * How to use it:
+ *   1. Describe each sampled channel in a ChannelData.
+ *   2. Fill in a DataProcessRequest: the channels, what to compute, and where to store the texts.
+ *   3. Call dataProccess. It returns 1 on success and 0 on failure.
+ *   4. Read the texts of the operation, or after a failure the error message.
  *
- * Lifetime: every text that the library hands out belongs to the library. It is never freed by the host, and it stays
- * valid until the next call of dataProccess or until the library is unloaded, whichever comes first. The host's
- * descriptors and samples are only read, and only during the call.
+ * Sample rate: the library assumes the rate of its input type and does not resample. It assumes
+ *   10000 Hz for voltages and currents together (type 21),
+ *   500 Hz for voltages alone (type 4) and for currents alone (type 8).
+ * Samples taken at another rate give frequencies, harmonics and power by phase angles for the assumed rate, whatever
+ * sampleRate says: resample them first. RMS values, three-wattmeter powers and time signals do not depend on the rate.
  *
- * Failure: dataProccess answers 0 and one English message. When memory runs out it leaves with the C++ exception
- * std::bad_alloc (or a class derived from it) instead; the texts of the last success stay, and the library can serve
- * the next call. A host in C calls through a C++ function that catches it.
+ * Texts: zero-terminated, printable ASCII, therefore valid UTF-8. Results are compact JSON: one object with one named
+ * table. Numbers are written with the digits that give the same double when read; a value that could not be measured
+ * (NaN or infinite) is null. Messages are plain English sentences.
+ *
+ * Lifetime: the library owns every text that it returns. A text is valid until the next call of dataProccess or until
+ * the library is unloaded. Do not free it; copy it to keep it longer. The library only reads the host's channels and
+ * samples, only during the call, and keeps no pointer to them.
+ *
+ * Threads: the results belong to the whole process and are not protected by a lock. Run one dataProccess at a time,
+ * from any thread, and finish reading its texts before the next call. All other functions can be called at any time.
+ *
+ * Out of memory: dataProccess throws the C++ exception std::bad_alloc or a class derived from it. No text changes, and
+ * the next call works as usual. A host in C needs a C++ function around the call to catch the exception.
  */
 #ifndef RT305_4_RT305_4_H
 #define RT305_4_RT305_4_H
@@ -33,119 +47,166 @@
 extern "C" {
 #endif
 
+/* ---- What to measure ---- */
+
 /* The version text that getVersion returns. */
 #define RT305_4_VERSION "20230616.1500"
 
-/* DataProcessRequest.inputType: which channels must carry samplesNumber samples each. */
-#define RT305_4_INPUT_VOLTAGES UINT32_C(4)               /* Ua, Ub, Uc */
-#define RT305_4_INPUT_CURRENTS UINT32_C(8)               /* Ia, Ib, Ic */
-#define RT305_4_INPUT_VOLTAGES_AND_CURRENTS UINT32_C(21) /* all six; the only type with electrical parameters */
+/* DataProcessRequest.inputType: the channels that are measured. Each needs exactly samplesNumber samples.
+ * Type 0 is accepted as well: it needs no channel and gives a parameter table without values. */
+#define RT305_4_INPUT_VOLTAGES 4U               /* Ua, Ub, Uc, at 500 Hz */
+#define RT305_4_INPUT_CURRENTS 8U               /* Ia, Ib, Ic, at 500 Hz */
+#define RT305_4_INPUT_VOLTAGES_AND_CURRENTS 21U /* all six, at 10000 Hz; the only type with electrical parameters */
 
-/* DataProcessRequest.operation: what is computed beside the parameter table. */
-#define RT305_4_OPERATION_PARAMETERS UINT32_C(0) /* nothing else */
-#define RT305_4_OPERATION_SIGNALS UINT32_C(1)    /* time signals with their statistics */
-#define RT305_4_OPERATION_SPECTRUM UINT32_C(2)   /* amplitude spectra with their largest lines */
-#define RT305_4_OPERATION_DISTORTION UINT32_C(3) /* harmonics: frequencies and levels */
+/* DataProcessRequest.operation: what is computed in addition to the parameter table. */
+#define RT305_4_OPERATION_PARAMETERS 0U /* nothing else */
+#define RT305_4_OPERATION_SIGNALS 1U    /* conditioned samples and their mean, RMS, crest factor and range */
+#define RT305_4_OPERATION_SPECTRUM 2U   /* amplitude spectra and their largest lines */
+#define RT305_4_OPERATION_DISTORTION 3U /* frequencies and levels of the harmonics */
 
-/* ChannelData.signalKind and ChannelData.phase. A descriptor with any other value is skipped. */
-#define RT305_4_KIND_VOLTAGE INT32_C(0)
-#define RT305_4_KIND_CURRENT INT32_C(1)
-#define RT305_4_PHASE_A UINT32_C(0)
-#define RT305_4_PHASE_B UINT32_C(1)
-#define RT305_4_PHASE_C UINT32_C(2)
+/* ---- Channels ---- */
 
-/* The largest ChannelData.count that a channel can hold; a descriptor with a larger one is an empty channel. */
-#define RT305_4_MAX_SAMPLES UINT64_C(2147483647)
+/* ChannelData.signalKind and ChannelData.phase. A channel with any other value is ignored. */
+#define RT305_4_KIND_VOLTAGE 0
+#define RT305_4_KIND_CURRENT 1
+#define RT305_4_PHASE_A 0U
+#define RT305_4_PHASE_B 1U
+#define RT305_4_PHASE_C 2U
 
-/* struct1_T.spectrumFlags. Zero: rectangular window, long zero padding cut at a frequency limit, linear amplitudes,
- * the largest peaks by count. */
-#define RT305_4_SPECTRUM_LEVEL_MASK UINT32_C(0x00000006)     /* one of the two values below */
-#define RT305_4_SPECTRUM_LEVEL_LINEAR UINT32_C(0x00000000)   /* amplitudes in V or A; so is every value but _DB */
-#define RT305_4_SPECTRUM_LEVEL_DB UINT32_C(0x00000002)       /* dB below the largest line */
-#define RT305_4_SPECTRUM_CRITERION UINT32_C(0x00010000)      /* peaks must exceed auxValue (V, A or dB) */
-#define RT305_4_SPECTRUM_WINDOW_MASK UINT32_C(0x03000000)    /* one of the four windows */
-#define RT305_4_SPECTRUM_WINDOW_RECT UINT32_C(0x00000000)    /* rectangular */
-#define RT305_4_SPECTRUM_WINDOW_HANN UINT32_C(0x01000000)    /* symmetric Hann without zero end points */
-#define RT305_4_SPECTRUM_WINDOW_HAMMING UINT32_C(0x02000000) /* symmetric Hamming */
-#define RT305_4_SPECTRUM_WINDOW_KAISER UINT32_C(0x03000000)  /* Kaiser, beta = 0.5 */
-#define RT305_4_SPECTRUM_MODE_MASK UINT32_C(0x30000000)      /* one of the two values below */
-#define RT305_4_SPECTRUM_MODE_1 \
-    UINT32_C(0x00000000) /* padding 4 (voltages), 16 (currents); cut at the limit; default */
-#define RT305_4_SPECTRUM_MODE_2 UINT32_C(0x10000000) /* padding 2, the whole half spectrum */
+/* The largest number of samples of a channel. A channel with a larger count is treated as empty. */
+#define RT305_4_MAX_SAMPLES 2147483647UL
 
-/* struct1_T.measurementFlags. Zero: three-wire connection, three measured currents, the fixed frequency window,
- * no power, samples of the real acquisition hardware. */
-#define RT305_4_FOUR_WIRE UINT32_C(0x00000001)          /* set: Ua..Uc are phase voltages; clear: line voltages */
-#define RT305_4_TWO_CURRENTS UINT32_C(0x00000020)       /* rebuild one current's samples from the other two */
-#define RT305_4_REBUILT_PHASE_MASK UINT32_C(0x000000C0) /* which one: */
-#define RT305_4_REBUILT_PHASE_NONE UINT32_C(0x00000000)
-#define RT305_4_REBUILT_PHASE_A UINT32_C(0x00000040)
-#define RT305_4_REBUILT_PHASE_B UINT32_C(0x00000080)
-#define RT305_4_REBUILT_PHASE_C UINT32_C(0x000000C0)
-#define RT305_4_FREQUENCY_CONTROL UINT32_C(0x00000100)     /* set: 10..60 Hz; clear: 49.6..50.4 Hz */
-#define RT305_4_KEEP_REBUILT_RMS UINT32_C(0x00000200)      /* clear: RMS of the rebuilt phase = mean of the others */
-#define RT305_4_NEGATE_ACTIVE_POWER UINT32_C(0x00000400)   /* flip the sign of the total P */
-#define RT305_4_NEGATE_REACTIVE_POWER UINT32_C(0x00000800) /* flip the sign of the total Q */
-#define RT305_4_POWER_MASK UINT32_C(0x00070000)            /* wattmeter method: */
-#define RT305_4_POWER_NONE UINT32_C(0x00000000)            /* no power; so is 0x00050000 */
-#define RT305_4_POWER_THREE_WATTMETER UINT32_C(0x00010000) /* averaged products; so are 0x00060000 and 0x00070000 */
-#define RT305_4_POWER_TWO_WATTMETER UINT32_C(0x00020000)   /* RMS values and phase angles */
-#define RT305_4_POWER_TWO_WATTMETER_PHASE UINT32_C(0x00030000)     /* angles of line voltages, magnitudes */
-#define RT305_4_POWER_THREE_WATTMETER_COMPLEX UINT32_C(0x00040000) /* analytic signals */
-#define RT305_4_SIMULATED_SOURCE_MASK \
-    UINT32_C(0x70000000) /* any bit: samples are in V and A already, no hardware scale */
-
-/* One sampled channel. A later descriptor for the same channel replaces an earlier one whole. */
+/* One sampled channel. If a request has several for the same kind and phase, the last one counts.
+ * A sample that is exactly 0 counts as missing and is replaced by the mean of the others; then the mean is subtracted.
+ * The result is multiplied by the hardware scale and by the coefficient, and must then be in V or A.
+ * The hardware scale is 1 if inputResistance is neither 0 nor 24.9 nor 127, or if the request has
+ * RT305_4_SIMULATED_SOURCE_MASK set. With g = 1 + (19.53125 gain + 35) / 1000 it is otherwise
+ *   0.0049417429956896556 / g                                    for 0 ohm,
+ *   0.000732421875 * 6.74712643678161 / (inputResistance g)      for 24.9 and 127 ohm. */
 typedef struct ChannelData {
     int32_t signalKind;     /* RT305_4_KIND_* */
     uint32_t phase;         /* RT305_4_PHASE_* */
-    const double* samples;  /* count samples, owned by the host; a null pointer makes the channel empty */
-    uint64_t count;         /* number of samples at samples */
-    double coefficient;     /* factor on the conditioned samples, e.g. a transformer ratio */
-    double inputResistance; /* ohm; 0, 24.9 and 127 select a hardware scale factor, anything else selects 1 */
-    double gain;            /* gain setting of the acquisition channel, dimensionless */
+    const double* samples;  /* owned by the host; a null pointer makes the channel empty */
+    uint64_t count;         /* number of samples, at most RT305_4_MAX_SAMPLES */
+    double coefficient;     /* factor to V or A, for example the ratio of a transformer */
+    double inputResistance; /* ohm; selects the hardware scale */
+    double gain;            /* gain setting of the acquisition hardware */
 } ChannelData;
 
-/* Option flags of a request. */
+/* ---- The request ---- */
+
+/* Option bits; zero in both is a good start. The bits are described below. */
 typedef struct struct1_T {
     uint32_t spectrumFlags;    /* RT305_4_SPECTRUM_* */
-    uint32_t measurementFlags; /* the measurement options above */
+    uint32_t measurementFlags; /* wiring, power method and the like */
 } struct1_T;
 
-/* One request. Every output pointer must be valid: the library refuses a request in which one is null.
- * After success each of the seven result pointers holds the start of its text. Only the texts of the requested
- * operation and input type were made by this call; the others are what an earlier call left, or empty.
- * After failure only *errorString was written. */
+/* One request. All eight output pointers must point to a variable of the host, whatever the operation.
+ * After success the seven results hold the start of their texts. Only the texts that the operation and the input type
+ * make are new; the others are those of earlier calls, or empty. After failure only *errorString is set. */
 typedef struct DataProcessRequest {
-    const ChannelData* channels; /* channelCount descriptors, owned by the host */
-    int32_t channelCount;        /* zero or negative: none */
-    uint64_t samplesNumber;      /* samples that every required channel must carry; 0 is refused */
-    double sampleRate;           /* Hz; 0 is refused */
-    double auxValue;             /* criterion of the spectral peak search, in V, A or dB */
-    int16_t auxMode;             /* number of spectral maxima wanted */
-    uint32_t inputType;          /* RT305_4_INPUT_* */
-    struct1_T options;
+    const ChannelData* channels;  /* channelCount channels, owned by the host */
+    int32_t channelCount;         /* zero or negative: none */
+    uint64_t samplesNumber;       /* samples of each measured channel; must not be 0 */
+    double sampleRate;            /* Hz; must not be 0. The results do not depend on it: see "Sample rate" above */
+    double auxValue;              /* least height of a spectral peak, for RT305_4_SPECTRUM_CRITERION */
+    int16_t auxMode;              /* number of spectral peaks wanted, at most 20 without a criterion */
+    uint32_t inputType;           /* RT305_4_INPUT_* */
+    struct1_T options;            /* zero, or the bits below */
     uint32_t operation;           /* RT305_4_OPERATION_* */
-    const char** paramData;       /* electrical parameters, made by every successful call */
-    const char** timeSignalDataU; /* voltage signals: operation 1, types 4 and 21 */
-    const char** timeSignalDataI; /* current signals: operation 1, types 8 and 21 */
-    const char** spectrumParamU;  /* voltage spectra: operation 2, types 4 and 21 */
-    const char** spectrumParamI;  /* current spectra: operation 2, types 8 and 21 */
-    const char** paramDataThdU;   /* voltage harmonics: operation 3, types 4 and 21 */
-    const char** paramDataThdI;   /* current harmonics: operation 3, types 8 and 21 */
-    const char** errorString;     /* the message of a failed call */
+    const char** paramData;       /* out: electrical parameters, made by every successful call */
+    const char** timeSignalDataU; /* out: voltage signals, made by operation 1 with types 4 and 21 */
+    const char** timeSignalDataI; /* out: current signals, made by operation 1 with types 8 and 21 */
+    const char** spectrumParamU;  /* out: voltage spectra, made by operation 2 with types 4 and 21 */
+    const char** spectrumParamI;  /* out: current spectra, made by operation 2 with types 8 and 21 */
+    const char** paramDataThdU;   /* out: voltage harmonics, made by operation 3 with types 4 and 21 */
+    const char** paramDataThdI;   /* out: current harmonics, made by operation 3 with types 8 and 21 */
+    const char** errorString;     /* out: the message of a failed call */
 } DataProcessRequest;
+
+/* ---- Functions ---- */
 
 /* Returns the constant text RT305_4_VERSION. */
 RT305_4_API const char* getVersion(void);
 
-/* Stores the address of the accepted input types, ended by 0, in *out. Does nothing when out is null. */
+/* Stores the address of the list of input types, {4, 8, 21, 0}, in *out; the 0 ends the list. The list is constant and
+ * belongs to the library. Does nothing if out is null. */
 RT305_4_API void getSupportedInputTypes(const int32_t** out);
 
-/* Checks the request, computes, and hands out the texts. Returns 1 on success, 0 on failure. */
+/* Checks the request, measures, and returns 1 with the texts. If a check fails, returns 0 with a message. */
 RT305_4_API int32_t dataProccess(DataProcessRequest request);
 
-/* The non-finite numbers of the computation, as data and as functions. */
+/* ---- Options of spectra: struct1_T.spectrumFlags ---- */
+
+/* Zero: linear amplitudes, the auxMode largest peaks, rectangular window, mode 1. All other bits are ignored. */
+
+/* The unit of the lines. Values of these two bits other than _DB give linear amplitudes. */
+#define RT305_4_SPECTRUM_LEVEL_MASK 0x00000006U   /* the bits that select it */
+#define RT305_4_SPECTRUM_LEVEL_LINEAR 0x00000000U /* peak values in V or A */
+#define RT305_4_SPECTRUM_LEVEL_DB 0x00000002U     /* dB below the largest line */
+
+/* Set: list every peak higher than auxValue (V, A or dB), in order of frequency. Clear: list the largest by count. */
+#define RT305_4_SPECTRUM_CRITERION 0x00010000U
+
+/* The window. The amplitudes are not corrected for its gain. */
+#define RT305_4_SPECTRUM_WINDOW_MASK 0x03000000U    /* the bits that select it */
+#define RT305_4_SPECTRUM_WINDOW_RECT 0x00000000U    /* rectangular */
+#define RT305_4_SPECTRUM_WINDOW_HANN 0x01000000U    /* Hann, symmetric, without the zeros at both ends */
+#define RT305_4_SPECTRUM_WINDOW_HAMMING 0x02000000U /* Hamming, symmetric */
+#define RT305_4_SPECTRUM_WINDOW_KAISER 0x03000000U  /* Kaiser, beta = 0.5 */
+
+/* The lines. Zero padding sets their spacing: the assumed rate / (padding factor * samplesNumber).
+ * Mode 1: padding factor 4 for voltages, 16 for currents; lines up to 1000 Hz with type 21, else up to 250 Hz.
+ * Mode 2: padding factor 2; all lines up to half the assumed rate. Other values of these bits select mode 1. */
+#define RT305_4_SPECTRUM_MODE_MASK 0x30000000U /* the bits that select it */
+#define RT305_4_SPECTRUM_MODE_1 0x00000000U
+#define RT305_4_SPECTRUM_MODE_2 0x10000000U
+
+/* ---- Options of the measurement: struct1_T.measurementFlags ---- */
+
+/* Zero: line voltages, three measured currents, narrow frequency window, no power, samples of the hardware. All bits
+ * but those of rebuilt samples and RT305_4_SIMULATED_SOURCE_MASK matter for type 21 only. */
+
+/* Set: Ua, Ub, Uc are the phase voltages of four wires. Clear: they are the line voltages ab, bc, ca of three wires. */
+#define RT305_4_FOUR_WIRE 0x00000001U
+
+/* Set: one current was not measured. Its samples are replaced by minus the sum of the other two. */
+#define RT305_4_TWO_CURRENTS 0x00000020U
+#define RT305_4_REBUILT_PHASE_MASK 0x000000C0U /* the bits that say which one */
+#define RT305_4_REBUILT_PHASE_NONE 0x00000000U
+#define RT305_4_REBUILT_PHASE_A 0x00000040U
+#define RT305_4_REBUILT_PHASE_B 0x00000080U
+#define RT305_4_REBUILT_PHASE_C 0x000000C0U
+
+/* The RMS value of the current that RT305_4_REBUILT_PHASE_MASK selects. Set: from its samples. Clear: the mean of the
+ * other two RMS values. */
+#define RT305_4_KEEP_REBUILT_RMS 0x00000200U
+
+/* Frequency, THD and power need a fundamental inside a window. Set: 10 to 60 Hz. Clear: 49.6 to 50.4 Hz. */
+#define RT305_4_FREQUENCY_CONTROL 0x00000100U
+
+/* Set: invert the sign of the total active or reactive power. */
+#define RT305_4_NEGATE_ACTIVE_POWER 0x00000400U
+#define RT305_4_NEGATE_REACTIVE_POWER 0x00000800U
+
+/* How power is measured. docs/power-methods.md compares the methods. */
+#define RT305_4_POWER_MASK 0x00070000U /* the bits that select it */
+#define RT305_4_POWER_NONE 0x00000000U /* not at all; so does 0x00050000 */
+/* P by phase is the mean of u i; Q = sqrt(S^2 - P^2). Needs phase voltages. 0x00060000 and 0x00070000 select it too. */
+#define RT305_4_POWER_THREE_WATTMETER 0x00010000U
+/* Totals only: Udab Ida at the angle between Ua and Ia, plus Udbc Idc at the angle between Ub and Ic. Needs line
+ * voltages with Ub = Ucb. */
+#define RT305_4_POWER_TWO_WATTMETER 0x00020000U
+/* The same with the angles of Ub - Ua and of Ub - Uc, and each term in magnitude. Needs phase voltages. */
+#define RT305_4_POWER_TWO_WATTMETER_PHASE 0x00030000U
+/* Recommended. P and Q by phase, summed over the harmonics; Q > 0 when the current lags. Needs phase voltages. */
+#define RT305_4_POWER_THREE_WATTMETER_COMPLEX 0x00040000U
+
+/* Any of these bits set: the samples are in V and A, whatever inputResistance and gain say. */
+#define RT305_4_SIMULATED_SOURCE_MASK 0x70000000U
+
+/* ---- Non-finite numbers of the computation, as data and as functions; few hosts need them ---- */
+
 RT305_4_API extern const double rtInf;
 RT305_4_API extern const double rtMinusInf;
 RT305_4_API extern const double rtNaN; /* positive quiet NaN, 0x7FF8000000000000 */
@@ -163,7 +224,8 @@ RT305_4_API float rtGetNaNF(void);
 }
 #endif
 
-/* The layout is part of the interface. */
+/* ---- The layout of the records is part of the interface (LP64) ---- */
+
 #if defined(__cplusplus)
 #define RT305_4_ASSERT_LAYOUT(name, condition) static_assert(condition, #name)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L

@@ -34,7 +34,7 @@ class Interface(unittest.TestCase):
         self.assertEqual(_library.Request.measurementFlags.offset, 52)
 
     def test_flags(self):
-        defined = dict(re.findall(r"#define RT305_4_(\w+)\s+\\?\s*UINT32_C\((\w+)\)", HEADER))
+        defined = dict(re.findall(r"#define RT305_4_(\w+) (\w+)U\b", HEADER))
         flag = {name: int(value, 0) for name, value in defined.items()}
         for words, prefix in ((_measurement._POWER, "POWER_"), (_measurement._WINDOW, "SPECTRUM_WINDOW_")):
             for word, value in words.items():
