@@ -1,17 +1,21 @@
-# The front door. Every target sets up what it needs, Debian packages included.
+# Each target installs the Debian packages that it needs when they are missing.
 
-.PHONY: help setup demo test test-full lint coverage bench soak fuzz mutation packages clean
+.PHONY: help setup demo test lint sanitize ci test-full coverage bench soak fuzz mutation packages clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
 	@echo "make test       build with assertions and run all tests"
-	@echo "make test-full  the same under sanitizers and valgrind, and the linters"
+	@echo "make lint       count of test lines, formatting, layers, types, static analysis"
+	@echo "make sanitize   the library's tests under address and undefined-behaviour sanitizers"
+	@echo "make ci         test, lint and sanitize"
+	@echo "make test-full  test, lint, all tests under sanitizers, valgrind, release, other processors, browser"
 	@echo "make bench      print speed as ratios measured in one run"
 	@echo "make coverage   line and branch coverage of src/"
 	@echo "make soak       memory over a million calls, and of long records"
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
 	@echo "make mutation   small faults seeded into src/, and which of them the tests notice"
 	@echo "make packages   Debian packages, tried in a fresh Debian"
+	@echo "make setup      install all Debian packages that the targets need"
 
 setup:
 	@scripts/setup all
@@ -26,16 +30,25 @@ test:
 	@scripts/setup test
 	@cmake --workflow --preset quick
 
+lint:
+	@scripts/setup lint
+	@cmake --preset debug >/dev/null
+	@scripts/lint build/debug
+
+sanitize:
+	@scripts/setup test
+	@cmake --workflow --preset sanitize-library
+
+ci:
+	@.ci/run
+
 test-full: test lint
+	@scripts/setup all
 	@cmake --workflow --preset full
 	@scripts/valgrind build/debug
 	@scripts/check-release
 	@scripts/check-cpus build/debug
 	@scripts/check-report build/debug
-
-lint:
-	@scripts/setup all
-	@scripts/lint build/debug
 
 coverage:
 	@scripts/setup all

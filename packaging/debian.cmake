@@ -1,7 +1,6 @@
-# Debian packages: `cmake --workflow --preset package`, then build/package/packages/*.deb. Their paths are those of the
-# prefix /usr, which that preset sets.
+# Debian packages: `cmake --workflow --preset package` makes build/package/packages/*.deb, with the prefix /usr.
 set(RT305_4_MAINTAINER "The rt305_4 developers <maintainers@rt305-4.invalid>" CACHE STRING
-  "Who answers for the Debian packages")
+  "Maintainer of the Debian packages")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -15,7 +14,7 @@ set(CPACK_DEBIAN_PACKAGE_NAME rt305-4)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${RT305_4_MAINTAINER})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# Name and section of each component's package, and what it holds.
+# Defines the package of a component: its name, section and content.
 macro(rt305_4_debian_package component name section content)
   string(TOUPPER ${component} upper)
   list(APPEND CPACK_COMPONENTS_ALL ${component})
@@ -34,7 +33,7 @@ rt305_4_debian_package(runtime librt305-4-1 libs "the library")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# CPack's own scripts run ldconfig as well, of which lintian warns.
+# CPack would call ldconfig in maintainer scripts as well; lintian warns about that.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
 
