@@ -1,4 +1,4 @@
-// Whole calls through the C interface, nothing kept between them, in units of T.
+// Times of whole calls through the C interface, in units of T.
 
 #include <array>
 #include <cmath>
@@ -109,7 +109,7 @@ int main(int argc, char** argv) {
     }
     printTable(typical);
     if (std::isnan(time("type 21, operation 0", typicalLength))) {
-        return 0;  // the filter on the command line left the lengths out
+        return 0;  // excluded by the filter on the command line
     }
     printByLength("Whole calls in T, by samples per channel", time);
     printByLength("Time over n log n, relative to 10000 samples", growth);

@@ -1,9 +1,8 @@
-// Two builds of the library beside each other: compare OLD.so NEW.so [options of Google Benchmark]
+// Compares two builds of the library: compare OLD.so NEW.so [options of Google Benchmark]
 //
-// First their texts on mixed requests: byte for byte the same, or at least every number within 1e-13 of the largest of
-// its row; levels in dB count as the amplitudes they stand for, and harmonics of less than 1e-13 of the largest sample,
-// which are nothing but rounding, not at all. Then the times of whole calls as ratios of one run. Exits with 1 when a
-// text differs by more.
+// First their texts for mixed requests: the same bytes, or every number within 1e-13 of the largest of its row. Levels
+// in dB are compared as amplitudes. Harmonics below 1e-13 of the largest sample are rounding errors and are not
+// compared. Then the times of whole calls as ratios of one run. Exits with 1 if a text differs by more.
 
 #include <algorithm>
 #include <cmath>
@@ -25,7 +24,7 @@ using nlohmann::json;
 constexpr std::size_t mixedCount = 600;
 constexpr double tolerance = 1e-13;
 
-/// A text taken apart: its numbers by row, and what is left without them.
+/// A parsed text: its numbers by row, and the rest of the text.
 class Document {
 public:
     explicit Document(const std::string& text) : rest(json::parse(text)) { takeFrom(rest, "", "", false); }
@@ -34,8 +33,8 @@ public:
     json rest;
 
 private:
-    /// A row is an array of numbers, or what the objects of one array have under one key, in one unit.
-    /// here: the place of the node, objects counted; row: the place without the last count.
+    /// A row is an array of numbers, or the values of one key in the objects of an array, in one unit.
+    /// here: path of the node with the indices of objects; row: the path without the last index.
     void takeFrom(json& node, const std::string& here, const std::string& row, bool level) {
         if (node.is_number() || node.is_null()) {
             const double value = node.is_null() ? std::numeric_limits<double>::quiet_NaN() : node.get<double>();
@@ -82,7 +81,7 @@ struct Difference {
     std::string row;
 };
 
-/// Takes out the harmonics that are below the floor in both: they and their places are made by rounding.
+/// Removes the harmonics that are below the floor in both: their levels and frequencies are rounding errors.
 void dropRounding(Document& a, Document& b, double floor) {
     for (auto& [name, amplitudes] : a.rows) {
         if (name.ends_with("/dataY")) {
@@ -119,7 +118,7 @@ Difference differenceOf(const std::string& a, const std::string& b, double floor
     return worst;
 }
 
-/// What the call answers: its code and the texts that it made, or its message.
+/// The result of a call: its code and the texts that it made, or its message.
 std::vector<std::string> answerOf(Call& call, const Plugin& plugin) {
     if (call.run(plugin) != 1) {
         return {call.texts[Call::error]};
@@ -148,7 +147,7 @@ struct Tally {
     std::size_t equal = 0;
     std::size_t close = 0;
     std::size_t different = 0;
-    double worst = 0.0;  // of the close ones
+    double worst = 0.0;  // of the texts that are close but not equal
 };
 
 void compareTexts(const Recipe& recipe, const Plugin& before, const Plugin& after, Tally& tally) {
@@ -197,7 +196,7 @@ void addRows(const std::string& table, const std::vector<NamedRecipe>& recipes, 
     }
 }
 
-/// A file name without a slash would be searched for on the system.
+/// dlopen searches the system for a file name without a slash.
 std::string asPath(const char* file) {
     return std::strchr(file, '/') == nullptr ? std::string("./") + file : file;
 }

@@ -1,4 +1,4 @@
-// The real transform beside FFTW and KISS FFT. Debian builds KISS FFT in single precision only, which flatters it.
+// Times of the real transform, FFTW and KISS FFT. Debian has KISS FFT in single precision only, which makes it faster.
 
 #include <fftw3.h>
 #include <kissfft/kiss_fftr.h>
@@ -56,7 +56,7 @@ void addKiss(const std::string& table, const std::shared_ptr<Length>& of) {
                      });
         return;
     }
-    std::vector<kiss_fft_cpx> complex(of->x.size());  // its real transform knows even lengths only
+    std::vector<kiss_fft_cpx> complex(of->x.size());  // its real transform takes only even lengths
     for (std::size_t i = 0; i < complex.size(); ++i) {
         complex[i] = {of->single[i], 0.0F};
     }

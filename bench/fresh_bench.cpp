@@ -1,4 +1,4 @@
-// What only a fresh process shows: its first call beside later ones, and the peak of its memory.
+// The first call of a process compared with later ones, and the peak of its memory.
 
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -53,7 +53,7 @@ Observation observe(Call& call, std::size_t laterCalls) {
     return {first / later, later / timeOfLater(), memory};
 }
 
-/// This process never loads the library, so a child of it is fresh. Its answer comes back in shared memory.
+/// Only child processes load the library, so each starts fresh. It returns its figures in shared memory.
 Observation observeInFreshProcess(const Recipe& recipe, std::size_t laterCalls, Observation* shared) {
     const std::unique_ptr<Call> call = makeCall(recipe);
     std::fflush(stdout);

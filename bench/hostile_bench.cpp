@@ -1,5 +1,6 @@
-// Hostile but valid calls beside an ordinary one of the same type, operation and size: all NaN, infinite, zero, equal,
-// denormal, huge, alternating, an impulse; and the shortest records. Times are the least of interleaved repetitions.
+// Calls with unusual samples compared with an ordinary one of the same type, operation and size: all NaN, infinite,
+// zero, equal, denormal, huge, alternating, an impulse; and the shortest records. Times are the minimum of interleaved
+// runs.
 
 #include <algorithm>
 #include <chrono>

@@ -28,15 +28,15 @@ double secondsOf(const std::function<void()>& work, std::size_t count) {
 struct Contender {
     std::string name;
     std::function<void()> work;
-    std::size_t batch = 0;      // runs that are timed together; 0 until known
-    std::vector<double> times;  // s, one a round
+    std::size_t batch = 0;      // runs per timing; 0 until known
+    std::vector<double> times;  // s, one per round
 
     void measure() {
         if (batch == 0) {
             batch = 1 + static_cast<std::size_t>(shortestBatch / secondsOf(work, 1));
         }
         if (batch > 1) {
-            work();  // brings its data back into the caches, which the contender before has filled
+            work();  // reloads its data into the caches
         }
         times.push_back(secondsOf(work, batch));
     }
@@ -96,7 +96,7 @@ void printRow(const Row& row, int labelWidth) {
     std::printf("\n");
 }
 
-/// One figure for all rows of a table and each rival; rows in a unit of time have none in common.
+/// Prints a summary of all rows, such as the geometric mean, for each rival; none for a peer that is a unit of time.
 void printSummary(const Table& table, const char* name, int labelWidth, double (*summary)(const std::vector<double>&)) {
     const std::vector<Contender>& header = table.rows.front().contenders;
     std::vector<double> values;
@@ -134,7 +134,7 @@ double worstOf(const std::vector<double>& ratios) {
 void print(const Table& table) {
     const auto measured = [](const Row& row) { return !row.ours().times.empty(); };
     if (std::none_of(table.rows.begin(), table.rows.end(), measured)) {
-        return;  // the filter on the command line left it out
+        return;  // excluded by the filter on the command line
     }
     int labelWidth = 14;
     for (const Row& row : table.rows) {
@@ -157,7 +157,7 @@ void print(const Table& table) {
     }
 }
 
-/// The rounds are booked by the rows themselves.
+/// Prints nothing: the rows record their own rounds.
 class Silent : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }

@@ -6,8 +6,7 @@
 #include <complex>
 #include <vector>
 
-/// The unit T in which whole calls are measured: the time of FFTW's real transform of 10,000 points, its plan
-/// estimated.
+/// The unit T of whole calls: the time of FFTW's real transform of 10,000 points with an estimated plan.
 class ReferenceTransform {
 public:
     ReferenceTransform()

@@ -19,7 +19,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 using Channels = std::array<std::vector<double>, 6>;
 
-/// A fundamental with odd harmonics falling off, and an offset; every channel has its own.
+/// A fundamental with decreasing odd harmonics and an offset, different in every channel.
 std::vector<double> waveform(std::size_t channel, std::size_t n, double frequency) {
     constexpr double turn = 2.0 * std::numbers::pi;
     const double amplitude =
@@ -54,7 +54,7 @@ void fillWith(std::vector<double>& x, double value) {
     std::fill(x.begin(), x.end(), value);
 }
 
-/// What happens to the clean waveforms.
+/// Changes to the clean waveforms.
 struct Disturbance {
     const char* name;
     std::function<void(Channels&)> apply;
@@ -120,7 +120,7 @@ const Channels& channelsOf(const Recipe& recipe) {
     return channels;
 }
 
-/// Uniform draws, the same in every run.
+/// Uniform random numbers, the same in every run.
 class Draw {
 public:
     std::size_t below(std::size_t count) {
@@ -211,13 +211,13 @@ std::vector<Recipe> mixedRequests(std::size_t count) {
         recipe.inputType = draw.oneOf(types);
         recipe.operation = static_cast<std::uint32_t>(draw.below(4));
         recipe.n = draw.oneOf(lengths);
-        // The source is a coin: three of its bits mean the same.
+        // Real or simulated source at even odds: its three bits mean the same.
         recipe.measurementFlags = draw.bits(everyMeasurementFlag) | (draw.below(2) == 0 ? 0U : 0x10000000U);
         recipe.spectrumFlags = draw.bits(everySpectrumFlag);
         recipe.sampleRate = draw.oneOf(rates);
         recipe.peaks = draw.oneOf(peakCounts);
         recipe.criterion = draw.oneOf(criteria);
-        // Half of the signals are ordinary ones: on the others much of a request is decided early.
+        // Half of the signals are clean, because for many of the others a call skips stages.
         recipe.signal = disturbances[draw.below(2) == 0 ? draw.below(2) : draw.below(disturbances.size())].name;
         recipe.frequency = draw.oneOf(frequencies);
     }

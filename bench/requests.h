@@ -8,8 +8,8 @@
 
 #include "plugin/plugin_host.h"
 
-/// What one request asks for, and of which signals. The default is the typical work: clean signals of six channels, one
-/// second at 10 kHz, samples in V and A of a four-wire connection.
+/// The settings of a request and its signals. The default is typical work: clean signals of six channels, one second at
+/// 10 kHz, in V and A, four-wire.
 struct Recipe {
     std::uint32_t inputType = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
     std::uint32_t operation = RT305_4_OPERATION_PARAMETERS;
@@ -23,16 +23,16 @@ struct Recipe {
     double frequency = 50.013;     // Hz; neither on the grid of a search nor on that of a transform
 };
 
-/// The recipe in one line, for a report.
+/// The settings in one line.
 std::string describe(const Recipe& recipe);
 
-/// The request. Its samples are kept for the requests after it: many long ones share them.
+/// Makes the request. Its samples are cached, because many long requests share them.
 std::unique_ptr<Call> makeCall(const Recipe& recipe);
 
-/// Requests that differ in everything that a host can ask for, drawn at random, the same in every run.
+/// Random requests that vary all settings, the same in every run.
 std::vector<Recipe> mixedRequests(std::size_t count);
 
-/// Requests whose time matters, each under the name of its row.
+/// Requests to time, by the name of their row.
 struct NamedRecipe {
     std::string name;
     Recipe recipe;

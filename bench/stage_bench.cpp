@@ -1,4 +1,4 @@
-// Where the time of a call of type 21 goes, stage by stage, and the frequency search by itself. Medians.
+// The time of each stage of a call of type 21, and of the frequency search alone. Medians.
 
 #include <algorithm>
 #include <array>
@@ -37,7 +37,7 @@ using Times = std::array<double, stageCount>;  // s
 
 class Stopwatch {
 public:
-    /// Books the time since the last call on a stage.
+    /// Adds the time since the last call of this function to a stage.
     void book(Stage stage) {
         const double now = processorSeconds();
         times_[stage] += now - last_;
@@ -60,7 +60,7 @@ void makeText(Record& record, Stopwatch& watch) {
     watch.book(texts);
 }
 
-/// The stages of a call, in its order.
+/// The stages of a call, in order.
 Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const RawChannelSet& rawCurrents, double n) {
     namespace records = calc_modul_K9_web_ns::coder;
     Stopwatch watch;

@@ -1,5 +1,5 @@
-// The text of a row of numbers, ours beside the JSON library's dump of the same row. std::to_chars, which gives other
-// digits, stands there for information.
+// Times of writing a row of numbers as text: ours, the JSON library's dump, and for information std::to_chars, which
+// gives other digits.
 
 #include <bit>
 #include <charconv>

@@ -8,16 +8,16 @@
 #include <limits>
 #include <vector>
 
-/// Processor time of this process in seconds. Unlike the time on the wall it stands still while other programs run.
+/// Processor time of this process in seconds. Unlike wall time it does not advance while other programs run.
 inline double processorSeconds() {
     timespec now{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-/// Lets the heap keep what a call gives back, as that of a process does which has made a few large calls. Otherwise the
-/// time of a short call depends on the calls before it: a heap that has seen no large ones is handed back to the system
-/// after each call, and every page of it is cleared anew in the next.
+/// Makes the heap keep freed memory, as it does in a process after a few large calls. Otherwise the time of a short
+/// call depends on the calls before it: a heap without large calls returns its pages to the system after each call, and
+/// the system clears them again in the next.
 inline void settleHeap() {
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
