@@ -37,7 +37,7 @@ Recording readSoundAlone(std::string_view content) {
 constexpr Recording (*readers[])(std::string_view content) = {
     [](std::string_view content) { return rt305::readCsv(content, "input"); },
     [](std::string_view content) { return rt305::readCsv(content, "input", {.rateHz = 10000.0}); },
-    [](std::string_view content) { return rt305::readComtrade(rt305::cutComtradeFile(content, "input")); },
+    [](std::string_view content) { return rt305::readComtrade(rt305::splitComtradeFile(content, "input")); },
     readPair,
     readSoundAlone,
 };

@@ -6,7 +6,7 @@
 
 namespace rt305 {
 
-/// What the tool's exit code says; `exitCodeText` tells it to people.
+/// The tool's exit codes; `exitCodeText` describes them in the help.
 enum class ExitCode { success = 0, refused = 1, usage = 2, unreadable = 3, partial = 4, environment = 5 };
 
 inline constexpr const char* exitCodeText =
@@ -14,7 +14,7 @@ inline constexpr const char* exitCodeText =
     "cannot be read or measured, 4 some of several files failed, 5 no library, no memory, or output that cannot be "
     "written.";
 
-/// A failure that is told to the user on stderr and ends the program with its exit code.
+/// An error that ends the program with its exit code; the message goes to stderr.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
@@ -24,17 +24,17 @@ private:
     ExitCode code_;
 };
 
-/// Options that are malformed or contradict each other.
+/// Malformed or contradictory options.
 [[noreturn]] inline void failUsage(const std::string& message) {
     throw Failure(ExitCode::usage, message);
 }
 
-/// Files that cannot be read, and recordings that do not hold what is asked of them.
+/// Unreadable files, and recordings without the data that is needed.
 [[noreturn]] inline void failInput(const std::string& message) {
     throw Failure(ExitCode::unreadable, message);
 }
 
-/// What is wrong with neither options nor input: a library that cannot be opened, output that cannot be written.
+/// Problems of the environment: a library that cannot be opened, output that cannot be written.
 [[noreturn]] inline void failEnvironment(const std::string& message) {
     throw Failure(ExitCode::environment, message);
 }

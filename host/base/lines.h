@@ -8,8 +8,8 @@
 
 namespace rt305 {
 
-/// Hands out the lines of a text, and knows the number of the present one. A byte order mark before the first line and
-/// the end-of-file character of DOS (0x1A) behind the last are no part of the text.
+/// Iterates over the lines of a text and counts them. Skips a byte order mark at the start and the DOS end-of-file
+/// character (0x1A) at the end.
 class Lines {
 public:
     explicit Lines(std::string_view text) : rest_(text) {

@@ -11,6 +11,10 @@ namespace rt305 {
 
 namespace {
 
+constexpr std::size_t longestNumber = 40;  // characters of a number in general notation
+constexpr std::size_t longestFixed = 340;  // the largest double has 309 digits before the decimal point
+constexpr int mostDecimals = 9;
+
 template <class T>
 std::optional<T> parseWhole(std::string_view text) {
     T value{};
@@ -49,7 +53,7 @@ std::optional<std::size_t> parseCount(std::string_view text) {
 }
 
 std::string formatNumber(double value, int digits) {
-    std::array<char, 40> text;
+    std::array<char, longestNumber> text;
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, digits);
     assert(error == std::errc{});
@@ -60,7 +64,7 @@ std::string formatFixed(double value, int decimals) {
     if (std::isnan(value)) {
         return "-";
     }
-    std::array<char, 340> text;  // the largest double has 309 digits before its point
+    std::array<char, longestFixed> text;
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, decimals);
     assert(error == std::errc{});
@@ -75,7 +79,7 @@ int decimalsFor(double magnitude, int digits) {
     if (!(magnitude > 0.0) || !std::isfinite(magnitude)) {
         return 0;
     }
-    return std::clamp(digits - 1 - static_cast<int>(std::floor(std::log10(magnitude))), 0, 9);
+    return std::clamp(digits - 1 - static_cast<int>(std::floor(std::log10(magnitude))), 0, mostDecimals);
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -91,14 +95,14 @@ std::string lowerCase(std::string_view text) {
 }
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
+    std::vector<std::string_view> parts;
     std::size_t end = 0;
     do {
         end = text.find(separator);
-        pieces.push_back(trimmed(text.substr(0, end)));
+        parts.push_back(trimmed(text.substr(0, end)));
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     } while (end != std::string_view::npos);
-    return pieces;
+    return parts;
 }
 
 std::string wrapped(std::string_view text, std::size_t width) {

@@ -8,31 +8,31 @@
 
 namespace rt305 {
 
-/// Numbers to and from text, the same in every locale, and the little handling of text around them.
+/// Conversion between numbers and text, independent of the locale, and helpers for text.
 
-/// A decimal number ("1.5E+03", "+7", "NaN" in any case) that fills the whole text; nothing for all other text,
-/// infinities and what no double holds. With decimalComma the comma is a second decimal sign.
+/// Parses a text that is one decimal number: "1.5E+03", "+7", "NaN" in any case. Gives nothing for any other text, for
+/// infinities and for numbers outside the range of a double. With decimalComma, a comma is a decimal sign too.
 std::optional<double> parseNumber(std::string_view text, bool decimalComma = false);
 
-/// A count without a sign that fills the whole text.
+/// Parses a text that is one whole number without a sign.
 std::optional<std::size_t> parseCount(std::string_view text);
 
-/// As a person writes it: at most `digits` significant digits, no trailing zeros.
+/// The shorter of fixed and exponent notation, with at most `digits` significant digits and no trailing zeros.
 std::string formatNumber(double value, int digits = 6);
 
-/// With a fixed number of decimals; "-" for NaN, and no minus sign before a plain zero.
+/// Fixed notation; "-" for NaN, and no minus sign before a rounded zero.
 std::string formatFixed(double value, int decimals);
 
-/// How many decimals show `digits` significant digits of the magnitude, from 0 to 9.
+/// The number of decimals, 0 to 9, that shows `digits` significant digits of the magnitude.
 int decimalsFor(double magnitude, int digits);
 
 std::string_view trimmed(std::string_view text);
 std::string lowerCase(std::string_view text);
 
-/// The pieces between separators, trimmed; one empty piece for an empty text.
+/// The parts between separators, trimmed; one empty part for an empty text.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
-/// The words of a text on lines of at most `width` characters, each ended.
+/// Breaks a text at blanks into lines of at most `width` characters, each with a line end.
 std::string wrapped(std::string_view text, std::size_t width);
 
 /// "Ua, Ub and Uc".

@@ -16,28 +16,38 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-/// The length of the valid UTF-8 character at the start of a text that is not empty; 0 when there is none.
+/// What may follow a range of first bytes in UTF-8. The second byte excludes overlong forms, surrogates and characters
+/// beyond U+10FFFF; the third and fourth are 0x80 to 0xBF.
+struct Utf8Sequence {
+    unsigned char lastFirstByte;  // the range begins where that of the previous entry ends
+    unsigned char secondFrom, secondTo;
+    std::size_t length;  // bytes; 0: no character begins with these bytes
+};
+
+/// The Unicode Standard, table 3-7 "Well-formed UTF-8 byte sequences".
+constexpr Utf8Sequence utf8Sequences[] = {{0x7F, 0, 0, 1},       {0xC1, 0, 0, 0},       {0xDF, 0x80, 0xBF, 2},
+                                          {0xE0, 0xA0, 0xBF, 3}, {0xEC, 0x80, 0xBF, 3}, {0xED, 0x80, 0x9F, 3},
+                                          {0xEF, 0x80, 0xBF, 3}, {0xF0, 0x90, 0xBF, 4}, {0xF3, 0x80, 0xBF, 4},
+                                          {0xF4, 0x80, 0x8F, 4}, {0xFF, 0, 0, 0}};
+
+/// The length in bytes of the valid UTF-8 character at the start of a non-empty text; 0 when there is none.
 std::size_t characterLength(std::string_view text) {
-    // first bytes, and the second ones that make no overlong form, no surrogate and nothing beyond U+10FFFF
-    struct Form {
-        unsigned char firstTo, secondFrom, secondTo;
-        std::size_t length;
-    };
-    static constexpr Form forms[] = {{0x7F, 0, 0, 1},       {0xC1, 0, 0, 0},       {0xDF, 0x80, 0xBF, 2},
-                                     {0xE0, 0xA0, 0xBF, 3}, {0xEC, 0x80, 0xBF, 3}, {0xED, 0x80, 0x9F, 3},
-                                     {0xEF, 0x80, 0xBF, 3}, {0xF0, 0x90, 0xBF, 4}, {0xF3, 0x80, 0xBF, 4},
-                                     {0xF4, 0x80, 0x8F, 4}, {0xFF, 0, 0, 0}};
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const Form& form =
-        *std::find_if(std::begin(forms), std::end(forms), [&](const Form& f) { return byte(0) <= f.firstTo; });
-    if (form.length < 2 || form.length > text.size()) {
-        return form.length < 2 ? form.length : 0;
+    const Utf8Sequence& sequence =
+        *std::find_if(std::begin(utf8Sequences), std::end(utf8Sequences),
+                      [first = byte(0)](const Utf8Sequence& s) { return first <= s.lastFirstByte; });
+    if (sequence.length < 2) {
+        return sequence.length;
     }
-    const bool second = form.secondFrom <= byte(1) && byte(1) <= form.secondTo;
-    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
-    return second && std::all_of(text.begin() + 2, text.begin() + static_cast<std::ptrdiff_t>(form.length), continues)
-               ? form.length
-               : 0;
+    if (sequence.length > text.size() || byte(1) < sequence.secondFrom || byte(1) > sequence.secondTo) {
+        return 0;
+    }
+    for (std::size_t i = 2; i < sequence.length; ++i) {
+        if ((byte(i) & 0xC0U) != 0x80U) {
+            return 0;
+        }
+    }
+    return sequence.length;
 }
 
 std::string withReplacements(std::string_view bytes) {
@@ -67,8 +77,8 @@ struct CloseConversion {
 
 std::string decoded(std::string_view bytes, const std::string& encoding) {
     const auto opened = iconv_open("UTF-8", encoding.c_str());
-    if (opened == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr): iconv's own convention
-        failUsage("--encoding: " + inQuotes(encoding) + " is no known text encoding; iconv -l lists them");
+    if (opened == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr): as iconv defines it
+        failUsage("--encoding: " + inQuotes(encoding) + " is not a known text encoding; iconv -l lists them");
     }
     const std::unique_ptr<void, CloseConversion> conversion(opened);
     std::string source(bytes);

@@ -6,8 +6,8 @@
 
 namespace rt305 {
 
-/// The text as valid UTF-8, whatever the file's encoding: valid UTF-8 as it stands, else decoded from `encoding` (a
-/// name that iconv knows), and what remains invalid as U+FFFD. Fails only when there is no such encoding.
+/// Converts a text to valid UTF-8. Valid UTF-8 is unchanged; other text is decoded from `encoding` (a name that iconv
+/// knows). Invalid bytes become U+FFFD. Fails only when the encoding is unknown.
 std::string toUtf8(std::string_view bytes, const std::string& encoding = "");
 
 }  // namespace rt305

@@ -10,7 +10,10 @@ namespace rt305 {
 
 namespace {
 
-/// The characters of a UTF-8 text, which take one place each; its continuation bytes take none.
+constexpr int shownDigits = 6;
+constexpr double fixedLimit = 1e12;  // larger numbers are shown with an exponent
+
+/// The width of a UTF-8 text in characters: all bytes except continuation bytes.
 std::size_t widthOf(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
@@ -23,10 +26,10 @@ std::vector<std::string> TextTable::numbers(const std::vector<double>& values, i
     for (const double value : values) {
         largest = std::isnan(value) ? largest : std::max(largest, std::fabs(value));
     }
-    const int decimals = std::min(decimalsFor(largest, 6), mostDecimals);
+    const int decimals = std::min(decimalsFor(largest, shownDigits), mostDecimals);
     std::vector<std::string> cells;
     for (const double value : values) {
-        const bool fits = std::isnan(value) || largest < 1e12;
+        const bool fits = std::isnan(value) || largest < fixedLimit;
         cells.push_back(fits ? formatFixed(value, decimals) : formatNumber(value));
     }
     return cells;

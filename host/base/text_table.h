@@ -6,18 +6,18 @@
 
 namespace rt305 {
 
-/// A table of texts with aligned columns. One letter a column says how: "l" left, "r" right.
+/// A plain-text table with aligned columns: one letter per column, "l" for left or "r" for right.
 class TextTable {
 public:
     explicit TextTable(std::string alignment) : alignment_(std::move(alignment)) {}
 
     void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
 
-    /// Cells whose numbers share as many decimals as show six significant digits of the largest of them, like an
-    /// instrument's display, but no more than that many. NaN is shown as "-".
+    /// Formats numbers with the same number of decimals, so that the largest shows six significant digits; at most
+    /// `mostDecimals`. NaN is "-".
     static std::vector<std::string> numbers(const std::vector<double>& values, int mostDecimals = 6);
 
-    /// The lines, each ended; a cell is two blanks away from the longest one to its left.
+    /// The table as lines. Two blanks separate the columns.
     std::string text() const;
 
 private:

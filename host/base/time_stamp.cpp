@@ -12,7 +12,9 @@ namespace rt305 {
 
 namespace {
 
-/// The whole numbers between the given separators, in order, when there are three.
+constexpr std::size_t nanosecondDigits = 9;
+
+/// Parses three whole numbers with separators between them.
 std::optional<std::vector<int>> parseThree(std::string_view text, char separator) {
     std::vector<int> fields;
     for (const std::string_view piece : split(text, separator)) {
@@ -25,7 +27,7 @@ std::optional<std::vector<int>> parseThree(std::string_view text, char separator
     return fields.size() == 3 ? std::optional(fields) : std::nullopt;
 }
 
-/// Days since 1970.
+/// Parses a date into days since 1970.
 std::optional<std::int64_t> parseDate(std::string_view text) {
     const std::size_t separator = text.find_first_of("-/.");
     const auto fields = separator == std::string_view::npos ? std::nullopt : parseThree(text, text[separator]);
@@ -45,16 +47,16 @@ std::optional<std::int64_t> parseDate(std::string_view text) {
     return std::nullopt;
 }
 
-/// ".25" -> 250 000 000 ns; at most nine decimals.
+/// Parses decimals of a second, with the point, into ns: ".25" -> 250 000 000.
 std::optional<std::int64_t> parseFraction(std::string_view decimals) {
     if (decimals.empty()) {
         return 0;
     }
     std::string digits(decimals.substr(1));
-    if (digits.size() > 9) {
+    if (digits.size() > nanosecondDigits) {
         return std::nullopt;
     }
-    digits.resize(9, '0');
+    digits.resize(nanosecondDigits, '0');
     const auto nanoseconds = parseCount(digits);
     return nanoseconds ? std::optional(static_cast<std::int64_t>(*nanoseconds)) : std::nullopt;
 }

@@ -7,10 +7,12 @@
 
 namespace rt305 {
 
-/// "2020-02-24 18:15:21.499998208" in ns since 1970; without a date, since midnight. Up to nine decimals; the date's
-/// parts are separated by "-", "/" or ".", the year first or last (then the day before the month where both can be).
-/// Whole numbers, because a double of seconds since 1970 resolves 0.2 us only; in 64 bits of them go the years 1900 to
-/// 2099 and any difference between them.
+/// Parses a time stamp such as "2020-02-24 18:15:21.499998208" into ns since 1970, or since midnight when it has no
+/// date. At most nine decimals. The parts of the date are separated by "-", "/" or "."; the year comes first or last,
+/// and in the second case the day comes before the month unless only the other order gives a valid date. Years: 1900 to
+/// 2099.
+///
+/// Integers, because seconds since 1970 in a double have a resolution of only 0.2 us.
 std::optional<std::int64_t> parseTimeStamp(std::string_view text);
 
 }  // namespace rt305

@@ -6,19 +6,20 @@
 
 namespace rt305 {
 
-/// What a unit as files write it is of.
+/// What a unit measures.
 enum class Quantity { unknown, voltage, current, time, other };
 
 struct Unit {
-    Quantity quantity = Quantity::unknown;  // of an empty text; other for a text that is no unit known here
+    Quantity quantity = Quantity::unknown;  // unknown: no unit given; other: a unit that is not in the list
     double factor = 1.0;                    // to V, A or s
 };
 
-/// "kV", "mA", "us" (with either Greek letter mu as well), "volt", "Amperes": a prefix and a symbol or a word. Only "m"
-/// and "M" are told by their case.
+/// Parses a unit: a prefix, then a symbol or word: "kV", "mA", "us" (u or a Greek mu), "volt", "Amperes". Upper and
+/// lower case are equal except in the prefixes "m" and "M".
 Unit unitOf(std::string_view text);
 
-/// "Ua (V)" and "Ua [V]" -> "Ua", "V"; "Ua_V" -> "Ua_V", "V": only what stands in brackets is surely no name.
+/// Splits a column heading into name and unit: "Ua (V)" and "Ua [V]" -> "Ua", "V". In "Ua_V" the unit stays part of the
+/// name too ("Ua_V", "V"), because it may not be a unit.
 std::pair<std::string_view, std::string_view> nameAndUnit(std::string_view heading);
 
 }  // namespace rt305

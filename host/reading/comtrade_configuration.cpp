@@ -15,9 +15,16 @@ namespace {
 
 constexpr std::array<std::string_view, 4> formNames{"ASCII", "BINARY", "BINARY32", "FLOAT32"};
 
+// Fields of an analog channel: n,id,phase,component,unit,a,b,skew,min,max, and since 1999 primary,secondary,PS.
+constexpr std::size_t fewestChannelFields = 10;
+constexpr std::size_t mostChannelFields = 13;
+constexpr std::size_t ratioChannelFields = 12;  // with a transformer ratio
+
+constexpr std::size_t nanosecondDecimals = 9;
+
 using Fields = std::vector<std::string_view>;
 
-/// "24A" and "24a" -> 24, for the letter A.
+/// Parses "24A" or "24a" into 24, for the letter a.
 std::optional<std::size_t> parseChannelCount(std::string_view field, char letter) {
     const bool hasLetter = !field.empty() && lowerCase(field.substr(field.size() - 1))[0] == letter;
     return hasLetter ? parseCount(trimmed(field.substr(0, field.size() - 1))) : std::nullopt;
@@ -28,7 +35,7 @@ struct ChannelCounts {
     std::size_t status;
 };
 
-/// "61,24A,37D"; the total before them is not needed.
+/// Parses "61,24A,37D"; the total in front is not needed.
 std::optional<ChannelCounts> parseChannelCounts(std::string_view line) {
     const Fields fields = split(line, ',');
     const auto analog = fields.size() < 3 ? std::nullopt : parseChannelCount(fields[1], 'a');
@@ -78,14 +85,14 @@ private:
         nextFields("the channel counts");
         const auto counts = parseChannelCounts(lines_.line());
         if (!counts) {
-            failHere(inQuotes(trimmed(lines_.line())) + " does not give channel counts such as 10,6A,4D");
+            failHere(inQuotes(trimmed(lines_.line())) + " is not a line of channel counts such as 10,6A,4D");
         }
         if (counts->analog > lineTotal_ || counts->status > lineTotal_) {
             failHere("announces " + std::to_string(counts->analog) + " analog and " + std::to_string(counts->status) +
-                     " status channels, but the configuration has " + std::to_string(lineTotal_) + " lines only");
+                     " status channels, but the configuration has only " + std::to_string(lineTotal_) + " lines");
         }
         if (counts->analog == 0) {
-            failHere("there is no analog channel");
+            failHere("there are no analog channels");
         }
         for (std::size_t i = 0; i < counts->analog; ++i) {
             readAnalogChannel(nextFields("the last analog channel"));
@@ -104,14 +111,13 @@ private:
         return *number;
     }
 
-    /// n,id,phase,component,unit,a,b,skew,min,max[,primary,secondary,PS]. In a line with too many fields a name holds
-    /// commas, so the numbers are taken from its end.
+    /// In a line with too many fields the name contains commas, so the numbers are counted from the end.
     void readAnalogChannel(Fields fields) {
-        while (fields.size() > 13 && fields.back().empty()) {
+        while (fields.size() > mostChannelFields && fields.back().empty()) {
             fields.pop_back();
         }
-        const std::size_t surplus = fields.size() > 13 ? fields.size() - 13 : 0;
-        if (fields.size() < 10 || (surplus > 0 && !isSide(fields.back()))) {
+        const std::size_t surplus = std::max(fields.size(), mostChannelFields) - mostChannelFields;
+        if (fields.size() < fewestChannelFields || (surplus > 0 && !isSide(fields.back()))) {
             failHere(std::to_string(fields.size()) + " fields; an analog channel has 10 or 13");
         }
         const auto field = [&](std::size_t i) { return fields[i + surplus]; };
@@ -122,15 +128,16 @@ private:
         channel.multiplier = numberIn(field(5), "the multiplier");
         channel.offset = numberIn(field(6), "the offset", 0.0);
         channel.column.delaySeconds = 1e-6 * parseNumber(field(7)).value_or(0.0);
-        if (fields.size() >= 12) {
-            channel.column.transformer = transformerOf(field(10), field(11), fields.size() >= 13 ? field(12) : "");
+        if (fields.size() >= ratioChannelFields) {
+            channel.column.transformer =
+                transformerOf(field(10), field(11), fields.size() >= mostChannelFields ? field(12) : "");
         }
         result_.analog.push_back(std::move(channel));
     }
 
     static bool isSide(std::string_view field) { return lowerCase(field) == "p" || lowerCase(field) == "s"; }
 
-    /// A ratio that is missing or zero is 1.
+    /// A missing or zero ratio becomes 1:1.
     static Transformer transformerOf(std::string_view primary, std::string_view secondary, std::string_view side) {
         Transformer transformer;
         const double p = parseNumber(primary).value_or(0.0);
@@ -145,7 +152,7 @@ private:
         return transformer;
     }
 
-    /// The number of rates, then a line for each; for none a line with rate 0.
+    /// The number of rates, then a line for each. If the number is 0, one line with rate 0 follows.
     void readRates() {
         const auto total = parseCount(nextFields("the number of rates")[0]);
         if (!total || *total > lineTotal_) {
@@ -164,12 +171,12 @@ private:
             }
         }
         if (result_.rates.size() < *total) {
-            result_.rates.clear();  // by the stamps then
+            result_.rates.clear();  // a rate of 0: the time stamps give the rate
         }
     }
 
-    /// Two dates, the form of the samples, the factor of their stamps. Times with nine decimals say that stamps count
-    /// nanoseconds.
+    /// Two dates, the form of the samples, the factor of the time stamps. If a date has nine decimals, the stamps are
+    /// in ns instead of us.
     void readTail() {
         static constexpr const char* dateLabels[] = {"Start", "Trigger"};
         std::size_t dates = 0;
@@ -181,7 +188,7 @@ private:
             }
             addFact(dateLabels[dates++], line);
             const std::size_t point = line.find('.');
-            if (point != std::string_view::npos && line.size() - point - 1 >= 9) {
+            if (point != std::string_view::npos && line.size() - point - 1 >= nanosecondDecimals) {
                 result_.secondsPerStamp = 1e-9;
             }
         }

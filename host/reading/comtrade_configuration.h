@@ -11,10 +11,10 @@
 
 namespace rt305 {
 
-/// How the samples of a COMTRADE record are written.
+/// The data formats of COMTRADE.
 enum class SampleForm { ascii, binary, binary32, float32 };
 
-/// The form by its name in any case; nothing for other words.
+/// Finds a form by its name, in any case.
 std::optional<SampleForm> findSampleForm(std::string_view name);
 std::string_view nameOf(SampleForm form);
 
@@ -24,28 +24,29 @@ struct AnalogChannel {
     double offset = 0.0;
 };
 
-/// A rate and the number of the last sample that was taken with it, counted from the record's first.
+/// A sampling rate and the number, from 1, of the last sample taken at it.
 struct RateLine {
     double rateHz;
     std::size_t lastSample;
 };
 
-/// What the configuration of a COMTRADE record says (IEEE C37.111 of 1991, 1999 or 2013).
+/// The configuration of a COMTRADE record (IEEE C37.111 of 1991, 1999 or 2013).
 struct ComtradeConfiguration {
     std::vector<AnalogChannel> analog;
     std::size_t statusTotal = 0;
-    std::vector<RateLine> rates;      // without those of rate 0
-    std::size_t announcedLength = 0;  // the last sample by the rate lines
+    std::vector<RateLine> rates;      // empty when the time stamps give the rate
+    std::size_t announcedLength = 0;  // last sample in the rate lines
     std::optional<SampleForm> form;
     double secondsPerStamp = 1e-6;
     std::vector<std::pair<std::string, std::string>> facts;
 };
 
-/// Reads a configuration in UTF-8. The shape of its lines decides what they mean, whatever year it names; dates are
-/// kept as text. Fails, with file and line, on what makes the samples unreadable: channel counts, factors and rates.
+/// Reads a configuration in UTF-8. The number of fields in a line decides how it is read, not the revision year. Dates
+/// are kept as text. Fails, with file and line, on errors that make the samples unreadable: channel counts, factors,
+/// rates.
 ComtradeConfiguration parseComtradeConfiguration(std::string_view text, const std::string& source);
 
-/// Whether a text begins as a configuration does.
+/// Whether a text begins like a configuration.
 bool isComtradeConfiguration(std::string_view text);
 
 }  // namespace rt305

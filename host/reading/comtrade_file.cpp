@@ -11,7 +11,7 @@ namespace rt305 {
 
 namespace {
 
-/// "--- file type: DAT BINARY: 4214 ---"
+/// The heading of a section: "--- file type: DAT BINARY: 4214 ---".
 struct Heading {
     std::string type;
     std::optional<SampleForm> form;
@@ -22,7 +22,8 @@ struct Heading {
 
 std::optional<Heading> parseHeading(std::string_view line) {
     constexpr std::string_view words = "file type";
-    std::string text = lowerCase(trimmed(line).substr(0, 80));
+    constexpr std::size_t longestHeading = 80;
+    std::string text = lowerCase(trimmed(line).substr(0, longestHeading));
     const std::size_t start = text.find(words);
     if (text.substr(0, 2) != "--" || start == std::string::npos) {
         return std::nullopt;
@@ -36,13 +37,14 @@ std::optional<Heading> parseHeading(std::string_view line) {
     return Heading{std::string(fields[0]), findSampleForm(fields[1]), parseCount(fields[2])};
 }
 
-/// Where the text of the heading that comes next begins and ends, from `at` on; the text's end when there is none.
+/// Begin and end of a heading in a text; both are the end of the text when there is none.
 struct Place {
     std::size_t begin;
     std::size_t end;
     Heading heading;
 };
 
+/// Finds the first heading at or after `at`, the start of a line.
 Place findHeading(std::string_view text, std::size_t at) {
     while (at < text.size()) {
         const std::size_t lineEnd = std::min(text.find('\n', at), text.size());
@@ -62,14 +64,14 @@ bool isComtradeFile(std::string_view text) {
     return lines.next() && parseHeading(lines.line());
 }
 
-ComtradeParts cutComtradeFile(std::string_view text, const std::string& source) {
+ComtradeParts splitComtradeFile(std::string_view text, const std::string& source) {
     ComtradeParts parts{source, {}, source, {}, {}, {}};
     for (Place place = findHeading(text, 0); place.begin < text.size();) {
         const Heading& heading = place.heading;
-        // the bytes of samples may look like a heading
+        // binary samples may look like a heading, so they are not searched
         const std::size_t size = heading.isBinary() ? heading.size.value_or(text.size()) : 0;
-        const std::size_t searched = std::min(size, text.size() - place.end) + place.end;
-        Place next = findHeading(text, searched);
+        const std::size_t searchStart = place.end + std::min(size, text.size() - place.end);
+        Place next = findHeading(text, searchStart);
         const std::string_view section = text.substr(place.end, heading.isBinary() ? size : next.begin - place.end);
         if (heading.type == "cfg") {
             parts.configuration = section;

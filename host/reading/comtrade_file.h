@@ -8,12 +8,12 @@
 
 namespace rt305 {
 
-/// Cuts a single-file record into its sections. They begin with lines such as "--- file type: DAT BINARY: 4214 ---",
-/// also without the colon, the dashes behind or the form; the last binary section of unknown length ends with the text.
-/// Fails when there is no configuration or no data section.
-ComtradeParts cutComtradeFile(std::string_view text, const std::string& source);
+/// Splits a single-file record into its sections. A section begins with a line such as
+/// "--- file type: DAT BINARY: 4214 ---"; colons, trailing dashes, form and length are optional. A binary section
+/// without a length extends to the end of the file. Fails when the configuration or data section is missing.
+ComtradeParts splitComtradeFile(std::string_view text, const std::string& source);
 
-/// Whether a text begins as a single-file record does.
+/// Whether a text begins like a single-file record.
 bool isComtradeFile(std::string_view text);
 
 }  // namespace rt305

@@ -1,6 +1,7 @@
 #include "reading/comtrade_reader.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -21,16 +22,22 @@ namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-/// The rows of a record as its data hold them.
+constexpr std::string_view missingInAscii = "99999";
+constexpr std::size_t statusBitsPerWord = 16;
+constexpr double sameRate = 0.01;      // largest relative difference of the rates in one segment
+constexpr double samePeak = 0.05;      // largest relative difference of a peak and the value that the header gives
+constexpr double stampRange = 0x1p32;  // stamps are 32-bit numbers and wrap
+
+/// The rows of a record before scaling.
 struct Rows {
     std::vector<std::vector<double>> raw;  // by channel; NaN: missing
-    std::vector<double> stamps;            // NaN: none
+    std::vector<double> stamps;            // NaN: missing
     std::vector<std::string> warnings;
 
     std::size_t length() const { return stamps.size(); }
 };
 
-/// A little-endian number in data that may stand anywhere.
+/// A little-endian number at any address.
 template <class T>
 T numberAt(std::string_view bytes, std::size_t at) {
     std::conditional_t<sizeof(T) == 2, std::uint16_t, std::uint32_t> bits = 0;
@@ -64,12 +71,14 @@ BinaryForm binaryFormOf(SampleForm form) {
     }
 }
 
-/// Records of number, stamp, samples and status words.
+/// Reads records of number, stamp, samples and status words.
 Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& configuration, SampleForm form) {
+    constexpr std::size_t stampOffset = 4;
     constexpr std::size_t headSize = 8;
     const auto [sampleSize, sampleAt] = binaryFormOf(form);
     const std::size_t channels = configuration.analog.size();
-    const std::size_t recordSize = headSize + sampleSize * channels + 2 * ((configuration.statusTotal + 15) / 16);
+    const std::size_t statusWords = (configuration.statusTotal + statusBitsPerWord - 1) / statusBitsPerWord;
+    const std::size_t recordSize = headSize + sampleSize * channels + sizeof(std::uint16_t) * statusWords;
     const std::size_t length = parts.data.size() / recordSize;
     if (length == 0) {
         failInput(parts.dataName + ": holds " + std::to_string(parts.data.size()) + " bytes, but one record of " +
@@ -78,7 +87,7 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
     Rows rows{std::vector<std::vector<double>>(channels, std::vector<double>(length)), std::vector<double>(length), {}};
     for (std::size_t k = 0; k < length; ++k) {
         const std::size_t at = k * recordSize;
-        const auto stamp = numberAt<std::uint32_t>(parts.data, at + 4);
+        const auto stamp = numberAt<std::uint32_t>(parts.data, at + stampOffset);
         rows.stamps[k] = stamp == std::numeric_limits<std::uint32_t>::max() ? nan : stamp;
         for (std::size_t i = 0; i < channels; ++i) {
             rows.raw[i][k] = sampleAt(parts.data, at + headSize + sampleSize * i);
@@ -86,52 +95,53 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
     }
     if (const std::size_t rest = parts.data.size() % recordSize; rest != 0) {
         rows.warnings.push_back(parts.dataName + ": byte " + std::to_string(length * recordSize) + ": the last " +
-                                std::to_string(rest) + " bytes are no whole record of " + std::to_string(recordSize) +
-                                " bytes and are left out");
+                                std::to_string(rest) + " bytes are not a whole record of " +
+                                std::to_string(recordSize) + " bytes and are ignored");
     }
     return rows;
 }
 
 /// A field of a row of samples; NaN when it is missing.
 double sampleOf(std::string_view field, std::size_t number, const std::string& here) {
-    const auto value = field.empty() || field == "99999" ? nan : parseNumber(field);
+    const auto value = field.empty() || field == missingInAscii ? nan : parseNumber(field);
     if (!value) {
         failInput(here + "field " + std::to_string(number) + ", " + inQuotes(field) + ", is not a number");
     }
     return *value;
 }
 
-/// Lines of number, stamp, samples and status values.
+/// Reads lines of number, stamp, samples and status values. A wrong number of status values is a warning, once; the
+/// last line may be incomplete.
 Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& configuration) {
     constexpr std::size_t headFields = 2;
-    const std::size_t channels = configuration.analog.size();
-    const std::size_t expected = headFields + channels + configuration.statusTotal;
+    const std::size_t needed = headFields + configuration.analog.size();
+    const std::size_t expected = needed + configuration.statusTotal;
     Rows rows;
-    rows.raw.resize(channels);
-    bool told = false;
+    rows.raw.resize(configuration.analog.size());
+    bool hasWarned = false;
     for (Lines lines(parts.data); lines.nextWithText();) {
         const auto fields = split(lines.line(), ',');
         const std::string here = parts.dataName + ":" + std::to_string(lines.number()) + ": ";
         const std::string counts =
             std::to_string(fields.size()) + " fields, but the configuration announces " + std::to_string(expected);
-        if (fields.size() < headFields + channels) {
+        if (fields.size() < needed) {
             if (!lines.areAllRead()) {
                 failInput(here + counts);
             }
-            rows.warnings.push_back(here + counts + "; this last line is left out");
+            rows.warnings.push_back(here + counts + "; this last line is ignored");
             break;
         }
         const bool endsWithComma = fields.size() == expected + 1 && fields.back().empty();
-        if (fields.size() != expected && !endsWithComma && !std::exchange(told, true)) {
+        if (fields.size() != expected && !endsWithComma && !std::exchange(hasWarned, true)) {
             rows.warnings.push_back(here + counts);
         }
         rows.stamps.push_back(fields[1].empty() ? nan : parseNumber(fields[1]).value_or(nan));
-        for (std::size_t i = 0; i < channels; ++i) {
-            rows.raw[i].push_back(sampleOf(fields[headFields + i], headFields + i + 1, here));
+        for (std::size_t i = headFields; i < needed; ++i) {
+            rows.raw[i - headFields].push_back(sampleOf(fields[i], i + 1, here));
         }
     }
     if (rows.length() == 0) {
-        failInput(parts.dataName + ": there is no line of samples");
+        failInput(parts.dataName + ": found no lines of samples");
     }
     return rows;
 }
@@ -141,120 +151,132 @@ std::vector<double> stepsOf(const std::vector<double>& stamps) {
     std::vector<double> steps(stamps.size() - 1);
     for (std::size_t k = 0; k < steps.size(); ++k) {
         const double step = stamps[k + 1] - stamps[k];
-        steps[k] = step < -0x1p31 ? step + 0x1p32 : step;
+        steps[k] = step < -stampRange / 2.0 ? step + stampRange : step;
     }
     return steps;
 }
 
-/// The times and segments of a recording, from the rate lines and the stamps of its rows.
+/// The rate of each of `total` steps by the rate lines; the last rate continues. Empty without rate lines.
+std::vector<double> ratesOfSteps(const std::vector<RateLine>& lines, std::size_t total) {
+    std::vector<double> rates;
+    for (const RateLine& line : lines) {
+        const std::size_t end = std::min(line.lastSample, total);
+        rates.resize(std::max(rates.size(), end), line.rateHz);
+    }
+    if (!lines.empty()) {
+        rates.resize(total, lines.back().rateHz);
+    }
+    return rates;
+}
+
+/// The times and segments of a recording, from the rate lines and the time stamps of its rows. Step k is from row k to
+/// row k + 1.
 class TimeAxis {
 public:
-    TimeAxis(const ComtradeConfiguration& configuration, const std::vector<double>& stamps, Recording& recording)
-        : configuration_(configuration), steps_(stepsOf(stamps)), recording_(recording) {}
+    TimeAxis(const ComtradeConfiguration& configuration, const std::vector<double>& stamps)
+        : steps_(stepsOf(stamps)),
+          rates_(ratesOfSteps(configuration.rates, steps_.size())),
+          ratesAreFromStamps_(rates_.empty()),
+          periods_(steps_) {
+        for (std::size_t k = 0; k < rates_.size(); ++k) {
+            periods_[k] *= rates_[k];
+        }
+        intervals_ = samplingIntervalsOf(periods_);
+        if (ratesAreFromStamps_ && intervals_.usualStep > 0.0) {
+            rates_.assign(steps_.size(), 1.0 / (intervals_.usualStep * configuration.secondsPerStamp));
+        }
+        isGap_.assign(stamps.size(), false);
+        for (const std::size_t row : intervals_.gaps) {
+            isGap_[row] = true;
+        }
+    }
 
-    void build() {
-        std::vector<double> rates = ratesOfSteps();
-        const bool fromStamps = rates.empty();
-        std::vector<double> relative = steps_;  // in periods, but for one factor
-        for (std::size_t k = 0; k < rates.size(); ++k) {
-            relative[k] *= rates[k];
+    /// Leaves the recording without times when neither rate lines nor stamps give a rate.
+    void applyTo(Recording& recording) const {
+        if (ratesAreFromStamps_ && !(intervals_.usualStep > 0.0)) {
+            return;
         }
-        const SamplingIntervals intervals = samplingIntervalsOf(relative);
-        if (fromStamps) {
-            if (!(intervals.usualStep > 0.0)) {
-                return;
-            }
-            rates.assign(steps_.size(), 1.0 / (intervals.usualStep * configuration_.secondsPerStamp));
-        }
-        setSeconds(rates, relative, intervals, fromStamps);
-        setSegments(rates, intervals);
-        recording_.rateOrigin = fromStamps ? "from the time stamps" : "as the configuration says";
-        if (!intervals.gaps.empty()) {
-            recording_.warnings.push_back(recording_.source + ": time jumps before sample " +
-                                          std::to_string(intervals.gaps[0] + 1) + " (" +
-                                          std::to_string(intervals.gaps.size()) + " such jumps in all)");
+        recording.seconds = seconds();
+        addSegments(recording);
+        recording.rateOrigin = ratesAreFromStamps_ ? "from the time stamps" : "as the configuration says";
+        if (!intervals_.gaps.empty()) {
+            recording.warnings.push_back(recording.source + ": time jumps before sample " +
+                                         std::to_string(intervals_.gaps[0] + 1) + " (" +
+                                         std::to_string(intervals_.gaps.size()) + " such jumps in total)");
         }
     }
 
 private:
-    /// The rate of each step by the rate lines; empty when they give none.
-    std::vector<double> ratesOfSteps() const {
-        std::vector<double> rates;
-        for (const RateLine& line : configuration_.rates) {
-            const std::size_t end = std::min(line.lastSample, steps_.size());
-            rates.resize(std::max(rates.size(), end), line.rateHz);
-        }
-        if (!configuration_.rates.empty()) {
-            rates.resize(steps_.size(), configuration_.rates.back().rateHz);
-        }
-        return rates;
-    }
-
-    void setSeconds(const std::vector<double>& rates, const std::vector<double>& relative,
-                    const SamplingIntervals& intervals, bool fromStamps) {
-        auto& seconds = recording_.seconds;
-        seconds.assign(recording_.length, 0.0);
-        std::size_t runStart = 0;  // of equal rates, so that rounding errors do not add up
-        auto nextBreak = intervals.gaps.begin();
+    /// The time of each row. A step measured by its stamps is added to the time before. All other rows are counted from
+    /// the start of their grid, so that rounding errors do not add up; a grid begins at the first row, after a measured
+    /// step and where the rate changes.
+    std::vector<double> seconds() const {
+        std::vector<double> seconds(isGap_.size());
+        std::size_t gridStart = 0;
         for (std::size_t k = 1; k < seconds.size(); ++k) {
-            const bool jumps = nextBreak != intervals.gaps.end() && *nextBreak == k;
-            const bool byStamp = fromStamps && intervals.even && !std::isnan(steps_[k - 1]);
-            if (jumps || byStamp) {
-                const double periods = relative[k - 1] / intervals.usualStep;
-                seconds[k] = seconds[k - 1] + periods / rates[k - 1];
-                runStart = k;
-            } else {
-                if (k > 1 && rates[k - 1] != rates[k - 2] && runStart != k - 1) {
-                    runStart = k - 1;
-                }
-                seconds[k] = seconds[runStart] + static_cast<double>(k - runStart) / rates[k - 1];
+            const double rate = rates_[k - 1];
+            if (isMeasured(k - 1)) {
+                seconds[k] = seconds[k - 1] + periods_[k - 1] / intervals_.usualStep / rate;
+                gridStart = k;
+                continue;
             }
-            nextBreak += jumps ? 1 : 0;
+            if (k > 1 && rate != rates_[k - 2]) {
+                gridStart = k - 1;
+            }
+            seconds[k] = seconds[gridStart] + static_cast<double>(k - gridStart) / rate;
         }
+        return seconds;
     }
 
-    /// A segment ends where time jumps or the rate becomes another by more than 1 % of the segment's first.
-    void setSegments(const std::vector<double>& rates, const SamplingIntervals& intervals) {
+    /// Whether the length of a step is taken from its stamps: always where time jumps, and everywhere if the stamps are
+    /// the only source of the rate and are even.
+    bool isMeasured(std::size_t step) const {
+        return isGap_[step + 1] || (ratesAreFromStamps_ && intervals_.even && !std::isnan(steps_[step]));
+    }
+
+    /// A segment ends where time jumps, and where the rate differs too much from the segment's first.
+    void addSegments(Recording& recording) const {
         std::size_t first = 0;
-        auto nextBreak = intervals.gaps.begin();
-        for (std::size_t k = 1; k < recording_.seconds.size(); ++k) {
-            const bool jumps = nextBreak != intervals.gaps.end() && *nextBreak == k;
-            const bool otherRate = k < rates.size() && std::fabs(rates[k] / rates[first] - 1.0) > 0.01;
-            if (jumps || otherRate) {
-                addSegment(rates, first, k);
+        for (std::size_t k = 1; k < isGap_.size(); ++k) {
+            const bool isOtherRate = k < rates_.size() && std::fabs(rates_[k] / rates_[first] - 1.0) > sameRate;
+            if (isGap_[k] || isOtherRate) {
+                addSegment(recording, first, k);
                 first = k;
             }
-            nextBreak += jumps ? 1 : 0;
         }
-        addSegment(rates, first, recording_.seconds.size());
+        addSegment(recording, first, isGap_.size());
     }
 
-    void addSegment(const std::vector<double>& rates, std::size_t first, std::size_t end) {
+    void addSegment(Recording& recording, std::size_t first, std::size_t end) const {
+        assert(!rates_.empty() && first < end);
         const std::size_t count = end - first;
-        const double span = recording_.seconds[end - 1] - recording_.seconds[first];
-        double rate = rates.empty() ? 0.0 : rates[std::min(first, rates.size() - 1)];
-        const auto [slowest, fastest] = std::minmax_element(rates.begin() + static_cast<std::ptrdiff_t>(first),
-                                                            rates.begin() + static_cast<std::ptrdiff_t>(end - 1));
+        const double span = recording.seconds[end - 1] - recording.seconds[first];
+        double rate = rates_[std::min(first, rates_.size() - 1)];
+        const auto [slowest, fastest] = std::minmax_element(rates_.begin() + static_cast<std::ptrdiff_t>(first),
+                                                            rates_.begin() + static_cast<std::ptrdiff_t>(end - 1));
         const bool isOneRate = count < 2 || *slowest == *fastest;
         if (!isOneRate) {
-            recording_.warnings.push_back(recording_.source + ": rates from " + formatNumber(*slowest) + " to " +
-                                          formatNumber(*fastest) + " Hz are taken as one");
+            recording.warnings.push_back(recording.source + ": rates from " + formatNumber(*slowest) + " to " +
+                                         formatNumber(*fastest) + " Hz are treated as one");
         }
-        if ((!isOneRate || configuration_.rates.empty()) && span > 0.0) {
+        if ((!isOneRate || ratesAreFromStamps_) && span > 0.0) {
             rate = static_cast<double>(count - 1) / span;
         }
-        recording_.segments.push_back({first, count, rate});
+        recording.segments.push_back({first, count, rate});
     }
 
-    const ComtradeConfiguration& configuration_;
-    std::vector<double> steps_;
-    Recording& recording_;
+    std::vector<double> steps_;  // in units of the stamps
+    std::vector<double> rates_;  // Hz, of each step
+    bool ratesAreFromStamps_;
+    std::vector<double> periods_;  // the steps in sampling periods, but for one factor: the usual step
+    SamplingIntervals intervals_;
+    std::vector<bool> isGap_;  // of each row: time jumps before it
 };
 
-/// A warning when the header quotes values for columns ("IA = 392") that are their peaks.
+/// Warns when values in the header, such as "IA = 392", are the peaks of the columns with these names.
 void compareWithHeader(std::string_view header, Recording& recording) {
     std::vector<std::string> agreeing;
-    std::size_t quoted = 0;
+    std::size_t listed = 0;
     for (Lines lines(header); lines.nextWithText();) {
         const auto sides = split(lines.line(), '=');
         const double value = sides.size() == 2 ? parseNumber(sides[1]).value_or(0.0) : 0.0;
@@ -263,19 +285,27 @@ void compareWithHeader(std::string_view header, Recording& recording) {
         if (!(value > 0.0) || column == recording.columns.end() || unitOf(column->unit).quantity == Quantity::other) {
             continue;
         }
-        double peak = 0.0;
-        for (const double x : column->samples) {
-            peak = std::fmax(peak, std::fabs(x));
-        }
-        ++quoted;
-        if (std::fabs(peak / value - 1.0) < 0.05) {
+        ++listed;
+        if (std::fabs(largestMagnitude(column->samples) / value - 1.0) < samePeak) {
             agreeing.push_back(column->name);
         }
     }
-    if (agreeing.size() >= 2 && 2 * agreeing.size() >= quoted) {
-        recording.warnings.push_back("the header quotes values of " + joined(agreeing) +
-                                     " that equal their largest samples: the recorder seems to store instantaneous "
-                                     "values divided by sqrt(2); --sqrt2 multiplies them");
+    if (agreeing.size() >= 2 && 2 * agreeing.size() >= listed) {
+        recording.warnings.push_back(
+            "the header lists values of " + joined(agreeing) +
+            " that equal their peaks: the recorder seems to store instantaneous values divided "
+            "by sqrt(2); multiply them with --sqrt2");
+    }
+}
+
+void addColumns(std::vector<AnalogChannel>& channels, Rows& rows, Recording& recording) {
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        Column& column = channels[i].column;
+        column.samples = std::move(rows.raw[i]);
+        for (double& x : column.samples) {
+            x = channels[i].multiplier * x + channels[i].offset;
+        }
+        recording.columns.push_back(std::move(column));
     }
 }
 
@@ -286,7 +316,7 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     ComtradeConfiguration configuration = parseComtradeConfiguration(text, parts.configurationName);
     const auto form = parts.form ? parts.form : configuration.form;
     if (!form) {
-        failInput(parts.configurationName + ": no line says ASCII, BINARY, BINARY32 or FLOAT32");
+        failInput(parts.configurationName + ": found no line with ASCII, BINARY, BINARY32 or FLOAT32");
     }
     Rows rows =
         *form == SampleForm::ascii ? readAsciiRows(parts, configuration) : readBinaryRows(parts, configuration, *form);
@@ -296,20 +326,13 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     recording.length = rows.length();
     recording.facts = std::move(configuration.facts);
     recording.warnings = std::move(rows.warnings);
-    for (std::size_t i = 0; i < configuration.analog.size(); ++i) {
-        AnalogChannel& channel = configuration.analog[i];
-        channel.column.samples = std::move(rows.raw[i]);
-        for (double& x : channel.column.samples) {
-            x = channel.multiplier * x + channel.offset;
-        }
-        recording.columns.push_back(std::move(channel.column));
-    }
+    addColumns(configuration.analog, rows, recording);
     if (configuration.announcedLength != recording.length) {
         recording.warnings.push_back(parts.dataName + ": holds " + std::to_string(recording.length) +
                                      " samples, but the configuration announces " +
                                      std::to_string(configuration.announcedLength));
     }
-    TimeAxis(configuration, rows.stamps, recording).build();
+    TimeAxis(configuration, rows.stamps).applyTo(recording);
     if (!options.storedAsRms) {
         compareWithHeader(toUtf8(parts.header, options.encoding), recording);
     }

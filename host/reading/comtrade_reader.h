@@ -11,26 +11,26 @@
 
 namespace rt305 {
 
-/// The parts of a COMTRADE record, as separate files or as sections of a single one.
+/// The parts of a COMTRADE record, from separate files or from the sections of one.
 struct ComtradeParts {
     std::string configurationName;
     std::string_view configuration{};
     std::string dataName{};
     std::string_view data{};
-    std::optional<SampleForm> form{};  // of the data, when a section's heading gives it
+    std::optional<SampleForm> form{};  // of the data, when given in the heading of a section
     std::string_view header{};         // free text, may be empty
 };
 
 /// Reads a COMTRADE record.
 ///
-/// A sample is multiplier * raw + offset in the channel's unit. Missing are 99999 and empty fields in ASCII, 0x8000 in
-/// BINARY, 0x80000000 in BINARY32, NaN and the most negative number in FLOAT32. Time advances by the rates of the rate
-/// lines where there are some, else by the time stamps; a jump of the stamps or a change of the rate by more than 1 %
-/// begins a new segment. Channels that were sampled later than others keep that delay.
+/// A sample is multiplier * raw + offset, in the channel's unit. Missing samples are 99999 and empty fields in ASCII,
+/// 0x8000 in BINARY, 0x80000000 in BINARY32, NaN and the most negative number in FLOAT32. Times follow from the rate
+/// lines, or from the time stamps when there are none. A jump of the stamps or a change of the rate by more than 1 %
+/// begins a new segment. The delay (skew) of a channel is kept with its column.
 ///
-/// Fails, with file and line or byte, when not one sample can be read or a field is no number. A length other than the
-/// announced one, an incomplete last record and stamps without use are warnings. So is a header that quotes as RMS
-/// values what the samples have as peaks: some recorders store instantaneous values divided by sqrt(2).
+/// Fails, with file and line or byte, when no sample can be read or a field is not a number. A length that differs from
+/// the announced one and an incomplete last record are warnings. So is a header with RMS values that equal the peaks of
+/// the samples: some recorders store instantaneous values divided by sqrt(2).
 Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options = {});
 
 }  // namespace rt305

@@ -33,18 +33,18 @@ std::size_t countNumeric(const std::vector<std::string_view>& cells, char separa
         std::count_if(cells.begin(), cells.end(), [=](std::string_view cell) { return isNumeric(cell, separator); }));
 }
 
-/// Lines that look like rows, from `first` up to `end`.
+/// Consecutive lines that look like rows: from `first` up to `end`.
 struct Run {
     char separator = ',';
     std::size_t first = 0;
     std::size_t end = 0;
     std::size_t width = 0;
-    double numericShare = 0.0;  // of the last line's cells
+    double numericShare = 0.0;  // of the cells in the last line
 
     std::size_t length() const { return end - first; }
 };
 
-/// The longest run of lines with one width of at least `narrowest` cells, each with a number.
+/// The longest run of lines of equal width, at least `narrowest` cells, with a number in each line.
 Run longestRun(const std::vector<Line>& lines, char separator, std::size_t narrowest) {
     Run longest;
     Run run;
@@ -65,7 +65,9 @@ Run longestRun(const std::vector<Line>& lines, char separator, std::size_t narro
     return longest;
 }
 
-Run findRows(const std::vector<Line>& lines) {
+/// The longest run with any separator; of equally long ones, the one with more numbers. A single column is found only
+/// when no separator gives two.
+Run findRun(const std::vector<Line>& lines) {
     Run best;
     for (const char separator : {';', '\t', ',', ' '}) {
         const Run run = longestRun(lines, separator, 2);
@@ -84,25 +86,27 @@ std::string_view withoutCommentMark(std::string_view line, char separator) {
     return trimmed(line.substr(std::min(line.find_first_not_of("#%/;"), line.size())));
 }
 
+std::string_view withoutBrackets(std::string_view cell) {
+    const bool inBrackets = cell.size() > 2 && (cell.front() == '(' || cell.front() == '[');
+    return inBrackets ? cell.substr(1, cell.size() - 2) : cell;
+}
+
 bool isUnitLike(std::string_view cell) {
-    if (cell.size() > 2 && (cell.front() == '(' || cell.front() == '[')) {
-        cell = cell.substr(1, cell.size() - 2);
-    }
     static constexpr std::array<std::string_view, 8> others{"", "-", "hz", "deg", "w", "var", "va", "%"};
-    return std::find(others.begin(), others.end(), lowerCase(cell)) != others.end() ||
-           unitOf(cell).quantity != Quantity::other;
+    const std::string_view unit = withoutBrackets(cell);
+    return std::find(others.begin(), others.end(), lowerCase(unit)) != others.end() ||
+           unitOf(unit).quantity != Quantity::other;
 }
 
 std::vector<std::string> unitsOf(const std::vector<std::string_view>& cells) {
     std::vector<std::string> units;
     for (const std::string_view cell : cells) {
-        const bool inBrackets = cell.size() > 2 && (cell.front() == '(' || cell.front() == '[');
-        units.emplace_back(inBrackets ? cell.substr(1, cell.size() - 2) : cell == "-" ? "" : cell);
+        units.emplace_back(cell == "-" ? "" : withoutBrackets(cell));
     }
     return units;
 }
 
-/// Whether each cell is empty, a number or a text as the model's is.
+/// Whether a row has numbers, or nothing, wherever the model has numbers.
 bool hasShapeOf(const std::vector<std::string_view>& cells, const std::vector<std::string_view>& model,
                 char separator) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -113,49 +117,9 @@ bool hasShapeOf(const std::vector<std::string_view>& cells, const std::vector<st
     return true;
 }
 
-/// Above the rows: what the columns are named, and their units.
-class Header {
-public:
-    Header(const std::vector<Line>& lines, CsvLayout& layout) : lines_(lines), layout_(layout) {}
-
-    /// Looks upward from the line before `end`.
-    void find(std::size_t end) {
-        for (std::size_t i = end; i-- > 0 && layout_.names.empty();) {
-            auto cells = cellsOf(withoutCommentMark(lines_[i].text, layout_.separator), layout_.separator);
-            if (cells.size() == layout_.width + 1 && cells.back().empty()) {
-                cells.pop_back();
-            }
-            const bool fits = cells.size() == layout_.width && layout_.width > 0;
-            if (fits && std::none_of(cells.begin(), cells.end(), [&](auto cell) { return isValue(cell); })) {
-                take(cells);
-            }
-        }
-        if (layout_.names.empty()) {  // a single line of units is one of names
-            std::swap(layout_.names, layout_.units);
-        }
-    }
-
-private:
-    /// Columns may be named by numbers, but not by what looks like a sample.
-    bool isValue(std::string_view cell) const { return isNumeric(cell, layout_.separator) && !parseCount(cell); }
-
-    void take(const std::vector<std::string_view>& cells) {
-        const bool unitsOnly = std::all_of(cells.begin(), cells.end(), isUnitLike);
-        const bool countsOnly = std::all_of(cells.begin(), cells.end(), parseCount);
-        if (unitsOnly && layout_.units.empty()) {
-            layout_.units = unitsOf(cells);
-        } else if (!unitsOnly && !countsOnly) {
-            layout_.names.assign(cells.begin(), cells.end());
-        }
-    }
-
-    const std::vector<Line>& lines_;
-    CsvLayout& layout_;
-};
-
-/// What a number behind these words means: a rate in Hz, or the time between samples in s.
+/// Words in front of a rate in Hz, or of the time between samples in s.
 struct RateWords {
-    std::string_view words;  // in lower case, with blanks
+    std::string_view words;  // in lower case
     bool isInterval;
 };
 
@@ -177,7 +141,42 @@ std::optional<double> factorOfRateUnit(const std::string& word) {
     return std::nullopt;
 }
 
-/// The rate that a line such as "Sample rate: 10 kHz" or "Sampling interval [us];100" tells.
+/// The words after `start` in a line; separators and punctuation count as blanks.
+std::string valueText(std::string_view line, std::size_t start, char separator) {
+    std::string text(line.substr(start));
+    std::replace_if(
+        text.begin(), text.end(),
+        [separator](char c) {
+            return c == separator || std::string_view("\t:=;\"()[]").find(c) != std::string_view::npos;
+        },
+        ' ');
+    return text;
+}
+
+/// The first number in the words, and the factor of the unit before or after it: "10 kHz", "us 100", "12.8kHz".
+struct RateValue {
+    std::optional<double> number{};
+    double factor = 1.0;
+};
+
+RateValue rateValueIn(std::string_view words, bool isInterval) {
+    RateValue value;
+    for (std::string_view word : cellsOf(trimmed(words), ' ')) {
+        const std::size_t unitStart = std::min(word.find_first_not_of("0123456789.,+-eE"), word.size());
+        if (const auto number = parseNumber(word.substr(0, unitStart), true); number && !value.number) {
+            value.number = number;
+            word.remove_prefix(unitStart);
+        }
+        if (isInterval && unitOf(word).quantity == Quantity::time) {
+            value.factor = unitOf(word).factor;
+        } else if (!isInterval) {
+            value.factor = factorOfRateUnit(lowerCase(word)).value_or(value.factor);
+        }
+    }
+    return value;
+}
+
+/// The rate given by a line such as "Sample rate: 10 kHz" or "Sampling interval [us];100".
 std::optional<double> rateIn(std::string_view line, char separator) {
     std::string lower = lowerCase(line);
     std::replace(lower.begin(), lower.end(), '_', ' ');
@@ -187,32 +186,105 @@ std::optional<double> rateIn(std::string_view line, char separator) {
     if (found == std::end(rateWords)) {
         return std::nullopt;
     }
-    std::string rest(line.substr(lower.find(found->words) + found->words.size()));
-    std::replace_if(
-        rest.begin(), rest.end(),
-        [separator](char c) {
-            return c == separator || std::string_view("\t:=;\"()[]").find(c) != std::string_view::npos;
-        },
-        ' ');
-    std::optional<double> number;
-    double factor = 1.0;
-    for (std::string_view word : cellsOf(trimmed(rest), ' ')) {
-        const std::size_t unitStart = std::min(word.find_first_not_of("0123456789.,+-eE"), word.size());
-        if (const auto value = parseNumber(word.substr(0, unitStart), true); value && !number) {
-            number = value;
-            word.remove_prefix(unitStart);
-        }
-        if (found->isInterval && unitOf(word).quantity == Quantity::time) {
-            factor = unitOf(word).factor;
-        } else if (!found->isInterval) {
-            factor = factorOfRateUnit(lowerCase(word)).value_or(factor);
-        }
-    }
+    const std::string words = valueText(line, lower.find(found->words) + found->words.size(), separator);
+    const auto [number, factor] = rateValueIn(words, found->isInterval);
     if (!number || !(*number * factor > 0.0)) {
         return std::nullopt;
     }
     return found->isInterval ? 1.0 / (*number * factor) : *number * factor;
 }
+
+/// Finds the layout of a text whose rows of numbers are known to be among its first lines.
+class LayoutFinder {
+public:
+    LayoutFinder(const std::vector<Line>& lines, const Run& run)
+        : lines_(lines), run_(run), lastRow_(cellsAt(run.end - 1)), width_(run.width - (endsWithSeparator() ? 1 : 0)) {}
+
+    CsvLayout find() const {
+        CsvLayout layout;
+        layout.separator = run_.separator;
+        layout.width = width_;
+        const std::size_t firstRow = findHeadings(layout);
+        layout.firstLine = lines_[firstRow].number;
+        layout.isNote.assign(width_, false);
+        for (std::size_t i = 0; layout.names.empty() && i < width_; ++i) {
+            layout.isNote[i] = lastRow_[i].empty();
+        }
+        const bool hasNotes = std::find(layout.isNote.begin(), layout.isNote.end(), true) != layout.isNote.end();
+        layout.rateHz = rateAbove(hasNotes ? run_.end : firstRow);
+        return layout;
+    }
+
+private:
+    struct Headings {
+        std::vector<std::string> names;
+        std::vector<std::string> units;
+    };
+
+    std::vector<std::string_view> cellsAt(std::size_t i) const { return cellsOf(lines_[i].text, run_.separator); }
+
+    /// Some loggers end every row with a separator: then the last column is empty.
+    bool endsWithSeparator() const {
+        for (std::size_t i = run_.first; i < run_.end; ++i) {
+            if (!cellsAt(i).back().empty()) {
+                return false;
+            }
+        }
+        return run_.width > 1;
+    }
+
+    /// Sets names and units, and returns the first row. Without headings above the run, its first lines may be settings
+    /// with as many cells as a row: those with text where the last row has numbers are skipped, or are the headings.
+    std::size_t findHeadings(CsvLayout& layout) const {
+        std::size_t firstRow = run_.first;
+        Headings headings = headingsAbove(firstRow);
+        while (headings.names.empty() && firstRow + 1 < run_.end &&
+               !hasShapeOf(cellsAt(firstRow), lastRow_, run_.separator)) {
+            headings = headingsAbove(++firstRow);
+        }
+        layout.names = std::move(headings.names);
+        layout.units = std::move(headings.units);
+        return firstRow;
+    }
+
+    /// The last line of names before `end`, and the last line of units between it and `end`.
+    Headings headingsAbove(std::size_t end) const {
+        Headings headings;
+        for (std::size_t i = end; i-- > 0 && headings.names.empty();) {
+            const auto cells = cellsOfRow(withoutCommentMark(lines_[i].text, run_.separator), run_.separator, width_);
+            if (cells.size() != width_ || std::any_of(cells.begin(), cells.end(), [&](auto c) { return isValue(c); })) {
+                continue;
+            }
+            const bool unitsOnly = std::all_of(cells.begin(), cells.end(), isUnitLike);
+            const bool countsOnly = std::all_of(cells.begin(), cells.end(), parseCount);
+            if (unitsOnly && headings.units.empty()) {
+                headings.units = unitsOf(cells);
+            } else if (!unitsOnly && !countsOnly) {
+                headings.names.assign(cells.begin(), cells.end());
+            }
+        }
+        if (headings.names.empty()) {  // what looks like units alone, such as "V;A", are names
+            std::swap(headings.names, headings.units);
+        }
+        return headings;
+    }
+
+    /// Whole numbers may be names of columns; any other number is a sample.
+    bool isValue(std::string_view cell) const { return isNumeric(cell, run_.separator) && !parseCount(cell); }
+
+    std::optional<double> rateAbove(std::size_t end) const {
+        std::optional<double> rateHz;
+        for (std::size_t i = 0; !rateHz && i < end; ++i) {
+            rateHz = rateIn(lines_[i].text, run_.separator);
+        }
+        return rateHz;
+    }
+
+    const std::vector<Line>& lines_;
+    Run run_;
+    std::vector<std::string_view> lastRow_;
+    std::size_t width_;  // cells of a row, without an empty one after a separator at the end
+};
 
 }  // namespace
 
@@ -222,6 +294,14 @@ std::vector<std::string_view> cellsOf(std::string_view line, char separator) {
         cells.erase(std::remove(cells.begin(), cells.end(), std::string_view{}), cells.end());
     }
     std::transform(cells.begin(), cells.end(), cells.begin(), unquoted);
+    return cells;
+}
+
+std::vector<std::string_view> cellsOfRow(std::string_view line, char separator, std::size_t width) {
+    auto cells = cellsOf(line, separator);
+    if (cells.size() == width + 1 && cells.back().empty()) {
+        cells.pop_back();
+    }
     return cells;
 }
 
@@ -236,38 +316,8 @@ CsvLayout layoutOf(std::string_view text) {
     for (Lines all(text); lines.size() < linesLookedAt && all.nextWithText();) {
         lines.push_back({all.line(), all.number()});
     }
-    Run rows = findRows(lines);
-    CsvLayout layout;
-    layout.separator = rows.separator;
-    layout.width = rows.width;
-    if (rows.length() == 0) {
-        return layout;
-    }
-    const auto cellsAt = [&](std::size_t i) { return cellsOf(lines[i].text, layout.separator); };
-    const auto last = cellsAt(rows.end - 1);
-    const auto isEmptyBelow = [&](std::size_t column) {
-        return std::all_of(lines.begin() + static_cast<std::ptrdiff_t>(rows.first),
-                           lines.begin() + static_cast<std::ptrdiff_t>(rows.end),
-                           [&](const Line& line) { return cellsOf(line.text, layout.separator)[column].empty(); });
-    };
-    if (layout.width > 1 && isEmptyBelow(layout.width - 1)) {
-        --layout.width;  // some loggers end every row with a separator
-    }
-    Header(lines, layout).find(rows.first);
-    while (layout.names.empty() && rows.length() > 1 && !hasShapeOf(cellsAt(rows.first), last, layout.separator)) {
-        ++rows.first;  // a line of settings that is as wide as a row
-        Header(lines, layout).find(rows.first);
-    }
-    layout.firstLine = lines[rows.first].number;
-    layout.isNote.assign(layout.width, false);
-    for (std::size_t i = 0; layout.names.empty() && i < layout.width; ++i) {
-        layout.isNote[i] = last[i].empty();
-    }
-    const bool hasNotes = std::find(layout.isNote.begin(), layout.isNote.end(), true) != layout.isNote.end();
-    for (std::size_t i = 0; !layout.rateHz && i < (hasNotes ? rows.end : rows.first); ++i) {
-        layout.rateHz = rateIn(lines[i].text, layout.separator);
-    }
-    return layout;
+    const Run run = findRun(lines);
+    return run.length() == 0 ? CsvLayout{} : LayoutFinder(lines, run).find();
 }
 
 }  // namespace rt305

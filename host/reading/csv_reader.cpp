@@ -18,6 +18,7 @@ namespace rt305 {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double largestJitter = 0.5;  // of time steps without a heading, relative to their mean
 
 bool namesTime(std::string_view name) {
     const std::string lower = lowerCase(name);
@@ -29,7 +30,7 @@ bool isMissing(std::string_view cell) {
     return cell.empty() || cell == "-" || cell == "--" || lowerCase(cell) == "na" || lowerCase(cell) == "n/a";
 }
 
-/// The time column: when each row was taken, in seconds, and on which line it stands.
+/// The time column: time of each row in seconds, and its line.
 struct TimeColumn {
     std::string name;
     double secondsPerUnit = 1.0;
@@ -54,14 +55,14 @@ struct TimeColumn {
     }
 };
 
-/// Whether values are times: they advance evenly, but not by one as row numbers do.
+/// Whether values may be times: they increase by nearly equal steps, which are not 1 as those of row numbers.
 bool advancesLikeTime(const std::vector<double>& values) {
     if (values.size() < 3) {
         return false;
     }
     const double step = (values.back() - values.front()) / static_cast<double>(values.size() - 1);
     for (std::size_t k = 1; k < values.size(); ++k) {
-        if (!(std::fabs(values[k] - values[k - 1] - step) <= 0.5 * step)) {
+        if (!(std::fabs(values[k] - values[k - 1] - step) <= largestJitter * step)) {
             return false;
         }
     }
@@ -78,7 +79,7 @@ public:
 
     Recording read() {
         if (layout_.firstLine == 0) {
-            failInput(recording_.source + ": there is no row of samples");
+            failInput(recording_.source + ": found no rows of numbers");
         }
         nameColumns();
         while (lines_.nextWithText()) {
@@ -87,12 +88,7 @@ public:
             }
         }
         findUnnamedTime();
-        for (Column& column : recording_.columns) {
-            if (column.fault.empty() && countMissing(column.samples) == column.samples.size()) {
-                column.samples.clear();
-                column.fault = recording_.source + ": column " + inQuotes(column.name) + ": all samples are missing";
-            }
-        }
+        rejectEmptyColumns();
         setTime();
         return std::move(recording_);
     }
@@ -102,13 +98,10 @@ private:
     std::string here() const { return at(lines_.number()); }
     std::string at(std::size_t line) const { return recording_.source + ":" + std::to_string(line) + ": "; }
 
-    /// The user's names, else the file's, else numbers.
+    /// The user's names, else the file's, else numbers. Notes have none.
     std::vector<std::string> headings() const {
-        const auto samples = std::count(layout_.isNote.begin(), layout_.isNote.end(), false);
-        if (!options_.columns.empty() && options_.columns.size() != static_cast<std::size_t>(samples)) {
-            failInput(recording_.source + ": --columns names " + std::to_string(options_.columns.size()) +
-                      " columns, but the file has " + std::to_string(samples));
-        }
+        const auto total = std::count(layout_.isNote.begin(), layout_.isNote.end(), false);
+        options_.requireColumnTotal(static_cast<std::size_t>(total), recording_.source);
         std::vector<std::string> names(layout_.width);
         std::size_t next = 0;
         for (std::size_t i = 0; i < layout_.width; ++i) {
@@ -124,7 +117,7 @@ private:
 
     void nameColumns() {
         const auto names = headings();
-        // "Current_A" beside "Current_B" is of phase A and says no unit
+        // next to "Current_B", the "A" of "Current_A" is a phase and not a unit
         const bool lettersArePhases = std::any_of(names.begin(), names.end(), [](const std::string& name) {
             return name.size() > 2 && (name.substr(name.size() - 2) == "_B" || name.substr(name.size() - 2) == " B");
         });
@@ -142,7 +135,7 @@ private:
         }
     }
 
-    /// The first column that names time is the time column.
+    /// The first column named as time becomes the time column.
     void addColumn(std::size_t i, std::string_view name, std::string_view unit) {
         if (timeColumn_ || !namesTime(name)) {
             recording_.columns.push_back({std::string(name), std::string(unit), {}, {}});
@@ -154,17 +147,9 @@ private:
     }
 
     void readRow() {
-        auto cells = cellsOf(lines_.line(), layout_.separator);
-        if (cells.size() == layout_.width + 1 && cells.back().empty()) {
-            cells.pop_back();
-        }
+        const auto cells = cellsOfRow(lines_.line(), layout_.separator, layout_.width);
         if (cells.size() != layout_.width) {
-            const std::string counts =
-                std::to_string(cells.size()) + " cells, but the rows have " + std::to_string(layout_.width);
-            if (cells.size() > layout_.width || !lines_.areAllRead()) {
-                failHere(counts);
-            }
-            recording_.warnings.push_back(here() + counts + "; this last row is left out");
+            rejectRow(cells.size());
             return;
         }
         auto column = recording_.columns.begin();
@@ -181,6 +166,15 @@ private:
         ++recording_.length;
     }
 
+    /// Only the last row of a file may be too short: the logger was stopped while writing it.
+    void rejectRow(std::size_t cells) {
+        const std::string counts = std::to_string(cells) + " cells, but the rows have " + std::to_string(layout_.width);
+        if (cells > layout_.width || !lines_.areAllRead()) {
+            failHere(counts);
+        }
+        recording_.warnings.push_back(here() + counts + "; this last row is ignored");
+    }
+
     void addSample(Column& column, std::string_view cell) {
         if (!column.fault.empty()) {
             return;
@@ -193,7 +187,7 @@ private:
         column.fault = here() + "column " + inQuotes(column.name) + ": " + inQuotes(cell) + " is not a number";
     }
 
-    /// Takes the first of columns without names out when it holds time.
+    /// In a file without names, makes the first column the time column if its values look like times.
     void findUnnamedTime() {
         auto& columns = recording_.columns;
         if (timeColumn_ || !layout_.names.empty() || !options_.columns.empty() || columns.size() < 2 ||
@@ -206,6 +200,15 @@ private:
         columns.erase(columns.begin());
         for (std::size_t i = 0; i < columns.size(); ++i) {
             columns[i].name = std::to_string(i + 1);
+        }
+    }
+
+    void rejectEmptyColumns() {
+        for (Column& column : recording_.columns) {
+            if (column.fault.empty() && countMissing(column.samples) == column.samples.size()) {
+                column.samples.clear();
+                column.fault = recording_.source + ": column " + inQuotes(column.name) + ": all samples are missing";
+            }
         }
     }
 
@@ -226,34 +229,49 @@ private:
             steps[k] = seconds[k + 1] - seconds[k];
         }
         const SamplingIntervals intervals = samplingIntervalsOf(steps);
-        if (!intervals.even && !(seconds.back() > seconds.front())) {
-            failInput(recording_.source + ": column " + inQuotes(time_.name) +
-                      " does not advance from the first row to the last, so there is no sample rate; give --rate");
-        }
         if (!intervals.even) {
-            recording_.warnings.push_back(recording_.source + ": column " + inQuotes(time_.name) +
-                                          " advances unevenly; the samples are taken as evenly spaced");
+            acceptUnevenTime();
         }
+        setSegments(intervals);
+        if (!intervals.gaps.empty()) {
+            warnOfGaps(steps, intervals);
+        }
+        recording_.seconds = std::move(time_.seconds);
+        recording_.rateOrigin = "from column " + inQuotes(time_.name);
+    }
+
+    void acceptUnevenTime() {
+        const std::string column = recording_.source + ": column " + inQuotes(time_.name);
+        if (!(time_.seconds.back() > time_.seconds.front())) {
+            failInput(column +
+                      " does not increase from the first row to the last, so the sample rate is unknown; give "
+                      "it with --rate");
+        }
+        recording_.warnings.push_back(column + " has uneven steps; the samples are treated as evenly spaced");
+    }
+
+    /// One segment up to each gap, with its mean rate.
+    void setSegments(const SamplingIntervals& intervals) {
+        const auto& seconds = time_.seconds;
         std::vector<std::size_t> ends = intervals.gaps;
         ends.push_back(seconds.size());
         std::size_t first = 0;
         for (const std::size_t end : ends) {
             const std::size_t count = end - first;
             const double span = seconds[end - 1] - seconds[first];
+            const bool hasRate = count > 1 && span > 0.0;
             recording_.segments.push_back(
-                {first, count,
-                 count > 1 && span > 0.0 ? static_cast<double>(count - 1) / span : 1.0 / intervals.usualStep});
+                {first, count, hasRate ? static_cast<double>(count - 1) / span : 1.0 / intervals.usualStep});
             first = end;
         }
-        if (!intervals.gaps.empty()) {
-            const std::size_t row = intervals.gaps[0];
-            const std::string where = time_.lines.empty() ? recording_.source + ": " : at(time_.lines[row]);
-            recording_.warnings.push_back(where + "the time step before this row is " + formatNumber(steps[row - 1]) +
-                                          " s, usually it is " + formatNumber(intervals.usualStep) + " s (" +
-                                          std::to_string(intervals.gaps.size()) + " such steps in all)");
-        }
-        recording_.seconds = std::move(time_.seconds);
-        recording_.rateOrigin = "from column " + inQuotes(time_.name);
+    }
+
+    void warnOfGaps(const std::vector<double>& steps, const SamplingIntervals& intervals) {
+        const std::size_t row = intervals.gaps[0];
+        const std::string where = time_.lines.empty() ? recording_.source + ": " : at(time_.lines[row]);
+        recording_.warnings.push_back(where + "the time step before this row is " + formatNumber(steps[row - 1]) +
+                                      " s instead of the usual " + formatNumber(intervals.usualStep) + " s (" +
+                                      std::to_string(intervals.gaps.size()) + " such steps in total)");
     }
 
     const ReadOptions& options_;

@@ -9,18 +9,19 @@
 
 namespace rt305 {
 
-/// Reads a recording from CSV text, laid out as csv_layout.h says. Columns without a name are numbered from 1.
+/// Reads a recording from CSV text in one of the layouts of csv_layout.h. Columns without names are numbered from 1.
 ///
-/// Names may carry a unit, "Ua(V)", "Ua [kV]" or "Ua_mV". A column with the word "t", "time", "timestamp" or "datetime"
-/// in its name holds time: numbers in seconds, or in ms, us or ns when it says so, or time stamps. So does the first of
-/// columns without names when it advances evenly, but not by one. The rate is (rows - 1) / (last - first) of a segment,
-/// so that jitter of single stamps does not matter; a given rate makes the time column unread, and the rate that the
-/// lines above the rows tell is taken when there is no time column. A jump in time begins a new segment. An empty cell,
-/// "NaN", "NA" and "-" are missing samples.
+/// A name may include a unit: "Ua(V)", "Ua [kV]" or "Ua_mV". A column whose name begins with "t", "time", "timestamp"
+/// or "datetime" holds time: numbers in s, or in the ms, us or ns of its heading, or time stamps. Without names, the
+/// first column holds time if it increases in even steps other than 1. An empty cell, "NaN", "NA" and "-" are missing
+/// samples.
 ///
-/// Fails, with file and line, on rows of another length than the first and on unreadable times, and on a text without
-/// rows. A last row that is too short is left out with a warning. A cell that is not a number is the fault of its
-/// column.
+/// The rate of a segment is (rows - 1) / (last time - first time), so jitter of single time stamps does not matter. A
+/// jump in time begins a new segment. With a given rate the time column is not read. The rate in the lines above the
+/// rows is used when there is no time column.
+///
+/// Fails, with file and line, on rows of unequal length, on unreadable times and on a text without rows. A last row
+/// that is too short is ignored with a warning. A cell that is not a number makes its column faulty.
 Recording readCsv(std::string_view text, const std::string& source, const ReadOptions& options = {});
 
 }  // namespace rt305

@@ -5,18 +5,27 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
 #include "recording/recording.h"
 
 namespace rt305 {
 
-/// What the user says of a file beside its name.
+/// What the user specifies about a file.
 struct ReadOptions {
     std::optional<double> rateHz{};                       // instead of the file's own
-    std::vector<std::string> columns{};                   // names of the columns, instead of the file's own
-    std::vector<std::pair<std::string, double>> gains{};  // column by name or number, factor
-    Transformer::Side side = Transformer::Side::unknown;  // of the transformers to give values of; unknown: as written
+    std::vector<std::string> columns{};                   // column names, instead of the file's own
+    std::vector<std::pair<std::string, double>> gains{};  // column (name or number) and factor
+    Transformer::Side side = Transformer::Side::unknown;  // transformer side to convert to; unknown: as in the file
     bool storedAsRms = false;                             // samples are instantaneous values / sqrt(2)
-    std::string encoding{};                               // of texts that are not UTF-8
+    std::string encoding{};                               // of text that is not UTF-8
+
+    /// Fails when the user named columns, but not as many as the file has.
+    void requireColumnTotal(std::size_t total, const std::string& source) const {
+        if (!columns.empty() && columns.size() != total) {
+            failInput(source + ": --columns names " + std::to_string(columns.size()) + " columns, but the file has " +
+                      std::to_string(total));
+        }
+    }
 };
 
 }  // namespace rt305

@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 std::string contentOf(std::istream& stream, const std::string& name) {
     std::string content;
     std::vector<char> block(std::size_t{1} << 16);
-    do {  // read reports what an iterator would throw, such as a folder in place of a file
+    do {  // read() reports errors, such as a folder instead of a file, that an iterator would throw
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
     } while (stream);
@@ -45,7 +45,7 @@ std::string contentOf(const std::string& path) {
     return contentOf(file, path);
 }
 
-/// The file beside this one with the same name but that extension, in any case; empty when there is none.
+/// Finds the file in the same folder with the same name and this extension, in any case; empty when there is none.
 std::string companionOf(const fs::path& path, std::string_view extension) {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     std::error_code ignored;
@@ -62,7 +62,7 @@ std::string companionOf(const fs::path& path, std::string_view extension) {
 std::string requiredCompanionOf(const std::string& path, std::string_view extension) {
     std::string companion = companionOf(path, extension);
     if (companion.empty()) {
-        failInput(path + ": there is no " + fs::path(path).stem().string() + std::string(extension) + " beside it");
+        failInput(path + ": there is no " + fs::path(path).stem().string() + std::string(extension) + " in its folder");
     }
     return companion;
 }
@@ -93,15 +93,14 @@ Recording readByContent(const std::string& path, const ReadOptions& options) {
         return readSound(content, source, options);
     }
     if (isComtradeFile(content)) {
-        return readComtrade(cutComtradeFile(content, source), options);
+        return readComtrade(splitComtradeFile(content, source), options);
     }
     if (extension == ".cfg" || (!fromStdin && isComtradeConfiguration(content))) {
         return readComtradePair(path, content, options);
     }
     if (content.find('\0') != std::string::npos) {
-        failInput(source + ": byte " + std::to_string(content.find('\0')) +
-                  ": this is no text, and no format that is known here" +
-                  (extension == ".dat" ? "; a COMTRADE record needs its .cfg file beside it" : ""));
+        failInput(source + ": byte " + std::to_string(content.find('\0')) + ": unrecognised binary file" +
+                  (extension == ".dat" ? "; a COMTRADE record needs its .cfg file in the same folder" : ""));
     }
     return readCsv(content, source, options);
 }
@@ -112,7 +111,7 @@ void scale(Column& column, double factor) {
     }
 }
 
-/// Values of the wanted side of the transformers, when the file says of which side they are.
+/// Converts to the wanted side of the transformer, if the file gives the present one.
 void changeSide(Column& column, Transformer::Side side) {
     Transformer& transformer = column.transformer;
     if (side == Transformer::Side::unknown || transformer.side == Transformer::Side::unknown ||

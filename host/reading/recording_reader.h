@@ -8,9 +8,9 @@
 
 namespace rt305 {
 
-/// Reads a recording of any format that the tool knows: CSV, COMTRADE (a .cfg or .dat file with the other beside it, in
-/// any case, or a single .cff file) and sound files; "-" is standard input. What a file is, its content says, and
-/// its name for a .dat file. Fails with the file's name, and the line or byte where one is at fault.
+/// Reads a recording from a CSV, COMTRADE or sound file; "-" is standard input. COMTRADE is a .cfg and a .dat file in
+/// one folder, named by either and with extensions in any case, or a single .cff file. The content decides on the
+/// format, except for .dat files. Fails with the name of the file, and with the line or byte at fault if there is one.
 Recording readRecording(const std::string& path, const ReadOptions& options = {});
 
 }  // namespace rt305

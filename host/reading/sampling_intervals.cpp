@@ -7,6 +7,9 @@ namespace rt305 {
 
 namespace {
 
+constexpr double largestDeviation = 0.5;  // from the usual step, relative to it
+constexpr std::size_t stepsPerGap = 20;   // at least; where gaps are more frequent, the stamps are unreliable
+
 double medianOf(const std::vector<double>& steps) {
     std::vector<double> known;
     std::copy_if(steps.begin(), steps.end(), std::back_inserter(known), [](double step) { return !std::isnan(step); });
@@ -28,7 +31,7 @@ SamplingIntervals samplingIntervalsOf(const std::vector<double>& steps) {
     const auto excess = [&](std::size_t k) {
         return k < steps.size() && !std::isnan(steps[k]) ? steps[k] - usual : 0.0;
     };
-    const auto isOff = [&](double x) { return std::fabs(x) > 0.5 * usual; };
+    const auto isOff = [&](double x) { return std::fabs(x) > largestDeviation * usual; };
     for (std::size_t k = 0; intervals.even && k < steps.size(); ++k) {
         const double off = excess(k);
         const double before = k == 0 ? 0.0 : excess(k - 1);
@@ -36,7 +39,7 @@ SamplingIntervals samplingIntervalsOf(const std::vector<double>& steps) {
             intervals.gaps.push_back(k + 1);
         }
     }
-    if (intervals.gaps.size() > std::max<std::size_t>(1, steps.size() / 20)) {
+    if (intervals.gaps.size() > std::max<std::size_t>(1, steps.size() / stepsPerGap)) {
         intervals.even = false;
         intervals.gaps.clear();
     }

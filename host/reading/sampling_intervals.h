@@ -6,18 +6,18 @@
 
 namespace rt305 {
 
-/// How evenly the rows of a recording follow each other.
+/// The time steps between the rows of a recording.
 struct SamplingIntervals {
-    double usualStep = 0.0;         // the median; 0 when there is none
-    std::vector<std::size_t> gaps;  // rows, from 1 on, before which time jumps
-    bool even = true;               // false: the stamps say nothing of gaps, and gaps is empty
+    double usualStep = 0.0;         // the median; 0 when no step is known
+    std::vector<std::size_t> gaps;  // rows before which time jumps; the first row is 0
+    bool even = true;               // false: the steps are too irregular to find gaps, and gaps is empty
 };
 
-/// Finds where time jumps, from the steps between neighbouring rows (steps[k] from row k to k + 1; NaN: unknown).
+/// Finds jumps in time from the steps between neighbouring rows (steps[k] is from row k to k + 1; NaN: unknown).
 ///
-/// A step is a jump when it is off the median by more than half of it and neither neighbour makes up for that, as it
-/// does when a single stamp came late. Where jumps are many (more than 1 and 5 % of the steps), or the median is zero,
-/// the stamps are jittering or too coarse and no row is known to be missing.
+/// A step is a jump when it differs from the median by more than half the median and no neighbouring step compensates
+/// for that, as happens when a single stamp is late. With more than 1 jump and more than 5 % of the steps, or with a
+/// median of zero, the stamps have jitter or are too coarse, and no gap is reported.
 SamplingIntervals samplingIntervalsOf(const std::vector<double>& steps);
 
 }  // namespace rt305

@@ -14,7 +14,7 @@ namespace rt305 {
 
 namespace {
 
-/// A file in memory, as the sound library reads it.
+/// Lets the sound library read a file from memory.
 struct MemoryFile {
     std::string_view content;
     sf_count_t at = 0;
@@ -53,6 +53,27 @@ std::string formatName(const SF_INFO& info) {
     return names;
 }
 
+std::vector<Column> columnsOf(std::size_t channels, const ReadOptions& options) {
+    std::vector<Column> columns;
+    for (std::size_t i = 0; i < channels; ++i) {
+        const std::string heading = options.columns.empty() ? std::to_string(i + 1) : options.columns[i];
+        const auto [name, unit] = nameAndUnit(heading);
+        columns.push_back({std::string(name), std::string(unit), {}, {}});
+    }
+    return columns;
+}
+
+void readSamples(SNDFILE* file, std::vector<Column>& columns) {
+    constexpr sf_count_t blockFrames = 4096;
+    const std::size_t channels = columns.size();
+    std::vector<double> block(static_cast<std::size_t>(blockFrames) * channels);
+    for (sf_count_t frames = 0; (frames = sf_readf_double(file, block.data(), blockFrames)) > 0;) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(frames) * channels; ++i) {
+            columns[i % channels].samples.push_back(block[i]);
+        }
+    }
+}
+
 }  // namespace
 
 bool isSound(std::string_view content) {
@@ -70,36 +91,24 @@ Recording readSound(std::string_view content, const std::string& source, const R
         failInput(source + ": " + sf_strerror(nullptr));
     }
     const auto channels = static_cast<std::size_t>(info.channels);
-    if (!options.columns.empty() && options.columns.size() != channels) {
-        failInput(source + ": --columns names " + std::to_string(options.columns.size()) +
-                  " columns, but the file has " + std::to_string(channels));
-    }
+    options.requireColumnTotal(channels, source);
     Recording recording;
     recording.source = source;
     recording.format = formatName(info);
-    for (std::size_t i = 0; i < channels; ++i) {
-        const std::string heading = options.columns.empty() ? std::to_string(i + 1) : options.columns[i];
-        const auto [name, unit] = nameAndUnit(heading);
-        recording.columns.push_back({std::string(name), std::string(unit), {}, {}});
-    }
-    constexpr sf_count_t blockFrames = 4096;
-    std::vector<double> block(static_cast<std::size_t>(blockFrames) * channels);
-    for (sf_count_t frames = 0; (frames = sf_readf_double(file.get(), block.data(), blockFrames)) > 0;) {
-        for (std::size_t i = 0; i < static_cast<std::size_t>(frames) * channels; ++i) {
-            recording.columns[i % channels].samples.push_back(block[i]);
-        }
-    }
+    recording.columns = columnsOf(channels, options);
+    readSamples(file.get(), recording.columns);
     recording.length = recording.columns[0].samples.size();
     if (recording.length == 0) {
         failInput(source + ": there are no samples");
     }
     if (static_cast<sf_count_t>(recording.length) != info.frames) {
         recording.warnings.push_back(source + ": holds " + std::to_string(recording.length) +
-                                     " samples, but its head announces " + std::to_string(info.frames));
+                                     " samples, but its header announces " + std::to_string(info.frames));
     }
     recording.setRate(info.samplerate, "as the file says");
     if (options.gains.empty()) {
-        recording.warnings.emplace_back("samples are relative to full scale; --gain NAME=FACTOR,... gives V and A");
+        recording.warnings.emplace_back(
+            "samples are relative to full scale; convert them to V and A with --gain NAME=FACTOR,...");
     }
     return recording;
 }

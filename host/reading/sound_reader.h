@@ -9,11 +9,11 @@
 
 namespace rt305 {
 
-/// Whether the content is of a WAV, FLAC or similar file that this tool reads as one.
+/// Whether the content is a WAV or FLAC file.
 bool isSound(std::string_view content);
 
-/// Reads a sound file: one column a channel, named by the user or numbered from 1, samples relative to full scale (so
-/// that 1 is the largest). Fails with the reader library's words when the content is damaged.
+/// Reads a sound file: one column per channel, named by the user or numbered from 1. Full scale is 1. Fails with the
+/// message of the sound library when the content is damaged.
 Recording readSound(std::string_view content, const std::string& source, const ReadOptions& options = {});
 
 }  // namespace rt305

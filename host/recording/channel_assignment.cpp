@@ -26,14 +26,16 @@ Words wordsOf(std::string_view name) {
     return words;
 }
 
-/// The letters that stand for the three phases; a group of columns keeps to one way.
+/// The characters for the three phases. The columns of a group use the same set.
 constexpr std::string_view phaseLetters[] = {"abc", "123", "rst"};
 
-/// What a column's name, unit and phase say of it.
+constexpr const char* byName = "by its name";
+
+/// What a column holds, by its name, unit and phase.
 struct Identity {
     Quantity quantity = Quantity::unknown;
     std::size_t phase = 0;
-    std::string group;  // the same for the columns of one group
+    std::string group;  // equal for the columns of one group
     std::string reason;
 
     std::size_t channel() const { return (quantity == Quantity::current ? phaseTotal : 0) + phase; }
@@ -41,10 +43,10 @@ struct Identity {
 
 struct Phase {
     std::size_t number;
-    std::string_view letters;  // the way in which it is written
+    std::string_view letters;  // the set of phase characters it is from
 };
 
-/// "a", "l2", "s"; after "l" digits only.
+/// Parses "a", "2", "s", or a digit after "l": "l2".
 std::optional<Phase> phaseOf(std::string_view word) {
     const bool isLine = word.size() == 2 && word[0] == 'l';
     if (!isLine && word.size() != 1) {
@@ -66,7 +68,7 @@ Quantity quantityOf(std::string_view word) {
     return word == "i" || word == "current" ? Quantity::current : Quantity::unknown;
 }
 
-/// "ua", "v1", "il2", "ia7" and "van": a quantity, a phase, and a number or the neutral after a letter.
+/// Parses "ua", "v1", "il2", "ia7", "van": a quantity, a phase, and after a phase letter a number or "n" for neutral.
 std::optional<Identity> identifyWord(std::string_view word) {
     const Quantity quantity = quantityOf(word.substr(0, 1));
     if (quantity == Quantity::unknown || word.size() < 2) {
@@ -79,49 +81,60 @@ std::optional<Identity> identifyWord(std::string_view word) {
     if (!phase || !(rest.empty() || (phase->letters == "abc" && (restIsNumber || rest == "n")))) {
         return std::nullopt;
     }
-    return Identity{quantity, phase->number, std::string(phase->letters) + std::string(rest), "by its name"};
+    return Identity{quantity, phase->number, std::string(phase->letters) + std::string(rest), byName};
 }
 
-/// Whether a channel holds what was computed from another, not samples of a wave.
+/// Whether a column holds values computed from another one, not samples.
 bool isComputed(const Words& words) {
-    static constexpr std::string_view telling[] = {"mag", "magnitude", "ang", "angle", "rms"};
+    static constexpr std::string_view computed[] = {"mag", "magnitude", "ang", "angle", "rms"};
     return std::any_of(words.begin(), words.end(), [](const std::string& word) {
-        return std::find(std::begin(telling), std::end(telling), word) != std::end(telling);
+        return std::find(std::begin(computed), std::end(computed), word) != std::end(computed);
     });
 }
 
-/// The name with its telling words left out is the group's.
-std::optional<Identity> identifyByName(std::string_view name) {
-    Words words = wordsOf(name);
-    if (isComputed(words)) {
-        return std::nullopt;
-    }
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (auto identity = identifyWord(words[i])) {
-            words[i].clear();
-            for (const std::string& word : words) {
-                identity->group += ' ' + word;
+/// One word with both quantity and phase. The group is the rest of the name.
+std::optional<Identity> identifyByOneWord(Words words) {
+    for (std::string& word : words) {
+        if (auto identity = identifyWord(word)) {
+            word.clear();
+            for (const std::string& other : words) {
+                identity->group += ' ' + other;
             }
             return identity;
         }
     }
+    return std::nullopt;
+}
+
+/// A word for the quantity and one for the phase, such as "Voltage A". The group is the rest of the name.
+std::optional<Identity> identifyByTwoWords(const Words& words) {
+    Identity identity{Quantity::unknown, 0, "", byName};
     std::optional<Phase> phase;
-    Identity identity{Quantity::unknown, 0, "", "by its name"};
+    std::string rest;
     for (const std::string& word : words) {
         if (const Quantity quantity = quantityOf(word); quantity != Quantity::unknown && word.size() > 1) {
             identity.quantity = quantity;
         } else if (const auto here = phaseOf(word)) {
             phase = here;
         } else {
-            identity.group += ' ' + word;
+            rest += ' ' + word;
         }
     }
     if (!phase || identity.quantity == Quantity::unknown) {
         return std::nullopt;
     }
     identity.phase = phase->number;
-    identity.group = std::string(phase->letters) + " words" + identity.group;
+    identity.group = std::string(phase->letters) + " words" + rest;
     return identity;
+}
+
+std::optional<Identity> identifyByName(std::string_view name) {
+    const Words words = wordsOf(name);
+    if (isComputed(words)) {
+        return std::nullopt;
+    }
+    const auto identity = identifyByOneWord(words);
+    return identity ? identity : identifyByTwoWords(words);
 }
 
 std::optional<Identity> identify(const Column& column) {
@@ -140,7 +153,7 @@ std::optional<Identity> identify(const Column& column) {
                     "by unit " + column.unit + " and phase " + column.phase};
 }
 
-/// Columns of one quantity that are alike but for their phases.
+/// Columns of one quantity that differ only in their phases.
 struct Group {
     std::string name;
     std::array<std::optional<std::size_t>, phaseTotal> columns;
@@ -168,7 +181,7 @@ std::vector<Group> groupsOf(const Identities& identities, Quantity quantity) {
     return groups;
 }
 
-/// The only column that is identified as the channel.
+/// The column identified as the channel. Fails when there are several.
 std::optional<std::size_t> onlyColumn(const Recording& recording, const Identities& identities, std::size_t channel) {
     std::optional<std::size_t> found;
     for (std::size_t i = 0; i < identities.size(); ++i) {
@@ -177,7 +190,7 @@ std::optional<std::size_t> onlyColumn(const Recording& recording, const Identiti
         }
         if (found) {
             failInput(recording.source + ": columns " + inQuotes(recording.columns[*found].name) + " and " +
-                      inQuotes(recording.columns[i].name) + " both name " + std::string(channelNames[channel]) +
+                      inQuotes(recording.columns[i].name) + " both match " + std::string(channelNames[channel]) +
                       "; choose one by name or number with --map " + std::string(channelNames[channel]) + "=COLUMN");
         }
         found = i;
@@ -185,35 +198,35 @@ std::optional<std::size_t> onlyColumn(const Recording& recording, const Identiti
     return found;
 }
 
-/// Guesses the columns of one quantity for the channels without one.
+/// Guesses the columns of the channels of one quantity that have none.
 void guess(const Recording& recording, const Identities& identities, Quantity quantity, Assignment& assignment) {
     const auto groups = groupsOf(identities, quantity);
-    const auto group = std::find_if(groups.begin(), groups.end(), [](const Group& g) { return g.isComplete(); });
-    const auto complete = std::count_if(groups.begin(), groups.end(), [](const Group& g) { return g.isComplete(); });
-    const std::size_t firstChannel = quantity == Quantity::current ? phaseTotal : 0;
+    const auto isComplete = [](const Group& group) { return group.isComplete(); };
+    const auto group = std::find_if(groups.begin(), groups.end(), isComplete);
+    const auto complete = std::count_if(groups.begin(), groups.end(), isComplete);
+    const std::string suchGroups = complete > 1 ? ", first of " + std::to_string(complete) + " such groups" : "";
+    const bool isOfCurrents = quantity == Quantity::current;
     std::vector<std::string> guessed;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const std::size_t channel = firstChannel + phase;
-        if (assignment.columns[channel]) {
+        const std::size_t channel = (isOfCurrents ? phaseTotal : 0) + phase;
+        auto& column = assignment.columns[channel];
+        if (column) {
             continue;
         }
-        auto& column = assignment.columns[channel];
         column = group != groups.end() ? group->columns[phase] : onlyColumn(recording, identities, channel);
         if (column) {
-            assignment.reasons[channel] =
-                identities[*column]->reason +
-                (complete > 1 ? ", first of " + std::to_string(complete) + " such groups" : "");
+            assignment.reasons[channel] = identities[*column]->reason + suchGroups;
             guessed.push_back(inQuotes(recording.columns[*column].name));
         }
     }
     if (complete > 1 && !guessed.empty()) {
-        assignment.warnings.push_back(joined(guessed) + " are taken, the first of " + std::to_string(complete) +
-                                      " groups of " + (quantity == Quantity::current ? "currents" : "voltages") +
-                                      "; --map chooses others");
+        assignment.warnings.push_back("using " + joined(guessed) + ", the first of " + std::to_string(complete) +
+                                      " groups of " + (isOfCurrents ? "currents" : "voltages") +
+                                      "; choose others with --map");
     }
 }
 
-/// Readers number the columns of a file that does not name them.
+/// Readers number the columns of a file without names.
 bool haveNoNames(const Recording& recording) {
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
         if (recording.columns[i].name != std::to_string(i + 1)) {
@@ -223,14 +236,14 @@ bool haveNoNames(const Recording& recording) {
     return true;
 }
 
-void guessByPlace(const Recording& recording, Assignment& assignment) {
+void guessByPosition(const Recording& recording, Assignment& assignment) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         assignment.columns[channel] = channel;
-        assignment.reasons[channel] = "by its place";
+        assignment.reasons[channel] = "by position";
     }
-    assignment.warnings.push_back("nothing in " + recording.source +
-                                  " says which column holds what: they are taken as Ua, Ub, Uc, Ia, Ib, Ic; --map "
-                                  "chooses others");
+    assignment.warnings.push_back(recording.source +
+                                  ": the columns have no names; assuming the order Ua, Ub, Uc, Ia, Ib, Ic; choose "
+                                  "others with --map");
 }
 
 }  // namespace
@@ -267,7 +280,7 @@ Assignment assignColumns(const Recording& recording, const PerChannel<std::strin
     Identities identities(recording.columns.size());
     std::transform(recording.columns.begin(), recording.columns.end(), identities.begin(), identify);
     if (!isChosen && recording.columns.size() == channelTotal && haveNoNames(recording)) {
-        guessByPlace(recording, assignment);
+        guessByPosition(recording, assignment);
     }
     guess(recording, identities, Quantity::voltage, assignment);
     guess(recording, identities, Quantity::current, assignment);

@@ -10,26 +10,26 @@
 
 namespace rt305 {
 
-/// Which column holds which channel, and why.
+/// Which column holds each channel, and why.
 struct Assignment {
     PerChannel<std::optional<std::size_t>> columns;
     PerChannel<std::string> reasons;
-    std::vector<std::string> warnings;  // of guesses that another column could have met as well
+    std::vector<std::string> warnings;  // about ambiguous guesses
 };
 
-/// The column that holds each channel: the user's choice (a column's name in any case, or its number from 1), else a
+/// Finds the column of each channel: the user's choice (a column name in any case, or a number from 1), otherwise a
 /// guess.
 ///
-/// A guess takes a column by a word such as "Ua", "V1", "ib", "IL2" or "VR" in its name, by two such as "Voltage A", or
-/// by its unit and the phase that the file gives it; never one whose unit is neither of voltage nor of current. Of
-/// several groups of three that differ in the rest of their names only, the first is taken. Six columns
-/// without names are taken in order.
+/// A column is recognised by a word in its name ("Ua", "V1", "ib", "IL2", "VR"), by two words ("Voltage A"), or by its
+/// unit and the phase given in the file. Its unit must be of voltage or current, or missing. If several groups of three
+/// columns match that differ only in the rest of their names, the first group is used. Six columns without names are
+/// used in order.
 ///
-/// Fails when a choice does not exist, when two columns outside a group name one channel, and when a column that is
-/// taken has a fault.
+/// Fails when a chosen column does not exist, when two columns outside a group match one channel, and when a column
+/// that is used has a fault.
 Assignment assignColumns(const Recording& recording, const PerChannel<std::string>& chosen = {});
 
-/// The column of that name in any case, else of that number from 1. Fails when there is none.
+/// Finds a column by its name in any case, or by its number from 1. Fails when there is none.
 std::size_t findColumn(const Recording& recording, const std::string& nameOrNumber);
 
 }  // namespace rt305

@@ -9,7 +9,7 @@ namespace rt305 {
 
 namespace {
 
-/// "Ua=x" -> (0, "x"); nothing when there is no such channel or no "=".
+/// Parses "Ua=x" into channel and text: (0, "x").
 std::optional<std::pair<std::size_t, std::string_view>> parseAssignment(std::string_view item) {
     const std::size_t equals = item.find('=');
     if (equals == std::string_view::npos) {

@@ -13,12 +13,14 @@ namespace rt305 {
 namespace {
 
 constexpr double twoPi = 6.283185307179586;
+constexpr double mostSamples = 1e8;
+constexpr int mostTimeDecimals = 9;
 
 double radians(double degrees) {
     return degrees / 360.0 * twoPi;
 }
 
-/// Standard normal numbers whose values do not depend on the C++ library.
+/// Standard normal numbers, the same with every C++ library.
 class Gaussian {
 public:
     explicit Gaussian(std::uint64_t seed) : random_(seed) {}
@@ -36,9 +38,8 @@ private:
 
 std::size_t sampleCount(const GeneratorSettings& settings) {
     const double samples = std::round(settings.rateHz * settings.durationSeconds);
-    if (!(samples >= 1.0 && samples <= 1e8)) {
-        failUsage("the rate times the duration gives " + formatNumber(samples) +
-                  " samples; from 1 to 100 million can be generated");
+    if (!(samples >= 1.0 && samples <= mostSamples)) {
+        failUsage("rate times duration is " + formatNumber(samples) + " samples; choose them for 1 to 100 million");
     }
     return static_cast<std::size_t>(samples);
 }
@@ -66,19 +67,19 @@ std::vector<double> waveform(const GeneratorSettings& settings, std::size_t chan
 void cutDropouts(const GeneratorSettings& settings, Recording& recording) {
     for (const Dropout& dropout : settings.dropouts) {
         if (dropout.start > recording.length || dropout.count > recording.length - dropout.start) {
-            failUsage("a dropout of " + std::string(channelNames[dropout.channel]) + " ends beyond the last of " +
-                      std::to_string(recording.length) + " samples");
+            failUsage("a dropout of " + std::string(channelNames[dropout.channel]) +
+                      " ends after the recording, which has " + std::to_string(recording.length) + " samples");
         }
         std::fill_n(recording.columns[dropout.channel].samples.begin() + static_cast<std::ptrdiff_t>(dropout.start),
                     dropout.count, 0.0);
     }
 }
 
-/// So many decimals that the sampling times are exact where nine decimals can be.
+/// The number of decimals that makes sampling times exact, at most nine.
 int timeDecimals(double rateHz) {
     int decimals = 0;
     double scale = 1.0;
-    while (decimals < 9 && std::fmod(scale, rateHz) != 0.0) {
+    while (decimals < mostTimeDecimals && std::fmod(scale, rateHz) != 0.0) {
         ++decimals;
         scale *= 10.0;
     }
@@ -115,11 +116,7 @@ void writeCsv(const Recording& recording, int digits, std::ostream& out) {
     out << "Time(s)";
     for (const Column& column : recording.columns) {
         out << ',' << column.name << '(' << column.unit << ')';
-        double largest = 0.0;
-        for (const double x : column.samples) {
-            largest = std::max(largest, std::fabs(x));
-        }
-        decimals.push_back(decimalsFor(largest, digits));
+        decimals.push_back(decimalsFor(largestMagnitude(column.samples), digits));
     }
     out << '\n';
     const double rateHz = recording.segments[0].rateHz;

@@ -13,8 +13,34 @@ namespace rt305 {
 
 namespace {
 
+constexpr double sameRateShare = 0.99;    // rates of at least this share of the highest count as the highest
+constexpr std::size_t fewestClipped = 3;  // equal samples in a row at an extreme
+constexpr double sharpStep = 2.0;         // of the smallest step in the column
+
 double rateBetween(const Recording& recording, std::size_t first, std::size_t count) {
     return static_cast<double>(count - 1) / (recording.seconds[first + count - 1] - recording.seconds[first]);
+}
+
+/// The smallest and the largest sample; NaN is ignored.
+std::pair<double, double> rangeOf(const std::vector<double>& samples) {
+    double smallest = std::numeric_limits<double>::infinity();
+    double largest = -smallest;
+    for (const double x : samples) {
+        smallest = std::fmin(smallest, x);
+        largest = std::fmax(largest, x);
+    }
+    return {smallest, largest};
+}
+
+/// The smallest nonzero difference between neighbouring samples; infinity when there is none.
+double smallestStepIn(const std::vector<double>& samples) {
+    double smallest = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 1; k < samples.size(); ++k) {
+        if (const double step = std::fabs(samples[k] - samples[k - 1]); step > 0.0) {
+            smallest = std::min(smallest, step);
+        }
+    }
+    return smallest;
 }
 
 }  // namespace
@@ -33,7 +59,9 @@ std::size_t mainSegment(const Recording& recording) {
     const double highest = std::max_element(segments.begin(), segments.end(), [](const Segment& a, const Segment& b) {
                                return a.rateHz < b.rateHz;
                            })->rateHz;
-    const auto countAtHighest = [highest](const Segment& s) { return s.rateHz >= 0.99 * highest ? s.count : 0; };
+    const auto countAtHighest = [highest](const Segment& s) {
+        return s.rateHz >= sameRateShare * highest ? s.count : 0;
+    };
     const auto longest = std::max_element(segments.begin(), segments.end(), [&](const Segment& a, const Segment& b) {
         return countAtHighest(a) < countAtHighest(b);
     });
@@ -47,7 +75,7 @@ Segment partOf(const Recording& recording, const Segment& segment, double startS
     if (!(skipped >= 0.0 && left >= 1.0 && wanted >= 1.0 && wanted <= left)) {
         failInput(recording.source + ": the part from " + formatNumber(startSeconds) + " s on" +
                   (durationSeconds == 0.0 ? "" : ", " + formatNumber(durationSeconds) + " s long,") +
-                  " does not lie inside the segment, which lasts " +
+                  " is not inside the segment, which lasts " +
                   formatNumber(static_cast<double>(segment.count) / segment.rateHz) + " s");
     }
     Segment part{segment.first + static_cast<std::size_t>(skipped), static_cast<std::size_t>(wanted), segment.rateHz};
@@ -58,27 +86,19 @@ Segment partOf(const Recording& recording, const Segment& segment, double startS
 }
 
 std::size_t countClipped(const std::vector<double>& samples) {
-    double smallestStep = std::numeric_limits<double>::infinity();
-    double smallest = std::numeric_limits<double>::infinity();
-    double largest = -smallest;
-    for (std::size_t k = 0; k < samples.size(); ++k) {
-        smallest = std::fmin(smallest, samples[k]);
-        largest = std::fmax(largest, samples[k]);
-        if (const double step = k == 0 ? 0.0 : std::fabs(samples[k] - samples[k - 1]); step > 0.0) {
-            smallestStep = std::min(smallestStep, step);
-        }
-    }
-    const auto isSharp = [&](std::size_t k) {  // the step before sample k
-        return std::fabs(samples[k] - samples[k - 1]) > 2.0 * smallestStep;
-    };
+    const auto [smallest, largest] = rangeOf(samples);
+    const double sharp = sharpStep * smallestStepIn(samples);
+    const auto isSharp = [&](std::size_t k) { return std::fabs(samples[k] - samples[k - 1]) > sharp; };
     std::size_t clipped = 0;
     for (std::size_t first = 0, end = 0; first < samples.size(); first = std::max(end, first + 1)) {
         for (end = first; end < samples.size() && samples[end] == samples[first];) {
             ++end;
         }
-        const bool extreme = samples[first] == smallest || samples[first] == largest;
+        const bool isExtreme = samples[first] == smallest || samples[first] == largest;
         const bool isInside = first > 0 && end < samples.size();
-        clipped += extreme && isInside && end - first >= 3 && (isSharp(first) || isSharp(end)) ? end - first : 0;
+        if (isExtreme && isInside && end - first >= fewestClipped && (isSharp(first) || isSharp(end))) {
+            clipped += end - first;
+        }
     }
     return clipped;
 }
@@ -86,6 +106,14 @@ std::size_t countClipped(const std::vector<double>& samples) {
 std::size_t countMissing(const std::vector<double>& samples) {
     return static_cast<std::size_t>(
         std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); }));
+}
+
+double largestMagnitude(const std::vector<double>& samples) {
+    double largest = 0.0;
+    for (const double x : samples) {
+        largest = std::fmax(largest, std::fabs(x));
+    }
+    return largest;
 }
 
 std::vector<double> samplesInBaseUnit(const Column& column) {

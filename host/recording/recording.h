@@ -7,7 +7,7 @@
 
 namespace rt305 {
 
-/// The instrument transformer between the grid and a recorder, and which side of it a file's values are of.
+/// The instrument transformer between grid and recorder, and the side that the values in the file refer to.
 struct Transformer {
     enum class Side { unknown, primary, secondary };
 
@@ -16,57 +16,62 @@ struct Transformer {
     Side side = Side::unknown;
 };
 
-/// One column of a recording as its file holds it.
+/// One column of a recording, as in the file.
 struct Column {
     std::string name;
-    std::string unit;             // as written in the file; empty when the file does not say
+    std::string unit;             // as written in the file; empty when not given
     std::vector<double> samples;  // in `unit`; NaN where one is missing
-    std::string fault;            // why the column holds no samples; empty when it does
-    std::string phase{};          // as written in the file: "A", "R", "L1"; empty when the file does not say
+    std::string fault;            // why the column has no samples; empty when it has
+    std::string phase{};          // as written in the file: "A", "R", "L1"; empty when not given
     Transformer transformer{};
-    double delaySeconds = 0.0;  // by which its samples were taken later than the recording's time says
+    double delaySeconds = 0.0;  // of its samples, relative to the times of the recording
 };
 
-/// A run of samples that are evenly spaced in time.
+/// A run of evenly spaced samples.
 struct Segment {
     std::size_t first = 0;
     std::size_t count = 0;
     double rateHz = 0.0;
 };
 
-/// What every file reader makes, and all that the rest of the tool knows of a file.
+/// The content of a file of any format, in its own units. Every reader makes one; the rest of the tool uses nothing
+/// else.
 struct Recording {
-    std::string source;  // the file's name, for messages
+    std::string source;  // file name, for messages
     std::vector<Column> columns{};
-    std::size_t length = 0;           // samples in every column without a fault
-    std::vector<double> seconds{};    // when each sample was taken; empty when the file does not say
-    std::vector<Segment> segments{};  // all samples in order; empty when the rate is unknown
-    std::string rateOrigin{};         // "from column ..." and the like
-    std::string format{};             // "CSV", "COMTRADE, BINARY" and the like
-    std::vector<std::pair<std::string, std::string>> facts{};  // what else the file says of itself: label, text
-    std::vector<std::string> warnings{};                       // what a reader found odd but could read
-    std::vector<std::string> files{};                          // that were read; none when it was stdin
+    std::size_t length = 0;                                    // samples in every column without a fault
+    std::vector<double> seconds{};                             // time of each sample; empty when unknown
+    std::vector<Segment> segments{};                           // all samples in order; empty when the rate is unknown
+    std::string rateOrigin{};                                  // "from column ..." and the like
+    std::string format{};                                      // "CSV", "COMTRADE, BINARY" and the like
+    std::vector<std::pair<std::string, std::string>> facts{};  // other information in the file: label, text
+    std::vector<std::string> warnings{};                       // problems that did not prevent reading
+    std::vector<std::string> files{};                          // all files read; empty for stdin
 
-    /// Evenly spaced samples from time zero on, all one segment.
+    /// Makes the recording one segment of evenly spaced samples from time zero.
     void setRate(double rateHz, std::string origin);
 };
 
-/// The segment that is measured when nobody chooses: among those with the highest rate, within 1 %, the longest.
-/// The recording has one.
+/// The segment that is measured by default: the longest of those within 1 % of the highest rate. The recording must
+/// have a segment.
 std::size_t mainSegment(const Recording& recording);
 
-/// The samples of a segment from `startSeconds` after its first on, as many as last `durationSeconds` (0: to its end),
-/// with the rate that they have. Fails when there are none.
+/// The part of a segment that begins `startSeconds` after its first sample and lasts `durationSeconds` (0: to the end
+/// of the segment), with its own mean rate. Fails when it is empty or not inside the segment.
 Segment partOf(const Recording& recording, const Segment& segment, double startSeconds, double durationSeconds);
 
-/// How many samples seem cut off: those in runs of three or more at the largest or the smallest value, not at the ends
-/// of the column, that begin or end with a step greater than twice its smallest, which a rounded crest does not have.
+/// Counts samples that seem clipped: runs of three or more at the largest or smallest value, not at an end of the
+/// column, that begin or end with a step of more than twice the smallest step in the column. A rounded crest has no
+/// such step.
 std::size_t countClipped(const std::vector<double>& samples);
 
-/// How many samples are missing.
+/// Counts missing samples (NaN).
 std::size_t countMissing(const std::vector<double>& samples);
 
-/// The samples of a column in V or A, whatever the prefix of its unit. Units that are not known count as V or A.
+/// The largest absolute value. NaN is ignored; 0 when there are no samples.
+double largestMagnitude(const std::vector<double>& samples);
+
+/// The samples of a column in V or A. Samples of an unknown unit are unchanged.
 std::vector<double> samplesInBaseUnit(const Column& column);
 
 }  // namespace rt305

@@ -6,6 +6,12 @@
 
 namespace rt305 {
 
+namespace {
+
+constexpr double thresholdShare = 0.25;  // of the largest magnitude
+
+}  // namespace
+
 std::optional<double> estimateFundamental(const std::vector<double>& samples, double rateHz) {
     const double mean = std::accumulate(samples.begin(), samples.end(), 0.0) /
                         static_cast<double>(std::max<std::size_t>(samples.size(), 1));
@@ -13,9 +19,9 @@ std::optional<double> estimateFundamental(const std::vector<double>& samples, do
     for (const double x : samples) {
         largest = std::max(largest, std::fabs(x - mean));
     }
-    const double threshold = largest / 4.0;
+    const double threshold = thresholdShare * largest;
     std::vector<double> crossings;
-    bool armed = false;  // the signal has been below -threshold
+    bool armed = false;  // the signal has been below -threshold since the last crossing
     double crossing = 0.0;
     for (std::size_t k = 1; k < samples.size(); ++k) {
         const double before = samples[k - 1] - mean;

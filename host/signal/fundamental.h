@@ -6,10 +6,10 @@
 
 namespace rt305 {
 
-/// A rough fundamental frequency in Hz, good enough to explain a result, not to be one: the mean distance of upward
-/// zero crossings of the mean-free signal, placed between samples by a straight line. A crossing counts when the signal
-/// has been below -h and then rises above +h, h being a quarter of the largest magnitude, so that noise and harmonics
-/// near zero do not count twice. Nothing for less than two crossings or a signal with NaN.
+/// Estimates the fundamental frequency in Hz from the mean distance of upward zero crossings of the signal minus its
+/// mean, interpolated linearly between samples. A crossing counts when the signal goes from below -h to above +h, where
+/// h is a quarter of the largest magnitude, so that noise and harmonics near zero do not count twice. Gives nothing for
+/// fewer than two crossings and for signals with NaN. Good enough to explain a result, not to be one.
 std::optional<double> estimateFundamental(const std::vector<double>& samples, double rateHz);
 
 }  // namespace rt305

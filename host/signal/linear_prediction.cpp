@@ -9,9 +9,10 @@ namespace {
 
 constexpr std::size_t longestBlock = 1024;
 constexpr std::size_t highestOrder = 96;
+constexpr double smallestError = 1e-26;  // squared, relative to the power of the signal: rounding errors
 
-/// Coefficients a with x[k] = sum a[j] * x[k - 1 - j] + error, so that the sum of the squared errors forward and
-/// backward is least from order to order. The order ends where errors are of the size of rounding errors.
+/// Coefficients a in x[k] = sum a[j] * x[k - 1 - j] + error. Each order minimises the sum of the squared forward and
+/// backward errors. Stops early when only rounding errors are left.
 std::vector<double> predictorOf(const std::vector<double>& x, std::size_t order) {
     std::vector<double> forward = x;
     std::vector<double> backward = x;
@@ -24,7 +25,7 @@ std::vector<double> predictorOf(const std::vector<double>& x, std::size_t order)
             product += forward[k] * backward[k - 1];
             energy += forward[k] * forward[k] + backward[k - 1] * backward[k - 1];
         }
-        if (!(energy > 1e-26 * power)) {
+        if (!(energy > smallestError * power)) {
             break;
         }
         const double reflection = 2.0 * product / energy;

@@ -6,10 +6,10 @@
 
 namespace rt305 {
 
-/// The `count` samples that follow x by linear prediction: sums of sines go on as they are, noise and what has died
-/// away decay to the mean. The order is a third of the samples, at most 96; the last 1024 of them are looked at. Empty
-/// x is followed by zeros; x must hold no NaN. J. P. Burg, Maximum Entropy Spectral Analysis, 37th meeting of the
-/// Society of Exploration Geophysicists (1967).
+/// Continues x by `count` samples with linear prediction: sums of sines continue unchanged, noise and decaying
+/// components fall to the mean. Uses the last 1024 samples; the order is a third of their number, at most 96. Empty x
+/// gives zeros; x must not contain NaN. J. P. Burg, Maximum Entropy Spectral Analysis, 37th meeting of the Society of
+/// Exploration Geophysicists (1967).
 std::vector<double> predicted(const std::vector<double>& x, std::size_t count);
 
 }  // namespace rt305

@@ -14,7 +14,11 @@ namespace rt305 {
 
 namespace {
 
-/// NaN replaced by the straight line between their neighbours, or by the only neighbour.
+constexpr double filterReach = 256.0;  // samples at the lower rate on which the filter depends, on either side
+constexpr std::size_t leadsTried = 1000;
+constexpr double sameOffset = 1e-9;  // of a new period; the shorter of two equally good leads is taken
+
+/// Replaces NaN by linear interpolation between the neighbours, or by the only neighbour.
 std::vector<double> bridged(std::vector<double> x) {
     std::size_t k = 0;
     while (k < x.size()) {
@@ -36,26 +40,25 @@ std::vector<double> bridged(std::vector<double> x) {
     return x;
 }
 
-/// `count` samples from `first` on, with `lead` more before and behind them: those of x, and beyond its ends predicted
-/// ones.
+/// `count` samples from `first` on, with `lead` more on either side: those of x, and predicted ones beyond its ends.
 std::vector<double> withSurroundings(const std::vector<double>& x, std::size_t first, std::size_t count,
                                      std::size_t lead) {
     const std::size_t before = lead - std::min(lead, first);
     const std::size_t left = x.size() - first - count;
-    const std::size_t behind = lead - std::min(lead, left);
+    const std::size_t after = lead - std::min(lead, left);
     std::vector<double> y;
     if (before > 0) {
         y = predicted({x.rbegin(), x.rend()}, before);
         std::reverse(y.begin(), y.end());
     }
     const auto at = [&x](std::size_t k) { return x.begin() + static_cast<std::ptrdiff_t>(k); };
-    y.insert(y.end(), at(first + before - lead), at(first + count + lead - behind));
-    const auto tail = behind > 0 ? predicted(x, behind) : std::vector<double>{};
+    y.insert(y.end(), at(first + before - lead), at(first + count + lead - after));
+    const auto tail = after > 0 ? predicted(x, after) : std::vector<double>{};
     y.insert(y.end(), tail.begin(), tail.end());
     return y;
 }
 
-/// Makes the samples from place `from` up to `to`, at least the nearest one, NaN.
+/// Sets the samples between the positions `from` and `to`, and at least the nearest one, to NaN.
 void markGap(std::vector<double>& y, double from, double to) {
     const double last = static_cast<double>(y.size()) - 1.0;
     const double nearest = std::round((from + to) / 2.0);
@@ -65,14 +68,14 @@ void markGap(std::vector<double>& y, double from, double to) {
               std::numeric_limits<double>::quiet_NaN());
 }
 
-/// How many samples to put before the stretch so that its first lies on the new grid as well as can be.
+/// The number of samples to put in front so that the first new sample is as close as possible to the first old one.
 std::size_t leadFor(double ratio) {
-    const auto least = static_cast<std::size_t>(std::ceil(256.0 * std::max(1.0, 1.0 / ratio)));
+    const auto least = static_cast<std::size_t>(std::ceil(filterReach * std::max(1.0, 1.0 / ratio)));
     std::size_t best = least;
     double smallest = 1.0;
-    for (std::size_t lead = least; lead < least + 1000; ++lead) {
+    for (std::size_t lead = least; lead < least + leadsTried; ++lead) {
         const double place = static_cast<double>(lead) * ratio;
-        if (const double off = std::fabs(place - std::round(place)); off < smallest - 1e-9) {
+        if (const double off = std::fabs(place - std::round(place)); off < smallest - sameOffset) {
             smallest = off;
             best = lead;
         }
@@ -88,7 +91,7 @@ std::vector<double> converted(const std::vector<double>& x, double fromHz, doubl
     std::size_t done = 0;
     if (soxr_oneshot(fromHz, toHz, 1, x.data(), x.size(), nullptr, y.data(), y.size(), &done, &io, &quality, nullptr) !=
         nullptr) {
-        throw std::bad_alloc();  // its arguments are sound
+        throw std::bad_alloc();  // the arguments are valid, so memory is the only possible reason
     }
     y.resize(done);
     return y;

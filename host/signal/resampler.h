@@ -6,17 +6,17 @@
 
 namespace rt305 {
 
-/// The share of half the lower of the two rates up to which resampling keeps amplitudes.
+/// Resampling keeps amplitudes up to this share of half the lower of the two rates.
 inline constexpr double resampledBandwidth = 0.91;
 
-/// A stretch of samples as it would have been taken at another rate: round(count * toHz / fromHz) of them, without the
-/// filter's delay. The first is at the time of samples[first] to within 0.3 % of a new period, and exactly for ratios
-/// of small numbers; channels of one rate keep their angles whatever it is.
+/// Resamples `count` samples from `first` on: round(count * toHz / fromHz) samples, without filter delay. The first one
+/// is at the time of samples[first], exactly for ratios of small integers, otherwise to within 0.3 % of a new period.
+/// The shift is equal for channels of equal rate, so angles between them are exact.
 ///
-/// Linear phase, flat to `resampledBandwidth` of half the lower of the two rates and shut from that half on, with
-/// errors below 1e-6 of the amplitude. What lies before and behind the stretch is used where there is any, and linear
-/// prediction beyond the ends of `samples`, so that sines keep that accuracy to the last sample. NaN are bridged by
-/// straight lines, and the new samples in their place are NaN. Equal rates give the stretch as it is.
+/// The filter has linear phase; its passband ends at `resampledBandwidth` of half the lower rate, its stopband begins
+/// at that half; errors are below 1e-6 of the amplitude. It also uses the samples before and after the given ones, and
+/// linear prediction beyond the ends of `samples`, so that sines keep this accuracy up to the last sample. NaN are
+/// interpolated linearly for the filter; the new samples in their place are NaN. Equal rates give an exact copy.
 std::vector<double> resampled(const std::vector<double>& samples, std::size_t first, std::size_t count, double fromHz,
                               double toHz);
 

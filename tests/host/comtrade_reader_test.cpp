@@ -124,8 +124,8 @@ TEST(ComtradeReader, ReadsBinaryForms) {
         ASSERT_EQ(cut.warnings.size(), 2U);
         const std::size_t size = data.size() / 2;
         EXPECT_EQ(cut.warnings[0], "rec.dat: byte " + std::to_string(size) + ": the last " + std::to_string(size - 1) +
-                                       " bytes are no whole record of " + std::to_string(size) +
-                                       " bytes and are left out");
+                                       " bytes are not a whole record of " + std::to_string(size) +
+                                       " bytes and are ignored");
         EXPECT_EQ(cut.warnings[1], "rec.dat: holds 1 samples, but the configuration announces 2");
         EXPECT_NE(failureOf(configuration, "123").find("rec.dat: holds 3 bytes"), std::string::npos);
     }
@@ -138,11 +138,11 @@ TEST(ComtradeReader, SaysWhereItFails) {
         std::string message;
     };
     const Case cases[] = {
-        {{.counts = "3,2,1"}, threeRows, "rec.cfg:2: \"3,2,1\" does not give channel counts such as 10,6A,4D"},
+        {{.counts = "3,2,1"}, threeRows, "rec.cfg:2: \"3,2,1\" is not a line of channel counts such as 10,6A,4D"},
         {{.counts = "3,999999A,1D"},
          threeRows,
-         "rec.cfg:2: announces 999999 analog and 1 status channels, but the configuration has 13 lines only"},
-        {{.counts = "1,0A,3D"}, threeRows, "rec.cfg:2: there is no analog channel"},
+         "rec.cfg:2: announces 999999 analog and 1 status channels, but the configuration has only 13 lines"},
+        {{.counts = "1,0A,3D"}, threeRows, "rec.cfg:2: there are no analog channels"},
         {{.counts = "12,2A,10D"}, threeRows, "rec.cfg:12: the configuration ends here, before the last status channel"},
         {{.first = "1,Ua,A,,V,0.5"}, threeRows, "rec.cfg:3: 6 fields; an analog channel has 10 or 13"},
         {{.first = "1,Ua,A,,V,half,-1,0,0,0"}, threeRows, "rec.cfg:3: the multiplier \"half\" is not a number"},
@@ -151,8 +151,8 @@ TEST(ComtradeReader, SaysWhereItFails) {
         {{.rates = "2\n50,30\n50,3"},
          threeRows,
          "rec.cfg:9: \"50,3\" is not a rate with the number of its last sample"},
-        {{.form = "PACKED"}, threeRows, "rec.cfg: no line says ASCII, BINARY, BINARY32 or FLOAT32"},
-        {{}, "", "rec.dat: there is no line of samples"},
+        {{.form = "PACKED"}, threeRows, "rec.cfg: found no line with ASCII, BINARY, BINARY32 or FLOAT32"},
+        {{}, "", "rec.dat: found no lines of samples"},
         {{}, "1,0,2,10,0\n2,1000,four,20,0\n", "rec.dat:2: field 3, \"four\", is not a number"},
         {{}, "1,0,2\n2,1000,4,20,0\n", "rec.dat:1: 3 fields, but the configuration announces 5"},
     };
@@ -244,11 +244,11 @@ TEST(ComtradeFile, IsCutIntoSections) {
     };
     for (const Case& c : cases) {
         EXPECT_TRUE(rt305::isComtradeFile(c.text));
-        const ComtradeParts parts = rt305::cutComtradeFile(c.text, "rec.cff");
+        const ComtradeParts parts = rt305::splitComtradeFile(c.text, "rec.cff");
         EXPECT_EQ(parts.configuration, "c\n") << c.what;
         EXPECT_EQ(parts.data, c.data) << c.what;
     }
-    EXPECT_THROW(rt305::cutComtradeFile("--- file type: CFG ---\nc\n", "rec.cff"), rt305::Failure);
+    EXPECT_THROW(rt305::splitComtradeFile("--- file type: CFG ---\nc\n", "rec.cff"), rt305::Failure);
     EXPECT_FALSE(rt305::isComtradeFile("time,Ua\n0,1\n"));
 }
 

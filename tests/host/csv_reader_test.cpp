@@ -92,9 +92,9 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
 
 TEST(CsvReader, SaysWhereItFails) {
     const std::pair<std::string, std::string> cases[] = {
-        {"", "rec.csv: there is no row of samples"},
-        {"# only a comment\n", "rec.csv: there is no row of samples"},
-        {"time,Ua\n", "rec.csv: there is no row of samples"},
+        {"", "rec.csv: found no rows of numbers"},
+        {"# only a comment\n", "rec.csv: found no rows of numbers"},
+        {"time,Ua\n", "rec.csv: found no rows of numbers"},
         {"# c\nUa,Ub\n1,2\n\n1,2,3\n1,2\n", "rec.csv:5: 3 cells, but the rows have 2"},
         {"Ua,Ub\n1,2\n1,2\n7\n1,2\n", "rec.csv:4: 1 cells, but the rows have 2"},
         {"Ua;Ub\n1;2\n1;12,x\n", "rec.csv:3: column \"Ub\": \"12,x\" is not a number"},
@@ -108,10 +108,10 @@ TEST(CsvReader, SaysWhereItFails) {
         {"time,Ua\n4040-02-24 00:00:00,1\n", "rec.csv:2: column \"time\": \"4040-02-24 00:00:00\" is not a time"},
         {"time,Ua\n24:00:00,1\n", "rec.csv:2: column \"time\": \"24:00:00\" is not a time"},
         {"time,Ua\n1,1\n1,2\n",
-         "rec.csv: column \"time\" does not advance from the first row to the last, so there is no sample rate; give "
-         "--rate"},
+         "rec.csv: column \"time\" does not increase from the first row to the last, so the sample rate is unknown; "
+         "give it with --rate"},
         {"V1,MODAQ_Va_V\n1,1\n",
-         "rec.csv: columns \"V1\" and \"MODAQ_Va_V\" both name Ua; choose one by name or number with --map Ua=COLUMN"},
+         "rec.csv: columns \"V1\" and \"MODAQ_Va_V\" both match Ua; choose one by name or number with --map Ua=COLUMN"},
     };
     for (const auto& [text, message] : cases) {
         EXPECT_EQ(failureOf(text), message);
@@ -129,14 +129,14 @@ TEST(CsvReader, TimeThatJumpsBeginsASegment) {
         {"0 1 2.4 3.4", {4}, ""},
         {"0 1 4 5 6",
          {2, 3},
-         "rec.csv:4: the time step before this row is 3 s, usually it is 1 s (1 such steps in all)"},
+         "rec.csv:4: the time step before this row is 3 s instead of the usual 1 s (1 such steps in total)"},
         {"0 1 2 1 2 3 4",
          {3, 4},
-         "rec.csv:5: the time step before this row is -1 s, usually it is 1 s (1 such steps in all)"},
+         "rec.csv:5: the time step before this row is -1 s instead of the usual 1 s (1 such steps in total)"},
         {"0 1 0.5 1.5 2.5 2.5",
          {6},
-         "rec.csv: column \"time\" advances unevenly; the samples are taken as evenly spaced"},
-        {"0 0 0 3 3 3 6", {7}, "rec.csv: column \"time\" advances unevenly; the samples are taken as evenly spaced"},
+         "rec.csv: column \"time\" has uneven steps; the samples are treated as evenly spaced"},
+        {"0 0 0 3 3 3 6", {7}, "rec.csv: column \"time\" has uneven steps; the samples are treated as evenly spaced"},
     };
     for (const Case& c : cases) {
         std::string text = "time,Ua\n";
@@ -158,7 +158,7 @@ TEST(CsvReader, AShortLastRowIsLeftOut) {
     const Recording recording = readCsv("time,Ua\n0,1\n1,2\n2\n", "rec.csv");
     EXPECT_EQ(recording.length, 2U);
     EXPECT_EQ(recording.warnings,
-              std::vector<std::string>{"rec.csv:4: 1 cells, but the rows have 2; this last row is left out"});
+              std::vector<std::string>{"rec.csv:4: 1 cells, but the rows have 2; this last row is ignored"});
 }
 
 TEST(CsvReader, TheUserNamesTheColumns) {

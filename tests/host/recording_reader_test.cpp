@@ -50,7 +50,7 @@ TEST(RecordingReader, EveryRecorderTellsTheSameLoad) {
     const double stored = 1.0 / std::sqrt(2.0);
     const Case cases[] = {
         {"relay.cfg", {.storedAsRms = true}, {}, 1.0, 1.0, {}, {}},
-        {"relay.dat", {}, {}, stored, stored, {"--sqrt2 multiplies them"}, {}},
+        {"relay.dat", {}, {}, stored, stored, {"multiply them with --sqrt2"}, {}},
         {"swing.CFG",
          {.encoding = "windows-1251"},
          {},
@@ -74,7 +74,7 @@ TEST(RecordingReader, EveryRecorderTellsTheSameLoad) {
          1.0,
          {},
          {}},
-        {"sound.wav", {}, {}, 0.01, 0.5, {"relative to full scale"}, {"they are taken as Ua, Ub, Uc, Ia, Ib, Ic"}},
+        {"sound.wav", {}, {}, 0.01, 0.5, {"relative to full scale"}, {"assuming the order Ua, Ub, Uc, Ia, Ib, Ic"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
@@ -122,11 +122,10 @@ TEST(RecordingReader, SaysWhatIsWrongWithAFile) {
     put("named.txt", "s,r,1999\n2,1A,1D\n");
     const std::pair<const char*, const char*> cases[] = {
         {"nothing.csv", "nothing.csv: No such file or directory"},
-        {"lonely.cfg", "lonely.cfg: there is no lonely.dat beside it"},
+        {"lonely.cfg", "lonely.cfg: there is no lonely.dat in its folder"},
         {"alone.dat",
-         "alone.dat: byte 0: this is no text, and no format that is known here; a COMTRADE record needs its .cfg file "
-         "beside it"},
-        {"named.txt", "named.txt: there is no named.dat beside it"},
+         "alone.dat: byte 0: unrecognised binary file; a COMTRADE record needs its .cfg file in the same folder"},
+        {"named.txt", "named.txt: there is no named.dat in its folder"},
         {"damaged.wav", "damaged.wav: "},
         {"", "Is a directory"},
     };

@@ -116,7 +116,7 @@ TEST(Tool, ExitCodesAndMessages) {
         {"params --segment 4 " DATA_FOLDER "/segments.cfg 2>&1", 3, "there is no segment 4; the recording has 3"},
         {"params --start 0.3 " DATA_FOLDER "/segments.cfg 2>&1", 3, "the segment, which lasts 0.22 s"},
         {"info --primary --secondary " DATA_FOLDER "/segments.cfg 2>&1", 2, "--primary"},
-        {"info --encoding nonsense " DATA_FOLDER "/swing.DAT 2>&1", 2, "\"nonsense\" is no known text encoding"},
+        {"info --encoding nonsense " DATA_FOLDER "/swing.DAT 2>&1", 2, "\"nonsense\" is not a known text encoding"},
         {"info --gain 1 " DATA_FOLDER "/sound.wav 2>&1", 2, "not of the form COLUMN=FACTOR"},
         {"info - < " DATA_FOLDER "/single.cff 2>&1", 0, "COMTRADE, FLOAT32"},
         {"params --columns 't(ms),Ua,Ub,Uc,Ia(mA),Ib(mA),Ic(mA)' --segment 1 " DATA_FOLDER "/logger.csv 2>&1", 0,
