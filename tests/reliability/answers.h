@@ -3,62 +3,41 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <random>
-#include <stdexcept>
 
 #include "adapter/nlohmann/json.h"
-#include "plugin/plugin_host.h"
+#include "support/request.h"
 
-using Texts = std::vector<std::string>;
+constexpr std::uint32_t allTypes[]{4, 8, 21, 0};
+constexpr std::size_t ordinarySize = 2500;
 
-inline Texts textsOf(const Call& call) {
-    Texts texts;
-    for (const Call::Text text : call.made()) {
-        texts.emplace_back(call.texts[text]);
-    }
-    return texts;
+/// 100 V of 50 Hz with noise, so that no line of a spectrum is rounding alone.
+inline signals::Samples noisySine(std::size_t n, std::uint32_t channel) {
+    return signals::wave(signals::noise(n, channel), {{100.0, 50.0, 1.0 * channel}});
 }
 
-/// Twelve and a half cycles of 50 Hz with noise, so that no line of the spectra is rounding alone.
-inline std::vector<double> noisySine(std::size_t n, std::uint32_t channel) {
-    std::mt19937 random(channel);
-    std::uniform_real_distribution<double> noise(-1.0, 1.0);
-    std::vector<double> x = sine(n, 100.0, 50.0, channel);
-    std::transform(x.begin(), x.end(), x.begin(), [&](double value) { return value + noise(random); });
-    return x;
-}
-
-inline constexpr std::size_t ordinarySize = 2500;
-
-/// One call of every input type and operation, on channels that make(channel) gives, and what it answered.
-inline std::vector<Texts> answers(const std::function<std::vector<double>(std::uint32_t)>& make) {
-    std::vector<Texts> all;
-    for (const std::uint32_t type : {4U, 8U, 21U, 0U}) {
+/// The texts of one call of every input type and operation on six channels, made by make(channel).
+template <class Make>
+std::vector<std::string> answers(Make make) {
+    std::vector<std::string> all;
+    for (const std::uint32_t type : allTypes) {
         for (std::uint32_t operation = 0; operation < 4; ++operation) {
-            Call call;
-            for (std::uint32_t channel = 0; channel < 6; ++channel) {
-                call.add(static_cast<std::int32_t>(channel / 3), channel % 3, make(channel));
-            }
-            call.request.samplesNumber = call.samples[0].size();
-            call.request.inputType = type;
-            call.request.operation = operation;
-            call.request.auxMode = 5;
+            support::Call call(type, operation, support::sixChannels(make));
             call.request.options.measurementFlags = RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX;
-            if (call.run() != 1) {
-                throw std::runtime_error(call.texts[Call::error]);
+            if (!call.run()) {
+                throw std::runtime_error(call.texts.errorString);
             }
-            all.push_back(textsOf(call));
+            const auto made = call.madeTexts();
+            all.insert(all.end(), made.begin(), made.end());
         }
     }
     return all;
 }
 
-inline std::vector<Texts> ordinaryAnswers() {
+inline std::vector<std::string> ordinaryAnswers() {
     return answers([](std::uint32_t channel) { return noisySine(ordinarySize, channel); });
 }
 
-/// The largest difference of two texts' numbers relative to 1 or to the number; infinite when anything else differs.
+/// The largest difference between numbers, relative to 1 or to the number; infinite when anything else differs.
 inline double difference(const nlohmann::json& a, const nlohmann::json& b) {
     if (a.is_number() && b.is_number()) {
         return std::abs(a.get<double>() - b.get<double>()) / std::max(1.0, std::abs(a.get<double>()));
@@ -71,10 +50,6 @@ inline double difference(const nlohmann::json& a, const nlohmann::json& b) {
         largest = std::max(largest, difference(*x, *y));
     }
     return largest;
-}
-
-inline double difference(const std::string& a, const std::string& b) {
-    return difference(nlohmann::json::parse(a), nlohmann::json::parse(b));
 }
 
 #endif
