@@ -20,7 +20,7 @@ std::string titleOf(std::size_t n) {
 
 void addRow(const std::string& table, const NamedRecipe& named) {
     static const ReferenceTransform transform;
-    const std::shared_ptr<Call> call = makeCall(named.recipe);
+    const std::shared_ptr<support::Call> call = makeCall(named.recipe);
     addContender(table, named.name, "call", [call] { call->run(); });
     addContender(table, named.name, unitOfTime, [] { transform(); });
 }

@@ -19,6 +19,8 @@
 
 namespace {
 
+using support::Call;
+
 using nlohmann::json;
 
 constexpr std::size_t mixedCount = 600;
@@ -118,24 +120,17 @@ Difference differenceOf(const std::string& a, const std::string& b, double floor
     return worst;
 }
 
-/// The result of a call: its code and the texts that it made, or its message.
-std::vector<std::string> answerOf(Call& call, const Plugin& plugin) {
-    if (call.run(plugin) != 1) {
-        return {call.texts[Call::error]};
-    }
-    std::vector<std::string> texts;
-    for (const Call::Text made : call.made()) {
-        texts.emplace_back(call.texts[made]);
-    }
-    return texts;
+/// The texts that the call makes, or its message.
+std::vector<std::string> answerOf(Call& call, support::Process process) {
+    return call.run(process) ? call.madeTexts() : std::vector<std::string>{call.texts.errorString};
 }
 
 /// The largest of the conditioned samples.
-double largestSample(const Recipe& recipe, const Plugin& plugin) {
+double largestSample(const Recipe& recipe, support::Process process) {
     Recipe signals = recipe;
     signals.operation = RT305_4_OPERATION_SIGNALS;
     double largest = 0.0;
-    for (const std::string& text : answerOf(*makeCall(signals), plugin)) {
+    for (const std::string& text : answerOf(*makeCall(signals), process)) {
         for (const auto& [name, row] : Document(text).rows) {
             largest = name.ends_with("/dataName") ? std::max(largest, largestOf(row)) : largest;
         }
@@ -150,7 +145,7 @@ struct Tally {
     double worst = 0.0;  // of the texts that are close but not equal
 };
 
-void compareTexts(const Recipe& recipe, const Plugin& before, const Plugin& after, Tally& tally) {
+void compareTexts(const Recipe& recipe, support::Process before, support::Process after, Tally& tally) {
     const std::unique_ptr<Call> call = makeCall(recipe);
     const std::vector<std::string> expected = answerOf(*call, before);
     const std::vector<std::string> actual = answerOf(*call, after);
@@ -175,7 +170,7 @@ void compareTexts(const Recipe& recipe, const Plugin& before, const Plugin& afte
     }
 }
 
-bool textsAgree(const Plugin& before, const Plugin& after) {
+bool textsAgree(support::Process before, support::Process after) {
     Tally tally;
     for (const Recipe& recipe : mixedRequests(mixedCount)) {
         compareTexts(recipe, before, after, tally);
@@ -185,13 +180,13 @@ bool textsAgree(const Plugin& before, const Plugin& after) {
     return tally.different == 0;
 }
 
-void addRows(const std::string& table, const std::vector<NamedRecipe>& recipes, const Plugin& before,
-             const Plugin& after) {
+void addRows(const std::string& table, const std::vector<NamedRecipe>& recipes, support::Process before,
+             support::Process after) {
     static const ReferenceTransform transform;
     for (const NamedRecipe& named : recipes) {
         const std::shared_ptr<Call> call = makeCall(named.recipe);
-        addContender(table, named.name, "new", [call, &after] { call->run(after); });
-        addContender(table, named.name, "old", [call, &before] { call->run(before); });
+        addContender(table, named.name, "new", [call, after] { call->run(after); });
+        addContender(table, named.name, "old", [call, before] { call->run(before); });
         addContender(table, named.name, unitOfTime, [] { transform(); });
     }
 }
@@ -208,8 +203,8 @@ int main(int argc, char** argv) {
         std::fputs("usage: compare OLD.so NEW.so [options of Google Benchmark]\n", stderr);
         return 2;
     }
-    const Plugin before(asPath(argv[1]).c_str());
-    const Plugin after(asPath(argv[2]).c_str());
+    const support::Process before = support::loadProcess(asPath(argv[1]).c_str());
+    const support::Process after = support::loadProcess(asPath(argv[2]).c_str());
     const bool agree = textsAgree(before, after);
     for (const std::size_t n : {std::size_t{2000}, std::size_t{10000}, std::size_t{16384}}) {
         addRows("Whole calls, " + std::to_string(n) + " samples", operationsOfLength(n), before, after);

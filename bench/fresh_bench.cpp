@@ -18,6 +18,8 @@
 
 namespace {
 
+using support::Call;
+
 struct Observation {
     double firstOverLater;    // times of calls
     double laterOverSettled;  // times of calls, the second ones on a settled heap
@@ -30,9 +32,9 @@ double peakMiB() {
     return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
-double secondsOf(Call& call, const Plugin& plugin) {
+double secondsOf(Call& call, support::Process process) {
     const double start = processorSeconds();
-    if (call.run(plugin) != 1) {
+    if (!call.run(process)) {
         std::abort();
     }
     return processorSeconds() - start;
@@ -40,12 +42,12 @@ double secondsOf(Call& call, const Plugin& plugin) {
 
 Observation observe(Call& call, std::size_t laterCalls) {
     const double before = peakMiB();
-    const Plugin plugin(RT305_4_LIBRARY_FILE);
-    const double first = secondsOf(call, plugin);
+    const support::Process process = support::loadProcess(RT305_4_LIBRARY_FILE);
+    const double first = secondsOf(call, process);
     const double memory = peakMiB() - before;
     const auto timeOfLater = [&] {
         std::vector<double> times(laterCalls);
-        std::generate(times.begin(), times.end(), [&] { return secondsOf(call, plugin); });
+        std::generate(times.begin(), times.end(), [&] { return secondsOf(call, process); });
         return median(times);
     };
     const double later = timeOfLater();

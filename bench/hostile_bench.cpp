@@ -3,28 +3,21 @@
 // runs.
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
-#include <random>
+#include <memory>
 
-#include "plugin/plugin_host.h"
+#include "support/request.h"
 
 namespace {
 
 constexpr int repetitions = 9;
 
+using support::Call;
 using Signal = std::function<double(std::size_t)>;
-
-/// 50 Hz with noise.
-std::vector<double> ordinary(std::size_t n) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<double> noise(-1.0, 1.0);
-    std::vector<double> x = sine(n, 300.0, 50.0);
-    std::transform(x.begin(), x.end(), x.begin(), [&](double value) { return value + noise(random); });
-    return x;
-}
 
 struct Hostile {
     const char* name;
@@ -46,7 +39,7 @@ constexpr std::size_t contenders = std::size(hostile) + 1;
 
 std::vector<double> samplesOf(std::size_t contender, std::size_t n) {
     if (contender == 0) {
-        return ordinary(n);
+        return signals::wave(signals::noise(n, 1, 0.0, 0.5), {{300.0, 50.0}});
     }
     std::vector<double> x(n);
     for (std::size_t i = 0; i < n; ++i) {
@@ -55,18 +48,14 @@ std::vector<double> samplesOf(std::size_t contender, std::size_t n) {
     return x;
 }
 
-void prepare(Call& call, std::uint32_t type, std::uint32_t operation, const std::vector<double>& samples) {
-    for (std::uint32_t channel = 0; channel < 6; ++channel) {
-        call.add(static_cast<std::int32_t>(channel / 3), channel % 3, samples);
-    }
-    call.request.samplesNumber = samples.size();
-    call.request.inputType = type;
-    call.request.operation = operation;
-    call.request.auxMode = 20;
-    call.request.options = {RT305_4_SPECTRUM_LEVEL_DB | RT305_4_SPECTRUM_WINDOW_HANN,
-                            RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX |
-                                (operation == RT305_4_OPERATION_PARAMETERS ? RT305_4_FREQUENCY_CONTROL : 0)};
-    call.run();
+std::unique_ptr<Call> prepared(std::uint32_t type, std::uint32_t operation, const std::vector<double>& samples) {
+    auto call = std::make_unique<Call>(type, operation, support::sixChannels([&](std::uint32_t) { return samples; }));
+    call->request.auxMode = 20;
+    call->request.options = {RT305_4_SPECTRUM_LEVEL_DB | RT305_4_SPECTRUM_WINDOW_HANN,
+                             RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX |
+                                 (operation == RT305_4_OPERATION_PARAMETERS ? RT305_4_FREQUENCY_CONTROL : 0)};
+    call->run();
+    return call;
 }
 
 double seconds(Call& call, int calls) {
@@ -80,16 +69,16 @@ double seconds(Call& call, int calls) {
 using Times = std::array<double, contenders>;
 
 Times times(std::uint32_t type, std::uint32_t operation, std::size_t n) {
-    std::array<Call, contenders> calls;
+    std::array<std::unique_ptr<Call>, contenders> calls;
     for (std::size_t i = 0; i < contenders; ++i) {
-        prepare(calls[i], type, operation, samplesOf(i, n));
+        calls[i] = prepared(type, operation, samplesOf(i, n));
     }
-    const int each = std::max(1, static_cast<int>(1e-3 / seconds(calls[0], 1)));
+    const int each = std::max(1, static_cast<int>(1e-3 / seconds(*calls[0], 1)));
     Times least;
     least.fill(HUGE_VAL);
     for (int repetition = 0; repetition < repetitions; ++repetition) {
         for (std::size_t i = 0; i < contenders; ++i) {
-            least[i] = std::min(least[i], seconds(calls[i], each));
+            least[i] = std::min(least[i], seconds(*calls[i], each));
         }
     }
     return least;

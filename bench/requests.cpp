@@ -182,21 +182,18 @@ std::string describe(const Recipe& recipe) {
     return text;
 }
 
-std::unique_ptr<Call> makeCall(const Recipe& recipe) {
-    const Channels& channels = channelsOf(recipe);
-    auto call = std::make_unique<Call>();
-    for (std::uint32_t c = 0; c < channels.size(); ++c) {
-        const std::int32_t kind = c < 3 ? Call::voltage : Call::current;
-        const std::uint32_t other = kind == Call::voltage ? RT305_4_INPUT_CURRENTS : RT305_4_INPUT_VOLTAGES;
+std::unique_ptr<support::Call> makeCall(const Recipe& recipe) {
+    const Channels& samples = channelsOf(recipe);
+    std::vector<ChannelData> channels;
+    for (std::uint32_t c = 0; c < samples.size(); ++c) {
+        const std::int32_t kind = c < 3 ? RT305_4_KIND_VOLTAGE : RT305_4_KIND_CURRENT;
+        const std::uint32_t other = c < 3 ? RT305_4_INPUT_CURRENTS : RT305_4_INPUT_VOLTAGES;
         if (recipe.inputType != other) {
-            call->view(kind, c % 3, channels[c]);
-            call->descriptors.back().coefficient = c < 3 ? 1.0 : 0.5;
-            call->descriptors.back().inputResistance = c < 3 ? 0.0 : 24.9;
+            channels.push_back(rt305_4_channel(kind, c % 3, samples[c].data(), samples[c].size(), c < 3 ? 1.0 : 0.5));
+            channels.back().inputResistance = c < 3 ? 0.0 : 24.9;
         }
     }
-    call->request.inputType = recipe.inputType;
-    call->request.operation = recipe.operation;
-    call->request.samplesNumber = recipe.n;
+    auto call = std::make_unique<support::Call>(recipe.inputType, recipe.operation, std::move(channels));
     call->request.sampleRate = recipe.sampleRate;
     call->request.auxMode = recipe.peaks;
     call->request.auxValue = recipe.criterion;

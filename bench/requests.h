@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/plugin_host.h"
+#include "support/request.h"
 
 /// The settings of a request and its signals. The default is typical work: clean signals of six channels, one second at
 /// 10 kHz, in V and A, four-wire.
@@ -27,7 +27,7 @@ struct Recipe {
 std::string describe(const Recipe& recipe);
 
 /// Makes the request. Its samples are cached, because many long requests share them.
-std::unique_ptr<Call> makeCall(const Recipe& recipe);
+std::unique_ptr<support::Call> makeCall(const Recipe& recipe);
 
 /// Random requests that vary all settings, the same in every run.
 std::vector<Recipe> mixedRequests(std::size_t count);

@@ -108,13 +108,13 @@ struct Raw {
         Recipe recipe;
         recipe.n = n;
         call = makeCall(recipe);
-        for (std::size_t c = 0; c < call->descriptors.size(); ++c) {
-            const ChannelData& descriptor = call->descriptors[c];
+        for (std::size_t c = 0; c < call->channels.size(); ++c) {
+            const ChannelData& descriptor = call->channels[c];
             RawChannel& channel = (c < coder::phases ? voltages : currents)[c % coder::phases];
             channel.samples = ::coder::samples(descriptor.samples, descriptor.count);
         }
     }
-    std::unique_ptr<Call> call;
+    std::unique_ptr<support::Call> call;
     RawChannelSet voltages;
     RawChannelSet currents;
 };

@@ -55,7 +55,7 @@ Lines processState() {
 TEST(Hygiene, LeavesTheProcessUnchanged) {
     const Lines before = processState();
     ordinaryAnswers();
-    EXPECT_FALSE(support::Call(0, 0, {}).run());
+    EXPECT_FALSE(support::Call(0, 0, std::vector<ChannelData>{}).run());
     EXPECT_EQ(processState(), before);
 }
 

@@ -20,38 +20,44 @@ std::vector<Samples> sixChannels(Make make) {
     return {make(0U), make(1U), make(2U), make(3U), make(4U), make(5U)};
 }
 
+using Process = decltype(&dataProccess);
+
 /// dataProccess of the library in a file, which is loaded as a host loads it.
-inline auto loadProcess(const char* file) {
+inline Process loadProcess(const char* file) {
     void* const library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
     void* const function = library == nullptr ? nullptr : dlsym(library, "dataProccess");
     if (function == nullptr) {
         throw std::runtime_error(dlerror());
     }
-    return reinterpret_cast<decltype(&dataProccess)>(function);
+    return reinterpret_cast<Process>(function);
 }
 
-/// A request that owns its channels, their samples and its texts.
+/// That of this build's library.
+inline Process builtProcess() {
+    static const Process process = loadProcess(RT305_4_LIBRARY_FILE);
+    return process;
+}
+
+/// A request with its channels and texts.
 class Call {
 public:
-    /// Of six[0] ... six[5], the samples of Ua, Ub, Uc, Ia, Ib, Ic, those that are not empty become channels.
-    Call(std::uint32_t type, std::uint32_t operation, std::vector<Samples> six) : samples(std::move(six)) {
-        for (std::uint32_t i = 0; i < samples.size(); ++i) {
-            if (const Samples& x = samples[i]; !x.empty()) {
-                channels.push_back(rt305_4_channel(static_cast<std::int32_t>(i / 3), i % 3, x.data(), x.size(), 1.0));
-            }
-        }
-        request = rt305_4_request(channels.data(), static_cast<std::int32_t>(channels.size()), &texts);
+    /// Channels with samples that others own.
+    Call(std::uint32_t type, std::uint32_t operation, std::vector<ChannelData> given)
+        : channels(std::move(given)),
+          request(rt305_4_request(channels.data(), static_cast<std::int32_t>(channels.size()), &texts)) {
         request.inputType = type;
         request.operation = operation;
+    }
+    /// A channel for each of six[0] ... six[5], the samples of Ua, Ub, Uc, Ia, Ib, Ic, that is not empty.
+    Call(std::uint32_t type, std::uint32_t operation, std::vector<Samples> six)
+        : Call(type, operation, channelsOf(six)) {
+        samples = std::move(six);
     }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
-    /// Whether the library of this build accepts the request.
-    bool run() const {
-        static const auto process = loadProcess(RT305_4_LIBRARY_FILE);
-        return process(request) == 1;
-    }
+    /// Whether the library accepts the request.
+    bool run(Process process = builtProcess()) const { return process(request) == 1; }
 
     std::string text(std::uint32_t number) { return **rt305_4_output(&request, number); }
 
@@ -68,8 +74,20 @@ public:
 
     std::vector<Samples> samples;
     std::vector<ChannelData> channels;
-    RT305_4_Texts texts{};
-    DataProcessRequest request{};
+    RT305_4_Texts texts;
+    DataProcessRequest request;
+
+private:
+    static std::vector<ChannelData> channelsOf(const std::vector<Samples>& six) {
+        std::vector<ChannelData> made;
+        for (std::uint32_t i = 0; i < six.size(); ++i) {
+            if (!six[i].empty()) {
+                const auto kind = static_cast<std::int32_t>(i / 3);
+                made.push_back(rt305_4_channel(kind, i % 3, six[i].data(), six[i].size(), 1.0));
+            }
+        }
+        return made;
+    }
 };
 
 }  // namespace support
