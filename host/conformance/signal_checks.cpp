@@ -57,6 +57,7 @@ void missingSamples(const Library& library) {
     const auto& x = measurement.samples[0];
     const double mean = std::accumulate(x.begin(), x.end(), 0.0) / static_cast<double>(x.size() - missing);
     const auto found = samplesOf(library.measure(measurement, RT305_4_OPERATION_SIGNALS).voltages, 0);
+    expectCount("samples", found.size(), measurement.length);
     for (std::size_t k = 0; k < found.size(); ++k) {
         expectNumber("sample " + std::to_string(k), found[k], x[k] == 0.0 ? 0.0 : x[k] - mean, 1e-8);
     }
@@ -74,18 +75,17 @@ constexpr double afterResistor(double gain) {
     return 1.0 + (19.53125 * gain + 35.0) / 1000.0;
 }
 
-constexpr double withoutResistor = 0.0049417429956896556;
-constexpr double timesResistance = 0.000732421875 * 6.74712643678161;
+constexpr double converterScale = 0.000732421875 * 6.74712643678161;  // of 1 ohm, and of no resistor
 
 constexpr HardwareScale hardwareScales[] = {
-    {"hardware scale without a resistor", 0.0, 0.0, withoutResistor / afterResistor(0.0)},
-    {"hardware scale with gain", 0.0, 8.0, withoutResistor / afterResistor(8.0)},
-    {"hardware scale at 24.9 ohm", 24.9, 0.0, timesResistance / 24.9 / afterResistor(0.0)},
-    {"hardware scale at 127 ohm", 127.0, 0.0, timesResistance / 127.0 / afterResistor(0.0)},
+    {"hardware scale without a resistor", 0.0, 0.0, converterScale / afterResistor(0.0)},
+    {"hardware scale with gain", 0.0, 8.0, converterScale / afterResistor(8.0)},
+    {"hardware scale at 24.9 ohm", 24.9, 0.0, converterScale / 24.9 / afterResistor(0.0)},
+    {"hardware scale at 127 ohm", 127.0, 0.0, converterScale / 127.0 / afterResistor(0.0)},
     {"no hardware scale at another resistance", 100.0, 8.0, 1.0},
 };
 
-/// Only samples of no simulated source are scaled.
+/// Samples of a simulated source are not scaled.
 void hardwareScale(const Library& library, const HardwareScale& scale) {
     for (const std::uint32_t value : {0U, 1U, 2U, 4U}) {
         const std::uint32_t source = flagValue(RT305_4_SIMULATED_SOURCE_MASK, value);
@@ -125,6 +125,9 @@ void rebuiltSamples(const Library& library, const RebuiltCurrent& c) {
         const auto found = samplesOf(text, c.phase);
         const auto x = samplesOf(text, c.next());
         const auto y = samplesOf(text, c.afterNext());
+        for (const auto& samples : {found, x, y}) {
+            expectCount("samples", samples.size(), measurement.length);
+        }
         for (std::size_t k = 0; k < found.size(); ++k) {
             const double expected = two != 0 ? -(x[k] + y[k]) : measurement.samples[phaseTotal + c.phase][k];
             expectNumber("sample " + std::to_string(k), found[k], expected, 1e-9);
