@@ -204,7 +204,9 @@ public:
         CsvLayout layout;
         layout.separator = run_.separator;
         layout.width = width_;
-        const std::size_t firstRow = findHeadings(layout);
+        auto [firstRow, headings] = findTop();
+        layout.names = std::move(headings.names);
+        layout.units = std::move(headings.units);
         layout.firstLine = lines_[firstRow].number;
         layout.isNote.assign(width_, false);
         for (std::size_t i = 0; layout.names.empty() && i < width_; ++i) {
@@ -221,6 +223,11 @@ private:
         std::vector<std::string> units;
     };
 
+    struct Top {
+        std::size_t firstRow;
+        Headings headings;
+    };
+
     std::vector<std::string_view> cellsAt(std::size_t i) const { return cellsOf(lines_[i].text, run_.separator); }
 
     /// Some loggers end every row with a separator: then the last column is empty.
@@ -233,18 +240,16 @@ private:
         return run_.width > 1;
     }
 
-    /// Sets names and units, and returns the first row. Without headings above the run, its first lines may be settings
-    /// with as many cells as a row: those with text where the last row has numbers are skipped, or are the headings.
-    std::size_t findHeadings(CsvLayout& layout) const {
-        std::size_t firstRow = run_.first;
-        Headings headings = headingsAbove(firstRow);
-        while (headings.names.empty() && firstRow + 1 < run_.end &&
-               !hasShapeOf(cellsAt(firstRow), lastRow_, run_.separator)) {
-            headings = headingsAbove(++firstRow);
+    /// The headings and the first row below them. Without headings above the run, its first lines may be settings with
+    /// as many cells as a row: those with text where the last row has numbers are skipped, or are the headings.
+    Top findTop() const {
+        Top top{run_.first, headingsAbove(run_.first)};
+        while (top.headings.names.empty() && top.firstRow + 1 < run_.end &&
+               !hasShapeOf(cellsAt(top.firstRow), lastRow_, run_.separator)) {
+            ++top.firstRow;
+            top.headings = headingsAbove(top.firstRow);
         }
-        layout.names = std::move(headings.names);
-        layout.units = std::move(headings.units);
-        return firstRow;
+        return top;
     }
 
     /// The last line of names before `end`, and the last line of units between it and `end`.
