@@ -15,6 +15,7 @@
 #include "conformance/check.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
+#include "measuring/measure_all.h"
 #include "measuring/result_texts.h"
 #include "output/recording_summary.h"
 #include "output/remarks.h"
@@ -32,7 +33,7 @@ Recording read(const MeasureOptions& options) {
     return recording;
 }
 
-/// A measurement with the library's texts and the document that will tell of them.
+/// A measurement with the library's texts and the document for them.
 struct Measured {
     Measurement measurement;
     ResultTexts texts;
@@ -52,39 +53,31 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
-    ResultDocument document = documentOf(recording, measurement, library);
+    ResultDocument document = documentOf(recording, measurement, library.version());
     return {std::move(measurement), std::move(texts), std::move(document)};
 }
 
-/// The library has its own idea of the rate when it measures frequencies: fixed by what is measured.
+/// Warns when the library assumes another rate than that of the samples.
 void warnOfRate(Measured& result, const char* consequence) {
     const Measurement& measurement = result.measurement;
     if (measurement.isAtAssumedRate()) {
         return;
     }
     const double assumed = measurement.assumedRateHz();
-    result.warnAndKeep("the library takes the samples as " + formatNumber(assumed) +
-                       " a second, but they were taken at " + formatNumber(measurement.rateHz) +
-                       " Hz: frequencies read " + formatNumber(assumed / measurement.rateHz, 4) +
-                       " times what they are" + consequence);
+    result.warnAndKeep("the library assumes " + formatNumber(assumed) + " samples a second, but these were taken at " +
+                       formatNumber(measurement.rateHz) + " Hz: frequencies read " +
+                       formatNumber(assumed / measurement.rateHz, 4) + " times what they are" + consequence);
 }
 
-bool isByTwoWattmeters(const MeasurementSettings& settings) {
-    return (settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
-}
-
-/// Two wattmeters take the line voltages ab and cb, and the library gives Q by them with the opposite sign. Recordings
-/// hold bc.
-MeasureOptions withVoltageCb(MeasureOptions options) {
+/// Recordings hold the line voltages ab, bc and ca; two wattmeters require cb.
+MeasureOptions forTwoWattmeters(MeasureOptions options) {
     if ((options.settings.flags & RT305_4_FOUR_WIRE) != 0) {
         failUsage(
-            "--power two-wattmeter takes line voltages: give --wiring three if Ua, Ub, Uc hold them; rt305 measure "
-            "forms "
-            "them of phase voltages");
+            "--power two-wattmeter takes line voltages: give --wiring three if Ua, Ub, Uc are line voltages; rt305 "
+            "measure computes them from phase voltages");
     }
-    options.settings.coefficients[1] = -options.settings.coefficients[1];
-    options.settings.flags ^= RT305_4_NEGATE_REACTIVE_POWER;
-    note("two wattmeters take the line voltage cb: Ub, which holds bc, and Q change their signs");
+    invertForTwoWattmeters(options.settings);
+    note("two wattmeters require the line voltage cb: Ub, which is bc, and Q are inverted");
     return options;
 }
 
@@ -93,20 +86,19 @@ void show(const MeasureOptions& options, const ResultDocument& document) {
     write(document, options.form, stdoutTakesStyle(), std::cout);
 }
 
-/// Shows the two texts of an operation as tables of that name.
-template <class Read, class Tabulate>
-void showBothKinds(const MeasureOptions& options, Measured& result, const std::string& name, Read read,
-                   Tabulate tabulate) {
-    for (const auto& [text, kind] : {std::pair{result.texts.voltages, "_u"}, {result.texts.currents, "_i"}}) {
-        if (!text.empty()) {
-            result.document.rawTexts.push_back(text);
-            result.document.tables.push_back(tabulate(name + kind, read(text)));
-        }
+/// Shows the two texts of an operation as tables, the name followed by "_u" or "_i".
+template <class Channel>
+void showBothKinds(const MeasureOptions& options, Measured& result, const std::string& name,
+                   std::vector<Channel> (*read)(const std::string&),
+                   ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
+    for (auto& kind : readKinds(std::move(result.texts), read)) {
+        result.document.rawTexts.push_back(std::move(kind.text));
+        result.document.tables.push_back(tabulate(name + (kind.areCurrents ? "_i" : "_u"), kind.channels));
     }
     show(options, result.document);
 }
 
-/// Lets something be written to a file, or to stdout when none is named.
+/// Writes content to a file, or to stdout when none is named.
 void writeTo(const std::string& name, const std::function<void(std::ostream&)>& content) {
     if (name.empty()) {
         content(std::cout);
@@ -127,15 +119,16 @@ void showRecording(const MeasureOptions& options) {
 }
 
 void showParameters(const MeasureOptions& options) {
-    const bool isTurned = isByTwoWattmeters(options.settings);
-    Measured result = measure(isTurned ? withVoltageCb(options) : options, RT305_4_OPERATION_PARAMETERS);
+    const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
+    Measured result = measure(byTwoWattmeters ? forTwoWattmeters(options) : options, RT305_4_OPERATION_PARAMETERS);
     if (result.measurement.isCombined()) {
         warnOfRate(result, ", THD and power may be wrong or missing, voltages and currents are right");
     }
     auto parameters = readParameters(result.texts.parameters);
-    for (NamedValue& parameter : parameters) {  // ab + cb + ca is no zero sequence
-        parameter.value =
-            isTurned && parameter.name == "Ud0" ? std::numeric_limits<double>::quiet_NaN() : parameter.value;
+    for (NamedValue& parameter : parameters) {
+        if (byTwoWattmeters && parameter.name == "Ud0") {  // ab + cb + ca is not the zero-sequence voltage
+            parameter.value = std::numeric_limits<double>::quiet_NaN();
+        }
     }
     ResultDocument& document = result.document;
     document.settings = describeMethods(result.measurement);
@@ -173,16 +166,19 @@ void showHarmonics(const MeasureOptions& options) {
 
 void writeReport(const ReportOptions& options) {
     const Recording recording = read(options.measure);
-    const FullMeasurement overview = prepare(recording, options.measure.settings);
-    std::for_each(overview.measurement.notes.begin(), overview.measurement.notes.end(), note);
-    std::for_each(overview.measurement.warnings.begin(), overview.measurement.warnings.end(), warn);
-    const std::string page = reportPage(recording, overview, Library(options.measure.library));
+    const FullMeasurement full = prepare(recording, options.measure.settings);
+    std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
+    std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);
+    const Library library(options.measure.library);
+    FullResults results = measureAll(full, library);
+    addSpectraAndStatistics(results, full, library);
+    const std::string page = reportPage(recording, full, results);
     writeTo(options.file, [&page](std::ostream& out) { out << page; });
 }
 
 void checkLibrary(const CheckOptions& options) {
     if (!checkConformance(Library(options.library), std::cout)) {
-        throw Failure(ExitCode::refused, "the library breaks promises of its interface");
+        throw Failure(ExitCode::refused, "the library fails conformance checks");
     }
 }
 

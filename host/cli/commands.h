@@ -11,28 +11,27 @@
 
 namespace rt305 {
 
-/// The tool's subcommands. Data go to stdout, warnings to stderr; what ends a command is thrown as Failure.
-/// measureEverything tells the failures of its files itself and gives the exit code.
+/// The tool's subcommands. Data go to stdout, warnings to stderr. A command that fails throws Failure.
 
 struct MeasureOptions {
     std::string file;  // "-": stdin
     ReadOptions reading;
     MeasurementSettings settings;
-    std::string library;  // empty: searched for
+    std::string library;  // the library file; empty: searched for
     OutputForm form = OutputForm::text;
 };
 
-/// Everything at once, of many files and windows.
+/// Full measurements of many files and windows.
 struct BatchOptions {
     std::vector<std::string> files;
-    std::string filesFrom;       // a file with a name on each line; "-": stdin; empty: none
+    std::string filesFrom;       // a file that lists more, one a line; "-": stdin; empty: none
     double windowSeconds = 0.0;  // 0: the whole recording at once
-    double stepSeconds = 0.0;    // from one window's start to the next; 0: the length of a window
+    double stepSeconds = 0.0;    // from the start of one window to the next; 0: the length of a window
     std::size_t jobs = 1;        // processes
     MeasureOptions each;         // how each file is read and measured
 };
 
-/// Everything of one recording as a page.
+/// A full measurement of one recording as an HTML page.
 struct ReportOptions {
     MeasureOptions measure;
     std::string file;  // empty: stdout
@@ -45,11 +44,14 @@ struct GenerateOptions {
 };
 
 struct CheckOptions {
-    std::string library;  // empty: searched for
+    std::string library;  // the library file; empty: searched for
 };
 
 void showRecording(const MeasureOptions& options);
+
+/// Reports the failures of single files itself. Returns the exit code.
 int measureEverything(const BatchOptions& options);
+
 void writeReport(const ReportOptions& options);
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);

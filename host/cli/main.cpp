@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/manual.h"
 #include "cli/messages.h"
+#include "measuring/power_methods.h"
 
 namespace {
 
@@ -52,6 +53,14 @@ const std::vector<FlagOption>& batchOptions() {
     return options;
 }
 
+std::map<std::string, std::uint32_t> powerWords() {
+    std::map<std::string, std::uint32_t> words{{"none", RT305_4_POWER_NONE}};
+    for (const PowerMethod& method : powerMethods) {
+        words.emplace(method.name, method.flag);
+    }
+    return words;
+}
+
 const std::vector<FlagOption>& parameterOptions() {
     static const std::vector<FlagOption> options{
         batchOptions()[0],
@@ -59,7 +68,7 @@ const std::vector<FlagOption>& parameterOptions() {
          "where the fundamental must lie: fixed (default) inside 49.6-50.4 Hz, control inside 10-60 Hz",
          RT305_4_FREQUENCY_CONTROL,
          {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}},
-        {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerMethods},
+        {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerWords()},
     };
     return options;
 }

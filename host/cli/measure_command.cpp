@@ -12,6 +12,8 @@
 #include "cli/progress.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
+#include "measuring/measure_all.h"
+#include "output/full_document.h"
 #include "reading/recording_reader.h"
 
 namespace rt305 {
@@ -24,7 +26,7 @@ public:
     Measurer(const BatchOptions& options, bool isOneOfMany)
         : options_(options), isOneOfMany_(isOneOfMany), library_(options.each.library) {}
 
-    /// The exit code; failures are told.
+    /// Reports failures and returns the exit code.
     int operator()(const std::string& file) {
         try {
             measure(file);
@@ -48,41 +50,41 @@ private:
 
     void measure(const std::string& file) {
         const Recording recording = readRecording(file, options_.each.reading);
-        const FullMeasurement overview = prepare(recording, options_.each.settings);
+        const FullMeasurement full = prepare(recording, options_.each.settings);
         const std::string prefix = isOneOfMany_ ? file + ": " : "";
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
         std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
-        std::for_each(overview.measurement.warnings.begin(), overview.measurement.warnings.end(), warnPrefixed);
+        std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
         if (!isOneOfMany_) {
-            std::for_each(overview.measurement.notes.begin(), overview.measurement.notes.end(), note);
+            std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
         }
         if (options_.windowSeconds == 0.0) {
-            return writeOne(recording, overview);
+            return writeOne(recording, full);
         }
         const double step = options_.stepSeconds > 0.0 ? options_.stepSeconds : options_.windowSeconds;
-        const std::size_t windows = countWindows(overview.measurement, step, recording.source);
+        const std::size_t windows = countWindows(full.measurement, step, recording.source);
         Progress progress("windows", windows, !isOneOfMany_);
         for (std::size_t i = 0; i < windows; ++i) {
-            writeOne(recording, windowOf(overview, static_cast<double>(i) * step, options_.windowSeconds));
+            writeOne(recording, windowOf(full, static_cast<double>(i) * step, options_.windowSeconds));
             progress.show(i + 1);
         }
     }
 
     std::size_t countWindows(const Measurement& measurement, double step, const std::string& source) const {
-        const double seconds = static_cast<double>(measurement.length) / measurement.rateHz;
-        const double left = (seconds - options_.windowSeconds) * (1.0 + 1e-12) + 0.25 / measurement.rateHz;
+        const double left =
+            (measurement.durationSeconds() - options_.windowSeconds) * (1.0 + 1e-12) + 0.25 / measurement.rateHz;
         if (left < 0.0) {
             failInput(source + ": the recording is shorter than a window");
         }
         return static_cast<std::size_t>(left / step) + 1;
     }
 
-    void writeOne(const Recording& recording, const FullMeasurement& overview) {
+    void writeOne(const Recording& recording, const FullMeasurement& full) {
         const OutputForm form = options_.each.form;
         if (form == OutputForm::text && documents_++ > 0) {
             std::cout << '\n';
         }
-        write(measureAll(recording, overview, library_), form, styled_, std::cout);
+        write(fullDocument(recording, full, measureAll(full, library_)), form, styled_, std::cout);
     }
 
     const BatchOptions& options_;

@@ -111,9 +111,8 @@ ResultTexts Library::measure(const Measurement& measurement, std::uint32_t opera
         return {call.texts[0], "", ""};
     }
     const std::size_t voltages = 2 * operation - 1;
-    const bool hasVoltages = measurement.inputType != RT305_4_INPUT_CURRENTS;
-    const bool hasCurrents = measurement.inputType != RT305_4_INPUT_VOLTAGES;
-    return {call.texts[0], hasVoltages ? call.texts[voltages] : "", hasCurrents ? call.texts[voltages + 1] : ""};
+    return {call.texts[0], measurement.hasVoltages() ? call.texts[voltages] : "",
+            measurement.hasCurrents() ? call.texts[voltages + 1] : ""};
 }
 
 }  // namespace rt305

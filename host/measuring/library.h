@@ -7,16 +7,10 @@
 #include <vector>
 
 #include "measuring/measurement.h"
+#include "measuring/result_texts.h"
 #include "rt305_4/rt305_4.h"
 
 namespace rt305 {
-
-/// The texts of one call that the tool shows. A text that the call did not make is empty.
-struct ResultTexts {
-    std::string parameters;
-    std::string voltages;  // what the operation makes of the voltages
-    std::string currents;
-};
 
 /// Where a request's texts go, in its order: the parameters, voltages and currents of each operation, the message.
 inline constexpr const char** DataProcessRequest::*textPlaces[] = {

@@ -5,14 +5,13 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "recording/channel_assignment.h"
 #include "signal/resampler.h"
 
 namespace rt305 {
 
 namespace {
 
-/// The names of the channels of a set that are there, or of those that are not.
+/// The names of the channels in a range that have samples, or of those that have none.
 std::vector<std::string> namesWhere(const Measurement& measurement, bool present, std::size_t from, std::size_t to) {
     std::vector<std::string> names;
     for (std::size_t channel = from; channel < to; ++channel) {
@@ -65,7 +64,7 @@ std::uint32_t decideInputType(Measurement& measurement, const std::string& sourc
 Segment chosenSegment(const Recording& recording, Measurement& measurement) {
     const auto& segments = recording.segments;
     if (segments.empty()) {
-        failInput(recording.source + ": there is nothing to take the sample rate from; give --rate HZ");
+        failInput(recording.source + ": the sample rate is unknown; give --rate HZ");
     }
     const auto wanted = measurement.settings.segment;
     if (wanted && (*wanted < 1 || *wanted > segments.size())) {
@@ -83,7 +82,7 @@ Segment chosenSegment(const Recording& recording, Measurement& measurement) {
 
 /// The assigned columns' samples of the segment, in V and A.
 void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
-    const Assignment assignment = assignColumns(recording, measurement.settings.columns);
+    const Assignment& assignment = measurement.assignment = assignColumns(recording, measurement.settings.columns);
     measurement.warnings.insert(measurement.warnings.end(), assignment.warnings.begin(), assignment.warnings.end());
     double earliest = 0.0;
     double latest = 0.0;
@@ -101,7 +100,7 @@ void takeChannels(const Recording& recording, const Segment& segment, Measuremen
     if (const double degrees = (latest - earliest) * degreesPerSecond; degrees > 0.1) {
         measurement.warnings.push_back("the recorder sampled these channels up to " +
                                        formatNumber(1e6 * (latest - earliest)) +
-                                       " us apart, and this is not made up for: angles between them are off by up to " +
+                                       " us apart, which is not corrected: angles between them are off by up to " +
                                        formatFixed(degrees, 1) + " degrees at 50 Hz");
     }
 }
@@ -116,7 +115,7 @@ std::string describeResampling(const Measurement& measurement) {
     return text;
 }
 
-/// One missing sample spoils every value of its channel.
+/// The library gives no value of a channel with a missing sample.
 void warnOfGaps(Measurement& measurement) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const auto& samples = measurement.samples[channel];
@@ -133,6 +132,43 @@ void warnOfGaps(Measurement& measurement) {
     }
 }
 
+/// A part of a segment, and the measurement with the samples of the whole segment, which the resampler needs around it.
+struct ChosenPart {
+    Measurement measurement;
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+ChosenPart choosePart(const Recording& recording, const MeasurementSettings& settings) {
+    ChosenPart chosen{.measurement = {.settings = settings}};
+    Measurement& measurement = chosen.measurement;
+    const Segment segment = chosenSegment(recording, measurement);
+    const Segment part = partOf(recording, segment, settings.startSeconds, settings.durationSeconds);
+    chosen.first = part.first - segment.first;
+    chosen.count = part.count;
+    measurement.length = segment.count;
+    measurement.rateHz = measurement.recordedRateHz = part.rateHz;
+    takeChannels(recording, segment, measurement);
+    rebuildMissingCurrent(measurement);
+    measurement.inputType = settings.inputType ? *settings.inputType : decideInputType(measurement, recording.source);
+    return chosen;
+}
+
+/// Keeps the chosen part of the segment's samples only.
+void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatters rateMatters) {
+    if (rateMatters == RateMatters::yes && measurement.settings.resample && !measurement.isAtAssumedRate()) {
+        measurement.rateHz = measurement.assumedRateHz();
+        measurement.notes.push_back(describeResampling(measurement));
+    }
+    for (auto& samples : measurement.samples) {
+        if (!samples.empty()) {
+            samples = resampled(samples, chosen.first, chosen.count, measurement.recordedRateHz, measurement.rateHz);
+            measurement.length = samples.size();
+        }
+    }
+    warnOfGaps(measurement);
+}
+
 }  // namespace
 
 std::string FrequencyWindow::text() const {
@@ -143,28 +179,23 @@ bool Measurement::isAtAssumedRate() const {
     return std::fabs(rateHz - assumedRateHz()) <= 1e-4 * assumedRateHz();
 }
 
+void invertForTwoWattmeters(MeasurementSettings& settings) {
+    settings.coefficients[1] = -settings.coefficients[1];
+    settings.flags ^= RT305_4_NEGATE_REACTIVE_POWER;
+}
+
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
-    Measurement measurement;
-    measurement.settings = settings;
-    const Segment segment = chosenSegment(recording, measurement);
-    const Segment part = partOf(recording, segment, settings.startSeconds, settings.durationSeconds);
-    measurement.length = segment.count;
-    measurement.rateHz = measurement.recordedRateHz = part.rateHz;
-    takeChannels(recording, segment, measurement);
-    rebuildMissingCurrent(measurement);
-    measurement.inputType = settings.inputType ? *settings.inputType : decideInputType(measurement, recording.source);
-    if (rateMatters == RateMatters::yes && settings.resample && !measurement.isAtAssumedRate()) {
-        measurement.rateHz = measurement.assumedRateHz();
-        measurement.notes.push_back(describeResampling(measurement));
-    }
-    for (auto& samples : measurement.samples) {
-        if (!samples.empty()) {
-            samples = resampled(samples, part.first - segment.first, part.count, part.rateHz, measurement.rateHz);
-            measurement.length = samples.size();
-        }
-    }
-    warnOfGaps(measurement);
-    return measurement;
+    ChosenPart chosen = choosePart(recording, settings);
+    cutAndResample(chosen.measurement, chosen, rateMatters);
+    return std::move(chosen.measurement);
+}
+
+MeasurementPair makeMeasurementPair(const Recording& recording, const MeasurementSettings& settings) {
+    ChosenPart chosen = choosePart(recording, settings);
+    MeasurementPair pair{chosen.measurement, std::move(chosen.measurement)};
+    cutAndResample(pair.resampled, chosen, RateMatters::yes);
+    cutAndResample(pair.asRecorded, chosen, RateMatters::no);
+    return pair;
 }
 
 }  // namespace rt305

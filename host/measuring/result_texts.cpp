@@ -1,6 +1,7 @@
 #include "measuring/result_texts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -60,7 +61,7 @@ auto readRows(const std::string& text, Read read) {
 
 }  // namespace
 
-std::vector<NamedValue> readParameters(const std::string& text) {
+Parameters readParameters(const std::string& text) {
     return readRows(text, [](const json& row) { return namedValue(row, "units"); });
 }
 
@@ -85,6 +86,36 @@ std::vector<Harmonics> readHarmonics(const std::string& text) {
     return readRows(text, [](const json& row) {
         return Harmonics{row.at("name"), numbersOrNaN(row.at("dataX")), numbersOrNaN(row.at("dataY"))};
     });
+}
+
+NamedValue parameterNamed(const Parameters& parameters, std::string_view name) {
+    const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                    [name](const NamedValue& parameter) { return parameter.name == name; });
+    return found == parameters.end() ? NamedValue{std::string(name), std::numeric_limits<double>::quiet_NaN(), ""}
+                                     : *found;
+}
+
+std::vector<double> percentsOf(const Harmonics& harmonics) {
+    std::vector<double> percents;
+    for (const double level : harmonics.levels) {
+        percents.push_back(100.0 * std::pow(10.0, (level - harmonics.levels[0]) / 20.0));
+    }
+    return percents;
+}
+
+std::vector<std::size_t> largestHarmonics(const Harmonics& harmonics, std::size_t most) {
+    constexpr double leastPercent = 0.01;
+    const auto percents = percentsOf(harmonics);
+    std::vector<std::size_t> orders;
+    for (std::size_t order = 2; order <= percents.size(); ++order) {
+        if (percents[order - 1] >= leastPercent) {
+            orders.push_back(order);
+        }
+    }
+    std::stable_sort(orders.begin(), orders.end(),
+                     [&](std::size_t k, std::size_t l) { return percents[k - 1] > percents[l - 1]; });
+    orders.resize(std::min(orders.size(), most));
+    return orders;
 }
 
 }  // namespace rt305

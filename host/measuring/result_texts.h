@@ -2,10 +2,18 @@
 #define RT305_HOST_MEASURING_RESULT_TEXTS_H
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace rt305 {
+
+/// The texts of one call that the tool shows; empty where the call made none.
+struct ResultTexts {
+    std::string parameters;
+    std::string voltages;  // what the operation makes of the voltages
+    std::string currents;
+};
 
 /// One named value of a result text; NaN where the text has null.
 struct NamedValue {
@@ -13,6 +21,7 @@ struct NamedValue {
     double value;
     std::string unit;
 };
+using Parameters = std::vector<NamedValue>;
 
 /// The statistics of one channel's signal.
 struct SignalStatistics {
@@ -37,10 +46,41 @@ struct Harmonics {
 };
 
 /// Read the library's texts. Fail when a text is not of the documented shape.
-std::vector<NamedValue> readParameters(const std::string& text);
+Parameters readParameters(const std::string& text);
 std::vector<SignalStatistics> readSignals(const std::string& text);
 std::vector<Spectrum> readSpectra(const std::string& text);
 std::vector<Harmonics> readHarmonics(const std::string& text);
+
+/// What an operation gave for the voltages or for the currents.
+template <class Channel>
+struct KindResults {
+    bool areCurrents;
+    std::string text;  // as the library wrote it
+    std::vector<Channel> channels;
+};
+
+/// The results of both kinds of channels, without a kind that was not measured.
+template <class Channel>
+std::vector<KindResults<Channel>> readKinds(ResultTexts texts, std::vector<Channel> (*read)(const std::string&)) {
+    std::vector<KindResults<Channel>> kinds;
+    for (std::string* const text : {&texts.voltages, &texts.currents}) {
+        if (!text->empty()) {
+            auto channels = read(*text);
+            kinds.push_back({text == &texts.currents, std::move(*text), std::move(channels)});
+        }
+    }
+    return kinds;
+}
+
+/// The parameter of that name; NaN without a unit when there is none.
+NamedValue parameterNamed(const Parameters& parameters, std::string_view name);
+
+/// The levels of the harmonics in percent of the fundamental.
+std::vector<double> percentsOf(const Harmonics& harmonics);
+
+/// The orders of the largest harmonics, at most `most`, in falling size. Leaves out the fundamental and those below
+/// 0.01 % of it.
+std::vector<std::size_t> largestHarmonics(const Harmonics& harmonics, std::size_t most);
 
 }  // namespace rt305
 

@@ -17,7 +17,7 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-/// Names of files may be no UTF-8; what is not is replaced.
+/// Replaces what is not UTF-8, which file names may contain.
 std::string dumped(const json& document, int indent = -1) {
     return document.dump(indent, ' ', false, json::error_handler_t::replace) + '\n';
 }
@@ -53,7 +53,7 @@ json jsonOf(const ResultDocument& document) {
     return object;
 }
 
-/// A field of a CSV line, in quotes where it needs them (RFC 4180).
+/// A field of a CSV line, quoted if necessary (RFC 4180).
 std::string csvField(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) {
         return text;
@@ -65,7 +65,7 @@ std::string csvField(const std::string& text) {
     return quoted + '"';
 }
 
-/// Tabs and line ends would be taken for those between fields.
+/// With blanks for tabs and line ends, which separate fields and lines.
 std::string plainField(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
@@ -82,7 +82,7 @@ void writeFields(const std::vector<std::string>& fields, OutputForm form, std::o
     out << '\n';
 }
 
-/// One line for each figure; a missing one has an empty value.
+/// Writes one line for each figure; a missing value is empty.
 void writeFigures(const ResultDocument& document, const ResultTable& table, OutputForm form, std::ostream& out) {
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
@@ -114,6 +114,12 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
 }
 
 }  // namespace
+
+const ResultTable* ResultDocument::table(std::string_view name) const {
+    const auto found =
+        std::find_if(tables.begin(), tables.end(), [name](const ResultTable& t) { return t.name == name; });
+    return found == tables.end() ? nullptr : &*found;
+}
 
 void writeHeading(OutputForm form, std::ostream& out) {
     out << (form == OutputForm::csv ? "file,start,table,quantity,column,value,unit\n" : "");

@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "output/result_table.h"
@@ -19,19 +20,22 @@ enum class OutputForm {
     raw         // the library's own texts, byte for byte
 };
 
-/// Everything that a command found in one recording, or in one window of it.
+/// The results of one recording, or of one window of it.
 struct ResultDocument {
-    std::string file;
-    double startSeconds = 0.0;  // from the first sample of the segment on
+    std::string file{};
+    double startSeconds = 0.0;  // after the first sample of the segment
     std::size_t samples = 0;
     double rateHz = 0.0;
-    std::string content;   // "voltages and currents"
-    std::string library;   // its version
-    std::string settings;  // how it was measured, in a few words; may be empty
+    std::string content{};   // "voltages and currents"
+    std::string library{};   // its version
+    std::string settings{};  // how it was measured, in a few words; may be empty
     std::vector<ResultTable> tables{};
     std::vector<std::string> remarks{};   // what a reader of the results must know
-    std::vector<std::string> warnings{};  // what makes them doubtful; said on stderr as well
-    std::vector<std::string> rawTexts{};  // the library's
+    std::vector<std::string> warnings{};  // what makes the results doubtful; also printed on stderr
+    std::vector<std::string> rawTexts{};  // as the library wrote them
+
+    /// The table of that name; null when the document has none.
+    const ResultTable* table(std::string_view name) const;
 };
 
 /// What comes once before all documents: the names of the CSV fields.
@@ -39,11 +43,11 @@ void writeHeading(OutputForm form, std::ostream& out);
 
 void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out);
 
-/// The line that stands for a document where there is none: {"file":...,"error":...,"exit_code":...}.
+/// The line in place of a document that could not be made: {"file":...,"error":...,"exit_code":...}.
 void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out);
 
-/// Whether stdout is a terminal that may be given colours: not with NO_COLOR in the environment (no-color.org), nor on
-/// a dumb one.
+/// Whether stdout is a terminal that shows styled text: not with NO_COLOR in the environment (no-color.org), nor on a
+/// dumb terminal.
 bool stdoutTakesStyle();
 
 }  // namespace rt305

@@ -9,12 +9,12 @@
 
 namespace rt305 {
 
-/// A sentence about a record that is too short for its harmonics to be measured, else nothing.
+/// A sentence when the record is too short to measure its harmonics, else nothing.
 std::string remarkOnLength(const Measurement& measurement);
 
-/// What a reader of the parameter table must know: one sentence for every group of values that is missing, with the
-/// reason as far as the tool can see it, and one for every figure that the settings make doubtful.
-std::vector<std::string> remarksOn(const std::vector<NamedValue>& parameters, const Measurement& measurement);
+/// What a reader of the parameter table must know: one sentence for every group of missing values, with the reason as
+/// far as the tool can find it, and one for every figure that the settings make doubtful.
+std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement);
 
 }  // namespace rt305
 

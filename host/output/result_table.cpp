@@ -14,7 +14,7 @@ using Line = ResultTable::Line;
 using Cell = ResultTable::Cell;
 using TextCells = std::vector<std::string>;
 
-/// The figures of one row or column, rounded alike.
+/// The figures of one row or column, with as many decimals each.
 TextCells textsOf(const std::vector<Cell>& figures, int mostDecimals) {
     std::vector<double> values;
     values.reserve(figures.size());
@@ -28,7 +28,7 @@ TextCells textsOf(const std::vector<Cell>& figures, int mostDecimals) {
     return texts;
 }
 
-/// The texts of all figures, by row, each rounded like the others of its unit.
+/// The texts of all figures, by row; those that share a unit have the same number of decimals.
 std::vector<TextCells> bodyOf(const ResultTable& table) {
     std::vector<TextCells> body(table.rows.size());
     if (!table.unitsByColumn) {

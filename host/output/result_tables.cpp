@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 
 #include "base/text.h"
+#include "measuring/power_methods.h"
 
 namespace rt305 {
 
@@ -28,7 +28,7 @@ ResultTable::Cell cellAt(const std::vector<double>& values, std::size_t i) {
     return i < values.size() ? ResultTable::Cell(values[i]) : std::nullopt;
 }
 
-/// Columns of values beside each other, numbered from 1; short ones end in empty cells.
+/// Columns of values side by side, with rows numbered from 1; shorter columns end in empty cells.
 void addNumbered(ResultTable& table, const std::vector<std::vector<double>>& columns) {
     std::size_t longest = 0;
     for (const auto& column : columns) {
@@ -44,7 +44,7 @@ void addNumbered(ResultTable& table, const std::vector<std::vector<double>>& col
 }
 
 template <class Rows>
-void addQuantities(ResultTable& table, const Rows& rows, const std::vector<NamedValue>& parameters) {
+void addQuantities(ResultTable& table, const Rows& rows, const Parameters& parameters) {
     for (const QuantityRow& row : rows) {
         std::vector<ResultTable::Cell> cells;
         std::string unit;
@@ -59,50 +59,41 @@ void addQuantities(ResultTable& table, const Rows& rows, const std::vector<Named
 
 }  // namespace
 
-ResultDocument documentOf(const Recording& recording, const Measurement& measurement, const Library& library) {
-    ResultDocument document{recording.source,
-                            measurement.settings.startSeconds,
-                            measurement.length,
-                            measurement.rateHz,
-                            inputTypeName(measurement.inputType),
-                            library.version(),
-                            ""};
-    document.warnings = recording.warnings;
+ResultDocument documentOf(const Recording& recording, const Measurement& measurement,
+                          const std::string& libraryVersion) {
+    ResultDocument document{.file = recording.source,
+                            .startSeconds = measurement.settings.startSeconds,
+                            .samples = measurement.length,
+                            .rateHz = measurement.rateHz,
+                            .content = inputTypeName(measurement.inputType),
+                            .library = libraryVersion,
+                            .warnings = recording.warnings};
     document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
     return document;
 }
 
 std::string describeMethods(const Measurement& measurement) {
-    const auto method = std::find_if(powerMethods.begin(), powerMethods.end(), [&measurement](const auto& known) {
-        return known.second == measurement.powerMethod();
-    });
+    const auto* const method =
+        std::find_if(std::begin(powerMethods), std::end(powerMethods),
+                     [&](const PowerMethod& known) { return known.flag == measurement.powerFlag(); });
     return std::string(measurement.has(RT305_4_FOUR_WIRE) ? "four-wire" : "three-wire") + ", fundamental inside " +
-           measurement.window().text() + ", power: " + (method == powerMethods.end() ? "none" : method->first);
-}
-
-NamedValue parameterNamed(const std::vector<NamedValue>& parameters, std::string_view name) {
-    const auto found = std::find_if(parameters.begin(), parameters.end(),
-                                    [name](const NamedValue& parameter) { return parameter.name == name; });
-    return found == parameters.end() ? NamedValue{std::string(name), nan, ""} : *found;
+           measurement.window().text() + ", power: " + (method == std::end(powerMethods) ? "none" : method->name);
 }
 
 ResultTable phaseTable(const std::string& name, const std::string& title) {
-    return {name,
-            title,
-            "",
-            false,
-            {{"total", "    total", ""}, {"a", "        a", ""}, {"b", "        b", ""}, {"c", "        c", ""}},
-            {},
-            {}};
+    return {.name = name,
+            .title = title,
+            .columns = {
+                {"total", "    total", ""}, {"a", "        a", ""}, {"b", "        b", ""}, {"c", "        c", ""}}};
 }
 
-ResultTable electricalTable(const std::vector<NamedValue>& parameters) {
+ResultTable electricalTable(const Parameters& parameters) {
     ResultTable table = phaseTable("parameters");
     addQuantities(table, electricalRows, parameters);
     return table;
 }
 
-ResultTable parameterTable(const std::vector<NamedValue>& parameters) {
+ResultTable parameterTable(const Parameters& parameters) {
     ResultTable table = electricalTable(parameters);
     addQuantities(table, powerRows, parameters);
     addQuantities(table, std::array{powerFactorRow}, parameters);
@@ -110,7 +101,7 @@ ResultTable parameterTable(const std::vector<NamedValue>& parameters) {
 }
 
 ResultTable signalTable(const std::string& name, const std::vector<SignalStatistics>& signals) {
-    ResultTable table{name, "", "", false, {}, {}, {}};
+    ResultTable table{.name = name};
     for (const SignalStatistics& signal : signals) {
         table.columns.push_back({signal.channel, signal.channel, ""});
     }
@@ -121,14 +112,14 @@ ResultTable signalTable(const std::string& name, const std::vector<SignalStatist
             cells.emplace_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
         }
         const NamedValue& first = signals[0].statistics[i];
-        const bool isRatio = first.name == "peak2rms";  // whatever unit the text gives it
+        const bool isRatio = first.name == "peak2rms";  // though the text gives it a unit
         table.addRow({first.name, first.name, isRatio ? "" : first.unit}, std::move(cells));
     }
     return table;
 }
 
 ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& spectra) {
-    ResultTable table{name, "", "", true, {}, {}, {}};
+    ResultTable table{.name = name, .unitsByColumn = true};
     std::vector<std::vector<double>> columns;
     for (const Spectrum& spectrum : spectra) {
         std::vector<double> frequencies;
@@ -154,7 +145,7 @@ ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& 
 }
 
 ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics) {
-    ResultTable table{name, "", "Order", true, {}, {}, {}};
+    ResultTable table{.name = name, .corner = "Order", .unitsByColumn = true};
     std::vector<std::vector<double>> columns;
     for (const Harmonics& channel : harmonics) {
         columns.insert(columns.end(), {channel.frequencies, channel.levels, percentsOf(channel)});
@@ -164,14 +155,6 @@ ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>&
     }
     addNumbered(table, columns);
     return table;
-}
-
-std::vector<double> percentsOf(const Harmonics& harmonics) {
-    std::vector<double> percents;
-    for (const double level : harmonics.levels) {
-        percents.push_back(100.0 * std::pow(10.0, (level - harmonics.levels[0]) / 20.0));
-    }
-    return percents;
 }
 
 }  // namespace rt305

@@ -3,10 +3,8 @@
 
 #include <array>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "measuring/library.h"
 #include "measuring/measurement.h"
 #include "measuring/result_texts.h"
 #include "output/document.h"
@@ -16,10 +14,11 @@ namespace rt305 {
 /// How the parameters were measured, in a few words.
 std::string describeMethods(const Measurement& measurement);
 
-/// A document about a measurement, with nothing found yet.
-ResultDocument documentOf(const Recording& recording, const Measurement& measurement, const Library& library);
+/// A document about a measurement, without results yet.
+ResultDocument documentOf(const Recording& recording, const Measurement& measurement,
+                          const std::string& libraryVersion);
 
-/// One quantity of the parameter table as an instrument shows it: a row of total and phases.
+/// One quantity of the parameter table: a row of total and phases.
 struct QuantityRow {
     const char* key;
     const char* label;
@@ -43,24 +42,18 @@ inline constexpr QuantityRow powerRows[] = {
 };
 inline constexpr QuantityRow powerFactorRow{"power_factor", "Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}};
 
-/// The parameter of that name; NaN without a unit when there is none.
-NamedValue parameterNamed(const std::vector<NamedValue>& parameters, std::string_view name);
-
 /// A table without rows whose columns are total, a, b and c.
 ResultTable phaseTable(const std::string& name, const std::string& title = "");
 
 /// The electrical quantities, and all parameters.
-ResultTable electricalTable(const std::vector<NamedValue>& parameters);
-ResultTable parameterTable(const std::vector<NamedValue>& parameters);
+ResultTable electricalTable(const Parameters& parameters);
+ResultTable parameterTable(const Parameters& parameters);
 
-/// The statistics, the largest spectral lines and the harmonics of one channel set, channels side by side. A table of
-/// no channels is empty.
+/// The statistics, the largest spectral lines and the harmonics of one kind of channels, side by side. Empty without
+/// channels.
 ResultTable signalTable(const std::string& name, const std::vector<SignalStatistics>& signals);
 ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& spectra);
 ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics);
-
-/// The harmonics' levels in percent of the fundamental.
-std::vector<double> percentsOf(const Harmonics& harmonics);
 
 }  // namespace rt305
 

@@ -6,7 +6,6 @@
 #include <tuple>
 
 #include "base/text.h"
-#include "output/result_tables.h"
 #include "page/html.h"
 
 namespace rt305 {
@@ -161,8 +160,8 @@ std::string harmonicBars(const std::vector<Harmonics>& channels) {
     double largest = 0.0;
     std::size_t orders = 1;
     for (const Harmonics& channel : channels) {
-        percents.push_back(percentsOf(channel));
-        percents.back().erase(percents.back().begin(), percents.back().begin() + (percents.back().empty() ? 0 : 1));
+        const auto all = percentsOf(channel);
+        percents.emplace_back(all.begin() + (all.empty() ? 0 : 1), all.end());  // without the fundamental
         orders = std::max(orders, percents.back().size());
         for (const double percent : percents.back()) {
             largest = std::fmax(largest, percent);

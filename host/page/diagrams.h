@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "measuring/full_measurement.h"
+#include "measuring/fundamentals.h"
 #include "measuring/result_texts.h"
 
 namespace rt305 {

@@ -6,54 +6,27 @@
 
 #include "base/text.h"
 #include "base/text_encoding.h"
+#include "output/full_document.h"
 #include "output/result_tables.h"
 #include "page/checksum.h"
 #include "page/diagrams.h"
 #include "page/html.h"
 #include "page/page_files.h"
 #include "page/plots.h"
-#include "recording/channel_assignment.h"
 
 namespace rt305 {
 
 namespace {
 
-// What a page may cost: 300 kB for a second, uPlot included, and 2 MB for the longest recording.
+// These limits keep a page at 300 kB for one second, uPlot included, and at 2 MB for the longest recording.
 constexpr double waveformPointsPerSecond = 2000.0;
 constexpr double mostWaveformPoints = 20000.0;
 constexpr std::size_t mostSpectrumPoints = 1500;
 constexpr double lowestLevelDb = -140.0;
 constexpr double firstShownSeconds = 0.2;
-constexpr std::uint32_t spectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_LEVEL_DB;
 
-/// The results of one operation by kind, the kinds that were measured only.
-template <class Channel>
-struct Kind {
-    bool isCurrent;
-    std::vector<Channel> channels;
-
-    std::string name() const { return isCurrent ? "Currents" : "Voltages"; }
-};
-
-template <class Read>
-auto readKinds(const ResultTexts& texts, Read read) {
-    using Channel = typename decltype(read(std::string()))::value_type;
-    std::vector<Kind<Channel>> kinds;
-    for (const auto& [text, isCurrent] : {std::pair{texts.voltages, false}, {texts.currents, true}}) {
-        if (!text.empty()) {
-            kinds.push_back({isCurrent, read(text)});
-        }
-    }
-    return kinds;
-}
-
-template <class Channel>
-std::vector<Channel> allOf(const std::vector<Kind<Channel>>& kinds) {
-    std::vector<Channel> all;
-    for (const auto& kind : kinds) {
-        all.insert(all.end(), kind.channels.begin(), kind.channels.end());
-    }
-    return all;
+std::string titleOf(bool areCurrents) {
+    return areCurrents ? "Currents" : "Voltages";
 }
 
 std::string paragraph(std::string_view attributes, const std::string& text) {
@@ -74,11 +47,11 @@ std::string figure(const std::string& drawing, const std::string& caption) {
 
 /// A table for each kind of channels.
 template <class Channel>
-std::string tablesOf(const std::vector<Kind<Channel>>& kinds, const std::string& title,
+std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::string& title,
                      ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
     std::string tables;
-    for (const Kind<Channel>& kind : kinds) {
-        tables += htmlTable(kind.name() + ": " + title, tabulate("", kind.channels));
+    for (const KindResults<Channel>& kind : kinds) {
+        tables += htmlTable(titleOf(kind.areCurrents) + ": " + title, tabulate("", kind.channels));
     }
     return element("div", R"(class="beside")", tables);
 }
@@ -112,9 +85,8 @@ PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
 }
 
 PlotGroup waveformPlots(const Measurement& recorded) {
-    const double seconds = static_cast<double>(recorded.length) / recorded.rateHz;
-    const double pairs =
-        std::clamp(seconds, 1.0, mostWaveformPoints / waveformPointsPerSecond) * waveformPointsPerSecond / 2.0;
+    const double pairs = std::clamp(recorded.durationSeconds(), 1.0, mostWaveformPoints / waveformPointsPerSecond) *
+                         waveformPointsPerSecond / 2.0;
     PlotGroup group{"waveforms", "Time, s", 5, 2 * static_cast<std::size_t>(pairs), firstShownSeconds, {}};
     for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
         if (!recorded.samples[first].empty()) {
@@ -124,14 +96,14 @@ PlotGroup waveformPlots(const Measurement& recorded) {
     return group;
 }
 
-PlotGroup spectrumPlots(const std::vector<Kind<Spectrum>>& kinds) {
+PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
     PlotGroup group{"spectra", "Frequency, Hz", 2, mostSpectrumPoints, 0.0, {}};
-    for (const Kind<Spectrum>& kind : kinds) {
+    for (const KindResults<Spectrum>& kind : kinds) {
         const std::vector<double>& axis = kind.channels[0].frequencies;
         if (axis.size() < 2) {
             continue;
         }
-        PlotPanel panel{kind.isCurrent ? "Current, dB" : "Voltage, dB", 1, axis[0], axis[1] - axis[0], {}};
+        PlotPanel panel{kind.areCurrents ? "Current, dB" : "Voltage, dB", 1, axis[0], axis[1] - axis[0], {}};
         for (const Spectrum& spectrum : kind.channels) {
             Curve curve{spectrum.channel, panel.curves.size(), spectrum.lines};
             curve.values.resize(axis.size(), lowestLevelDb);
@@ -145,22 +117,8 @@ PlotGroup spectrumPlots(const std::vector<Kind<Spectrum>>& kinds) {
     return group;
 }
 
-std::string harmonicSection(const std::vector<Kind<Harmonics>>& kinds) {
-    std::string content;
-    for (const Kind<Harmonics>& kind : kinds) {
-        content += element("h3", "", kind.name()) +
-                   element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + kind.name() + '"',
-                           figure(harmonicBars(kind.channels),
-                                  "Percent of the fundamental; phases a, b and c from left "
-                                  "to right at each order."));
-    }
-    return content + tablesOf(kinds, "all harmonics", harmonicTable) +
-           paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.");
-}
-
 /// Nothing when there is no fundamental.
-std::string phasorSection(const Measurement& measurement, const std::vector<Harmonics>& harmonics) {
-    const Fundamentals fundamentals = fundamentalsOf(measurement, harmonics);
+std::string phasorFigure(const Fundamentals& fundamentals) {
     if (*std::max_element(fundamentals.frequencies.begin(), fundamentals.frequencies.end()) == 0.0) {
         return {};
     }
@@ -169,13 +127,14 @@ std::string phasorSection(const Measurement& measurement, const std::vector<Harm
                   "phasor is turned clockwise.");
 }
 
-/// The tables of a document that have rows, from one to another, beside each other where there is room.
-std::string resultTables(const ResultDocument& document, std::size_t first, std::size_t end,
+/// The tables of these names, as far as the document has them, side by side where there is room.
+std::string resultTables(const ResultDocument& document, const std::vector<std::string_view>& names,
                          const std::string& behind) {
     std::string content;
-    for (std::size_t i = first; i < std::min(end, document.tables.size()); ++i) {
-        const ResultTable& table = document.tables[i];
-        content += table.rows.empty() ? "" : htmlTable(table.title.empty() ? "Measured" : table.title, table);
+    for (const std::string_view name : names) {
+        if (const ResultTable* const table = document.table(name); table != nullptr && !table->rows.empty()) {
+            content += htmlTable(table->title.empty() ? "Measured" : table->title, *table);
+        }
     }
     return element("div", R"(class="beside")", content + behind);
 }
@@ -184,7 +143,7 @@ std::string baseName(const std::string& path) {
     return toUtf8(std::filesystem::path(path).filename().string(), "");
 }
 
-/// Messages that name the file by its path name it as the page does.
+/// Messages with the names of files without their folders, as the page shows them.
 std::vector<std::string> withoutFolder(std::vector<std::string> messages, const Recording& recording) {
     for (std::string& message : messages) {
         for (const std::string& file : recording.files) {
@@ -211,8 +170,7 @@ Facts recordingFacts(const Recording& recording, const Measurement& recorded) {
     return facts;
 }
 
-Facts channelFacts(const Recording& recording, const PerChannel<std::string>& chosen) {
-    const Assignment assignment = assignColumns(recording, chosen);
+Facts channelFacts(const Recording& recording, const Assignment& assignment) {
     Facts facts;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const auto column = assignment.columns[channel];
@@ -244,6 +202,56 @@ struct Section {
     std::string content;
 };
 
+Section overviewSection(const Recording& recording, const ResultDocument& document, const FullResults& results) {
+    return {"overview", "Overview",
+            notices(R"(class="notices")", withoutFolder(document.warnings, recording)) +
+                resultTables(document, {"parameters", "signals"}, phasorFigure(results.fundamentals))};
+}
+
+/// Of voltages or currents alone, the overview has the statistics.
+Section signalSection(const FullResults& results, const PlotGroup& waveforms, bool withStatistics) {
+    return {"signals", "Waveforms",
+            placesOf(waveforms) +
+                paragraph(R"(class="remark on-screen")",
+                          "As recorded; the first " + formatNumber(firstShownSeconds) +
+                              " s are shown. Drag across a plot to zoom into both, double-click to show all. Long "
+                              "recordings are thinned without losing peaks.") +
+                (withStatistics ? tablesOf(results.signals, "statistics without the offset", signalTable) : "")};
+}
+
+Section resultSection(const ResultDocument& document) {
+    return {"results", "Results",
+            resultTables(document, {"power", "derived", "highest_harmonics"}, "") + notices("", document.remarks)};
+}
+
+Section spectrumSection(const FullResults& results, const PlotGroup& lines) {
+    return {"lines", "Spectra",
+            placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
+                tablesOf(results.spectra, "largest lines", spectrumTable)};
+}
+
+Section harmonicSection(const FullResults& results) {
+    std::string content;
+    for (const auto& kind : results.harmonics) {
+        const std::string title = titleOf(kind.areCurrents);
+        content += element("h3", "", title) +
+                   element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + title + '"',
+                           figure(harmonicBars(kind.channels),
+                                  "Percent of the fundamental; phases a, b and c from left to right at each order."));
+    }
+    return {"harmonics", "Harmonics",
+            content + tablesOf(results.harmonics, "all harmonics", harmonicTable) +
+                paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.")};
+}
+
+Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
+    return {"origin", "Recording and settings",
+            htmlFacts("Recording", recordingFacts(recording, full.asRecorded)) +
+                htmlFacts("Channels", channelFacts(recording, full.measurement.assignment)) +
+                htmlFacts("Measurement", settingFacts(document, full.asRecorded)) +
+                notices("", full.measurement.notes)};
+}
+
 std::string navigationOf(const std::vector<Section>& sections) {
     std::string links;
     for (const Section& section : sections) {
@@ -263,52 +271,30 @@ std::string htmlOf(const std::vector<Section>& sections) {
 
 }  // namespace
 
-std::string reportPage(const Recording& recording, const FullMeasurement& overview, const Library& library) {
-    const Measurement& recorded = overview.asRecorded;
-    Measurement measured = overview.measurement;
-    measured.settings.spectrumFlags = spectrumFlags;
-    const ResultDocument document = measureAll(recording, overview, library);
-    const auto signals = readKinds(library.measure(recorded, RT305_4_OPERATION_SIGNALS), readSignals);
-    const auto spectra = readKinds(library.measure(measured, RT305_4_OPERATION_SPECTRUM), readSpectra);
-    const auto harmonics = readKinds(library.measure(measured, RT305_4_OPERATION_DISTORTION), readHarmonics);
+std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
+    const Measurement& recorded = full.asRecorded;
+    const ResultDocument document = fullDocument(recording, full, results);
     const PlotGroup waveforms = waveformPlots(recorded);
-    const PlotGroup lines = spectrumPlots(spectra);
-
-    const std::vector<Section> sections{
-        {"overview", "FullMeasurement",
-         notices(R"(class="notices")", withoutFolder(document.warnings, recording)) +
-             resultTables(document, 0, 1, phasorSection(measured, allOf(harmonics)))},
-        {"signals", "Waveforms",
-         placesOf(waveforms) +
-             paragraph(R"(class="remark on-screen")",
-                       "As recorded, at first " + formatNumber(firstShownSeconds) +
-                           " s of it. Drag across a plot to zoom into both, double-click to see all. Long recordings "
-                           "are thinned; no peak is lost.") +
-             (measured.isCombined() ? tablesOf(signals, "statistics without the offset", signalTable) : "")},
-        {"results", "Results", resultTables(document, 1, document.tables.size(), "") + notices("", document.remarks)},
-        {"lines", "Spectra",
-         placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
-             tablesOf(spectra, "largest lines", spectrumTable)},
-        {"harmonics", "Harmonics", harmonicSection(harmonics)},
-        {"origin", "Recording and settings",
-         htmlFacts("Recording", recordingFacts(recording, recorded)) +
-             htmlFacts("Channels", channelFacts(recording, measured.settings.columns)) +
-             htmlFacts("Measurement", settingFacts(document, recorded)) + notices("", overview.measurement.notes)},
-    };
-    const std::string seconds = formatNumber(static_cast<double>(recorded.length) / recorded.rateHz);
-    return filled(
-        page::html,
-        {{"title", escaped("Measurement of " + baseName(recording.source))},
-         {"summary", escaped(seconds + " s at " + formatNumber(recorded.rateHz) + " Hz, " + document.content)},
-         {"generator", escaped("rt305 " RT305_4_PROJECT_VERSION ", library " + document.library)},
-         {"navigation", navigationOf(sections)},
-         {"sections", htmlOf(sections)},
-         {"data", plotData({waveforms, lines})},
-         {"style", std::string(page::style)},
-         {"script", std::string(page::script)},
-         {"plot-library", std::string(page::plotLibrary)},
-         {"style-hash", policyHashOf(page::style)},
-         {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+    const PlotGroup lines = spectrumPlots(results.spectra);
+    const std::vector<Section> sections{overviewSection(recording, document, results),
+                                        signalSection(results, waveforms, recorded.isCombined()),
+                                        resultSection(document),
+                                        spectrumSection(results, lines),
+                                        harmonicSection(results),
+                                        originSection(recording, full, document)};
+    const std::string length =
+        formatNumber(recorded.durationSeconds()) + " s at " + formatNumber(recorded.rateHz) + " Hz";
+    return filled(page::html, {{"title", escaped("Measurement of " + baseName(recording.source))},
+                               {"summary", escaped(length + ", " + document.content)},
+                               {"generator", escaped("rt305 " RT305_4_PROJECT_VERSION ", library " + document.library)},
+                               {"navigation", navigationOf(sections)},
+                               {"sections", htmlOf(sections)},
+                               {"data", plotData({waveforms, lines})},
+                               {"style", std::string(page::style)},
+                               {"script", std::string(page::script)},
+                               {"plot-library", std::string(page::plotLibrary)},
+                               {"style-hash", policyHashOf(page::style)},
+                               {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
 }
 
 }  // namespace rt305

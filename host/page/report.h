@@ -4,13 +4,14 @@
 #include <string>
 
 #include "measuring/full_measurement.h"
-#include "measuring/library.h"
+#include "measuring/measure_all.h"
+#include "recording/recording.h"
 
 namespace rt305 {
 
-/// Everything that `measure` tells of a recording, with its waveforms, spectra and harmonics, as one HTML page that
-/// needs nothing beside itself. The same recording and settings give the same bytes.
-std::string reportPage(const Recording& recording, const FullMeasurement& overview, const Library& library);
+/// The results of `rt305 measure` with waveforms, spectra and harmonics, as one HTML page that needs no other file. The
+/// same recording and settings give the same bytes. `results` include spectra and statistics.
+std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results);
 
 }  // namespace rt305
 

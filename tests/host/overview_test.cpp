@@ -1,4 +1,4 @@
-#include "measuring/full_measurement.h"
+#include "output/full_document.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,8 @@ const rt305::Library& library() {
 }
 
 ResultDocument measured(const Recording& recording, const MeasurementSettings& settings = {}) {
-    return measureAll(recording, prepare(recording, settings), library());
+    const auto full = prepare(recording, settings);
+    return fullDocument(recording, full, measureAll(full, library()));
 }
 
 /// A figure by its names in JSON; NaN when it is missing or not there.
@@ -193,8 +194,9 @@ TEST(FullMeasurement, WindowsAreMeasuredAsPartsAre) {
     part.startSeconds = 0.4;
     part.durationSeconds = 0.3;
     const auto window = windowOf(rt305::prepare(recording, {}), 0.4, 0.3);
-    EXPECT_EQ(measureAll(recording, window, library()).rawTexts, measured(recording, part).rawTexts);
-    EXPECT_EQ(measureAll(recording, window, library()).startSeconds, 0.4);
+    const ResultDocument document = fullDocument(recording, window, measureAll(window, library()));
+    EXPECT_EQ(document.rawTexts, measured(recording, part).rawTexts);
+    EXPECT_EQ(document.startSeconds, 0.4);
     EXPECT_THROW(windowOf(rt305::prepare(recording, {}), 0.8, 0.3), rt305::Failure);
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "measuring/wiring.h"
 #include "recording/generator.h"
 
 namespace {
@@ -55,8 +56,8 @@ TEST(Phasors, WiringFaultsAreNamed) {
     const Phasors u = symmetrical(230.0, 17.0);
     const auto loaded = [](double lag) { return symmetrical(5.0, 17.0 - lag); };
     const Phasors i = loaded(30.0);
-    const std::string order = "The phase order is a-c-b: two voltages are exchanged, or the grid turns that way.";
-    const std::string back = "All currents run against their voltages: power flows back, or all clamps are turned.";
+    const std::string order = "The phase order is a-c-b: two voltages are exchanged, or the grid has this order.";
+    const std::string back = "All currents oppose their voltages: power flows backwards, or all clamps are reversed.";
     const std::string unclear =
         "The angles between voltage and current differ much between the phases; no single reversed or exchanged "
         "current explains it.";

@@ -1,0 +1,41 @@
+#ifndef RT305_HOST_MEASURING_MEASURE_ALL_H
+#define RT305_HOST_MEASURING_MEASURE_ALL_H
+
+#include <string>
+#include <vector>
+
+#include "measuring/derived_figures.h"
+#include "measuring/full_measurement.h"
+#include "measuring/fundamentals.h"
+#include "measuring/library.h"
+#include "measuring/result_texts.h"
+
+namespace rt305 {
+
+/// The spectra of a full measurement: Hann window, dB below the largest line.
+inline constexpr std::uint32_t fullSpectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_LEVEL_DB;
+
+/// Everything that the library and the tool find in one measurement.
+struct FullResults {
+    std::string libraryVersion;
+    std::vector<std::string> parameterTexts{};  // as the library wrote them
+    std::vector<Parameters> parameters{};       // by power method, as in powerMethods; none unless all six are measured
+    std::vector<KindResults<SignalStatistics>> signals{};  // at the recorded rate
+    std::vector<KindResults<Harmonics>> harmonics{};
+    std::vector<KindResults<Spectrum>> spectra{};
+    Fundamentals fundamentals{};
+    DerivedFigures derived{};
+    std::vector<std::string> wiring{};  // the verdict, in sentences
+};
+
+/// The figures of `rt305 measure`: with all six channels the parameters by every power method, each with the voltages
+/// that it requires; otherwise the statistics of the channels; and always the harmonics, the derived figures and the
+/// wiring.
+FullResults measureAll(const FullMeasurement& full, const Library& library);
+
+/// Adds what only a report shows: spectra, and statistics if there are none.
+void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, const Library& library);
+
+}  // namespace rt305
+
+#endif

@@ -1,0 +1,30 @@
+#ifndef RT305_HOST_MEASURING_POWER_METHODS_H
+#define RT305_HOST_MEASURING_POWER_METHODS_H
+
+#include <cstdint>
+
+#include "rt305_4/rt305_4.h"
+
+namespace rt305 {
+
+/// A way to measure power.
+struct PowerMethod {
+    const char* name;            // in options, JSON and CSV
+    std::uint32_t flag;          // RT305_4_POWER_*
+    bool givesPhases;            // powers of each phase beside the total
+    bool requiresPhaseVoltages;  // otherwise line voltages
+};
+
+/// All of them; the first gives signed reactive power, the second S = U I.
+inline constexpr PowerMethod powerMethods[] = {
+    {"three-wattmeter-complex", RT305_4_POWER_THREE_WATTMETER_COMPLEX, true, true},
+    {"three-wattmeter", RT305_4_POWER_THREE_WATTMETER, true, true},
+    {"two-wattmeter", RT305_4_POWER_TWO_WATTMETER, false, false},
+    {"two-wattmeter-phase", RT305_4_POWER_TWO_WATTMETER_PHASE, false, true},
+};
+inline constexpr std::size_t complexThreeWattmeter = 0;  // places in powerMethods
+inline constexpr std::size_t plainThreeWattmeter = 1;
+
+}  // namespace rt305
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef RT305_HOST_MEASURING_THD_GATE_H
+#define RT305_HOST_MEASURING_THD_GATE_H
+
+#include <array>
+#include <vector>
+
+#include "measuring/measurement.h"
+#include "measuring/result_texts.h"
+
+namespace rt305 {
+
+/// When the library gives THD, frequency and power: the fundamentals of three voltages or three currents must lie
+/// inside the frequency window, on average first and then each for itself. The tool finds them by zero crossings, so it
+/// can explain most missing values but decides none.
+
+/// Three channels whose THD the library accepts together.
+struct ThdSet {
+    std::size_t firstChannel;
+    std::array<const char*, phaseTotal> parameters;  // the names of their THD
+    std::array<std::size_t, phaseTotal> judges;      // the phase whose fundamental decides on each phase
+};
+inline constexpr ThdSet thdSets[] = {{0, {"THD_Va", "THD_Vb", "THD_Vc"}, {0, 2, 1}},
+                                     {phaseTotal, {"THD_Ia", "THD_Ib", "THD_Ic"}, {0, 1, 2}}};
+
+/// One reason why THD is missing.
+struct ThdObstacle {
+    enum class Kind { missingSamples, dead, noFundamental, meanOutsideWindow, outsideWindow };
+
+    Kind kind;
+    std::size_t channel;          // not of meanOutsideWindow
+    double frequencyHz = 0.0;     // of the two last kinds, as the library takes the samples
+    bool decidesOnOther = false;  // outsideWindow: the THD of another phase is missing for it
+};
+
+struct MissingThd {
+    std::vector<std::size_t> phases;     // empty: none is missing
+    std::vector<ThdObstacle> obstacles;  // empty: the tool finds none
+    bool areOutsideWindow = false;       // all three have a fundamental, but not all are accepted
+    bool controlWindowAccepts = false;   // with areOutsideWindow
+};
+MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement);
+
+/// The length from which a pure sine shows no THD of its own, and that of a measurement by its first channel.
+inline constexpr double cyclesForThd = 12.5;
+double cyclesOf(const Measurement& measurement);
+inline bool isTooShortForThd(double cycles) {
+    return !(cycles >= cyclesForThd - 0.05);
+}
+
+}  // namespace rt305
+
+#endif

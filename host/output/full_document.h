@@ -1,0 +1,17 @@
+#ifndef RT305_HOST_OUTPUT_FULL_DOCUMENT_H
+#define RT305_HOST_OUTPUT_FULL_DOCUMENT_H
+
+#include "measuring/full_measurement.h"
+#include "measuring/measure_all.h"
+#include "output/document.h"
+#include "recording/recording.h"
+
+namespace rt305 {
+
+/// The document of `rt305 measure`. Its tables: with all six channels "parameters" and "power", else "signals"; then
+/// "derived" and "highest_harmonics".
+ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results);
+
+}  // namespace rt305
+
+#endif
