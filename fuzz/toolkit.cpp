@@ -1,4 +1,4 @@
-// The numeric toolkit and the frequency search against their plain definitions.
+// Compares the numeric toolkit and the frequency search with their plain definitions.
 
 #include "calc/frequency.h"
 
@@ -11,7 +11,9 @@
 
 #include "bytes.h"
 #include "calc/options.h"
+#include "calc/plain_search.h"
 #include "require.h"
+#include "support/plain.h"
 #include "toolkit/analytic_signal.h"
 #include "toolkit/fft_implementation_callback.h"
 #include "toolkit/gridded_dft.h"
@@ -34,41 +36,9 @@ using fuzz::require;
 using Row = std::vector<double>;
 using LongComplex = std::complex<long double>;
 
-constexpr long double unit = 0x1p-53L;
-
-bool same(double a, double b) {
-    return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-/// |value - exact| in units in the last place of the exact value.
-double ulps(double value, long double exact) {
-    const double rounded = static_cast<double>(exact);
-    if (same(value, rounded)) {
-        return 0.0;
-    }
-    int exponent = 0;
-    static_cast<void>(std::frexp(rounded, &exponent));
-    const long double ulp = std::ldexp(1.0L, std::max(exponent - 53, -1074));
-    return static_cast<double>(std::fabs(static_cast<long double>(value) - exact) / ulp);
-}
+using plain::same;
 
 // --- Transforms ---
-
-/// The first bins of the transform of x padded with zeros to length.
-std::vector<LongComplex> plainSpectrum(samples x, std::size_t length, std::size_t bins) {
-    std::vector<LongComplex> roots(length);
-    for (std::size_t k = 0; k < length; ++k) {
-        roots[k] =
-            std::polar(1.0L, -2.0L * coder::piL * static_cast<long double>(k) / static_cast<long double>(length));
-    }
-    std::vector<LongComplex> spectrum(bins);
-    for (std::size_t k = 0; k < bins; ++k) {
-        for (std::size_t t = 0; t < std::min(x.size(), length); ++t) {
-            spectrum[k] += static_cast<long double>(x[t]) * roots[k * t % length];
-        }
-    }
-    return spectrum;
-}
 
 /// RMS error relative to the RMS of the spectrum, in units of 2^-53 sqrt(log2 n).
 double errorOf(const creal_T* half, const std::vector<LongComplex>& exact, std::size_t n) {
@@ -78,7 +48,7 @@ double errorOf(const creal_T* half, const std::vector<LongComplex>& exact, std::
         error += std::norm(LongComplex(half[k].re, half[k].im) - exact[k]);
         power += std::norm(exact[k]);
     }
-    const long double scale = unit * std::sqrt(std::max(1.0L, std::log2(static_cast<long double>(n))));
+    const long double scale = 0x1p-53L * std::sqrt(std::max(1.0L, std::log2(static_cast<long double>(n))));
     return error == 0.0L ? 0.0 : static_cast<double>(std::sqrt(error / power) / scale);
 }
 
@@ -109,19 +79,20 @@ void transforms(Bytes& bytes) {
     Row x = bytes.tameSignal(bytes.flag() ? n : bytes.upTo(n + 9));
     const RealFft plan(static_cast<int>(n));
     const auto bins = static_cast<std::size_t>(plan.bins());
-    const auto exact = plainSpectrum(x, n, bins);
     std::vector<creal_T> half(bins);
     plan.forward(x, half.data());
+    const Row given = x;
+    x.resize(n);
+    const auto exact = plain::transform(x, n, 0, bins);
     require(errorOf(half.data(), exact, n) <= 3.0, "the transform's error is within its bound");
     for (const coder::FftKernels& kernels : coder::fftKernels()) {
         if (kernels.supported()) {
             std::vector<creal_T> again(bins);
-            RealFft(static_cast<int>(n), kernels).forward(x, again.data());
+            RealFft(static_cast<int>(n), kernels).forward(given, again.data());
             require(std::memcmp(half.data(), again.data(), bins * sizeof half[0]) == 0,
                     "every instruction set gives the same bits");
         }
     }
-    x.resize(n);
     const coder::complex_column textbook = textbookSpectrum(x);
     require(errorOf(textbook.data(), exact, n) <= 12.0, "the textbook transform gives the same spectrum");
 
@@ -164,7 +135,7 @@ void zoomSpectrum(Bytes& bytes) {
     zoom.magnitudes(zoom.bins(), found.data());
 
     std::transform(x.begin(), x.end(), window.begin(), x.begin(), std::multiplies<>());
-    const auto exact = plainSpectrum(x, n * static_cast<std::size_t>(factor), bins);
+    const auto exact = plain::transform(x, n * static_cast<std::size_t>(factor), 0, bins);
     long double largest = 0.0L;
     for (const LongComplex& bin : exact) {
         largest = std::max(largest, std::abs(bin));
@@ -214,12 +185,8 @@ void fourierGrid(Bytes& bytes) {
     Row found(grid.lines());
     grid.magnitudes(x, found.data());
     const std::size_t k = bytes.upTo(grid.lines() - 1);
-    LongComplex exact;
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        const auto turns = static_cast<long double>((static_cast<std::size_t>(first) + k) * i);
-        const long double phase = 2.0L * coder::piL * turns / coder::GriddedDft::period;
-        exact += static_cast<long double>(x[i]) * LongComplex(std::cos(phase), -std::sin(phase));
-    }
+    const auto line = static_cast<std::size_t>(first) + k;
+    const LongComplex exact = plain::transform(x, coder::GriddedDft::period, line, 1)[0];
     require(std::fabs(found[k] - std::abs(exact)) <= coder::GriddedDft::errorBound(x.size()) * total,
             "a line of the frequency grid is within its bound");
 }
@@ -227,35 +194,6 @@ void fourierGrid(Bytes& bytes) {
 // --- Searches ---
 
 using calc_modul_K9_web_ns::FrequencySearch;
-
-/// Every slot by its plain sum, then one scan.
-FrequencySearch::Fundamental plainSearch(const Row& x, double N, bool control) {
-    const double lowest = control ? 10.0 : 49.6;
-    const int evaluated = control ? 501 : 8;
-    const auto times = static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0));
-    const bool oneTime = times == 1 || std::isnan(N);
-    const std::size_t pairs = oneTime ? x.size() : x.size() == 1 ? times : std::min(x.size(), times);
-    int best = 0;
-    creal_T largest{rtNaN, rtNaN};
-    for (int k = 0; k < (control ? 501 : 9); ++k) {
-        creal_T sum{0.0, 0.0};
-        for (std::size_t i = 0; k < evaluated && i < pairs; ++i) {
-            const double time = std::isnan(N) ? rtNaN : oneTime ? 1.0 : static_cast<double>(i + 1);
-            const double phase = time * (lowest + 0.1 * k) * 6.283185307179586 * 0.0001;
-            const double sample = x[x.size() == 1 ? 0 : i];
-            sum.re += sample * std::cos(phase);
-            sum.im -= sample * std::sin(phase);
-        }
-        if (std::isnan(sum.re) || std::isnan(sum.im)) {
-            continue;
-        }
-        if (std::isnan(largest.re) || coder::isLarger(sum, largest)) {
-            best = k;
-            largest = sum;
-        }
-    }
-    return {lowest + 0.1 * best, 2.0 * coder::rt_hypotd_snf(largest.re, largest.im) / N};
-}
 
 void frequencySearch(Bytes& bytes) {
     const bool control = bytes.flag();
@@ -266,34 +204,18 @@ void frequencySearch(Bytes& bytes) {
         N = bytes.flag() ? rtNaN : N + bytes.raw<std::int8_t>() / 16.0;
     }
     if (std::isnan(N) && x.empty()) {
-        return;  // whether no sample has a time is nobody's question
+        return;  // undefined: no sample has a time
     }
     const FrequencySearch search(
         N, control ? calc_modul_K9_web_ns::option::frequencyControl : calc_modul_K9_web_ns::option::frequencyFixed);
-    const auto expected = plainSearch(x, N, control);
+    const auto parts = [](std::complex<double> z) { return creal_T{z.real(), z.imag()}; };
+    const auto isLarger = [&](auto a, auto b) { return coder::isLarger(parts(a), parts(b)); };
+    const plain::Line expected = plain::searchedLine(x, N, control, isLarger);
+    const double amplitude = 2.0 * coder::rt_hypotd_snf(expected.sum.real(), expected.sum.imag()) / N;
     const auto found = search.fundamental(x);
     require(found.frequency == expected.frequency, "the search finds the frequency of the plain sums");
-    require(same(found.amplitude, expected.amplitude), "the search finds the amplitude of the plain sums");
+    require(same(found.amplitude, amplitude), "the search finds the amplitude of the plain sums");
     require(search.frequency(x) == found.frequency, "the frequency alone is the same");
-}
-
-std::vector<Peak> plainPeaks(const Row& y, double minHeight) {
-    const auto breaks = [](double value) { return std::isnan(value) || value == rtInf; };
-    std::vector<Peak> peaks;
-    for (std::size_t i = 0; i < y.size(); ++i) {
-        if (y[i] == rtInf) {
-            peaks.push_back({y[i], static_cast<int>(i) + 1});
-        }
-        std::size_t end = i + 1;
-        while (end < y.size() && y[end] == y[i]) {
-            ++end;
-        }
-        const bool inside = i > 0 && end < y.size() && !breaks(y[i - 1]) && !breaks(y[i]) && !breaks(y[end]);
-        if (inside && y[i - 1] < y[i] && y[end] < y[i] && y[i] > minHeight) {
-            peaks.push_back({y[i], static_cast<int>(i) + 1});
-        }
-    }
-    return peaks;
 }
 
 void peaks(Bytes& bytes) {
@@ -304,19 +226,15 @@ void peaks(Bytes& bytes) {
     }
     const double criterion = bytes.oneOf(usual);
     const int count = bytes.raw<std::int8_t>();
-    const auto equal = [](const std::vector<Peak>& a, const std::vector<Peak>& b) {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](const Peak& p, const Peak& q) { return p.value == q.value && p.position == q.position; });
+    const auto equal = [&](const std::vector<Peak>& found, const std::vector<std::size_t>& expected) {
+        return std::equal(
+            found.begin(), found.end(), expected.begin(), expected.end(),
+            [&](const Peak& p, std::size_t at) { return p.value == y[at] && p.position == static_cast<int>(at) + 1; });
     };
-    const auto cut = [count](std::vector<Peak> all) {
-        std::stable_sort(all.begin(), all.end(), [](const Peak& a, const Peak& b) { return a.value > b.value; });
-        all.resize(std::min(all.size(), static_cast<std::size_t>(std::max(count, 0))));
-        return all;
-    };
-    require(equal(coder::highestPeaks(y, count), cut(plainPeaks(y, rtMinusInf))), "the highest peaks come first");
-    std::vector<Peak> chosen = cut(plainPeaks(y, criterion));
-    std::sort(chosen.begin(), chosen.end(), [](const Peak& a, const Peak& b) { return a.position < b.position; });
-    require(equal(coder::peaksByCriterion(y, criterion, count), chosen), "peaks by criterion stand by position");
+    require(equal(coder::highestPeaks(y, count), plain::peaks(y, rtMinusInf, count, false)),
+            "the highest peaks come first");
+    require(equal(coder::peaksByCriterion(y, criterion, count), plain::peaks(y, criterion, count, true)),
+            "peaks by criterion are in the order of the row");
 }
 
 void nearestBin(Bytes& bytes) {
@@ -483,38 +401,26 @@ void ranges(Bytes& bytes) {
         require(y.numel() == 1 && std::isnan(y[0]), "a range that is not one is NaN");
         return;
     }
-    const double slack = 4.0 * static_cast<double>(unit) * std::max(std::fabs(a), std::fabs(b));
+    const double slack = 0x4p-53 * std::max(std::fabs(a), std::fabs(b));
     for (int k = 0; k < y.numel(); ++k) {
         require(std::fabs(y[k] - (a + k * d)) <= slack, "a range has even steps");
         require(d > 0.0 ? y[k] <= b + slack : y[k] >= b - slack, "a range ends at its end");
     }
 }
 
-/// I0 by its series, all of whose terms are positive.
-long double plainBessel(long double square) {
-    long double term = 1.0L;
-    long double sum = 1.0L;
-    for (long double k = 1.0L; term > 1e-22L * sum; k += 1.0L) {
-        term *= 0.25L * square / (k * k);
-        sum += term;
-    }
-    return sum;
-}
-
 void functions(Bytes& bytes) {
     const double x = bytes.number();
     if (std::fabs(x) <= 720.0) {
-        require(ulps(coder::besseli(x), plainBessel(static_cast<long double>(x) * static_cast<long double>(x))) <= 4.0,
-                "I0 is within its bound");
+        require(plain::ulps(coder::besseli(x), plain::besselI0(x)) <= 4.0, "I0 is within its bound");
     }
     if (x > 0.0) {
-        require(ulps(coder::gammaln(x), std::lgamma(static_cast<long double>(x))) <= 1.0,
+        require(plain::ulps(coder::gammaln(x), std::lgamma(static_cast<long double>(x))) <= 1.0,
                 "ln Gamma is within its bound");
     }
     const double y = bytes.number();
     if (std::isfinite(x) && std::isfinite(y)) {
         const long double exact = std::hypot(static_cast<long double>(x), static_cast<long double>(y));
-        require(ulps(coder::rt_hypotd_snf(x, y), exact) <= 4.0, "the hypotenuse is close");
+        require(plain::ulps(coder::rt_hypotd_snf(x, y), exact) <= 4.0, "the hypotenuse is close");
     }
     require(std::isnan(x) || std::isnan(y) || std::fabs(coder::rt_atan2d_snf(x, y)) <= coder::pi, "an angle is one");
     const int whole = coder::truncatedToInt(x);
@@ -528,31 +434,21 @@ void windows(Bytes& bytes) {
     if (length > 2000.0) {
         return;
     }
-    const auto n = static_cast<int>(length >= 0.5 ? std::round(length) : 0.0);
+    const auto n = static_cast<std::size_t>(length >= 0.5 ? std::round(length) : 0.0);
     const auto check = [&](void (*make)(double, coder::column&), auto formula) {
         coder::column w;
         make(length, w);
-        require(w.numel() == n, "a window has the rounded length");
-        for (int k = 0; k < n; ++k) {
-            require(n == 1 ? w[k] == 1.0 : ulps(w[k], formula(static_cast<long double>(k))) <= 4.0,
+        require(static_cast<std::size_t>(w.numel()) == n, "a window has the rounded length");
+        for (std::size_t k = 0; k < n; ++k) {
+            require(n == 1 ? w.data()[k] == 1.0 : plain::ulps(w.data()[k], formula(k)) <= 4.0,
                     "a window is within its bound");
         }
     };
-    const auto raised = [](long double k, long double period) {
-        const long double sine = std::sin(coder::piL * k / period);
-        return sine * sine;
-    };
-    const auto kaiser = [&](long double beta) {
-        return [=, atCentre = plainBessel(beta * beta)](long double k) {
-            const long double square = 4.0L * beta * beta * k * (n - 1 - k) / ((n - 1.0L) * (n - 1.0L));
-            return plainBessel(square) / atCentre;
-        };
-    };
-    check(coder::hanning, [&](long double k) { return raised(k + 1.0L, n + 1.0L); });
-    check(coder::b_hanning, [&](long double k) { return raised(k, n); });
-    check(coder::hamming, [&](long double k) { return 0.08L + 0.92L * raised(k, n - 1.0L); });
-    check(coder::kaiser, kaiser(0.5L));
-    check(coder::b_kaiser, kaiser(38.0L));
+    check(coder::hanning, [&](std::size_t k) { return plain::raisedCosine(k + 1, n + 1); });
+    check(coder::b_hanning, [&](std::size_t k) { return plain::raisedCosine(k, n); });
+    check(coder::hamming, [&](std::size_t k) { return 0.08L + 0.92L * plain::raisedCosine(k, n - 1); });
+    check(coder::kaiser, [&](std::size_t k) { return plain::kaiser(k, n, 0.5L); });
+    check(coder::b_kaiser, [&](std::size_t k) { return plain::kaiser(k, n, 38); });
 }
 
 constexpr void (*checks[])(Bytes&) = {

@@ -1,135 +1,150 @@
+// The whole computation: which stage fills which record, and at what sample rate.
+
 #include "calc/calc_modul_K9_web.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-
 #include "calc/channel_kind.h"
+#include "support/plain.h"
+#include "support/signals.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
 
-TEST(Options, DecodeEveryBit) {
-    const MeasurementOptions none(0);
-    EXPECT_EQ(none.frequency, "frequency_fixed");
-    EXPECT_EQ(none.wiring, "three");
-    EXPECT_EQ(none.source, "real");
-    EXPECT_EQ(none.currents, "three_current");
-    EXPECT_EQ(none.power, "not_mode_power");
-    EXPECT_EQ(none.rebuiltCurrent, PhaseChoice::none);
-    EXPECT_FALSE(none.keepRebuiltRms || none.negateActivePower || none.negateReactivePower);
-    EXPECT_EQ(MeasurementOptions(0x100).frequency, "frequency_control");
-    EXPECT_EQ(MeasurementOptions(0x1).wiring, "four");
-    for (const std::uint32_t bit : {0x10000000U, 0x20000000U, 0x40000000U}) {
-        EXPECT_EQ(MeasurementOptions(bit).source, "sim");
-    }
-    EXPECT_EQ(MeasurementOptions(0x80000000U).source, "real");
-    EXPECT_EQ(MeasurementOptions(0x20).currents, "two_current");
-    EXPECT_EQ(MeasurementOptions(0x40).rebuiltCurrent, PhaseChoice::a);
-    EXPECT_EQ(MeasurementOptions(0x80).rebuiltCurrent, PhaseChoice::b);
-    EXPECT_EQ(MeasurementOptions(0xC0).rebuiltCurrent, PhaseChoice::c);
-    EXPECT_TRUE(MeasurementOptions(0x200).keepRebuiltRms);
-    EXPECT_TRUE(MeasurementOptions(0x400).negateActivePower);
-    EXPECT_TRUE(MeasurementOptions(0x800).negateReactivePower);
-    const std::vector<std::string_view> power{
-        "not_mode_power",         "mode_three_wattmeter",     "mode_two_wattmeter",   "mode_two_wattmeter_faz",
-        "mode_three_wattmeter_c", "mode_three_wattmeter_c_3", "mode_three_wattmeter", "mode_three_wattmeter"};
-    for (std::uint32_t mode = 0; mode < 8; ++mode) {
-        EXPECT_EQ(MeasurementOptions(mode << 16U).power, power[mode]);
-    }
-    const std::vector<std::string_view> windows{"win_rectwin", "win_hanning", "win_hamming", "win_kaiser"};
-    for (std::uint32_t window = 0; window < 4; ++window) {
-        EXPECT_EQ(SpectrumOptions(window << 24U).window, windows[window]);
-        EXPECT_EQ(SpectrumOptions(window << 28U).transform, window == 1 ? "fft_mode_2" : "fft_mode_1");
-        EXPECT_EQ(SpectrumOptions(window << 1U).scale, window == 1 ? "win_log" : "win_not_log");
-    }
-    EXPECT_TRUE(SpectrumOptions(0x10000).peaksByCriterion);
-    EXPECT_FALSE(SpectrumOptions(~0x10000U).peaksByCriterion);
-}
+using signals::Samples;
 
-/// Rebuilt currents as operation 1 shows them, with channels of the given lengths.
-std::array<std::vector<double>, 3> rebuilt(std::uint32_t flags, const std::array<std::vector<double>, 3>& x) {
-    Measurement measurement;
-    for (std::size_t phase = 0; phase < 3; ++phase) {
-        measurement.currents[phase].samples = x[phase];
-    }
-    measurement.samplesNumber = 0.0;  // nothing is repaired
-    measurement.inputType = 8.9;
-    measurement.measurementFlags = flags | 0x10000000U;
-    measurement.processingMode = 1;
+constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr std::size_t n = 500;
+
+struct SetOfRecords {
     coder::b_table signals;
-    ResultRecords results;
-    results.currents.signals = &signals;
-    calc_modul_K9_web(measurement, results);
-    std::array<std::vector<double>, 3> y;
+    coder::f_table spectrum;
+    coder::c_table distortion;
+
+    SetRecords all() { return {&signals, &spectrum, &distortion}; }
+};
+
+/// Simulated channels that all hold the same, at first a line at a tenth of the sample rate, and all records.
+struct Computed {
+    coder::d_table parameters;
+    SetOfRecords voltages;
+    SetOfRecords currents;
+    Samples x = signals::wave(Samples(n), {{5.0, 0.1}, {0.01, 0.318}}, 1.0);
+    Measurement measurement;
+
+    Computed(double type, std::uint32_t mode, double rate) {
+        fill(x);
+        measurement.samplesNumber = n;
+        measurement.sampleRate = rate;
+        measurement.auxMode = 2;
+        measurement.inputType = type;
+        measurement.measurementFlags = 0x20000000U;
+        measurement.processingMode = mode;
+    }
+    void fill(const Samples& samples) {
+        for (std::size_t phase = 0; phase < 3; ++phase) {
+            measurement.voltages[phase].samples = measurement.currents[phase].samples = samples;
+        }
+    }
+    Computed& run() {
+        calc_modul_K9_web(measurement, {&parameters, voltages.all(), currents.all()});
+        return *this;
+    }
+};
+
+void expectSpectrum(const coder::f_table& spectrum, double rate, double limit, int factor) {
+    const int padded = factor * static_cast<int>(n);
+    const int kept = std::min(static_cast<int>(limit * padded / rate), padded / 2) + 1;
     for (std::size_t phase = 0; phase < 3; ++phase) {
-        y[phase].assign(signals.variables.signals[phase].begin(), signals.variables.signals[phase].end());
-    }
-    return y;
-}
-
-TEST(Computation, RebuildsTheCurrentThatWasNotMeasured) {
-    const std::array<std::vector<double>, 3> x{{{-1, 1}, {-2, 2}, {-4, 4}}};
-    EXPECT_EQ(rebuilt(0, x), x);
-    EXPECT_EQ(rebuilt(0xC0, x), x) << "three measured currents: the phase bits are ignored";
-    EXPECT_EQ(rebuilt(0x20, x), x) << "no phase chosen";
-    EXPECT_EQ(rebuilt(0x60, x)[0], (std::vector<double>{6, -6}));
-    EXPECT_EQ(rebuilt(0xA0, x)[1], (std::vector<double>{5, -5}));
-    EXPECT_EQ(rebuilt(0xE0, x)[2], (std::vector<double>{3, -3}));
-    EXPECT_EQ(rebuilt(0xE0, {{{3}, {-2, 2}, {}}})[2], (std::vector<double>{2, -2})) << "one sample stands for all";
-}
-
-TEST(Computation, StatisticsFollowTheirDefinitions) {
-    const auto statistics = [](std::vector<double> x) {
-        Measurement measurement;
-        for (RawChannel& channel : measurement.voltages) {
-            channel.samples = x;
-        }
-        measurement.inputType = 4.5;
-        measurement.measurementFlags = 0x70000000U;
-        measurement.processingMode = 1;
-        coder::b_table signals;
-        ResultRecords results;
-        results.voltages.signals = &signals;
-        calc_modul_K9_web(measurement, results);
-        return signals.variables.statistics[2].values;
-    };
-    EXPECT_EQ(statistics({-3, 3, 3, -3}), (std::array<double, 4>{0, 3, 1, 6})) << "square wave";
-    const auto single = statistics({7});
-    EXPECT_EQ(single[1], 0.0);
-    EXPECT_TRUE(std::isnan(single[2]));
-    for (const double v : statistics({})) {
-        EXPECT_TRUE(std::isnan(v));
-    }
-}
-
-TEST(Computation, StagesThatDoNotRunLeaveTheirRecordsPrefilled) {
-    for (const double type : {0.0, 4.0, 8.0, 20.9, -4.0}) {
-        for (const std::uint32_t mode : {0U, 1U, 7U}) {
-            Measurement measurement;
-            measurement.inputType = type;
-            measurement.processingMode = mode;
-            coder::d_table parameters;
-            coder::b_table voltages;
-            coder::b_table currents;
-            coder::c_table distortion;
-            calc_modul_K9_web(measurement,
-                              {&parameters, {&voltages, nullptr, &distortion}, {&currents, nullptr, nullptr}});
-            EXPECT_EQ(parameters.names[15], "Udab") << "names are cut to their own width";
-            EXPECT_EQ(parameters.units[34], "-");
-            EXPECT_TRUE(std::isnan(parameters[coder::Parameter::Pfc]));
-            EXPECT_EQ(distortion.labels[1], "Vb");
-            EXPECT_EQ(distortion.verticalAxis[2], "Amp, dB");
-            EXPECT_EQ(currents.variables.labels[2], "Ic");
-            EXPECT_EQ(currents.variables.verticalAxis[0], "Current, A");
-            const bool ran = mode == 1 && type == 8.0;
-            EXPECT_EQ(currents.variables.signals[0].numel(), ran ? 0 : 1);
+        const coder::row& f = spectrum.frequencies[phase];
+        ASSERT_EQ(spectrum.spectra[phase].numel(), kept);
+        ASSERT_EQ(f.numel(), kept);
+        EXPECT_NEAR(f[kept - 1], (kept - 1) * rate / padded, 1e-12 * rate);
+        ASSERT_EQ(spectrum.maxima[phase].frequencies.numel(), 2);
+        if (0.1 * rate < limit) {
+            EXPECT_NEAR(spectrum.maxima[phase].frequencies[0], 0.1 * rate, 1e-12 * rate);
+            EXPECT_NEAR(spectrum.maxima[phase].magnitudes[0], 5.0, 0.01);
         }
     }
+}
+
+void expectSet(const SetOfRecords& records, const Computed& call, int ownType, int padding) {
+    const auto type = static_cast<int>(call.measurement.inputType);
+    const std::uint32_t mode = type == ownType || type == 21 ? call.measurement.processingMode : 0;
+    const double rate = mode != 2 ? call.measurement.sampleRate : type == 21 ? 10000.0 : 500.0;
+    expectSpectrum(records.spectrum, rate, rate == 500.0 ? 250.0 : 1000.0, padding);
+    EXPECT_EQ(records.distortion.levels[2].numel(), mode != 3 ? 0 : type == 21 ? 40 : 5);
+    EXPECT_EQ(records.signals.variables.signals[0].numel(), mode == 1 ? static_cast<int>(n) : 1);
+    EXPECT_EQ(std::isnan(records.signals.variables.statistics[1].values[1]), mode != 1);
+}
+
+TEST(Computation, EveryTypeAndModeFillsItsRecords) {
+    for (const double type : {0.0, 4.0, 8.0, 21.0, -4.0, 4.9, 21.9, 22.0}) {
+        for (const std::uint32_t mode : {0U, 1U, 2U, 3U, 7U}) {
+            for (const double rate : {500.0, 10000.0, 1000.0, 7001.0}) {
+                SCOPED_TRACE(testing::Message() << "type " << type << ", mode " << mode << ", " << rate << " Hz");
+                const Computed call = Computed(type, mode, rate).run();
+                expectSet(call.voltages, call, 4, 4);
+                expectSet(call.currents, call, 8, 16);
+                EXPECT_EQ(std::isnan(call.parameters[coder::Parameter::Uda]), std::floor(type) != 21.0);
+            }
+        }
+    }
+}
+
+TEST(Computation, RecordsAreNamedWithoutTheirStages) {
+    Computed call(4.0, 7, 500.0);
+    call.run();
+    EXPECT_EQ(call.parameters.names[15], "Udab") << "names are cut to their own width";
+    EXPECT_EQ(call.parameters.units[34], "-");
+    EXPECT_EQ(call.voltages.distortion.labels[1], "Vb");
+    EXPECT_EQ(call.voltages.distortion.verticalAxis[2], "Amp, dB");
+    EXPECT_EQ(call.currents.spectrum.labels[0], "Ia");
+    EXPECT_EQ(call.currents.spectrum.verticalAxis[2], "I, A");
+    EXPECT_EQ(call.currents.signals.variables.labels[2], "Ic");
+    EXPECT_EQ(call.currents.signals.variables.verticalAxis[0], "Current, A");
+    calc_modul_K9_web(call.measurement, {nullptr, {}, {}});
     EXPECT_TRUE(isInitialized_calc_modul_K9_web());
     calc_modul_K9_web_terminate();
     EXPECT_FALSE(isInitialized_calc_modul_K9_web());
+}
+
+TEST(Spectrum, OddRatesCutTheRowAndTheAxis) {
+    const struct {
+        double rate;
+        int bins;  // of the voltages
+        int frequencies;
+        double first;
+    } cases[]{
+        {NAN, 1, 1, NAN},   {inf, 1, 1, NAN},          {-inf, 1, 1, NAN},      {-1.0, 1, 1, 0.0},
+        {1e300, 1, 1, 0.0}, {1e-300, 1001, 1001, 0.0}, {5e-324, 1001, 0, 0.0}, {0.0, 1001, 0, 0.0},
+    };
+    for (const auto& c : cases) {
+        const coder::f_table spectrum = Computed(0.0, 0, c.rate).run().voltages.spectrum;
+        ASSERT_EQ(spectrum.spectra[0].numel(), c.bins) << c.rate;
+        ASSERT_EQ(spectrum.frequencies[0].numel(), c.frequencies) << c.rate;
+        EXPECT_TRUE(c.frequencies == 0 || plain::same(spectrum.frequencies[0][0], c.first)) << c.rate;
+        const coder::column& maxima = spectrum.maxima[0].frequencies;
+        ASSERT_EQ(maxima.numel(), c.bins > 1 ? 2 : 0) << c.rate;
+        EXPECT_TRUE(c.frequencies > 0 || std::isnan(maxima[0])) << "a line beyond the axis has no frequency";
+    }
+}
+
+TEST(Spectrum, AChannelOfAnotherLengthRunsNone) {
+    for (const double samplesNumber : {n - 1.0, n + 1.0, 0.0, 1e18, double(NAN)}) {
+        Computed call(0.0, 2, 500.0);
+        call.measurement.samplesNumber = samplesNumber;
+        EXPECT_EQ(call.run().voltages.spectrum.spectra[0].numel(), 0) << samplesNumber;
+    }
+    Computed call(0.0, 2, 500.0);
+    call.measurement.currents[1].samples = coder::samples(call.x).first(n - 1);
+    call.run();
+    EXPECT_EQ(call.voltages.spectrum.spectra[1].numel(), 2 * static_cast<int>(n) + 1)
+        << "the other set is not affected";
+    for (std::size_t phase = 0; phase < 3; ++phase) {
+        EXPECT_EQ(call.currents.spectrum.spectra[phase].numel(), 0);
+        EXPECT_EQ(call.currents.spectrum.maxima[phase].frequencies.numel(), 0);
+    }
 }
 
 }  // namespace

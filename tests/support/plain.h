@@ -39,13 +39,17 @@ inline double ulps(double value, Real exact) {
 /// numbers.
 template <class Row>
 std::vector<Complex> transform(const Row& x, std::size_t length, std::size_t first, std::size_t bins, int sign = -1) {
-    std::vector<Complex> roots(length), result(bins);
-    for (std::size_t k = 0; k < length; ++k) {
-        roots[k] = std::polar(Real{1}, sign * 2 * pi * static_cast<Real>(k) / static_cast<Real>(length));
+    const auto root = [&](std::size_t at) {
+        return std::polar(Real{1}, sign * 2 * pi * static_cast<Real>(at) / static_cast<Real>(length));
+    };
+    std::vector<Complex> roots, result(bins);
+    for (std::size_t at = 0; at < length && x.size() * bins >= length; ++at) {
+        roots.push_back(root(at));
     }
     for (std::size_t k = 0; k < bins; ++k) {
         for (std::size_t i = 0; i < x.size(); ++i) {
-            result[k] += Complex(x[i]) * roots[i * (first + k) % length];
+            const std::size_t at = i * (first + k) % length;
+            result[k] += Complex(x[i]) * (roots.empty() ? root(at) : roots[at]);
         }
     }
     return result;
@@ -76,7 +80,7 @@ inline Real besselI0(Real z) {
 
 /// (1 - cos(2 pi k / period)) / 2
 inline Real raisedCosine(std::size_t k, std::size_t period) {
-    return std::pow(std::sin(pi * static_cast<Real>(k) / static_cast<Real>(period)), Real{2});
+    return std::pow(std::sin(pi * static_cast<Real>(std::min(k, period - k)) / static_cast<Real>(period)), Real{2});
 }
 
 /// Point k of a Kaiser window of n > 1 points.
