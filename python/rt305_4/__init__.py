@@ -1,8 +1,8 @@
 """Electrical parameters, signals, spectra and harmonics of sampled three-phase voltages and currents.
 
-measure(), signals(), spectrum() and distortion() take one array of samples per channel, in V and A, and return frozen
-records; values that could not be measured are NaN. Arrays of contiguous doubles are read in place, others are copied
-once. All functions may be called from any thread; one of them computes at a time.
+measure(), signals(), spectrum() and distortion() take an array of samples in V or A for each channel and return frozen
+records; NaN marks values that could not be measured. Contiguous arrays of doubles are read in place, all others are
+copied once. All functions can be called from any thread; a lock lets one of them compute at a time.
 """
 
 from ._library import Error, load, version

@@ -1,26 +1,23 @@
-"""The C interface of libRT305_4.so.1, told to ctypes: the same records, offsets and rules as include/rt305_4/rt305_4.h."""
+"""The shared library libRT305_4.so.1: finds it, loads it and runs requests."""
 
 from __future__ import annotations
 
 import ctypes
 import os
 import threading
+from collections.abc import Sequence
 from pathlib import Path
+from typing import NamedTuple
+
+import numpy as np
+from numpy.typing import NDArray
+
+from ._interface import ChannelData, DataProcessRequest, struct1_T
 
 SONAME = "libRT305_4.so.1"
 
-VOLTAGES, CURRENTS, VOLTAGES_AND_CURRENTS = 4, 8, 21
-PARAMETERS, SIGNALS, SPECTRUM, DISTORTION = range(4)
-
-_TEXTS = (
-    "paramData",
-    "timeSignalDataU",
-    "timeSignalDataI",
-    "spectrumParamU",
-    "spectrumParamI",
-    "paramDataThdU",
-    "paramDataThdI",
-)
+Values = NDArray[np.float64]
+_TEXTS = [field[0] for field in DataProcessRequest._fields_[-8:]]  # the last one is errorString
 
 
 class Error(Exception):
@@ -29,43 +26,28 @@ class Error(Exception):
     __module__ = "rt305_4"  # where users find it
 
 
-class ChannelData(ctypes.Structure):
-    _fields_ = [
-        ("signalKind", ctypes.c_int32),  # 0 voltage, 1 current
-        ("phase", ctypes.c_uint32),  # 0 a, 1 b, 2 c
-        ("samples", ctypes.POINTER(ctypes.c_double)),
-        ("count", ctypes.c_uint64),
-        ("coefficient", ctypes.c_double),
-        ("inputResistance", ctypes.c_double),
-        ("gain", ctypes.c_double),
-    ]
+class Row(NamedTuple):
+    """One channel of a request. samples must be contiguous."""
+
+    place: int  # 0 ... 5: ua, ub, uc, ia, ib, ic
+    samples: Values
+    coefficient: float = 1.0
+    resistance: float = 0.0
+    gain: float = 0.0
+
+    def descriptor(self) -> ChannelData:
+        pointer = self.samples.ctypes.data_as(ctypes.POINTER(ctypes.c_double))
+        scale = self.coefficient, self.resistance, self.gain
+        return ChannelData(self.place // 3, self.place % 3, pointer, len(self.samples), *scale)
 
 
-class Request(ctypes.Structure):
-    _fields_ = [
-        ("channels", ctypes.POINTER(ChannelData)),
-        ("channelCount", ctypes.c_int32),
-        ("samplesNumber", ctypes.c_uint64),
-        ("sampleRate", ctypes.c_double),
-        ("auxValue", ctypes.c_double),
-        ("auxMode", ctypes.c_int16),
-        ("inputType", ctypes.c_uint32),
-        ("spectrumFlags", ctypes.c_uint32),
-        ("measurementFlags", ctypes.c_uint32),
-        ("operation", ctypes.c_uint32),
-        *((name, ctypes.POINTER(ctypes.c_char_p)) for name in (*_TEXTS, "errorString")),
-    ]
-
-
-assert ctypes.sizeof(ChannelData) == 48 and ctypes.sizeof(Request) == 128
-
-# The library keeps its texts in one place for the whole process, so one call at a time, texts included.
+# The library has one set of texts for the whole process, so a call holds the lock until its texts are copied.
 _lock = threading.Lock()
 _loaded: ctypes.CDLL | None = None
 
 
 def _find() -> str:
-    """The file to open: what RT305_4_LIBRARY names, else the one of this installation, else the system's own."""
+    """The file to load: from RT305_4_LIBRARY, else from this installation, else from the system."""
     if named := os.environ.get("RT305_4_LIBRARY"):
         return named
     lib = Path(__file__).resolve().parents[3]  # PREFIX/lib/python3/dist-packages/rt305_4/_library.py
@@ -77,23 +59,23 @@ def _open(file: str) -> ctypes.CDLL:
         library = ctypes.CDLL(file)
     except OSError as error:
         raise OSError(
-            f"cannot open the measurement library: {error}. Name its file in the environment variable "
+            f"cannot load the measurement library: {error}. Name its file in the environment variable "
             "RT305_4_LIBRARY or with rt305_4.load()"
         ) from error
     try:
         library.getVersion.restype = ctypes.c_char_p
         library.dataProccess.restype = ctypes.c_int32
-        library.dataProccess.argtypes = [Request]
+        library.dataProccess.argtypes = [DataProcessRequest]
     except AttributeError as error:
         raise OSError(f"{file} is not the measurement library: {error}") from error
     return library
 
 
 def load(file: str | os.PathLike[str] | None = None) -> None:
-    """Opens the library now, and instead of one that is open already.
+    """Loads the library, also in place of one that is loaded already. The first measurement does this by itself.
 
-    Without a file it is the one that the environment variable RT305_4_LIBRARY names, else the one installed together
-    with this package, else the one that the system finds. The first measurement does the same by itself.
+    Without a file, the library is the one that the environment variable RT305_4_LIBRARY names, else the one installed
+    with this package, else the one that the system finds.
     """
     global _loaded
     library = _open(os.fspath(file) if file is not None else _find())
@@ -114,13 +96,24 @@ def version() -> str:
     return text.decode()
 
 
-def process(request: Request) -> dict[str, str]:
-    """Runs one request, whose text pointers are set here, and returns copies of all texts by their field's name.
+def process(
+    rows: Sequence[Row], operation: int, input_type: int, spectrum_flags: int, measurement_flags: int, **fields: float
+) -> dict[str, str]:
+    """Runs one request and returns copies of all texts by the name of their field. `fields` sets further fields.
 
-    Texts that belong to another operation or input type are what an earlier call left, or empty.
+    Texts of another operation or input type are from an earlier call, or empty.
     """
     library = _library()
-    texts = {name: ctypes.c_char_p(b"") for name in (*_TEXTS, "errorString")}
+    request = DataProcessRequest(
+        channels=(ChannelData * len(rows))(*(row.descriptor() for row in rows)),
+        channelCount=len(rows),
+        samplesNumber=len(rows[0].samples),
+        inputType=input_type,
+        options=struct1_T(spectrum_flags, measurement_flags),
+        operation=operation,
+        **fields,
+    )
+    texts = {name: ctypes.c_char_p(b"") for name in _TEXTS}
     for name, text in texts.items():
         setattr(request, name, ctypes.pointer(text))
     with _lock:

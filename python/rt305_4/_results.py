@@ -1,16 +1,17 @@
-"""What a measurement returns: frozen records of numbers and numpy arrays, NaN where the library measured nothing."""
+"""Results: frozen records of numbers and numpy arrays. NaN: not measured."""
 
 from __future__ import annotations
 
 import json
 from collections.abc import Iterator, Mapping
-from dataclasses import dataclass, field, fields
+from dataclasses import dataclass
 from typing import Any, Protocol, TypeVar
 
 import numpy as np
-from numpy.typing import NDArray
 
-Values = NDArray[np.float64]
+from ._interface import PARAMETER_UNITS, ParameterFields
+from ._library import Values
+
 Columns = dict[str, list[Any]]
 
 
@@ -26,7 +27,7 @@ def _row_by_row(columns: Columns) -> list[dict[str, Any]]:
 
 
 def _values(numbers: list[float | None]) -> Values:
-    """Numbers of a text as an array that cannot be written, null as NaN."""
+    """A read-only array of the numbers of a text, with NaN for null."""
     values = np.array(numbers, dtype=np.float64)
     values.flags.writeable = False
     return values
@@ -41,70 +42,29 @@ def _rows(text: str, table: str) -> list[dict[str, Any]]:
     return rows
 
 
-def _quantity(unit: str) -> Any:
-    return field(metadata={"unit": unit})
-
-
 @dataclass(frozen=True)
-class Parameters:
-    """The electrical parameters of six channels, by the library's own names."""
-
-    S: float = _quantity("VA")  #: apparent power, total and by phase
-    Sa: float = _quantity("VA")
-    Sb: float = _quantity("VA")
-    Sc: float = _quantity("VA")
-    P: float = _quantity("W")  #: active power
-    Pa: float = _quantity("W")
-    Pb: float = _quantity("W")
-    Pc: float = _quantity("W")
-    Q: float = _quantity("VAR")  #: reactive power
-    Qa: float = _quantity("VAR")
-    Qb: float = _quantity("VAR")
-    Qc: float = _quantity("VAR")
-    Uda: float = _quantity("V")  #: RMS of the phase voltages
-    Udb: float = _quantity("V")
-    Udc: float = _quantity("V")
-    Udab: float = _quantity("V")  #: RMS of the line voltages
-    Udbc: float = _quantity("V")
-    Udca: float = _quantity("V")
-    Ud0: float = _quantity("V")  #: RMS of the zero-sequence voltage
-    Ida: float = _quantity("A")  #: RMS of the currents
-    Idb: float = _quantity("A")
-    Idc: float = _quantity("A")
-    Fa: float = _quantity("Hz")  #: frequency of the voltages
-    Fb: float = _quantity("Hz")
-    Fc: float = _quantity("Hz")
-    THD_Va: float = _quantity("%")  #: total harmonic distortion
-    THD_Vb: float = _quantity("%")
-    THD_Vc: float = _quantity("%")
-    THD_Ia: float = _quantity("%")
-    THD_Ib: float = _quantity("%")
-    THD_Ic: float = _quantity("%")
-    Pf: float = _quantity("-")  #: power factors; the library leaves them NaN
-    Pfa: float = _quantity("-")
-    Pfb: float = _quantity("-")
-    Pfc: float = _quantity("-")
+class Parameters(ParameterFields):
+    """The 35 electrical parameters of six channels, by the names of the library: docs/results.md explains them."""
 
     @staticmethod
     def unit(name: str) -> str:
         """The unit of a parameter: unit("Pa") is "W"."""
-        return _UNITS[name]
+        return PARAMETER_UNITS[name]
 
     def to_dict(self) -> Columns:
-        """Columns name, value and unit, as pandas.DataFrame takes them."""
-        return {"name": list(_UNITS), "value": [getattr(self, name) for name in _UNITS], "unit": list(_UNITS.values())}
+        """Columns name, value and unit, ready for pandas.DataFrame."""
+        names = list(PARAMETER_UNITS)
+        values = [getattr(self, name) for name in names]
+        return {"name": names, "value": values, "unit": list(PARAMETER_UNITS.values())}
 
     def to_records(self) -> list[dict[str, Any]]:
         """The same row by row."""
         return _row_by_row(self.to_dict())
 
 
-_UNITS = {parameter.name: str(parameter.metadata["unit"]) for parameter in fields(Parameters)}
-
-
 @dataclass(frozen=True, eq=False)
 class Signal:
-    """The samples of one channel as the library measures them: without their mean, in V or A."""
+    """The conditioned samples of one channel, without their mean, in V or A."""
 
     channel: str
     unit: str
@@ -130,7 +90,7 @@ class Spectrum:
     """The amplitude spectrum of one channel: value[k] at frequency[k], and its largest lines."""
 
     channel: str
-    unit: str  #: "V", "A" or "dB" (below the largest line)
+    unit: str  #: "V", "A" or "dB" (relative to the largest line)
     frequency: Values  #: Hz
     value: Values
     peak_frequency: Values  #: Hz
@@ -149,7 +109,7 @@ class Spectrum:
 
 @dataclass(frozen=True, eq=False)
 class Harmonics:
-    """The harmonics of one channel, the fundamental first; NaN for those that could not be measured."""
+    """The harmonics of one channel, the fundamental first. NaN: not measured."""
 
     channel: str
     frequency: Values  #: Hz
@@ -167,7 +127,7 @@ class Harmonics:
 
 
 class Channels(Mapping[str, Result]):
-    """Results by channel: "Va", "Vb", "Vc", then "Ia", "Ib", "Ic", as far as measured."""
+    """Results of the measured channels: "Va", "Vb", "Vc", then "Ia", "Ib", "Ic"."""
 
     def __init__(self, results: dict[str, Result]) -> None:
         self._results = results
@@ -185,7 +145,7 @@ class Channels(Mapping[str, Result]):
         return f"Channels({self._results!r})"
 
     def to_dict(self) -> Columns:
-        """The columns of all channels, one below the other, as pandas.DataFrame takes them."""
+        """The columns of all channels, concatenated, ready for pandas.DataFrame."""
         columns: Columns = {}
         for result in self._results.values():
             for name, values in result.to_dict().items():

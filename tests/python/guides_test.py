@@ -1,4 +1,4 @@
-"""The Python examples of the guides, run as they stand."""
+"""Runs the Python examples of the README and the guides."""
 
 import doctest
 import os
@@ -6,20 +6,14 @@ import re
 import unittest
 from pathlib import Path
 
-SOURCE = Path(os.environ["RT305_4_SOURCE"])
-
 
 class Guides(unittest.TestCase):
     def test_examples(self):
-        examples = 0
-        for page in (SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))):
+        source, examples = Path(os.environ["RT305_4_SOURCE"]), 0
+        for page in (source / "README.md", *sorted((source / "docs").glob("*.md"))):
             blocks = re.findall(r"^```python\n(.*?)^```$", page.read_text(), re.MULTILINE | re.DOTALL)
             test = doctest.DocTestParser().get_doctest("\n".join(blocks), {}, page.name, str(page), 0)
             result = doctest.DocTestRunner(optionflags=doctest.ELLIPSIS | doctest.REPORT_NDIFF).run(test)
             self.assertEqual(result.failed, 0, page.name)
             examples += result.attempted
         self.assertGreater(examples, 20)
-
-
-if __name__ == "__main__":
-    unittest.main()
