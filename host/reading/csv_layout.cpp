@@ -99,10 +99,9 @@ bool isUnitLike(std::string_view cell) {
 }
 
 std::vector<std::string> unitsOf(const std::vector<std::string_view>& cells) {
-    std::vector<std::string> units;
-    for (const std::string_view cell : cells) {
-        units.emplace_back(cell == "-" ? "" : withoutBrackets(cell));
-    }
+    std::vector<std::string> units(cells.size());
+    std::transform(cells.begin(), cells.end(), units.begin(),
+                   [](std::string_view cell) { return cell == "-" ? "" : withoutBrackets(cell); });
     return units;
 }
 
