@@ -17,7 +17,7 @@ std::optional<double> parseNumber(std::string_view text, bool decimalComma = fal
 /// Parses a text that is one whole number without a sign.
 std::optional<std::size_t> parseCount(std::string_view text);
 
-/// The shorter of fixed and exponent notation, with at most `digits` significant digits and no trailing zeros.
+/// Notation of printf's %g: at most `digits` significant digits, no trailing zeros.
 std::string formatNumber(double value, int digits = 6);
 
 /// Fixed notation; "-" for NaN, and no minus sign before a rounded zero.

@@ -10,7 +10,7 @@ namespace {
 
 using std::numbers::pi;
 
-const Phasor a = std::polar(1.0, 2.0 * pi / 3.0);
+const Phasor a = std::polar(1.0, 2.0 * pi / 3.0);  // rotates by 120 degrees
 
 Phasor meanOf(const Phasors& x) {
     return (x[0] + x[1] + x[2]) / 3.0;
@@ -25,7 +25,7 @@ Phasor phasorOf(const std::vector<double>& samples, double frequencyHz, double r
         const double weight = 1.0 - std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / count);
         sum += weight * samples[k] * std::polar(1.0, -2.0 * pi * frequencyHz * static_cast<double>(k) / rateHz);
     }
-    return sum / count * Phasor(0.0, std::numbers::sqrt2);  // times j: the angle of a sine, not of a cosine
+    return sum / count * Phasor(0.0, std::numbers::sqrt2);  // times j: the phase of a sine, not of a cosine
 }
 
 SequenceComponents sequenceComponentsOf(const Phasors& x) {
