@@ -8,7 +8,6 @@
 #include "support/request.h"
 
 constexpr std::uint32_t allTypes[]{4, 8, 21, 0};
-constexpr std::size_t ordinarySize = 2500;
 
 /// 100 V of 50 Hz with noise, so that no line of a spectrum is rounding alone.
 inline signals::Samples noisySine(std::size_t n, std::uint32_t channel) {
@@ -34,7 +33,7 @@ std::vector<std::string> answers(Make make) {
 }
 
 inline std::vector<std::string> ordinaryAnswers() {
-    return answers([](std::uint32_t channel) { return noisySine(ordinarySize, channel); });
+    return answers([](std::uint32_t channel) { return noisySine(2500, channel); });
 }
 
 /// The largest difference between numbers, relative to 1 or to the number; infinite when anything else differs.

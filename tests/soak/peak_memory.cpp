@@ -6,15 +6,11 @@
 
 #include "support/request.h"
 
-namespace {
-
-double peakBytes() {
+static double peakBytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return 1024.0 * static_cast<double>(usage.ru_maxrss);
 }
-
-}  // namespace
 
 int main(int argc, char** argv) {
     const std::size_t n = argc > 1 ? std::stoul(argv[1]) : 100000;

@@ -7,17 +7,13 @@
 
 #include "support/request.h"
 
-namespace {
-
-long residentKiB() {
+static long residentKiB() {
     std::ifstream statm("/proc/self/statm");
     long size = 0;
     long resident = 0;
     statm >> size >> resident;
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
-
-}  // namespace
 
 int main(int argc, char** argv) {
     const long calls = argc > 1 ? std::atol(argv[1]) : 1000000;
