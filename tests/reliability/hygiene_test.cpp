@@ -24,8 +24,7 @@ using Lines = std::vector<std::string>;
 std::string floatingPointMode() {
     std::uint16_t x87 = 0;
     __asm__("fnstcw %0" : "=m"(x87));
-    constexpr unsigned exceptionFlags = 0x3F;
-    return "floating point " + std::to_string(_mm_getcsr() & ~exceptionFlags) + " " + std::to_string(x87);
+    return "floating point " + std::to_string(_mm_getcsr() & ~0x3FU) + " " + std::to_string(x87);  // without exceptions
 }
 
 /// All process state that a library could change: descriptors, modes, locale, folder, environment, signals, threads.
