@@ -16,8 +16,8 @@ using coder::row;
 using signals::Samples;
 
 ChannelSet balanced(double amplitude) {
-    const auto set = signals::balanced(5000, amplitude);
-    return {row(set[0]), row(set[1]), row(set[2])};
+    const auto phase = [=](int p) { return row(signals::cosine(5000, amplitude, 50.0, -signals::twoPi * p / 3.0)); };
+    return {phase(0), phase(1), phase(2)};
 }
 
 d_table measure(const ChannelSet& u, const ChannelSet& i, const MeasurementOptions& options) {

@@ -1,7 +1,7 @@
 #ifndef RT305_4_TESTS_SUPPORT_SIGNALS_H
 #define RT305_4_TESTS_SUPPORT_SIGNALS_H
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -32,20 +32,12 @@ inline Samples cosine(std::size_t n, double amplitude, double frequency, double 
     return wave(Samples(n), {{amplitude, frequency, phase}}, rate);
 }
 
-/// Phases a, b and c, each 120 degrees behind the one before.
-inline std::array<Samples, 3> balanced(std::size_t n, double amplitude, double frequency = 50.0, double phase = 0.0) {
-    return {cosine(n, amplitude, frequency, phase), cosine(n, amplitude, frequency, phase - twoPi / 3.0),
-            cosine(n, amplitude, frequency, phase + twoPi / 3.0)};
-}
-
 /// n normally distributed samples, the same for the same seed.
 inline Samples noise(std::size_t n, std::uint64_t seed = 1, double mean = 0.0, double deviation = 1.0) {
     std::mt19937_64 random(seed);
     std::normal_distribution<double> normal(mean, deviation);
     Samples x(n);
-    for (double& value : x) {
-        value = normal(random);
-    }
+    std::generate(x.begin(), x.end(), [&] { return normal(random); });
     return x;
 }
 
