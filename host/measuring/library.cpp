@@ -18,7 +18,7 @@ std::string lastLoadError() {
     return message != nullptr ? message : "unknown reason";
 }
 
-/// Beside the executable, where an installation puts the library, and where the build tree does.
+/// Looks beside the executable, where an installation puts the library, and where the build tree has it.
 std::string findNearExecutable() {
     std::error_code ignored;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
@@ -31,7 +31,7 @@ std::string findNearExecutable() {
     return {};
 }
 
-/// A name without a slash would be searched for on the system, so a file of the present folder gets one.
+/// Adds a folder to a plain file name, which dlopen would search for on the system.
 std::string asPath(const std::string& file) {
     return file.find('/') == std::string::npos ? "./" + file : file;
 }
@@ -55,10 +55,12 @@ Call::Call(const Measurement& measurement, std::uint32_t operation) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const std::vector<double>& samples = measurement.samples[channel];
         if (!samples.empty()) {
-            channels.push_back({isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
-                                static_cast<std::uint32_t>(channel % phaseTotal), samples.data(), samples.size(),
-                                settings.coefficients[channel], settings.resistances[channel],
-                                settings.gains[channel]});
+            ChannelData& added =
+                channels.emplace_back(rt305_4_channel(isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
+                                                      static_cast<std::uint32_t>(channel % phaseTotal), samples.data(),
+                                                      samples.size(), settings.coefficients[channel]));
+            added.inputResistance = settings.resistances[channel];
+            added.gain = settings.gains[channel];
         }
     }
     request.samplesNumber = measurement.length;
@@ -68,9 +70,9 @@ Call::Call(const Measurement& measurement, std::uint32_t operation) {
     request.inputType = measurement.inputType;
     request.options = {settings.spectrumFlags, settings.flags};
     request.operation = operation;
-    for (std::size_t i = 0; i < textTotal; ++i) {
+    for (std::uint32_t i = 0; i < RT305_4_TEXTS; ++i) {
         texts[i] = "";
-        request.*textPlaces[i] = &texts[i];
+        *rt305_4_output(&request, i) = &texts[i];
     }
 }
 
@@ -79,12 +81,12 @@ Library::Library(const std::string& file) {
     if (handle_ == nullptr) {
         failEnvironment(
             "cannot open the measurement library: " + lastLoadError() +
-            "\nIt is looked for beside rt305, in ../lib and on the system; or name it with --library FILE or in "
-            "the environment variable RT305_4_LIBRARY.");
+            "\nrt305 searches its own folder, ../lib and the system; or name the file with --library FILE or in the "
+            "environment variable RT305_4_LIBRARY.");
     }
     for (const char* const name : {"getVersion", "dataProccess"}) {
         if (find(name) == nullptr) {
-            failEnvironment(std::string("this is not the measurement library, it has no function ") + name + ": " +
+            failEnvironment(std::string("this is not the measurement library: it has no function ") + name + ": " +
                             lastLoadError());
         }
     }
@@ -105,14 +107,18 @@ std::int32_t Library::process(Call& call) const {
 ResultTexts Library::measure(const Measurement& measurement, std::uint32_t operation) const {
     Call call(measurement, operation);
     if (process(call) == 0) {
-        throw Failure(ExitCode::refused, std::string("the library refuses this measurement: ") + call.texts[errorText]);
+        throw Failure(ExitCode::refused,
+                      std::string("the library refuses this measurement: ") + call.texts[RT305_4_TEXT_ERROR]);
     }
-    if (operation == RT305_4_OPERATION_PARAMETERS) {
-        return {call.texts[0], "", ""};
+    const auto made = [&call](std::uint32_t text) {
+        return rt305_4_isMade(&call.request, text) != 0 ? call.texts[text] : "";
+    };
+    ResultTexts texts{.parameters = made(RT305_4_TEXT_PARAMETERS)};
+    if (operation != RT305_4_OPERATION_PARAMETERS) {
+        texts.voltages = made(2 * operation - 1);
+        texts.currents = made(2 * operation);
     }
-    const std::size_t voltages = 2 * operation - 1;
-    return {call.texts[0], measurement.hasVoltages() ? call.texts[voltages] : "",
-            measurement.hasCurrents() ? call.texts[voltages + 1] : ""};
+    return texts;
 }
 
 }  // namespace rt305

@@ -10,9 +10,9 @@ namespace rt305 {
 
 /// The texts of one call that the tool shows; empty where the call made none.
 struct ResultTexts {
-    std::string parameters;
-    std::string voltages;  // what the operation makes of the voltages
-    std::string currents;
+    std::string parameters{};
+    std::string voltages{};  // the operation's result for the voltages
+    std::string currents{};
 };
 
 /// One named value of a result text; NaN where the text has null.
@@ -38,7 +38,7 @@ struct Spectrum {
     std::vector<std::pair<double, double>> peaks;  // frequency and value
 };
 
-/// One channel's harmonics, the fundamental first; NaN for those that the library could not measure.
+/// One channel's harmonics, the fundamental first; NaN where the library could not measure one.
 struct Harmonics {
     std::string channel;
     std::vector<double> frequencies;  // Hz

@@ -1,0 +1,57 @@
+#include "cli/option_values.h"
+
+#include <algorithm>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/units.h"
+
+namespace rt305 {
+
+Harmonic parseHarmonic(const std::string& text) {
+    const auto fields = split(text, ':');
+    const auto order = parseCount(fields[0]);
+    const auto percent = fields.size() > 1 ? parseNumber(fields[1]) : std::nullopt;
+    const auto degrees = fields.size() > 2 ? parseNumber(fields[2]) : 0.0;
+    if (!order || *order < 1 || *order > 10000 || !percent || !degrees || fields.size() > 3) {
+        failUsage("the harmonic " + inQuotes(text) + " is not of the form ORDER:PERCENT[:DEGREES]");
+    }
+    return {static_cast<int>(*order), *percent, *degrees};
+}
+
+Dropout parseDropout(const std::string& text) {
+    const auto fields = split(text, ':');
+    const auto channel = findChannel(fields[0]);
+    const auto start = fields.size() == 3 ? parseCount(fields[1]) : std::nullopt;
+    const auto count = fields.size() == 3 ? parseCount(fields[2]) : std::nullopt;
+    if (!channel || !start || !count) {
+        failUsage("the dropout " + inQuotes(text) + " is not of the form CHANNEL:START:COUNT");
+    }
+    return {*channel, *start, *count};
+}
+
+std::vector<std::pair<std::string, double>> parseGains(const std::string& text) {
+    std::vector<std::pair<std::string, double>> gains;
+    for (const std::string_view item : split(text, ',')) {
+        const std::size_t equals = std::min(item.rfind('='), item.size());
+        const auto factor = parseNumber(trimmed(item.substr(std::min(equals + 1, item.size()))));
+        if (!factor || equals == 0) {
+            failUsage("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
+        }
+        gains.emplace_back(trimmed(item.substr(0, equals)), *factor);
+    }
+    return gains;
+}
+
+double parseTime(const std::string& option, const std::string& text) {
+    const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
+    const std::string_view unit = trimmed(std::string_view(text).substr(end));
+    const auto value = parseNumber(std::string_view(text).substr(0, end));
+    const Unit known = unitOf(unit);
+    if (!value || *value < 0.0 || !(unit.empty() || known.quantity == Quantity::time)) {
+        failUsage(option + ": " + inQuotes(text) + " is not a time such as 0.2s or 200ms");
+    }
+    return *value * known.factor;
+}
+
+}  // namespace rt305

@@ -1,0 +1,28 @@
+#ifndef RT305_HOST_CLI_OPTION_VALUES_H
+#define RT305_HOST_CLI_OPTION_VALUES_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recording/generator.h"
+
+namespace rt305 {
+
+/// Read the values of options. Fail on text of another form.
+
+/// "3:8:-70" -> order, percent, degrees (0 when not given).
+Harmonic parseHarmonic(const std::string& text);
+
+/// "Ia:1000:64" -> channel, first sample, number of samples.
+Dropout parseDropout(const std::string& text);
+
+/// "Ua=325,2=10" -> names or numbers of columns with factors.
+std::vector<std::pair<std::string, double>> parseGains(const std::string& text);
+
+/// "0.2", "0.2s" or "200ms" in seconds.
+double parseTime(const std::string& option, const std::string& text);
+
+}  // namespace rt305
+
+#endif

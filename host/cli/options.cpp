@@ -1,0 +1,329 @@
+#include "cli/options.h"
+
+#include <algorithm>
+#include <map>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "cli/option_values.h"
+#include "measuring/power_methods.h"
+
+namespace rt305 {
+
+namespace {
+
+/// An option whose words select a value under a mask of the measurement or spectrum flags.
+struct FlagOption {
+    const char* name;
+    std::string help;
+    std::uint32_t mask;
+    std::map<std::string, std::uint32_t> words;
+};
+
+void addFlagOption(CLI::App& command, std::uint32_t& flags, const FlagOption& option) {
+    command
+        .add_option_function<std::string>(
+            option.name,
+            [&flags, option](const std::string& word) { flags = (flags & ~option.mask) | option.words.at(word); },
+            option.help)
+        ->check(CLI::IsMember(option.words));
+}
+
+/// A switch that sets a flag.
+void addFlagSwitch(CLI::App& command, std::uint32_t& flags, const char* name, std::uint32_t flag, const char* help) {
+    command.add_flag_function(
+        name, [&flags, flag](std::int64_t) { flags |= flag; }, help);
+}
+
+void addTwoCurrentsOption(CLI::App& command, std::uint32_t& flags) {
+    addFlagOption(command, flags,
+                  {"--two-currents",
+                   "rebuild the current of this phase from the other two; it need not be recorded",
+                   RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_MASK,
+                   {{"a", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_A},
+                    {"b", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_B},
+                    {"c", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_C}}});
+}
+
+void addWiringOption(CLI::App& command, std::uint32_t& flags) {
+    addFlagOption(command, flags,
+                  {"--wiring",
+                   "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
+                   RT305_4_FOUR_WIRE,
+                   {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}});
+}
+
+std::map<std::string, std::uint32_t> powerWords() {
+    std::map<std::string, std::uint32_t> words{{"none", RT305_4_POWER_NONE}};
+    for (const PowerMethod& method : powerMethods) {
+        words.emplace(method.name, method.flag);
+    }
+    return words;
+}
+
+void addPerChannelOption(CLI::App& command, const std::string& name, const std::string& help,
+                         PerChannel<double>& values) {
+    command
+        .add_option_function<std::string>(
+            name, [name, &values](const std::string& text) { values = parsePerChannel(name, text, values[0]); },
+            help + ": six numbers or Ua=..,Ib=..")
+        ->type_name("LIST");
+}
+
+template <class Item>
+void addRepeatedOption(CLI::App& command, const char* name, const char* form, const char* help,
+                       std::vector<Item>& items, Item (*parse)(const std::string&)) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&items, parse](const std::vector<std::string>& texts) {
+                std::transform(texts.begin(), texts.end(), std::back_inserter(items), parse);
+            },
+            help)
+        ->type_name(form)
+        ->allow_extra_args(false);
+}
+
+void addReadOptions(CLI::App& command, ReadOptions& reading) {
+    command.add_option("--rate", reading.rateHz, "sample rate in Hz, instead of the file's own times")
+        ->check(CLI::PositiveNumber)
+        ->type_name("HZ");
+    command
+        .add_option_function<std::string>(
+            "--columns",
+            [&reading](const std::string& text) {
+                for (const std::string_view name : split(text, ',')) {
+                    reading.columns.emplace_back(name);
+                }
+            },
+            "names of the columns, such as time,Ua(V),Ub(V)")
+        ->type_name("LIST");
+    command
+        .add_option_function<std::string>(
+            "--gain", [&reading](const std::string& text) { reading.gains = parseGains(text); },
+            "factors on the samples of columns by name or number: COLUMN=FACTOR,...; for sound files V or A at full "
+            "scale")
+        ->type_name("LIST");
+    auto* const primary = command.add_flag_function(
+        "--primary", [&reading](std::int64_t) { reading.side = Transformer::Side::primary; },
+        "values on the primary side of the instrument transformers (default: as written)");
+    command
+        .add_flag_function(
+            "--secondary", [&reading](std::int64_t) { reading.side = Transformer::Side::secondary; },
+            "values on the secondary side")
+        ->excludes(primary);
+    command.add_flag("--sqrt2", reading.storedAsRms,
+                     "multiply by sqrt(2): the recorder stored instantaneous values divided by it");
+    command
+        .add_option("--encoding", reading.encoding,
+                    "encoding of texts that are not UTF-8, such as windows-1251 or GB18030")
+        ->type_name("NAME");
+}
+
+void addTimeOption(CLI::App& command, const std::string& name, double& seconds, const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            name, [name, &seconds](const std::string& text) { seconds = parseTime(name, text); }, help)
+        ->type_name("TIME");
+}
+
+/// Which part of the recording to measure.
+void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
+    command.add_option("--segment", settings.segment, "segment to measure (default: the longest at the highest rate)")
+        ->type_name("N");
+    addTimeOption(command, "--start", settings.startSeconds, "start of the part to measure, after the segment's start");
+    addTimeOption(command, "--duration", settings.durationSeconds,
+                  "length of the part to measure (default: to the segment's end)");
+}
+
+constexpr const char* fileHelp = "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin";
+
+void addColumnOptions(CLI::App& command, MeasureOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--map", [&options](const std::string& text) { options.settings.columns = parseColumnMap("--map", text); },
+            "columns of the channels, by name or number from 1: Ua=COLUMN,Ub=COLUMN,...")
+        ->type_name("LIST");
+    addReadOptions(command, options.reading);
+}
+
+void addFormOptions(CLI::App& command, OutputForm& form) {
+    struct FormSwitch {
+        const char* name;
+        OutputForm form;
+        const char* help;
+    };
+    constexpr FormSwitch switches[] = {
+        {"--json", OutputForm::json, "one JSON document with all figures"},
+        {"--json-lines", OutputForm::jsonLines, "one JSON document a line, for each file and window"},
+        {"--csv", OutputForm::csv, "one figure a line: file,start,table,quantity,column,value,unit"},
+        {"--plain", OutputForm::plain, "like --csv, but with tabs between the fields and no heading"},
+        {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
+    };
+    for (const FormSwitch& one : switches) {
+        command.add_flag_function(
+            one.name,
+            [&form, to = one.form](std::int64_t) {
+                if (form != OutputForm::text) {
+                    failUsage("give one of --json, --json-lines, --csv, --plain and --raw");
+                }
+                form = to;
+            },
+            one.help);
+    }
+}
+
+void addCommonOptions(CLI::App& command, MeasureOptions& options) {
+    addPartOptions(command, options.settings);
+    static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
+                                                            {"currents", RT305_4_INPUT_CURRENTS},
+                                                            {"all", RT305_4_INPUT_VOLTAGES_AND_CURRENTS}};
+    command
+        .add_option_function<std::string>(
+            "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
+            "what to measure (default: by the channels in the recording)")
+        ->check(CLI::IsMember(types));
+    addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
+    command.add_option("--library", options.library, "library file to use")->type_name("FILE");
+}
+
+}  // namespace
+
+void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
+    command.add_option("FILE", options.file, fileHelp)->required()->type_name("");
+    addColumnOptions(command, options);
+}
+
+void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
+    addRecordingOptions(command, options);
+    addCommonOptions(command, options);
+    addFormOptions(command, options.form);
+    command.add_flag_function(
+        "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
+        "measure the samples at their own rate, though the library assumes another");
+    addTwoCurrentsOption(command, options.settings.flags);
+    addFlagOption(command, options.settings.flags,
+                  {"--source",
+                   "simulated (default): samples are in V and A; real: they are counts, scaled by gain and resistance",
+                   RT305_4_SIMULATED_SOURCE_MASK,
+                   {{"real", 0}, {"simulated", RT305_4_SIMULATED_SOURCE_MASK}}});
+    addPerChannelOption(command, "--gains", "gain settings for --source real, default 1", options.settings.gains);
+    addPerChannelOption(command, "--resistances", "input resistances in ohm for --source real, default 0",
+                        options.settings.resistances);
+}
+
+void addBatchOptions(CLI::App& command, BatchOptions& options) {
+    command.add_option("FILE", options.files, fileHelp)->type_name("");
+    command
+        .add_option("--files-from", options.filesFrom,
+                    "also measure the files listed in this one, one a line; - reads the list from stdin")
+        ->type_name("FILE");
+    addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms");
+    addTimeOption(command, "--step", options.stepSeconds,
+                  "time from the start of one window to the next (default: its length)");
+    command.add_option("--jobs", options.jobs, "number of processes that measure files at the same time")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str()
+        ->type_name("N");
+    addColumnOptions(command, options.each);
+    addCommonOptions(command, options.each);
+    addFormOptions(command, options.each.form);
+    addWiringOption(command, options.each.settings.flags);
+    addTwoCurrentsOption(command, options.each.settings.flags);
+}
+
+void addReportOptions(CLI::App& command, ReportOptions& options) {
+    addRecordingOptions(command, options.measure);
+    command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
+    addCommonOptions(command, options.measure);
+    addWiringOption(command, options.measure.settings.flags);
+    addTwoCurrentsOption(command, options.measure.settings.flags);
+}
+
+void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
+    addWiringOption(command, settings.flags);
+    addFlagOption(command, settings.flags,
+                  {"--frequency",
+                   "where the fundamental must lie: fixed (default) inside " + fixedWindow.text() +
+                       ", control inside " + controlWindow.text(),
+                   RT305_4_FREQUENCY_CONTROL,
+                   {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}});
+    addFlagOption(command, settings.flags,
+                  {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerWords()});
+    addFlagSwitch(command, settings.flags, "--keep-rebuilt-rms", RT305_4_KEEP_REBUILT_RMS,
+                  "RMS of the rebuilt current from its samples, not the mean of the other two");
+    addFlagSwitch(command, settings.flags, "--invert-p", RT305_4_NEGATE_ACTIVE_POWER, "invert the total active power");
+    addFlagSwitch(command, settings.flags, "--invert-q", RT305_4_NEGATE_REACTIVE_POWER,
+                  "invert the total reactive power");
+}
+
+void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
+    addFlagOption(command, settings.spectrumFlags,
+                  {"--window",
+                   "window function on the samples (default rect)",
+                   RT305_4_SPECTRUM_WINDOW_MASK,
+                   {{"rect", RT305_4_SPECTRUM_WINDOW_RECT},
+                    {"hann", RT305_4_SPECTRUM_WINDOW_HANN},
+                    {"hamming", RT305_4_SPECTRUM_WINDOW_HAMMING},
+                    {"kaiser", RT305_4_SPECTRUM_WINDOW_KAISER}}});
+    addFlagOption(command, settings.spectrumFlags,
+                  {"--mode",
+                   "1 (default): fine lines up to 1000 Hz (250 Hz for voltages or currents alone); 2: coarser lines up "
+                   "to half the rate",
+                   RT305_4_SPECTRUM_MODE_MASK,
+                   {{"1", RT305_4_SPECTRUM_MODE_1}, {"2", RT305_4_SPECTRUM_MODE_2}}});
+    addFlagSwitch(command, settings.spectrumFlags, "--db", RT305_4_SPECTRUM_LEVEL_DB,
+                  "levels in dB below the largest line instead of V and A");
+    command.add_option("--peaks", settings.peaks, "number of largest lines to show, at most 20 without --criterion")
+        ->check(CLI::Range(0, 32767))
+        ->capture_default_str()
+        ->type_name("N");
+    command
+        .add_option_function<double>(
+            "--criterion",
+            [&settings](double criterion) {
+                settings.spectrumFlags |= RT305_4_SPECTRUM_CRITERION;
+                settings.peakCriterion = criterion;
+            },
+            "show only lines above this height in V, A or dB, by frequency")
+        ->type_name("X");
+}
+
+void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
+    GeneratorSettings& settings = options.settings;
+    command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
+    command.add_option("--frequency", settings.frequencyHz, "fundamental")->capture_default_str()->type_name("HZ");
+    command.add_option("--rate", settings.rateHz, "sample rate")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str()
+        ->type_name("HZ");
+    command.add_option("--duration", settings.durationSeconds, "length of the recording")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str()
+        ->type_name("S");
+    command.add_option("--voltage", settings.voltage, "RMS of the fundamental")->capture_default_str()->type_name("V");
+    command.add_option("--current", settings.current, "RMS of the fundamental")->capture_default_str()->type_name("A");
+    command.add_option("--angle", settings.angleDegrees, "angle by which currents lag their voltages")
+        ->capture_default_str()
+        ->type_name("DEGREES");
+    for (const auto& [name, help, harmonics] :
+         {std::tuple{"--harmonic-u", "add a harmonic of the voltages", &settings.voltageHarmonics},
+          std::tuple{"--harmonic-i", "add a harmonic of the currents", &settings.currentHarmonics}}) {
+        addRepeatedOption(command, name, "ORDER:PERCENT[:DEGREES]", help, *harmonics, &parseHarmonic);
+    }
+    addPerChannelOption(command, "--factors", "factors on the amplitudes, default 1", settings.factors);
+    addPerChannelOption(command, "--offsets", "constants to add, in V and A, default 0", settings.offsets);
+    command.add_option("--noise", settings.noisePercent, "RMS of white noise in percent of the fundamental")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str()
+        ->type_name("PERCENT");
+    command.add_option("--seed", settings.seed, "seed of the noise")->capture_default_str()->type_name("NUMBER");
+    addRepeatedOption(command, "--dropout", "CHANNEL:START:COUNT", "set samples to zero", settings.dropouts,
+                      &parseDropout);
+    command.add_option("--digits", options.digits, "significant digits of each column's largest sample")
+        ->check(CLI::Range(1, 15))
+        ->capture_default_str()
+        ->type_name("N");
+}
+
+}  // namespace rt305

@@ -1,0 +1,22 @@
+#ifndef RT305_HOST_CLI_OPTIONS_H
+#define RT305_HOST_CLI_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+
+#include "cli/commands.h"
+
+namespace rt305 {
+
+/// The options of the subcommands. Each function adds to a command the options that fill in the given settings.
+
+void addRecordingOptions(CLI::App& command, MeasureOptions& options);  // the file and how it is read
+void addMeasureOptions(CLI::App& command, MeasureOptions& options);    // of all commands for a single operation
+void addParameterOptions(CLI::App& command, MeasurementSettings& settings);
+void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings);
+void addBatchOptions(CLI::App& command, BatchOptions& options);
+void addReportOptions(CLI::App& command, ReportOptions& options);
+void addGenerateOptions(CLI::App& command, GenerateOptions& options);
+
+}  // namespace rt305
+
+#endif
