@@ -1,5 +1,5 @@
-// Requests through the C interface, several in sequence, as a careless host might send them. Each answer is held
-// against the documented order of checks and against the answers to requests that differ in a known way.
+// Random sequences of requests through the C interface. Each answer is compared with the documented order of checks and
+// with the answers to requests that differ in a known way.
 
 #include <array>
 #include <cmath>
@@ -11,7 +11,7 @@
 
 #include "bytes.h"
 #include "require.h"
-#include "rt305_4/rt305_4.h"
+#include "rt305_4/easy.h"
 
 namespace {
 
@@ -19,10 +19,11 @@ using fuzz::Bytes;
 using fuzz::require;
 using nlohmann::json;
 
-enum Text { parameters, signalsU, signalsI, spectrumU, spectrumI, distortionU, distortionI, resultTexts };
+constexpr std::uint32_t resultTexts = RT305_4_TEXT_ERROR;
 using Texts = std::array<std::string, resultTexts>;
 
-/// What a host owns while it calls. A missing output is the index of a null pointer, or above all of them.
+/// What a host owns during a call. missingOutput is the number of the output pointer that is null, or above all
+/// numbers.
 struct Host {
     std::vector<std::vector<double>> samples;
     std::vector<ChannelData> channels;
@@ -32,7 +33,7 @@ struct Host {
 
 // --- Building a request ---
 
-/// A count that the library can take at its word: it never reads further than the samples go.
+/// A count that the library must reject, or at most that of the samples.
 std::uint64_t countFor(Bytes& bytes, const std::vector<double>& samples) {
     switch (bytes.raw<std::uint8_t>() % 16) {
         case 1:
@@ -49,7 +50,7 @@ std::uint64_t countFor(Bytes& bytes, const std::vector<double>& samples) {
 void addChannel(Bytes& bytes, Host& host, std::int32_t kind, std::uint32_t phase, std::size_t n) {
     static constexpr double resistances[] = {1.0, 0.0, 24.9, 127.0};
     host.samples.push_back(bytes.signal(n));
-    ChannelData channel{kind, phase, host.samples.back().data(), host.samples.back().size(), 1.0, 1.0, 0.0};
+    ChannelData channel = rt305_4_channel(kind, phase, host.samples.back().data(), host.samples.back().size(), 1.0);
     if (bytes.flag()) {
         channel.coefficient = bytes.flag() ? bytes.tame() : bytes.number();
         channel.inputResistance = bytes.oneOf(resistances);
@@ -113,9 +114,9 @@ Host hostFrom(Bytes& bytes) {
     return host;
 }
 
-// --- What the answer has to be ---
+// --- The expected answer ---
 
-/// The samples that each channel holds: voltages of phases a, b, c, then currents.
+/// The number of samples of each channel: voltages of phases a, b, c, then currents.
 std::array<std::uint64_t, 6> channelLengths(const Host& host) {
     std::array<std::uint64_t, 6> lengths{};
     for (std::int32_t i = 0; i < host.settings.channelCount; ++i) {
@@ -128,7 +129,7 @@ std::array<std::uint64_t, 6> channelLengths(const Host& host) {
     return lengths;
 }
 
-/// The message of a request that is to be refused; empty for one that is not.
+/// The message of a request that must be refused; empty for others.
 std::string expectedMessage(const Host& host) {
     const DataProcessRequest& request = host.settings;
     if (host.missingOutput <= resultTexts) {
@@ -158,15 +159,6 @@ std::string expectedMessage(const Host& host) {
     return {};
 }
 
-bool isMade(int text, const DataProcessRequest& request) {
-    if (text == parameters) {
-        return true;
-    }
-    const bool ofVoltages = text % 2 == 1;
-    const bool inType = request.inputType == 21 || request.inputType == (ofVoltages ? 4U : 8U);
-    return inType && request.operation == static_cast<std::uint32_t>((text + 1) / 2);
-}
-
 /// The document of a text, which is one object with one array of rows. The parser takes neither NaN nor a number that
 /// is too large for a double.
 json documentOf(const std::string& text) {
@@ -177,19 +169,17 @@ json documentOf(const std::string& text) {
     return std::move(document.front());
 }
 
-/// Calls the library and checks all that can be said of one answer: the seven texts of a success, nothing of a refusal.
+/// Calls the library and checks the answer by itself. Gives the seven texts of a success, nothing for a refusal.
 std::optional<Texts> answerTo(const Host& host) {
-    static Texts kept;  // what the library holds from earlier calls
+    static Texts kept;  // the texts of earlier calls
     static constexpr const char* untouched = "untouched";
     std::array<const char*, resultTexts + 1> given{};
     given.fill(untouched);
-    std::array<const char**, resultTexts + 1> places{};
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        places[i] = i == host.missingOutput ? nullptr : &given[i];
-    }
     DataProcessRequest request = host.settings;
     request.channels = host.channels.empty() ? nullptr : host.channels.data();
-    std::memcpy(&request.paramData, places.data(), sizeof places);
+    for (std::uint32_t i = 0; i < given.size(); ++i) {
+        *rt305_4_output(&request, i) = i == host.missingOutput ? nullptr : &given[i];
+    }
 
     const std::string message = expectedMessage(host);
     const auto samples = host.samples;
@@ -202,29 +192,27 @@ std::optional<Texts> answerTo(const Host& host) {
     }
     if (result == 0) {
         require(std::count(given.begin(), given.end() - 1, untouched) == resultTexts, "a refusal gives no result");
-        require(places.back() == nullptr || given.back() == message, "a refusal has its documented message");
+        require(request.errorString == nullptr || given.back() == message, "a refusal has its documented message");
         return std::nullopt;
     }
     require(given.back() == untouched, "a success gives no message");
-    for (int i = 0; i < resultTexts; ++i) {
-        std::string& text = kept[static_cast<std::size_t>(i)];
-        const char* const now = given[static_cast<std::size_t>(i)];
-        if (isMade(i, request)) {
-            text = now;
+    for (std::uint32_t i = 0; i < resultTexts; ++i) {
+        if (rt305_4_isMade(&request, i) != 0) {
+            kept[i] = given[i];
         }
-        require(text == now, "a text that was not made is that of an earlier call");
+        require(kept[i] == given[i], "a text that was not made is that of an earlier call");
     }
     return kept;
 }
 
 // --- Answers to requests that differ in a known way ---
 
-/// The parsed texts that a call makes, null for those that it does not.
+/// The parsed texts that a call makes; null for the others.
 std::array<json, resultTexts> documentsOf(const Texts& texts, const DataProcessRequest& request) {
     std::array<json, resultTexts> documents;
-    for (int i = 0; i < resultTexts; ++i) {
-        if (isMade(i, request)) {
-            documents[static_cast<std::size_t>(i)] = documentOf(texts[static_cast<std::size_t>(i)]);
+    for (std::uint32_t i = 0; i < resultTexts; ++i) {
+        if (rt305_4_isMade(&request, i) != 0) {
+            documents[i] = documentOf(texts[i]);
         }
     }
     return documents;
@@ -284,9 +272,9 @@ void withPhasesMovedOn(Host& host, const Texts& texts) {
     }
     for (const std::size_t first : {12U, 15U, 19U}) {  // phase voltages, line voltages, currents
         for (std::size_t phase = 0; phase < 3; ++phase) {
-            require(
-                before[parameters][first + phase]["dataName"] == after[parameters][first + (phase + 1) % 3]["dataName"],
-                "RMS values move with their phases");
+            require(before[RT305_4_TEXT_PARAMETERS][first + phase]["dataName"] ==
+                        after[RT305_4_TEXT_PARAMETERS][first + (phase + 1) % 3]["dataName"],
+                    "RMS values move with their phases");
         }
     }
 }
