@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "adapter/nlohmann/json.h"
+#include "calc/channel_kind.h"
 #include "results/rt305_4_i_distortion_table.h"
 #include "results/rt305_4_i_signal_table.h"
 #include "results/rt305_4_i_spectrum_table.h"
