@@ -1,7 +1,6 @@
 #ifndef RT305_4_TESTS_SUPPORT_PLAIN_H
 #define RT305_4_TESTS_SUPPORT_PLAIN_H
 
-// Plain definitions, most in extended precision, that the library is compared with. They share no code with it.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -16,6 +15,7 @@
     if (const volatile long double one = 1; one + 0x1p-63L == one) \
     GTEST_SKIP() << "the reference needs long doubles of full precision"
 
+/// Plain definitions, most in extended precision, that the library is compared with. They share no code with it.
 namespace plain {
 
 using Real = long double;
