@@ -1,0 +1,128 @@
+#include "tool.h"
+
+#include <sstream>
+
+namespace {
+
+TEST(Tool, TheReadmeMakesTheSampleRecording) {
+    const std::string readme = contentOf(SOURCE_FOLDER "/examples/recordings/README.md");
+    const std::size_t start = readme.find("rt305 generate ");
+    const std::size_t target = readme.find("-o ", start);
+    ASSERT_NE(target, std::string::npos);
+    const ToolRun made = run(readme.substr(start, target - start));
+    EXPECT_EQ(made.exitCode, 0);
+    EXPECT_TRUE(made.output == contentOf(SOURCE_FOLDER "/examples/recordings/sample.csv")) << "other bytes";
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The lines in order, where "..." stands for any lines and all others follow each other.
+bool isShownBy(const std::vector<std::string>& output, const std::vector<std::string>& shown) {
+    auto next = output.begin();
+    bool anywhere = false;
+    for (const std::string& line : shown) {
+        if (line == "...") {
+            anywhere = true;
+            continue;
+        }
+        next = anywhere ? std::find(next, output.end(), line) : next;
+        if (next == output.end() || *next++ != line) {
+            return false;
+        }
+        anywhere = false;
+    }
+    return anywhere || next == output.end();
+}
+
+TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
+    const auto lines = linesOf(contentOf(SOURCE_FOLDER "/README.md"));
+    std::size_t blocks = 0;
+    for (auto line = std::find(lines.begin(), lines.end(), "```console"); line != lines.end();
+         line = std::find(line, lines.end(), "```console")) {
+        const auto end = std::find(line, lines.end(), "```");
+        ASSERT_GT(end - line, 2);
+        std::string command = (line + 1)->substr(2);
+        command = command == "make demo" ? "scripts/demo " BUILD_FOLDER : command;
+        const ToolRun result = run("exec 2>/dev/null; cd " SOURCE_FOLDER "; " + command);
+        EXPECT_EQ(result.exitCode, 0) << command;
+        EXPECT_TRUE(isShownBy(linesOf(result.output), {line + 2, end})) << command << "\n" << result.output;
+        line = end;
+        ++blocks;
+    }
+    EXPECT_GE(blocks, 6U);
+}
+
+TEST(Tool, RefusesWrongOptions) {
+    for (const auto& [command, says] : {
+             std::pair{"rt305", "subcommand"},
+             {"rt305 params", "FILE"},
+             {"rt305 params --power five-wattmeter $sample", "five-wattmeter"},
+             {"rt305 params --rate 0 $sample", "--rate"},
+             {"rt305 params --gains 1,2 $sample", "\"1,2\""},
+             {"rt305 params --gains 1,2,3,4,5,x $sample", "\"1,2,3,4,5,x\""},
+             {"rt305 params --gains Ud=1 $sample", "\"Ud=1\""},
+             {"rt305 params --gains Ua=1,2 $sample", "\"Ua=1,2\""},
+             {"rt305 params --map Ua $sample", "--map: \"Ua\""},
+             {"rt305 params --map Ua= $sample", "--map: \"Ua=\""},
+             {"rt305 params --map Ux=1 $sample", "--map: \"Ux=1\""},
+             {"rt305 info --gain 1 $sample", "--gain: \"1\""},
+             {"rt305 info --primary --secondary $sample", "--primary"},
+             {"rt305 params --json --csv $sample", "--json"},
+             {"rt305 params --power two-wattmeter $sample", "--wiring three"},
+             {"rt305 spectrum --peaks 20.5 $sample", "--peaks"},
+             {"rt305 spectrum --window flattop $sample", "flattop"},
+             {"rt305 generate --dropout Ia:1", "\"Ia:1\""},
+             {"rt305 generate --harmonic-u 3", "\"3\""},
+             {"rt305 generate --duration 1e9", "100 million"},
+             {"rt305 measure", "FILE"},
+             {"rt305 measure --window 0.2 --json $sample", "--json-lines"},
+             {"rt305 measure --step 0.1 $sample", "--window"},
+             {"rt305 measure --window 200mA $sample", "\"200mA\""},
+             {"rt305 measure - --files-from -", "stdin"},
+         }) {
+        expectShown({{command, says, 2}});
+    }
+}
+
+TEST(Tool, ExitCodesAndOutput) {
+    expectShown({
+        {"rt305 --help", "params"},
+        {"rt305 params --help", "--two-currents"},
+        {"rt305 params --map Ua=nothing $sample", "\"nothing\"", 3},
+        {"rt305 measure --window 1.5s $sample", "sample.csv", 3},
+        {"rt305 measure --files-from nothing.txt", "nothing.txt", 3},
+        {"rt305 params --library /nonexistent.so $sample", "/nonexistent.so", 5},
+        {"rt305 params --library " WRONG_LIBRARY " $sample", "getVersion", 5},
+        {"rt305 params --library " IDLE_LIBRARY " $sample", "rt305: ", 5},
+        {"rt305 check " WRONG_LIBRARY, "getVersion", 5},
+        {"rt305 check " IDLE_LIBRARY, "!pass ; 0 of ", 1},
+        {"rt305 generate -o /nonexistent/file.csv", "No such file or directory", 5},
+        {"rt305 generate --duration 0.01 --angle -30 --offsets Ua=-1", "Time(s),Ua(V)"},
+        {"rt305 generate --duration 0.001 --dropout Ia:2:3 --digits 3 | cut -d, -f5", "0.22\n0.00\n0.00\n0.00\n1.11"},
+        {"printf 't(s),x=y(V),Ub,Uc\n0,1,1,1\n1,-1,-1,-1\n' | rt305 signals --json-lines --map Ua=1 --gain x=y=7 -",
+         "signals_u/rms/Va = 7"},
+        {"rt305 params --raw $sample", R"({"paramData":[)"},
+        {"rt305 signals --raw $sample", R"({"signalDataU":[; {"signalDataI":[)"},
+        {"rt305 spectrum --raw $sample", R"({"spectrumDataU":[)"},
+        {"rt305 distortion --raw $sample", R"({"thdDataU":[)"},
+    });
+}
+
+TEST(Tool, TakesTheLibraryFromTheOptionTheEnvironmentOrNearby) {
+    expectShown({
+        {"export RT305_4_LIBRARY=" WRONG_LIBRARY "; rt305 params $sample", "getVersion", 5},
+        {"export RT305_4_LIBRARY=" WRONG_LIBRARY "; rt305 params --library " LIBRARY " $sample", "Current"},
+        {"unset RT305_4_LIBRARY; mkdir bin lib; cp " TOOL_FOLDER "/rt305 bin; cp " LIBRARY
+         " lib/libRT305_4.so.1; bin/rt305 params $sample",
+         "Current"},
+    });
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+#include "tool.h"
+
+namespace {
+
+TEST(Remarks, NameWiringFaults) {
+    const char* const fine = "Wiring: nothing odd; !Wiring: U; !Wiring: I";
+    expectShown({
+        {"generate --angle 60 | measure -", fine},
+        {"generate --angle -60 | measure -", fine},
+        {"generate --angle 30 --factors Ub=0.9,Ib=1.8,Ic=0.2 | measure -", fine},
+        {"generate --angle 30 --factors Ib=-1 | measure -", "Wiring: Ib ; !Wiring: U; !nothing odd"},
+        {"generate --angle 30 --factors Uc=-1 | measure -", "Wiring: Uc ; !Wiring: I"},
+        {"generate --angle 30 --factors Ua=-1,Ia=-1 | measure -", "Wiring: Ua ; Wiring: Ia "},
+        {"generate --angle 30 | measure --map Ia=Ic,Ic=Ia -", "Wiring: Ic and Ia ; !Wiring: U"},
+        {"generate --angle 30 | measure --map Ia=Ib,Ib=Ia -", "Wiring: Ia and Ib ; !Wiring: U"},
+        {"generate --angle 200 | measure -", "Wiring: All currents"},
+        {"generate --angle 30 | measure --map Ub=Uc,Uc=Ub,Ib=Ic,Ic=Ib -", "a-c-b; !Wiring: I; !Wiring: U"},
+        {"generate --angle 30 | measure --map Ub=Uc,Uc=Ub -", "a-c-b; Wiring: Ub and Uc, or Ib and Ic "},
+        {"generate --angle 30 --factors Ib=-1 | measure --map Ia=Ib,Ib=Ia -", "Wiring: The angles; !Wiring: I"},
+        {"generate --angle 30 | measure --map Ub=Ua,Uc=Ua -", "Wiring: The voltages; !Wiring: I"},
+        {"generate --angle 30 --factors Uc=0.005,Ib=-1 | measure -", fine},  // too low to be judged
+        {"generate --angle 30 --factors Ib=-1,Ic=0.005 | measure -", fine},
+        {"generate --factors Ua=0 | measure -", "not judged; derived/voltage_lag/b = -"},
+        {"generate | sed '100s/,[^,]*/,/' | measure -", "1 samples of Ua; not judged"},
+        {"generate | cut -d, -f1-4 | measure -", "Wiring: phase order a-b-c"},
+        {"generate --voltage 398.37 --factors Ic=0.5 | measure --wiring three -", "three wires; 50 %"},
+    });
+}
+
+TEST(Remarks, SayWhyValuesAreMissing) {
+    expectShown({
+        {"generate --angle 30 | rt305 params --power three-wattmeter-complex -", "!No power:; !not given"},
+        {"generate | rt305 params -", "--power was not given; THD of voltage"},
+        {"generate --frequency 59.96 | rt305 params --power two-wattmeter-phase --json-lines -",
+         "of the voltages not given; of the currents not given; 59.96 Hz, lies outside 49.6-50.4 Hz; "
+         "try --frequency control; No power: it needs THD; parameters/frequency/a = -; parameters/active_power/total = "
+         "-"},
+        {"generate --frequency 65 | rt305 params --power two-wattmeter-phase --frequency control --json-lines -",
+         "65.00 Hz, lies outside 10-60 Hz; !try"},
+        {"generate --rate 50000 --frequency 60 | rt305 params --no-resample --json-lines -",
+         "12.00 Hz, lies outside; taken as 10000 a second; try --frequency control; 0.2 times"},
+        {"generate --factors Ib=0 | rt305 params --power two-wattmeter-phase --json-lines -",
+         "THD of the currents not given: Ib is dead (0 A); No power: ; !voltages not given"},
+        {"generate --angle 30 | rt305 params --power two-wattmeter-phase --json-lines -",
+         "No power per phase; magnitudes"},
+        {"generate | rt305 params --power three-wattmeter --wiring three --json-lines -",
+         "with line voltages; without a sign"},
+        {"generate --duration 0.2 | rt305 params --power three-wattmeter-complex --json-lines -",
+         "12.5 cycles; has 10.0"},
+        {"generate --duration 0.26 | rt305 params --json-lines -", "!12.5 cycles"},
+        {"generate --duration 0.2 | cut -d, -f1-4 | measure -", "12.5 cycles"},
+        {"generate --duration 0.2 | rt305 distortion -", "has 10.0"},
+        {"generate | cut -d, -f1-4 | rt305 params -", "give all six channels"},
+        // the library judges phase c by the fundamental of b
+        {"generate > grid.csv; generate --frequency 50.9 | cut -d, -f3 | paste -d, grid.csv - | "
+         "rt305 params --map Ub=7 --power two-wattmeter-phase --json-lines -",
+         "frequency of Uc not given: the fundamental of Ub, 50.90 Hz; try --frequency control"},
+        {"generate --frequency 75 | cut -d, -f3 | paste -d, grid.csv - | rt305 params --map Ub=7 --json-lines -",
+         "58.33 Hz, lies outside 49.6-50.4 Hz; !try"},
+    });
+}
+
+TEST(Results, MissingFiguresInEachForm) {
+    expectShown({
+        {"generate | cut -d, -f1-4 | rt305 params --type voltages --plain -", "\tphase_voltage\ta\t\t"},
+        {"generate | cut -d, -f1-4 > u.csv; rt305 params --csv u.csv", "file,start,; u.csv,0,parameters,frequency,a,,"},
+        {"cp u.csv 'a,\"b\".csv'; rt305 signals --csv 'a,\"b\".csv'",
+         R"("a,""b"".csv",0,signals_u,peak2peak,Vb,650.502,V)"},
+        {"rt305 params u.csv", "Phase voltage - - -"},
+        {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion -", "1 50.000 47.23 100.000 - - - 50.000"},
+        {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion --json-lines -", R"("Vb_Hz":null)"},
+    });
+}
+
+}  // namespace

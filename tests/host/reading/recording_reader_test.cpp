@@ -1,0 +1,77 @@
+#include "base/failure.h"
+#include "base/text_encoding.h"
+#include "tool.h"
+
+namespace {
+
+TEST(RecordingReader, FindsTheSameLoadInEveryRecording) {
+    struct Case {
+        const char* arguments;
+        double voltageFactor = 1.0;
+        double currentFactor = 1.0;
+        std::string warnings = R"("warnings":[])";
+    };
+    const Case cases[] = {
+        {"--sqrt2 $data/relay.cfg"},
+        {"$data/relay.dat", std::sqrt(0.5), std::sqrt(0.5), "IA, IB and IC; --sqrt2"},
+        {"--encoding windows-1251 $data/swing.CFG", 1, 1,
+         "swing.DAT; 312; 311; Ia_\xD1\x88\xD0\xB8\xD0\xBD\xD0\xB0; 2 groups of currents; 65 us apart"},
+        {"$data/segments.dat"},
+        {"--primary --segment 1 $data/segments.cfg", 1100, 120},
+        {"--secondary --segment 3 $data/segments.cfg"},
+        {"--primary $data/single.cff"},
+        {"--gain 'hv ir=2,5=2,6=2' $data/single.cff", 1, 2},
+        {"- < $data/single.cff"},
+        {"$data/logger.csv", 1, 1, "logger.csv:56: ; 0.5"},
+        {"--columns Ua,Ub,Uc,Ia,Ib,Ic --gain Ua=100,Ub=100,Uc=100,Ia=2,Ib=2,Ic=2 $data/sound.wav"},
+        {"$data/sound.wav", 0.01, 0.5, "relative to full scale; Ua, Ub, Uc, Ia, Ib, Ic"},
+    };
+    for (const Case& c : cases) {
+        std::string items = c.warnings;
+        for (const char* const phase : {"a", "b", "c"}) {
+            items +=
+                std::string("; parameters/phase_voltage/") + phase + " = " + std::to_string(57.726 * c.voltageFactor);
+            items += std::string("; parameters/current/") + phase + " = " + std::to_string(1.2 * c.currentFactor);
+            items += std::string("; derived/current_lag/") + phase + " = 30";
+        }
+        expectShown({{("measure " + std::string(c.arguments)).c_str(), items.c_str()}});
+    }
+}
+
+TEST(RecordingReader, SaysWhatAFileHoldsAndWhatIsWrongWithIt) {
+    expectShown({
+        {"rt305 info $data/logger.csv",
+         "Format CSV; 2 51 560; measured by default; 0.524935 0.499861; -1694.73 1694.73 2 Ia by"},
+        {"rt305 info $data/segments.dat", "secondary 600:5 Ic; 128; 3200 0; 6 50 0.04"},
+        {"rt305 info - < $data/single.cff", "COMTRADE, FLOAT32"},
+        {"printf 't,Ua,Ub,Uc,note\n0,1,2,3,ok\n1,4,2,3,ok\n' | rt305 info -", "1 Ua 1.00000 4.00000; \"note\""},
+        {"rt305 info nothing.csv", "nothing.csv: No such file", 3},
+        {"rt305 info /tmp", "/tmp: Is a directory", 3},
+        {"printf 's,r,1999\n1,1A,0D\n' | tee lonely.cfg > named.txt; rt305 info lonely.cfg", "lonely.cfg: ; lonely.dat",
+         3},
+        {"rt305 info named.txt", "named.txt: ; named.dat", 3},
+        {"printf '123\\0' > alone.dat; rt305 info alone.dat", "alone.dat: byte 3: ; .cfg", 3},
+        {"printf RIFF1234 > damaged.wav; rt305 info damaged.wav", "damaged.wav: ", 3},
+        {"rt305 info --encoding nonsense $data/swing.DAT", "\"nonsense\"", 2},
+    });
+}
+
+TEST(TextEncoding, EveryTextBecomesValid) {
+    const std::string bad = "\xEF\xBF\xBD";
+    struct Case {
+        std::string bytes, encoding, text;
+    };
+    const Case cases[] = {
+        {"Ua \xC2\xB5", "", "Ua \xC2\xB5"},
+        {"\xE2\x84\xA6 \xF0\x9F\x98\x80", "cp866", "\xE2\x84\xA6 \xF0\x9F\x98\x80"},
+        {"I\xA2", "", "I" + bad},
+        {"I\xA2", "cp866", "I\xD0\xB2"},
+        {"\xC4\xB8\xCF\xDF", "GB18030", "\xE6\xAF\x8D\xE7\xBA\xBF"},
+        {"\xC0\x80 \xED\xA0\x80 \xF5 \xE2\x84", "", bad + bad + " " + bad + bad + bad + " " + bad + " " + bad + bad},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(rt305::toUtf8(c.bytes, c.encoding), c.text);
+    }
+}
+
+}  // namespace

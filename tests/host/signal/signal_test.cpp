@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include "recording/recording.h"
+#include "signal/fundamental.h"
+#include "signal/resampler.h"
+#include "support/signals.h"
+
+namespace {
+
+using signals::cosine;
+
+TEST(Resampler, KeepsSinesToTheEdgesOfAnyPart) {
+    struct Case {
+        double rateHz;
+        std::size_t first, count;
+        double toHz;
+    };
+    for (const Case& c : {Case{800, 0, 80, 10000},
+                          {1200, 0, 120, 10000},
+                          {7680, 0, 768, 10000},
+                          {50000, 0, 5000, 10000},
+                          {2000, 610, 40, 10000},
+                          {10000, 0, 5000, 500},
+                          {10000, 7, 90, 10000}}) {
+        const auto x = cosine(5000, 1.0, 50.0, 0.4, c.rateHz);
+        const std::vector<double> whole(x.begin(), x.begin() + (c.first == 0 ? c.count : x.size()));
+        const auto y = rt305::resampled(whole, c.first, c.count, c.rateHz, c.toHz);
+        const double start = static_cast<double>(c.first) / c.rateHz;
+        const auto wanted = cosine(y.size(), 1.0, 50.0, 0.4 + 50.0 * signals::twoPi * start, c.toHz);
+        ASSERT_EQ(y.size(), std::lround(static_cast<double>(c.count) * c.toHz / c.rateHz));
+        for (std::size_t k = 0; k < y.size(); ++k) {
+            ASSERT_NEAR(y[k], wanted[k], 1e-6) << c.rateHz << " Hz, sample " << k;
+        }
+    }
+}
+
+TEST(Resampler, MarksAndBridgesMissingSamples) {
+    auto x = cosine(2000, 1.0, 5.0, 0.0, 2000.0);
+    x[620] = NAN;
+    const auto y = rt305::resampled(x, 610, 40, 2000.0, 10000.0);
+    const auto wanted = cosine(8000, 1.0, 5.0);
+    for (std::size_t k = 0; k < y.size(); ++k) {
+        EXPECT_TRUE(k >= 48 && k <= 52 ? std::isnan(y[k]) : std::fabs(y[k] - wanted[3050 + k]) < 1e-3)
+            << k << " " << y[k];
+    }
+}
+
+TEST(Fundamental, IsFoundUnderHarmonicsNoiseAndOffset) {
+    for (const double frequency : {10.7, 49.93, 60.0}) {
+        const auto x = signals::wave(signals::noise(10000, 1, 2.0, 0.03),
+                                     {{1.0, frequency}, {0.1, 3 * frequency, 1.0}, {0.05, 15 * frequency}});
+        EXPECT_NEAR(rt305::estimateFundamental(x, 1e4).value_or(0.0), frequency, 0.05);
+    }
+    EXPECT_FALSE(rt305::estimateFundamental(std::vector<double>(100, 3.0), 1e4));
+    EXPECT_FALSE(rt305::estimateFundamental({}, 1e4));
+}
+
+TEST(Recording, CountsClippedSamples) {
+    const auto clipped = [](double limit, double step) {
+        auto x = cosine(200, 1.0, 50.0, -signals::twoPi / 4.0, 50.0 * signals::twoPi / 0.1);
+        for (double& value : x) {
+            value = std::round(std::fmin(std::fmax(value, -limit), limit) / step) * step;
+        }
+        return static_cast<double>(rt305::countClipped(x));
+    };
+    EXPECT_EQ(clipped(2.0, 1e-12), 0);
+    EXPECT_EQ(clipped(2.0, 0.01), 0) << "the rounded crest of a coarse converter";
+    EXPECT_EQ(rt305::countClipped(std::vector<double>(9, 1.0)), 0U);
+    EXPECT_NEAR(clipped(0.8, 1e-12), 200.0 * 4.0 * std::acos(0.8) / signals::twoPi, 10.0);
+}
+
+}  // namespace
