@@ -1,10 +1,6 @@
-// Computes the electrical parameters of a recording a second time, in extended precision, and writes the golden file
-// that the plug-in is compared with:
-//
-//   build/debug/tests/reference/parameters_reference > tests/reference/golden_parameters.json
-//
-// Shares no code with the library. Every quantity is its plain definition: transforms are direct sums, windows their
-// formulas; the analytic signal is formed and summed. Stops where a comparison is too close to be decided in doubles.
+// Computes the electrical parameters of a recording a second time and writes the golden file, whose head names the
+// command. Shares no code with the library: every quantity is its plain definition in extended precision. Stops where a
+// comparison is too close to be decided in doubles.
 
 #include <array>
 #include <cstdio>
@@ -56,11 +52,8 @@ Signal combined(const Signal& x, const Signal& y, Operation operation) {
     return result;
 }
 
-Real meanProduct(const Signal& x, const Signal& y) {
-    return mean(combined(x, y, std::multiplies{}));
-}
 Real rootMeanSquare(const Signal& x) {
-    return std::sqrt(meanProduct(x, x));
+    return std::sqrt(mean(combined(x, x, std::multiplies{})));
 }
 
 /// Samples of a simulated source, coefficient 1: dropped samples, exact zeros, take the mean of all others, then the
@@ -101,8 +94,6 @@ std::size_t largest(const Signal& x) {
     return static_cast<std::size_t>(at - x.begin());
 }
 
-// ---- Measurements of one channel
-
 /// One-sided power spectral density in bins of fs/n.
 struct Density {
     Signal bins;
@@ -116,9 +107,10 @@ Density periodogram(const Signal& x) {
     for (std::size_t k = 0; k < n; ++k) {
         w[k] = plain::kaiser(k, n, 38);
     }
-    const Real energy = meanProduct(w, w) * static_cast<Real>(n);
+    const Real meanSquare = mean(combined(w, w, std::multiplies{}));
+    const Real energy = meanSquare * static_cast<Real>(n);
     const Real spacing = sampleRate / static_cast<Real>(n);
-    Density density{{}, spacing, meanProduct(w, w) / (mean(w) * mean(w)) * spacing};
+    Density density{{}, spacing, meanSquare / (mean(w) * mean(w)) * spacing};
     for (const Complex& bin : halfSpectrum(centred(x), w)) {
         const std::size_t k = density.bins.size();
         density.bins.push_back(std::norm(bin) / (sampleRate * energy) * (k == 0 || 2 * k == n ? 1 : 2));
@@ -215,8 +207,6 @@ Real dominantAngle(const Signal& x) {
     return std::arg(bins[largest(magnitudes)]);
 }
 
-// ---- Measurements of the six channels, and the parameters that the flags choose from them
-
 struct Measurement {
     std::array<Real, channelCount> rms;
     std::array<Real, 3> lineVoltage;  // RMS of Ua - Ub, Ub - Uc, Uc - Ua
@@ -240,7 +230,7 @@ Measurement measure(const Channels& x) {
         for (std::size_t window = 0; window < frequencyWindows.size(); ++window) {
             m.frequency[window][phase] = searchedFrequency(u, frequencyWindows[window]);
         }
-        m.activePower[phase] = meanProduct(u, i);
+        m.activePower[phase] = mean(combined(u, i, std::multiplies{}));
         const auto analyticU = analyticSignal(u);
         const auto analyticI = analyticSignal(i);
         for (std::size_t k = 0; k < u.size(); ++k) {
@@ -349,49 +339,16 @@ Parameters parameters(const Measurement& m, std::uint32_t flags) {
     return p;
 }
 
-// ---- The golden file
-
-struct Entry {
-    std::size_t samples;
-    std::uint32_t flags;
-};
-
-/// Every wiring, frequency window and method; an odd length with both signs inverted; and every combination of the
-/// flags of a rebuilt current.
-std::vector<Entry> entries(std::size_t samples) {
-    constexpr std::uint32_t simulated = 0x10000000, four = simulated | RT305_4_FOUR_WIRE;
-    constexpr std::uint32_t control = RT305_4_FREQUENCY_CONTROL;
-    constexpr std::uint32_t rebuilt = RT305_4_TWO_CURRENTS, kept = RT305_4_KEEP_REBUILT_RMS;
-    constexpr std::uint32_t negated = RT305_4_NEGATE_ACTIVE_POWER | RT305_4_NEGATE_REACTIVE_POWER;
-    std::vector<Entry> list;
-    for (const std::uint32_t setting : {simulated, simulated | control, four, four | control}) {
-        for (std::uint32_t method = 0; method < 8; ++method) {
-            list.push_back({samples, setting | method << 16});
-        }
-    }
-    for (std::uint32_t method = 0; method < 6; ++method) {
-        list.push_back({samples - 1, four | control | negated | method << 16});
-    }
-    for (const std::uint32_t phase : {RT305_4_REBUILT_PHASE_A, RT305_4_REBUILT_PHASE_B, RT305_4_REBUILT_PHASE_C}) {
-        for (const std::uint32_t rest : {0U, kept, rebuilt, rebuilt | kept}) {
-            for (const std::uint32_t method : {RT305_4_POWER_THREE_WATTMETER, RT305_4_POWER_TWO_WATTMETER}) {
-                list.push_back({samples, four | control | phase | rest | method});
-            }
-        }
-    }
-    return list;
-}
-
-/// What the channels of an entry measure; computed once for its length and rebuilt current.
-const Measurement& measurementOf(const Entry& entry) {
+/// What the first samples measure; computed once per length and rebuilt current.
+const Measurement& measurementOf(std::size_t samples, std::uint32_t flags) {
     static const auto recorded = recording::samples();
     static std::map<std::pair<std::size_t, std::size_t>, Measurement> measurements;
-    const std::size_t phase = (entry.flags & RT305_4_TWO_CURRENTS) != 0 ? rebuiltPhase(entry.flags) : 3;
-    const auto [found, isNew] = measurements.try_emplace({entry.samples, phase});
+    const std::size_t phase = (flags & RT305_4_TWO_CURRENTS) != 0 ? rebuiltPhase(flags) : 3;
+    const auto [found, isNew] = measurements.try_emplace({samples, phase});
     if (isNew) {
         Channels x;
         for (std::size_t c = 0; c < x.size(); ++c) {
-            x[c].assign(recorded[c].begin(), recorded[c].begin() + static_cast<std::ptrdiff_t>(entry.samples));
+            x[c].assign(recorded[c].begin(), recorded[c].begin() + static_cast<std::ptrdiff_t>(samples));
             x[c] = conditioned(std::move(x[c]));
         }
         if (phase < 3) {
@@ -403,15 +360,40 @@ const Measurement& measurementOf(const Entry& entry) {
     return found->second;
 }
 
-void print(const Entry& entry, const Parameters& p, bool last) {
-    std::printf("    {\"samples\": %zu, \"flags\": \"0x%08X\", \"parameters\": {", entry.samples, entry.flags);
+void write(std::size_t samples, std::uint32_t flags) {
+    static const char* separator = "";
+    const Parameters p = parameters(measurementOf(samples, flags), flags);
+    std::printf(R"(%s    {"samples": %zu, "flags": "0x%08X", "parameters": {)", separator, samples, flags);
     for (const std::string name : parameterNames) {
         const auto found = p.find(name);
         const bool hasValue = found != p.end() && !std::isnan(found->second);
         std::printf("%s\"%s\": ", name == "S" ? "" : ", ", name.c_str());
         hasValue ? std::printf("%.20Lg", found->second) : std::printf("null");
     }
-    std::printf("}}%s\n", last ? "" : ",");
+    std::printf("}}");
+    separator = ",\n";
+}
+
+/// Every wiring, frequency window and method; an odd length with both signs inverted; and every combination of the
+/// flags of a rebuilt current.
+void writeEntries(std::size_t samples) {
+    constexpr std::uint32_t simulated = 0x10000000, four = simulated | RT305_4_FOUR_WIRE;
+    constexpr std::uint32_t control = RT305_4_FREQUENCY_CONTROL, fourInControl = four | control;
+    constexpr std::uint32_t rebuilt = RT305_4_TWO_CURRENTS, kept = RT305_4_KEEP_REBUILT_RMS;
+    for (const std::uint32_t setting : {simulated, simulated | control, four, fourInControl}) {
+        for (std::uint32_t method = 0; method < 8; ++method) {
+            write(samples, setting | method << 16);
+        }
+    }
+    for (std::uint32_t method = 0; method < 6; ++method) {
+        write(samples - 1, fourInControl | RT305_4_NEGATE_ACTIVE_POWER | RT305_4_NEGATE_REACTIVE_POWER | method << 16);
+    }
+    for (const std::uint32_t phase : {RT305_4_REBUILT_PHASE_A, RT305_4_REBUILT_PHASE_B, RT305_4_REBUILT_PHASE_C}) {
+        for (const std::uint32_t rest : {0U, kept, rebuilt, rebuilt | kept}) {
+            write(samples, fourInControl | phase | rest | RT305_4_POWER_THREE_WATTMETER);
+            write(samples, fourInControl | phase | rest | RT305_4_POWER_TWO_WATTMETER);
+        }
+    }
 }
 
 }  // namespace
@@ -424,9 +406,6 @@ int main() {
   "relative tolerance by unit": {"V": 1e-13, "A": 1e-13, "%": 1e-12, "W": 1e-12, "VAR": 1e-12, "VA": 1e-12, "Hz": 0, "-": 0},
   "entries": [
 )");
-    const std::vector<Entry> list = entries(recording::sampleCount);
-    for (const Entry& entry : list) {
-        print(entry, parameters(measurementOf(entry), entry.flags), &entry == &list.back());
-    }
-    std::printf("  ]\n}\n");
+    writeEntries(recording::sampleCount);
+    std::printf("\n  ]\n}\n");
 }

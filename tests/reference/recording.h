@@ -1,12 +1,11 @@
 #ifndef RT305_4_TESTS_REFERENCE_RECORDING_H
 #define RT305_4_TESTS_REFERENCE_RECORDING_H
 
-// The recording on which the golden parameters are computed: made anew by whoever needs it, the same on every machine.
-//
-// 3000 samples at 10 kHz of an unbalanced three-phase system, seven significant digits. Whatever could be exchanged by
-// mistake differs: every channel has its own amplitude, offset, noise and harmonics 2 to 13, every phase its own
-// fundamental frequency and its own lag (phase b strongly lagging, phase c leading). Phase b runs outside the fixed
-// frequency window, so that this window closes some gates and the control window none. Two samples are dropped.
+// The recording that the golden parameters are computed from, the same on every machine: 3000 samples at 10 kHz of an
+// unbalanced three-phase system, seven significant digits. Whatever could be exchanged by mistake differs: every
+// channel has its own amplitude, offset, noise and harmonics, every phase its own frequency and lag (phase b strongly
+// lagging, phase c leading). Phase b runs outside the fixed frequency window, which so closes some gates; the control
+// window closes none. Two samples are dropped.
 
 #include <algorithm>
 #include <array>
@@ -50,7 +49,7 @@ private:
     std::uint64_t state_ = 20230616;
 };
 
-/// Seven significant digits: what the last places of sine and cosine are on some machine does not matter.
+/// To seven significant digits, so that the last places of sine and cosine on a machine do not matter.
 inline double rounded(double value) {
     char digits[32];
     std::snprintf(digits, sizeof digits, "%.7g", value);
