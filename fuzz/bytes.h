@@ -13,8 +13,7 @@
 
 namespace fuzz {
 
-/// Reads values from a fuzzer's input, front to back. Beyond its end everything is zero, so every input means
-/// something.
+/// Reads values from a fuzzer's input, front to back. Beyond its end everything is zero, so every input is valid.
 class Bytes {
 public:
     Bytes(const std::uint8_t* data, std::size_t size) : at_(data), left_(size) {}
@@ -97,12 +96,12 @@ public:
         return std::ldexp(mantissa, raw<std::int8_t>() / 4);
     }
 
-    /// n tame samples from few bytes: a wave with a harmonic and noise at 10 kHz, or a short pattern over and over.
+    /// n tame samples from few bytes: a wave with a harmonic and noise at 10 kHz, or a short repeated pattern.
     std::vector<double> tameSignal(std::size_t n) {
         return flag() ? wave(n) : pattern(n, [this] { return tame(); });
     }
 
-    /// n samples of any kind: special values stand in a tame signal, or everywhere.
+    /// n samples of any kind: a tame signal with some special values, or special values everywhere.
     std::vector<double> signal(std::size_t n) {
         const std::size_t kind = raw<std::uint8_t>() % 8;
         if (kind == 7) {

@@ -71,7 +71,7 @@ std::size_t lengthFor(Bytes& bytes) {
     if (kind < 224) {
         return bytes.upTo(40);
     }
-    // 2500 samples hold enough cycles of 50 Hz for a distortion, and with it for frequency and power.
+    // 2500 samples hold enough cycles of 50 Hz to measure distortion, and so frequency and power.
     return kind < 252 ? bytes.upTo(300) : 2500 + bytes.upTo(100);
 }
 
@@ -85,7 +85,7 @@ Host hostFrom(Bytes& bytes) {
     const std::size_t n = lengthFor(bytes);
     host.settings.inputType = bytes.oneOf(types);
     host.settings.operation = bytes.oneOf(operations);
-    if (n > 300) {  // their signals and spectra would take more time to read back than to compute
+    if (n > 300) {  // reading back signals and spectra would take longer than computing them
         host.settings.operation = bytes.flag() ? RT305_4_OPERATION_DISTORTION : RT305_4_OPERATION_PARAMETERS;
     }
     host.settings.options = {bytes.raw<std::uint32_t>(), bytes.raw<std::uint32_t>()};
@@ -159,8 +159,7 @@ std::string expectedMessage(const Host& host) {
     return {};
 }
 
-/// The document of a text, which is one object with one array of rows. The parser takes neither NaN nor a number that
-/// is too large for a double.
+/// The document of a text: one object with one array of rows. The parser rejects NaN and numbers beyond the doubles.
 json documentOf(const std::string& text) {
     require(std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F; }),
             "texts are printable ASCII");
@@ -279,7 +278,7 @@ void withPhasesMovedOn(Host& host, const Texts& texts) {
     }
 }
 
-/// Whether every sample and every factor is a number with which nothing overflows or loses bits at its lower end.
+/// Whether no sample and no factor is so large or small that anything overflows or underflows.
 bool isTame(const Host& host) {
     const auto tame = [](double x) { return x == 0.0 || (std::fabs(x) > 1e-16 && std::fabs(x) < 1e16); };
     for (const ChannelData& channel : host.channels) {

@@ -1,4 +1,4 @@
-// Random operations on tables beside a plain model of them; the JSON text against the dump of the JSON value.
+// Runs random operations on tables and on a plain model of them; compares the JSON text with the dump of the value.
 
 #include "table/mlab_table.h"
 
@@ -190,7 +190,7 @@ void requireSameText(const MatlabTable& table) {
     require(text == dumped, "the text is the dump of the value");
 }
 
-/// Number of tables that stand one in another, itself included.
+/// Depth of nested tables, the outermost included.
 int depthOf(const MatlabTable& table) {
     int depth = 0;
     for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
@@ -208,7 +208,7 @@ void run(Bytes& bytes) {
     for (int step = 0; step < 60 && !bytes.empty(); ++step) {
         change(bytes, tables);
         for (Modelled& modelled : tables) {
-            if (depthOf(modelled.table) > 3) {  // copies of copies would grow without end
+            if (depthOf(modelled.table) > 3) {  // or copies of copies would grow without limit
                 modelled.table.remove();
                 modelled.rows.clear();
                 modelled.cols = 0;
