@@ -23,22 +23,17 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-/// The lines in order, where "..." stands for any lines and all others follow each other.
+/// Whether the output has the lines in order; "..." stands for any lines.
 bool isShownBy(const std::vector<std::string>& output, const std::vector<std::string>& shown) {
     auto next = output.begin();
-    bool anywhere = false;
-    for (const std::string& line : shown) {
-        if (line == "...") {
-            anywhere = true;
-            continue;
-        }
-        next = anywhere ? std::find(next, output.end(), line) : next;
-        if (next == output.end() || *next++ != line) {
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const bool follows = i == 0 || shown[i - 1] != "...";
+        next = follows || shown[i] == "..." ? next : std::find(next, output.end(), shown[i]);
+        if (shown[i] != "..." && (next == output.end() || *next++ != shown[i])) {
             return false;
         }
-        anywhere = false;
     }
-    return anywhere || next == output.end();
+    return shown.back() == "..." || next == output.end();
 }
 
 TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
@@ -108,6 +103,8 @@ TEST(Tool, ExitCodesAndOutput) {
         {"rt305 generate --duration 0.001 --dropout Ia:2:3 --digits 3 | cut -d, -f5", "0.22\n0.00\n0.00\n0.00\n1.11"},
         {"printf 't(s),x=y(V),Ub,Uc\n0,1,1,1\n1,-1,-1,-1\n' | rt305 signals --json-lines --map Ua=1 --gain x=y=7 -",
          "signals_u/rms/Va = 7"},
+        {"generate --rate 4800 --duration 0.1 | rt305 info -", "Rate 4799.99998 Hz; !warning"},
+        {"generate --rate 0.5 --duration 99 | rt305 info -", "0.5 Hz; !warning"},
         {"rt305 params --raw $sample", R"({"paramData":[)"},
         {"rt305 signals --raw $sample", R"({"signalDataU":[; {"signalDataI":[)"},
         {"rt305 spectrum --raw $sample", R"({"spectrumDataU":[)"},

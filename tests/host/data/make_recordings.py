@@ -19,9 +19,8 @@ def samples(t, hz=50.0):
 
 
 def analog(names, units, scale, rests, end="\r\n"):
-    lines = zip(names, units, scale, rests)
-    return "".join(f"{i},{name},{phase},,{unit},{a:.9g},0,{rest}{end}" for i, ((name, phase), unit, a, rest) in
-                   enumerate(lines, 1))
+    lines = enumerate(zip(names, units, scale, rests), 1)
+    return "".join(f"{i},{name},{phase},,{unit},{a:.9g},0,{rest}{end}" for i, ((name, phase), unit, a, rest) in lines)
 
 
 def relay():
@@ -42,8 +41,8 @@ def swing():
     names += [(f"I{phase}_ВЛ2", phase.upper()) for phase in "abc"]
     rests = [f"{13 * i},-32767,32767,{'1100' if i < 3 else '60'},1,P" for i in range(9)]
     cfg = "Подстанция,576,1999\r\n10,9A,1D\r\n"
-    cfg += analog(names, ["kV"] * 3 + ["A"] * 6, [5e-6] * 3 + [1e-4] * 6, rests) + "1,Пуск,,,0\r\n50\r\n1\r\n1200,311\r\n"
-    cfg += "22/08/2016,16:04:22.0\r\n22/08/2016,16:04:23.5\r\nBINARY\r\n1\r\n"
+    cfg += analog(names, ["kV"] * 3 + ["A"] * 6, [5e-6] * 3 + [1e-4] * 6, rests)
+    cfg += "1,Пуск,,,0\r\n50\r\n1\r\n1200,311\r\n22/08/2016,16:04:22.0\r\n22/08/2016,16:04:23.5\r\nBINARY\r\n1\r\n"
     rows = [[round(x / a) for x, a in zip(samples(k / 1200.0), [5e-3] * 3 + [1e-4] * 3)] for k in range(312)]
     dat = b"".join(struct.pack("<II9hH", k, k * 833, *row, 0, 0, 0, 0) for k, row in enumerate(rows))
     return {"swing.CFG": cfg.encode("cp1251"), "swing.DAT": dat}
@@ -54,7 +53,8 @@ def segments():
     names = [(name, "") for name in ("U1", "U2", "U3", "I1", "I2", "I3")]
     cfg = "FEEDER 4,1,1999\r\n6,6A,0D\r\n" + analog(names, UNITS, scale, ["0,0,0,1100,1,S"] * 3 + ["0,0,0,600,5,S"] * 3)
     cfg += "50\r\n3\r\n3200,128\r\n50,134\r\n3200,838\r\n01/01/2020,0:0:0\r\n01/01/2020,0:0:0\r\nBINARY\r\n1\r\n"
-    times = [k / 3200.0 for k in range(128)] + [0.04 + k / 50.0 for k in range(6)] + [0.16 + k / 3200.0 for k in range(704)]
+    starts = [(0.0, 3200.0, 128), (0.04, 50.0, 6), (0.16, 3200.0, 704)]
+    times = [start + k / rate for start, rate, count in starts for k in range(count)]
     dat = b"".join(struct.pack("<II6h", k, int(t * 1e6), *[round(x / a) for x, a in zip(samples(t), scale)])
                    for k, t in enumerate(times, 1))
     return {"segments.cfg": cfg.encode(), "segments.dat": dat}
@@ -64,7 +64,8 @@ def single():
     names = [(f"HV {name}", "") for name in ("VR", "VS", "VT", "IR", "IS", "IT")]
     cfg = "FEEDER 5,2,2013\n6,6A,0D\n" + analog(names, UNITS, [1.0] * 6, ["0,-9,9,1,1,P"] * 6, "\n")
     cfg += "50\n1\n1000,300\n27/07/2023,09:19:53.156666511\n27/07/2023,09:19:54.156602167\nFLOAT32\n1\n+9,+9\n0,0\n"
-    dat = b"".join(struct.pack("<II6f", k + 1, (4200000000 + k * 1000000) % 2**32, *samples(k / 1000.0)) for k in range(300))
+    rows = [(k + 1, (4200000000 + k * 1000000) % 2**32, *samples(k / 1000.0)) for k in range(300)]
+    dat = b"".join(struct.pack("<II6f", *row) for row in rows)
     text = f"--- file type: CFG ---\n{cfg}--- file type: INF ---\n--- file type: HDR ---\n"
     return {"single.cff": f"{text}--- file type: DAT FLOAT32: {len(dat)} ---\n".encode() + dat}
 

@@ -49,9 +49,6 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
          "derived/sum_of_currents/total = 5; derived/current_unbalance_i0/total = 50; derived/current_lag/c = -"},
         {"generate --angle 30 | cut -d, -f1-4,6,7 | measure --two-currents a -",
          "derived/sum_of_currents/total = 0; derived/current_lag/a = 30"},
-        {"generate --angle 30 | cut -d, -f1-6 | measure --two-currents c -",
-         "derived/sum_of_currents/total = 0; derived/current_lag/c = 30"},
-        {"generate --voltage 398.37 --factors Ic=0.5 | measure --wiring three -", "three wires; 50"},
     });
 }
 

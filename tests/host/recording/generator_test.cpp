@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "base/failure.h"
-#include "reading/csv_reader.h"
 #include "support/signals.h"
 
 namespace {
@@ -48,21 +45,6 @@ TEST(Generator, AddsNoiseBySeedAndDropouts) {
     EXPECT_NE(found[1].samples, rt305::generate(settings).columns[1].samples);
     settings.dropouts[0].count = 9991;
     EXPECT_THROW(rt305::generate(settings), rt305::Failure);
-}
-
-TEST(Generator, WritesWhatTheReaderReads) {
-    for (const double rateHz : {10000.0, 50000.0, 4800.0, 0.5}) {
-        const auto written = rt305::generate({.rateHz = rateHz, .durationSeconds = 200.0 / rateHz});
-        std::ostringstream text;
-        rt305::writeCsv(written, 7, text);
-        const auto read = rt305::readCsv(text.str(), "rec.csv");
-        EXPECT_NEAR(read.segments[0].rateHz, rateHz, 1e-5 * rateHz);
-        EXPECT_TRUE(read.warnings.empty());
-        for (std::size_t k = 0; k < written.length; ++k) {
-            EXPECT_NEAR(read.columns[1].samples[k], written.columns[1].samples[k], 5.1e-5);
-            EXPECT_NEAR(read.columns[5].samples[k], written.columns[5].samples[k], 5.1e-7);
-        }
-    }
 }
 
 }  // namespace

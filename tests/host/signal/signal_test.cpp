@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "recording/recording.h"
-#include "signal/fundamental.h"
 #include "signal/resampler.h"
 #include "support/signals.h"
 
@@ -43,16 +42,6 @@ TEST(Resampler, MarksAndBridgesMissingSamples) {
         EXPECT_TRUE(k >= 48 && k <= 52 ? std::isnan(y[k]) : std::fabs(y[k] - wanted[3050 + k]) < 1e-3)
             << k << " " << y[k];
     }
-}
-
-TEST(Fundamental, IsFoundUnderHarmonicsNoiseAndOffset) {
-    for (const double frequency : {10.7, 49.93, 60.0}) {
-        const auto x = signals::wave(signals::noise(10000, 1, 2.0, 0.03),
-                                     {{1.0, frequency}, {0.1, 3 * frequency, 1.0}, {0.05, 15 * frequency}});
-        EXPECT_NEAR(rt305::estimateFundamental(x, 1e4).value_or(0.0), frequency, 0.05);
-    }
-    EXPECT_FALSE(rt305::estimateFundamental(std::vector<double>(100, 3.0), 1e4));
-    EXPECT_FALSE(rt305::estimateFundamental({}, 1e4));
 }
 
 TEST(Recording, CountsClippedSamples) {
