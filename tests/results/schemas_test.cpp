@@ -37,7 +37,6 @@ TEST(Schemas, NamesColumnsAndClones) {
               "spectrumDataI: name:1 dataTnv:6 dataTnvf:6 LastNameX:1 LastNameY:1 paramData:5 plain");
     EXPECT_EQ(described<PhaseDistortionTable>(), "thdData: name:1 dataX:6 dataY:6 LastNameX:1 LastNameY:1 plain");
     EXPECT_EQ(described<PhaseParamTable>(), "paramData: LastName:1 dataName:4 units:1 plain");
-    EXPECT_EQ(described<PhaseSignalResultTable>(), "paramData: LastName:1 dataName:4 UomName:1 same");
     EXPECT_EQ(described<RT305_4_USignalResultTable>(), "paramData: LastName:1 dataName:4 UomName:1 same");
     EXPECT_EQ(described<RT305_4_ISignalResultTable>(), "paramData: LastName:1 dataName:4 UomName:1 same");
     EXPECT_EQ(described<RT305_4_SpectrumMaxTable>(), "paramDataT: fi:4 mag:4 same");
