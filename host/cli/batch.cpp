@@ -26,7 +26,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<FILE, CloseFile>;
 
-/// A name that a process of its own works on; its output waits in a file without a name.
+/// A name with the process that works on it. The output of the process is kept in a temporary file.
 struct Job {
     std::string name;
     pid_t process;
@@ -65,7 +65,8 @@ void waitForOne(std::deque<Job>& jobs) {
         if (job.process == ended) {
             job.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : static_cast<int>(ExitCode::environment);
             if (!WIFEXITED(status)) {
-                tell(job.name + ": the process that measured it ended by signal " + std::to_string(WTERMSIG(status)));
+                printMessage(job.name + ": the process that measured it ended by signal " +
+                             std::to_string(WTERMSIG(status)));
             }
         }
     }
@@ -80,7 +81,7 @@ void copyToStdout(FILE* file) {
     std::cout.flush();
 }
 
-/// What the names came to.
+/// Counts the names that are done, and collects those that failed.
 class Tally {
 public:
     explicit Tally(std::size_t total) : progress_("files", total, total != 1) {}
@@ -103,7 +104,7 @@ public:
         for (const std::string& name : failed_) {
             list += "\n  " + name;
         }
-        tell(std::to_string(failed_.size()) + " of " + std::to_string(done_) + " files failed:" + list);
+        printMessage(std::to_string(failed_.size()) + " of " + std::to_string(done_) + " files failed:" + list);
         return static_cast<int>(ExitCode::partial);
     }
 
@@ -118,7 +119,7 @@ private:
 
 int runBatch(const NextName& next, std::size_t total, std::size_t jobs, const Work& work) {
     Tally tally(total);
-    std::deque<Job> running;  // in the order of the names; those that have ended wait for the ones before them
+    std::deque<Job> running;  // in input order; jobs that have ended wait for earlier ones
     const auto isBusy = [&] {
         const auto busy = std::count_if(running.begin(), running.end(), [](const Job& job) { return !job.exitCode; });
         return static_cast<std::size_t>(busy) >= jobs;

@@ -79,10 +79,10 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
     } catch (const Failure& failure) {
-        tell(failure.what());
+        printMessage(failure.what());
         return static_cast<int>(failure.code());
     } catch (const std::bad_alloc&) {
-        tell("out of memory");
+        printMessage("out of memory");
         return static_cast<int>(ExitCode::environment);
     }
 }

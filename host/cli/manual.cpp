@@ -12,7 +12,7 @@ namespace rt305 {
 
 namespace {
 
-/// One option or positional as people are told of it.
+/// One option or positional argument, as the manual describes it.
 struct OptionText {
     std::vector<std::string> names;  // "-o", "--output"; the plain name of a positional
     std::string value;               // "FILE"; empty for a switch
@@ -33,7 +33,7 @@ std::string spaced(const std::vector<std::string>& words, const char* between = 
     return CLI::detail::join(words, between);
 }
 
-/// CLI11 joins the name of a value and what its check says of itself: "TEXT:{three,four}", "N:INT in [1 - 15]".
+/// CLI11 joins the name of a value and the description of its check: "TEXT:{three,four}", "N:INT in [1 - 15]".
 OptionText textOf(const CLI::Option& option) {
     OptionText text;
     text.names = CLI::detail::split(option.get_name(option.get_positional(), true), ',');
@@ -69,8 +69,8 @@ std::vector<CommandText> commandsOf(const CLI::App& app) {
     return commands;
 }
 
-/// Text as the man macros print it as it is.
-std::string escaped(const std::string& text) {
+/// Text escaped for the man macros.
+std::string roffEscaped(const std::string& text) {
     std::string roff;
     for (const char c : text) {
         roff += c == '\\' ? "\\e" : c == '-' ? "\\-" : std::string(1, c);
@@ -89,11 +89,11 @@ std::string synopsis(const CommandText& command) {
 }
 
 std::string entry(const std::string& heading, const std::string& value, const std::string& help) {
-    return ".TP\n\\fB" + escaped(heading) + "\\fR" + (value.empty() ? "" : " \\fI" + escaped(value) + "\\fR") + "\n" +
-           escaped(help) + "\n";
+    return ".TP\n\\fB" + roffEscaped(heading) + "\\fR" + (value.empty() ? "" : " \\fI" + roffEscaped(value) + "\\fR") +
+           "\n" + roffEscaped(help) + "\n";
 }
 
-/// The names of the commands that have this option, with the same help.
+/// The names of the commands that have this option with the same help.
 std::vector<std::string> takersOf(const OptionText& option, const std::vector<CommandText>& commands) {
     std::vector<std::string> names;
     for (const CommandText& command : commands) {
@@ -104,14 +104,14 @@ std::vector<std::string> takersOf(const OptionText& option, const std::vector<Co
     return names;
 }
 
-/// Each option once, with the others of just the same commands.
+/// Each option once, grouped with the other options of the same commands.
 std::string optionSections(const std::vector<CommandText>& commands) {
     std::vector<std::pair<std::vector<std::string>, std::string>> groups;
     for (const CommandText& command : commands) {
         for (const OptionText& option : command.options) {
             const auto takers = takersOf(option, commands);
             if (takers.front() != command.name) {
-                continue;  // told already
+                continue;  // listed already
             }
             auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) { return g.first == takers; });
             if (group == groups.end()) {
@@ -148,7 +148,7 @@ constexpr const char* bashTail = R"(            esac
 complete -o default -F _rt305 rt305
 )";
 
-/// What is no command, option or choice completes as a file, bash's default.
+/// Completes commands, options and choices; bash completes the rest as files.
 std::string bashCompletion(const std::vector<CommandText>& commands) {
     std::vector<std::string> names;
     std::string values;
@@ -171,7 +171,7 @@ std::string bashCompletion(const std::vector<CommandText>& commands) {
     return bashHead + spaced(names) + bashValues + values + bashOptions + options + bashTail;
 }
 
-/// Text inside the single quotes and brackets of a zsh option description.
+/// Text escaped for the quoted brackets of a zsh option description.
 std::string zshQuoted(const std::string& text) {
     std::string quoted;
     for (const char c : text) {
@@ -220,15 +220,15 @@ std::string manualPage(const CLI::App& app) {
     page << ".TH RT305 1 \"\" \"rt305 " RT305_4_PROJECT_VERSION "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\nrt305 \\- "
          << "measure sampled three\\-phase voltages and currents\n.SH SYNOPSIS\n";
     for (const CommandText& command : commands) {
-        page << (&command == commands.data() ? "" : ".br\n") << escaped(synopsis(command)) << '\n';
+        page << (&command == commands.data() ? "" : ".br\n") << roffEscaped(synopsis(command)) << '\n';
     }
-    page << ".SH DESCRIPTION\n" << escaped(app.get_description()) << "\n.SH COMMANDS\n";
+    page << ".SH DESCRIPTION\n" << roffEscaped(app.get_description()) << "\n.SH COMMANDS\n";
     for (const CommandText& command : commands) {
         page << entry(command.name, "", command.help);
     }
     page << ".SH OPTIONS\nEach command has a \\fB\\-\\-help\\fR.\n" << optionSections(commands);
     page << ".SH NOTES\n"
-         << escaped(app.get_footer()) << "\n.SH ENVIRONMENT\n"
+         << roffEscaped(app.get_footer()) << "\n.SH ENVIRONMENT\n"
          << entry("RT305_4_LIBRARY", "", "the library file to use when --library names none");
     page << ".SH SEE ALSO\n.BR rt305_4 (3)\n";
     return page.str();

@@ -6,10 +6,10 @@
 
 namespace rt305 {
 
-/// The tool's manual page in the man macros, from the table of its commands and options.
+/// The manual page of the tool in man macros, made from its commands and options.
 std::string manualPage(const CLI::App& app);
 
-/// The same table as completion for "bash" or "zsh".
+/// The completion script for "bash" or "zsh".
 std::string completion(const CLI::App& app, const std::string& shell);
 
 }  // namespace rt305

@@ -20,7 +20,7 @@ namespace rt305 {
 
 namespace {
 
-/// Writes a document for each window of one recording.
+/// Measures recordings, and writes a document for each window of a recording.
 class Measurer {
 public:
     Measurer(const BatchOptions& options, bool isOneOfMany)
@@ -41,7 +41,7 @@ public:
 private:
     int fail(const std::string& file, const std::string& message, ExitCode code) const {
         const bool isNamed = !isOneOfMany_ || message.find(file) != std::string::npos;
-        tell(isNamed ? message : file + ": " + message);
+        printMessage(isNamed ? message : file + ": " + message);
         if (options_.each.form == OutputForm::jsonLines) {
             writeErrorLine(file, message, static_cast<int>(code), std::cout);
         }
@@ -94,7 +94,7 @@ private:
     std::size_t documents_ = 0;
 };
 
-/// The files of the command line, then those of the list.
+/// The files of the command line, then those in the list.
 class Names {
 public:
     explicit Names(const BatchOptions& options)

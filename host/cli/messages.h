@@ -8,16 +8,16 @@
 
 namespace rt305 {
 
-/// Messages to the user go to stderr, each in one piece, so that those of several processes do not mix. On a terminal
-/// the line of a progress bar is erased first.
-inline void tell(const std::string& message) {
+/// Messages to the user, on stderr. Each is written in one piece, so that those of several processes do not mix, and on
+/// a terminal it replaces a progress bar.
+inline void printMessage(const std::string& message) {
     std::cerr << (isatty(STDERR_FILENO) != 0 ? "\033[K" : "") + ("rt305: " + message + '\n');
 }
 inline void warn(const std::string& message) {
-    tell("warning: " + message);
+    printMessage("warning: " + message);
 }
 inline void note(const std::string& message) {
-    tell("note: " + message);
+    printMessage("note: " + message);
 }
 
 }  // namespace rt305

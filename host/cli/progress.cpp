@@ -31,7 +31,7 @@ void Progress::show(std::size_t done) {
         line += '[' + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] ";
     }
     line += std::to_string(done) + (total_ > 0 ? " of " + std::to_string(total_) : "") + ' ' + what_;
-    std::cerr << line + '\r';  // a message overwrites it
+    std::cerr << line + '\r';  // the next message replaces the line
     isVisible_ = true;
 }
 

@@ -6,14 +6,14 @@
 
 namespace rt305 {
 
-/// A line on stderr that says how far long work has come. It appears after a second, and only where stderr
-/// is a terminal and stdout is not: results that are seen to come tell as much.
+/// A progress bar on stderr. It appears after a second, and only if stderr is a terminal and stdout is not, as results
+/// on a terminal show the progress themselves.
 class Progress {
 public:
     Progress(std::string what, std::size_t total, bool isWanted = true);  // total 0: unknown
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    ~Progress() { clear(); }  // takes the line away
+    ~Progress() { clear(); }  // erases the bar
 
     void show(std::size_t done);
     void clear();

@@ -15,8 +15,8 @@ struct CurrentSum {
     double ofLargest;  // of the three currents
 };
 
-/// What the tool computes itself, beside what the library measures. Empty where the channels for it are not measured;
-/// NaN where they give no value.
+/// What the tool computes itself, in addition to the library. Empty where the channels for it are not measured, NaN
+/// where they give no value.
 struct DerivedFigures {
     std::optional<std::array<double, 1 + phaseTotal>> powerFactors{};  // P / (U I), total, a, b, c
     std::optional<PerPhase<double>> currentLags{};                     // degrees by which I lags U

@@ -18,7 +18,7 @@ std::string lastLoadError() {
     return message != nullptr ? message : "unknown reason";
 }
 
-/// Looks beside the executable, where an installation puts the library, and where the build tree has it.
+/// Where an installation and the build tree put the library, relative to the executable.
 std::string findNearExecutable() {
     std::error_code ignored;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();

@@ -109,7 +109,7 @@ std::string describeResampling(const Measurement& measurement) {
     std::string text = "resampled from " + formatNumber(measurement.recordedRateHz, 9) + " Hz to the " +
                        formatNumber(measurement.rateHz) + " Hz at which the library measures this";
     if (measurement.recordedRateHz < measurement.rateHz) {
-        text += "; the recording holds no harmonics above " +
+        text += "; the recording contains no harmonics above " +
                 formatNumber(std::floor(measurement.recordedRateHz * resampledBandwidth / 2.0)) + " Hz";
     }
     return text;

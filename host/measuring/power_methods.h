@@ -11,7 +11,7 @@ namespace rt305 {
 struct PowerMethod {
     const char* name;            // in options, JSON and CSV
     std::uint32_t flag;          // RT305_4_POWER_*
-    bool givesPhases;            // powers of each phase beside the total
+    bool givesPhases;            // powers of each phase in addition to the total
     bool requiresPhaseVoltages;  // otherwise line voltages
 };
 

@@ -43,19 +43,19 @@ std::string unitOf(const std::string& axisLabel) {
     return std::string(split(axisLabel, ',').back());
 }
 
-/// Reads every row of the one table that a text holds.
+/// Reads every row of the single table in a text.
 template <class Read>
 auto readRows(const std::string& text, Read read) {
     try {
         const json document = json::parse(text);
         if (!document.is_object() || document.size() != 1) {
-            throw Failure(ExitCode::environment, "the library's answer is not one named table");
+            throw Failure(ExitCode::environment, "the library's text is not one named table");
         }
         std::vector<std::invoke_result_t<Read, const json&>> rows;
         std::transform(document.front().begin(), document.front().end(), std::back_inserter(rows), read);
         return rows;
     } catch (const json::exception& error) {
-        throw Failure(ExitCode::environment, std::string("the library's answer cannot be read: ") + error.what());
+        throw Failure(ExitCode::environment, std::string("the library's text cannot be read: ") + error.what());
     }
 }
 

@@ -29,7 +29,7 @@ std::vector<ThdObstacle> unusableChannels(const ThdSet& set, const Measurement& 
     return obstacles;
 }
 
-/// In Hz as the library takes the samples; 0 where there is no fundamental.
+/// In Hz at the rate that the library assumes; 0 without a fundamental.
 Frequencies frequenciesOf(const ThdSet& set, const Measurement& measurement) {
     Frequencies frequencies{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {

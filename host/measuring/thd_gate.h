@@ -10,10 +10,10 @@
 namespace rt305 {
 
 /// When the library gives THD, frequency and power: the fundamentals of three voltages or three currents must lie
-/// inside the frequency window, on average first and then each for itself. The tool finds them by zero crossings, so it
-/// can explain most missing values but decides none.
+/// inside the frequency window, first their mean and then each of them. The tool estimates the fundamentals from zero
+/// crossings, so it can explain most missing values, but not all.
 
-/// Three channels whose THD the library accepts together.
+/// Three channels whose THD the library gives or refuses together.
 struct ThdSet {
     std::size_t firstChannel;
     std::array<const char*, phaseTotal> parameters;  // the names of their THD
@@ -40,7 +40,7 @@ struct MissingThd {
 };
 MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement);
 
-/// The length from which a pure sine shows no THD of its own, and that of a measurement by its first channel.
+/// The length from which a pure sine reads no THD, and the length of a measurement by its first channel.
 inline constexpr double cyclesForThd = 12.5;
 double cyclesOf(const Measurement& measurement);
 inline bool isTooShortForThd(double cycles) {

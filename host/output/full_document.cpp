@@ -21,12 +21,12 @@ struct PowerWording {
 };
 constexpr PowerWording powerWordings[] = {
     {"3 W complex",
-     "P true; Q the sum over the harmonics (Budeanu), positive when the current lags; S = hypot(P, Q) by phase."},
-    {"3 W", "P true; Q all that is not active, sqrt(S^2 - P^2) by phase, unsigned; S = U I by phase."},
+     "true P; Q summed over the harmonics (Budeanu), positive when the current lags; S = hypot(P, Q) per phase."},
+    {"3 W", "true P; Q = sqrt(S^2 - P^2) per phase, all power that is not active, unsigned; S = U I per phase."},
     {"2 W",
-     "from Uab, Ucb, Ia and Ic, so without what flows through a neutral: total RMS values at the angle of the "
+     "from Uab, Ucb, Ia and Ic, so without the power of a neutral current: total RMS values at the angle of the "
      "fundamentals; S = hypot(P, Q)."},
-    {"2 W phase", "the same in magnitudes, unsigned: P right up to 60 degrees, Q from 30 on."},
+    {"2 W phase", "like 2 W, but magnitudes only: P is right up to 60 degrees, Q from 30 degrees on."},
 };
 static_assert(std::size(powerWordings) == std::size(powerMethods));
 

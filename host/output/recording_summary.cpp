@@ -35,7 +35,7 @@ std::string reportFacts(const Recording& recording) {
     return facts.text();
 }
 
-/// A row for each of several segments, and what is missing before it.
+/// A row for each of several segments, with the gap before it.
 std::string reportSegments(const Recording& recording) {
     if (recording.segments.size() < 2) {
         return {};

@@ -8,8 +8,8 @@
 
 namespace rt305 {
 
-/// What a recording holds: what its file says of itself, its segments and the gaps between them, its columns with their
-/// ranges, missing and clipped samples, and which column is taken for which channel and why.
+/// A recording in text: the facts in its file, its segments and the gaps between them, and its columns with range,
+/// missing and clipped samples, and the channel that each is assigned to and why.
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
 }  // namespace rt305

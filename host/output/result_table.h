@@ -17,7 +17,7 @@ struct ResultTable {
         std::string unit;
         int mostDecimals = 6;  // fewer where the library resolves less
     };
-    /// Empty where there is no such quantity, NaN where its value is missing.
+    /// Empty where the quantity is not defined, NaN where its value is missing.
     using Cell = std::optional<double>;
 
     std::string name{};    // in JSON and CSV

@@ -22,7 +22,7 @@ ResultDocument documentOf(const Recording& recording, const Measurement& measure
 struct QuantityRow {
     const char* key;
     const char* label;
-    std::array<const char*, 1 + phaseTotal> names;  // total, a, b, c; empty where there is no such quantity
+    std::array<const char*, 1 + phaseTotal> names;  // total, a, b, c; empty where not defined
     int mostDecimals = 6;                           // fewer where the library resolves less
 };
 

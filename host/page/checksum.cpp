@@ -20,7 +20,8 @@ std::string checksumOfFile(const std::string& path) {
 
 std::string policyHashOf(std::string_view text) {
     SHA2_CTX context;
-    std::array<std::uint8_t, SHA256_DIGEST_LENGTH + 1> digest{};  // and a zero, as Base64 takes three bytes at a time
+    std::array<std::uint8_t, SHA256_DIGEST_LENGTH + 1>
+        digest{};  // and a zero byte: Base64 encodes three bytes at a time
     SHA256Init(&context);
     SHA256Update(&context, reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
     SHA256Final(digest.data(), &context);
@@ -33,7 +34,7 @@ std::string policyHashOf(std::string_view text) {
             base64 += letters[bits >> shift & 63U];
         }
     }
-    base64.back() = '=';  // of the zero that was added
+    base64.back() = '=';  // in place of the added zero byte
     return "'sha256-" + base64 + "'";
 }
 

@@ -17,7 +17,7 @@ struct Point {
     double y;
 };
 
-/// A place or a length in the drawing's unit, a pixel at its natural size.
+/// A coordinate or length; one unit is a pixel at natural size.
 std::string at(double value) {
     return formatFixed(value, 1);
 }
@@ -75,7 +75,7 @@ Point towards(Phasor direction, double radius, double turnedBy = 0.0) {
 std::string arrow(std::size_t channel, Phasor phasor, double length) {
     constexpr double headLength = 10.0;
     if (!(length > headLength)) {
-        return {};  // NaN, or too short to have a direction
+        return {};  // NaN, or too short to draw
     }
     const std::string phase = phaseClass(channel);
     const double spread = 4.0 / (length - headLength);
@@ -88,7 +88,8 @@ std::string arrow(std::size_t channel, Phasor phasor, double length) {
            label("name", {name.x, name.y + 4.0}, "middle", std::string(channelNames[channel]));
 }
 
-/// The smallest of 1, 2 and 5 times a power of ten that is no less; 1 for what is no positive number.
+/// The smallest number of the form 1, 2 or 5 times a power of ten that is not below the value; 1 if the value is not
+/// positive.
 double roundedUp(double value) {
     if (!(value > 0.0)) {
         return 1.0;
@@ -99,7 +100,7 @@ double roundedUp(double value) {
     return (step == steps.end() ? 10.0 : *step) * decade;
 }
 
-/// Where the bars stand.
+/// The area of the bars.
 struct BarField {
     double left = 48.0;
     double right = 712.0;
@@ -174,7 +175,7 @@ std::string harmonicBars(const std::vector<Harmonics>& channels) {
     for (std::size_t c = 0; c < percents.size(); ++c) {
         for (std::size_t i = 0; i < percents[c].size(); ++i) {
             const double height = field.heightOf(percents[c][i]);
-            if (height >= 0.05) {  // neither NaN nor too low to be seen
+            if (height >= 0.05) {  // not NaN, and high enough to be visible
                 const double x = field.left + (static_cast<double>(i) + 0.1) * step + static_cast<double>(c) * width;
                 content += element("rect",
                                    attributes({{"class", "bar " + phaseClass(c)},

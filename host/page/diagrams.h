@@ -11,11 +11,11 @@ namespace rt305 {
 
 /// Drawings for the page as SVG, in the colours of its style sheet.
 
-/// The fundamentals as arrows, Ua or else Ia to the right, angles counted counter-clockwise from the right; the largest
-/// voltage reaches the outer circle and the largest current the inner one.
+/// The fundamentals as arrows. Ua, or else Ia, points to the right, and angles count counter-clockwise. The largest
+/// voltage reaches the outer circle, the largest current the inner one.
 std::string phasorDiagram(const Fundamentals& fundamentals);
 
-/// The harmonics from the second on, in percent of the fundamental: the channels side by side at each order.
+/// The harmonics from the second on in percent of the fundamental, channels side by side at each order.
 std::string harmonicBars(const std::vector<Harmonics>& channels);
 
 }  // namespace rt305

@@ -6,15 +6,15 @@ namespace rt305 {
 
 namespace {
 
-/// Wide tables are scrolled sideways, with the keyboard as well.
+/// A table that scrolls sideways when it is wide, by keyboard as well.
 std::string scrollable(const std::string& caption, std::string_view classes, const std::string& content,
-                       const std::string& behind = "") {
+                       const std::string& footer = "") {
     const std::string table = element("table", classes, element("caption", "", escaped(caption)) + content);
     return element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + escaped(caption) + '"',
-                   table + behind);
+                   table + footer);
 }
 
-/// A row of a table. Names are the cells of the first row, and the first of the others.
+/// A row of a table. The cells of the first row and the first cell of the other rows are headings.
 std::string htmlRow(const std::vector<std::string>& row, bool isFirst) {
     std::string cells;
     for (std::size_t c = 0; c < row.size(); ++c) {

@@ -10,19 +10,20 @@
 
 namespace rt305 {
 
-/// Text as it stands between tags or in an attribute.
+/// Text escaped for use between tags or in an attribute.
 std::string escaped(std::string_view text);
 
-/// <tag attributes>content</tag>; the content is HTML already.
+/// <tag attributes>content</tag>; the content is HTML.
 std::string element(std::string_view tag, std::string_view attributes, std::string_view content);
 
-/// A template with {{name}} replaced by the value of that name, in which nothing is replaced. Every name has a value.
+/// The template with each {{name}} replaced by its value. Names inside values are not replaced. Every name must have a
+/// value.
 std::string filled(std::string_view text, const std::map<std::string_view, std::string>& values);
 
-/// A table of results under its caption.
+/// A table of results with a caption.
 std::string htmlTable(const std::string& caption, const ResultTable& table);
 
-/// A table without heading, a name and a text in each row.
+/// A table of names and texts, without heading.
 std::string htmlFacts(const std::string& caption, const std::vector<std::pair<std::string, std::string>>& facts);
 
 }  // namespace rt305

@@ -1,5 +1,5 @@
 "use strict";
-/* Draws the plots of the data block. Those of one group (waveforms, spectra) share their stretch of the x axis. */
+/* Draws the plots of the data block. Those of one group (waveforms, spectra) show the same range of the x axis. */
 (() => {
   const root = document.documentElement;
   const groups = JSON.parse(document.getElementById("data").textContent);
@@ -34,10 +34,10 @@
     hooks: { setScale: [(plot, key) => key === "x" && follow(group, plot)] },
   });
 
-  /* All plots of a group show the stretch that one of them has been given. */
+  /* Gives all plots of a group the range of one of them. */
   const follow = (group, leader) => {
     const { min, max } = leader.scales.x;
-    group.stretch = { min, max };
+    group.view = { min, max };
     for (const plot of group.plots) {
       const { x } = plot.scales;
       if (plot !== leader && (x.min !== min || x.max !== max)) {
@@ -46,7 +46,7 @@
     }
   };
 
-  /* The whole axis is [first, last]; a move keeps the width of the stretch inside it. */
+  /* Shows a range of that width inside the axis, [first, last]. */
   const show = (group, middle, width) => {
     const [first, last] = group.ends;
     const wanted = Math.min(width, last - first);
@@ -72,7 +72,7 @@
       button.title = label;
       button.setAttribute("aria-label", label + ": " + group.name);
       button.addEventListener("click", () => {
-        const { min, max } = group.stretch;
+        const { min, max } = group.view;
         action(group, (min + max) / 2, max - min);
       });
       bar.append(button);
@@ -80,7 +80,7 @@
     group.place.prepend(bar);
   };
 
-  /* Curves are hidden and shown by a click on their name, or with the keyboard. */
+  /* Lets the keyboard hide and show curves, as a click on their name does. */
   const makeLegendReachable = (plot) => {
     const names = [...plot.root.querySelectorAll(".u-series th")].slice(1);
     for (const name of names) {
@@ -98,7 +98,7 @@
   const widthOf = (element) => (root.classList.contains("printing") ? 660 : element.clientWidth);
 
   const draw = (group) => {
-    const { stretch } = group;
+    const { view } = group;
     group.plots.forEach((plot) => plot.destroy());
     group.plots = [];
     group.plots = group.panels.map((panel, i) => {
@@ -109,8 +109,8 @@
       makeLegendReachable(plot);
       return plot;
     });
-    if (stretch) {
-      group.plots[0].setScale("x", stretch);
+    if (view) {
+      group.plots[0].setScale("x", view);
     }
   };
 
@@ -121,7 +121,7 @@
     group.place = document.getElementById(group.name);
     group.plots = [];
     if (group.shown > 0) {
-      group.stretch = { min: group.ends[0], max: Math.min(group.ends[0] + group.shown, group.ends[1]) };
+      group.view = { min: group.ends[0], max: Math.min(group.ends[0] + group.shown, group.ends[1]) };
     }
     addTools(group);
     draw(group);

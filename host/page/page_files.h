@@ -5,11 +5,11 @@
 
 namespace rt305::page {
 
-/// The files that a report is made of, embedded by the build.
+/// The files of a report, embedded by the build.
 extern const std::string_view html;
-extern const std::string_view style;        // page.css behind the style sheet of uPlot
+extern const std::string_view style;        // the style sheet of uPlot, then page.css
 extern const std::string_view script;       // page.js
-extern const std::string_view plotLibrary;  // uPlot behind its licence
+extern const std::string_view plotLibrary;  // the licence of uPlot, then uPlot
 
 }  // namespace rt305::page
 

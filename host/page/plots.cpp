@@ -12,13 +12,13 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-/// Numbers with so many decimals; what is none becomes null.
+/// Numbers rounded to that many decimals; NaN and infinities become null.
 json rounded(const std::vector<double>& values, int decimals) {
     const double scale = std::pow(10.0, decimals);
     json numbers = json::array();
     for (const double value : values) {
         const double scaled = std::round(value * scale);
-        // whole ones without ".0"
+        // whole numbers without ".0"
         numbers.push_back(std::fabs(scaled) < 1e15 && std::fmod(scaled, scale) == 0.0
                               ? json(static_cast<std::int64_t>(scaled / scale))
                               : json(scaled / scale));
@@ -48,10 +48,10 @@ std::vector<std::size_t> thinnedPlaces(std::size_t count, std::size_t most) {
         return all;
     }
     std::vector<std::size_t> places;
-    const std::size_t stretches = most / 2;
-    for (std::size_t i = 0; i < stretches; ++i) {
-        places.push_back(i * count / stretches);
-        places.push_back((i + 1) * count / stretches - 1);
+    const std::size_t intervals = most / 2;
+    for (std::size_t i = 0; i < intervals; ++i) {
+        places.push_back(i * count / intervals);
+        places.push_back((i + 1) * count / intervals - 1);
     }
     return places;
 }

@@ -15,32 +15,32 @@ struct Curve {
 /// Curves over one axis: value k of each is at start + k * step.
 struct PlotPanel {
     std::string axis;  // "Voltage, V"
-    int decimals;
+    int decimals = 0;
     double start;
     double step;
-    std::vector<Curve> curves;
+    std::vector<Curve> curves{};
 };
 
-/// Plots one above the other that share their x axis and are zoomed together.
+/// Plots one above the other, with one x axis, that zoom together.
 struct PlotGroup {
-    std::string name;  // the id of its place in the page
+    std::string name;  // the id of its element in the page
     std::string axis;  // "Time, s"
     int decimals;
     std::size_t mostPoints;  // of a curve, an even number
-    double shown;            // how much of the axis is shown at first; 0: all
-    std::vector<PlotPanel> panels;
+    double shown;            // length of the axis that is shown first; 0: all
+    std::vector<PlotPanel> panels{};
 };
 
-/// The places to keep of evenly spaced values when at most `most` (even) may stay: the first and the last of each of
-/// most / 2 equal stretches. All of them when they are no more than that.
+/// The indexes to keep of `count` values when at most `most` (even) are wanted: the first and the last of each of most
+/// / 2 equal intervals. All of them if there are no more than `most`.
 std::vector<std::size_t> thinnedPlaces(std::size_t count, std::size_t most);
 
-/// What is shown at these places: of each stretch the smallest and the largest value in the order in which they come,
-/// so that no peak is lost. A stretch with NaN is NaN.
+/// The values to show at these indexes: the smallest and the largest value of each interval, in the order in which they
+/// occur, so that no peak is lost. NaN for an interval that contains NaN.
 std::vector<double> thinned(const std::vector<double>& values, const std::vector<std::size_t>& places);
 
-/// The plots as the page's script wants them: JSON without groups that have no panels and without "<",
-/// which would end the block that holds it.
+/// The plots as JSON for the script of the page. Leaves out groups without panels, and escapes "<", which could end the
+/// data block.
 std::string plotData(const std::vector<PlotGroup>& groups);
 
 }  // namespace rt305

@@ -56,20 +56,19 @@ std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::
     return element("div", R"(class="beside")", tables);
 }
 
-std::string placesOf(const PlotGroup& group) {
-    std::string places;
+/// The elements in which the script draws the plots.
+std::string plotElements(const PlotGroup& group) {
+    std::string elements;
     for (const PlotPanel& panel : group.panels) {
-        places += element("div", R"(class="plot" role="group" aria-label=")" + escaped(panel.axis) + '"', "");
+        elements += element("div", R"(class="plot" role="group" aria-label=")" + escaped(panel.axis) + '"', "");
     }
-    return element("div", "id=\"" + group.name + '"', places);
+    return element("div", "id=\"" + group.name + '"', elements);
 }
 
 PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
-    PlotPanel panel{isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
-                    0,
-                    recorded.settings.startSeconds,
-                    1.0 / recorded.rateHz,
-                    {}};
+    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
+                    .start = recorded.settings.startSeconds,
+                    .step = 1.0 / recorded.rateHz};
     double largest = 0.0;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         const auto& samples = recorded.samples[firstChannel + phase];
@@ -87,7 +86,11 @@ PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
 PlotGroup waveformPlots(const Measurement& recorded) {
     const double pairs = std::clamp(recorded.durationSeconds(), 1.0, mostWaveformPoints / waveformPointsPerSecond) *
                          waveformPointsPerSecond / 2.0;
-    PlotGroup group{"waveforms", "Time, s", 5, 2 * static_cast<std::size_t>(pairs), firstShownSeconds, {}};
+    PlotGroup group{.name = "waveforms",
+                    .axis = "Time, s",
+                    .decimals = 5,
+                    .mostPoints = 2 * static_cast<std::size_t>(pairs),
+                    .shown = firstShownSeconds};
     for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
         if (!recorded.samples[first].empty()) {
             group.panels.push_back(waveformsOf(recorded, first));
@@ -97,13 +100,17 @@ PlotGroup waveformPlots(const Measurement& recorded) {
 }
 
 PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
-    PlotGroup group{"spectra", "Frequency, Hz", 2, mostSpectrumPoints, 0.0, {}};
+    PlotGroup group{
+        .name = "spectra", .axis = "Frequency, Hz", .decimals = 2, .mostPoints = mostSpectrumPoints, .shown = 0.0};
     for (const KindResults<Spectrum>& kind : kinds) {
         const std::vector<double>& axis = kind.channels[0].frequencies;
         if (axis.size() < 2) {
             continue;
         }
-        PlotPanel panel{kind.areCurrents ? "Current, dB" : "Voltage, dB", 1, axis[0], axis[1] - axis[0], {}};
+        PlotPanel panel{.axis = kind.areCurrents ? "Current, dB" : "Voltage, dB",
+                        .decimals = 1,
+                        .start = axis[0],
+                        .step = axis[1] - axis[0]};
         for (const Spectrum& spectrum : kind.channels) {
             Curve curve{spectrum.channel, panel.curves.size(), spectrum.lines};
             curve.values.resize(axis.size(), lowestLevelDb);
@@ -129,14 +136,14 @@ std::string phasorFigure(const Fundamentals& fundamentals) {
 
 /// The tables of these names, as far as the document has them, side by side where there is room.
 std::string resultTables(const ResultDocument& document, const std::vector<std::string_view>& names,
-                         const std::string& behind) {
+                         const std::string& more) {
     std::string content;
     for (const std::string_view name : names) {
         if (const ResultTable* const table = document.table(name); table != nullptr && !table->rows.empty()) {
             content += htmlTable(table->title.empty() ? "Measured" : table->title, *table);
         }
     }
-    return element("div", R"(class="beside")", content + behind);
+    return element("div", R"(class="beside")", content + more);
 }
 
 std::string baseName(const std::string& path) {
@@ -211,7 +218,7 @@ Section overviewSection(const Recording& recording, const ResultDocument& docume
 /// Of voltages or currents alone, the overview has the statistics.
 Section signalSection(const FullResults& results, const PlotGroup& waveforms, bool withStatistics) {
     return {"signals", "Waveforms",
-            placesOf(waveforms) +
+            plotElements(waveforms) +
                 paragraph(R"(class="remark on-screen")",
                           "As recorded; the first " + formatNumber(firstShownSeconds) +
                               " s are shown. Drag across a plot to zoom into both, double-click to show all. Long "
@@ -226,7 +233,8 @@ Section resultSection(const ResultDocument& document) {
 
 Section spectrumSection(const FullResults& results, const PlotGroup& lines) {
     return {"lines", "Spectra",
-            placesOf(lines) + paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
+            plotElements(lines) +
+                paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
                 tablesOf(results.spectra, "largest lines", spectrumTable)};
 }
 
