@@ -17,14 +17,12 @@
 #include "calc/options.h"
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
+#include "extras/stage_names.h"
 #include "requests.h"
-#include "results/rt305_4_i_distortion_table.h"
-#include "results/rt305_4_i_signal_table.h"
-#include "results/rt305_4_i_spectrum_table.h"
-#include "results/rt305_4_param_table.h"
-#include "results/rt305_4_u_distortion_table.h"
-#include "results/rt305_4_u_signal_table.h"
-#include "results/rt305_4_u_spectrum_table.h"
+#include "results/distortion_tables.h"
+#include "results/parameter_tables.h"
+#include "results/signal_tables.h"
+#include "results/spectrum_tables.h"
 #include "timing.h"
 
 namespace calc_modul_K9_web_ns {
@@ -69,7 +67,7 @@ Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const
     data_305_4(rawVoltages, n, option::sourceSimulated, voltages);
     data_305_4(rawCurrents, n, option::sourceSimulated, currents);
     watch.book(conditioning);
-    const Harmonics measured = measureHarmonics(voltages, currents);
+    const HarmonicsOfBoth measured = measureHarmonics(voltages, currents);
     watch.book(harmonics);
     records::d_table parameterRecord;
     parameterRecord.prefill();

@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "bytes.h"
+#include "extras/mlab_param_table.h"
 #include "require.h"
-#include "table/mlab_param_table.h"
 
 namespace {
 

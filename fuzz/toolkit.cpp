@@ -12,16 +12,24 @@
 #include "bytes.h"
 #include "calc/options.h"
 #include "calc/plain_search.h"
+#include "extras/elementwise.h"
+#include "extras/fft_arrays.h"
+#include "extras/fft_implementation_callback.h"
+#include "extras/gammaln.h"
+#include "extras/hilbert.h"
 #include "require.h"
 #include "support/plain.h"
 #include "toolkit/analytic_signal.h"
-#include "toolkit/fft_implementation_callback.h"
+#include "toolkit/bessel.h"
+#include "toolkit/extremes.h"
 #include "toolkit/gridded_dft.h"
 #include "toolkit/harmonic_distortion.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/peaks.h"
+#include "toolkit/ranges.h"
 #include "toolkit/scalar.h"
-#include "toolkit/special_functions.h"
+#include "toolkit/simd.h"
+#include "toolkit/sums.h"
 #include "toolkit/windows.h"
 #include "toolkit/zoom_spectrum.h"
 
@@ -85,10 +93,12 @@ void transforms(Bytes& bytes) {
     x.resize(n);
     const auto exact = plain::transform(x, n, 0, bins);
     require(errorOf(half.data(), exact, n) <= 3.0, "the transform's error is within its bound");
-    for (const coder::FftKernels& kernels : coder::fftKernels()) {
-        if (kernels.supported()) {
+    for (std::size_t i = 0; i < coder::instructionSets; ++i) {
+        const coder::InstructionSet set{static_cast<std::uint8_t>(i)};
+        if (isSupported(set)) {
+            const coder::ForcedInstructionSet forced(set);
             std::vector<creal_T> again(bins);
-            RealFft(static_cast<int>(n), kernels).forward(given, again.data());
+            plan.forward(given, again.data());
             require(std::memcmp(half.data(), again.data(), bins * sizeof half[0]) == 0,
                     "every instruction set gives the same bits");
         }
@@ -97,7 +107,7 @@ void transforms(Bytes& bytes) {
     require(errorOf(textbook.data(), exact, n) <= 12.0, "the textbook transform gives the same spectrum");
 
     Row back(n);
-    plan.inverse(half.data(), back.data());
+    coder::inverse(plan, half.data(), back.data());
     const double largest = std::transform_reduce(
         x.begin(), x.end(), 0.0, [](double a, double b) { return std::max(a, b); },
         [](double value) { return std::fabs(value); });

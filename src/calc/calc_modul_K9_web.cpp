@@ -5,9 +5,11 @@
 #include <optional>
 
 #include "calc/distortion.h"
+#include "calc/electrical_parameters.h"
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
 #include "rt305_4/rt305_4.h"
+#include "toolkit/broadcasting.h"
 #include "toolkit/scalar.h"
 
 namespace calc_modul_K9_web_ns {
@@ -16,15 +18,11 @@ namespace {
 omp_nest_lock_t calc_modul_K9_web_nestLockGlobal;
 bool initialized = false;
 
-constexpr int typeVoltages = RT305_4_INPUT_VOLTAGES;
-constexpr int typeCurrents = RT305_4_INPUT_CURRENTS;
-constexpr int typeVoltagesAndCurrents = RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-
 bool any(const SetRecords& records) {
     return records.signals != nullptr || records.spectrum != nullptr || records.distortion != nullptr;
 }
 
-/// The sum of three currents without a neutral is zero: a phase that was not measured is minus the sum of the others.
+/// Without a neutral the three currents sum to zero, so a current that was not measured is minus the sum of the others.
 void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
     if (options.currents == option::threeCurrents || options.rebuiltCurrent == PhaseChoice::none) {
         return;
@@ -33,31 +31,6 @@ void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
     coder::binary_expand_op(currents[missing.phase], currents[missing.first], currents[missing.second],
                             [](double a, double b) { return -(a + b); });
 }
-
-/// The stages of one kind.
-struct Stages {
-    const ChannelKind& kind;
-    int type;  // the input type that runs them alone
-    void (*timeSignals)(ChannelSet&&, coder::b_table&);
-    void (*spectrumAt)(const ChannelSet&, double, const SpectrumRequest&, coder::f_table&);
-    void (*spectrum500)(const ChannelSet&, const SpectrumRequest&, coder::f_table&);
-    void (*spectrum10000)(const ChannelSet&, const SpectrumRequest&, coder::f_table&);
-    void (*distortion)(const ChannelSet&, coder::c_table&);
-};
-constexpr Stages voltageStages{voltage,
-                               typeVoltages,
-                               TimeSignalData_mo_305_4,
-                               SpectrumParam_fn_mo_305_4,
-                               SpectrumParam_fn_mo_305_4,
-                               b_SpectrumParam_fn_mo_305_4,
-                               paramData_thd_mo_305_4};
-constexpr Stages currentStages{current,
-                               typeCurrents,
-                               TimeSignalData_mo_305_4I,
-                               SpectrumParam_fn_mo_305_4I,
-                               SpectrumParam_fn_mo_305_4I,
-                               b_SpectrumParam_fn_mo_305_4I,
-                               paramData_thd_mo_305_4I};
 
 void prefill(const SetRecords& records, const ChannelKind& kind) {
     if (records.signals != nullptr) {
@@ -71,39 +44,43 @@ void prefill(const SetRecords& records, const ChannelKind& kind) {
     }
 }
 
-/// The default spectrum, at the record's own rate, is made only where no other spectrum replaces it.
-void runSpectrum(const Stages& stages, const Measurement& measurement, int type, const ChannelSet& set,
-                 coder::f_table& record) {
-    const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
-                                  SpectrumOptions(measurement.spectrumFlags)};
-    const bool wanted = measurement.processingMode == RT305_4_OPERATION_SPECTRUM;
-    if (wanted && type == typeVoltagesAndCurrents) {
-        stages.spectrum10000(set, request, record);
-    } else if (wanted && type == stages.type) {
-        stages.spectrum500(set, request, record);
-    } else {
-        stages.spectrumAt(set, measurement.sampleRate, request, record);
+/// The settings of a call that select its stages.
+struct Selection {
+    explicit Selection(const Measurement& measurement)
+        : operation(measurement.processingMode), type(coder::truncatedToInt(measurement.inputType)) {}
+
+    bool both() const { return type == RT305_4_INPUT_VOLTAGES_AND_CURRENTS; }
+    bool includes(const ChannelKind& kind) const { return both() || type == kind.inputType; }
+
+    std::uint32_t operation;
+    int type;
+};
+
+/// A requested spectrum has the band of its input type; any other spectrum that of the record's own rate.
+SpectrumBand bandOf(const Selection& selection, const ChannelKind& kind, double sampleRate) {
+    if (selection.operation != RT305_4_OPERATION_SPECTRUM || !selection.includes(kind)) {
+        return bandAt(sampleRate);
     }
+    return selection.both() ? band10000 : band500;
 }
 
-/// Fills the records of one channel set. harmonics: those of the set, where they were measured with the parameters.
-void runStages(const Stages& stages, const Measurement& measurement, int type, const SetHarmonics* harmonics,
-               ChannelSet&& set, const SetRecords& records) {
+/// Fills the records of one channel set. harmonics: those of the set at 10 kHz, if they were measured.
+void runStages(const Selection& selection, const Measurement& measurement, const ChannelKind& kind,
+               SetHarmonics* harmonics, ChannelSet&& set, const SetRecords& records) {
     if (records.spectrum != nullptr) {
-        runSpectrum(stages, measurement, type, set, *records.spectrum);
+        const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
+                                      SpectrumOptions(measurement.spectrumFlags)};
+        measureSpectrum(set, kind, bandOf(selection, kind, measurement.sampleRate), request, *records.spectrum);
     }
-    if (type != stages.type && type != typeVoltagesAndCurrents) {
+    if (!selection.includes(kind)) {
         return;
     }
-    if (measurement.processingMode == RT305_4_OPERATION_DISTORTION && records.distortion != nullptr) {
-        if (harmonics != nullptr) {
-            assembleDistortion(*harmonics, stages.kind, *records.distortion);
-        } else {
-            stages.distortion(set, *records.distortion);
-        }
+    if (records.distortion != nullptr && selection.operation == RT305_4_OPERATION_DISTORTION) {
+        assembleDistortion(harmonics != nullptr ? std::move(*harmonics) : measureHarmonics(set, coder::thdSettings),
+                           kind, *records.distortion);
     }
-    if (measurement.processingMode == RT305_4_OPERATION_SIGNALS && records.signals != nullptr) {
-        stages.timeSignals(std::move(set), *records.signals);
+    if (records.signals != nullptr && selection.operation == RT305_4_OPERATION_SIGNALS) {
+        measureTimeSignals(std::move(set), kind, *records.signals);
     }
 }
 
@@ -128,38 +105,37 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
         calc_modul_K9_web_initialize();
     }
     const MeasurementOptions options(measurement.measurementFlags);
-    const int type = coder::truncatedToInt(measurement.inputType);
-    const bool both = type == typeVoltagesAndCurrents;
-
+    const Selection selection(measurement);
     if (results.parameters != nullptr) {
         results.parameters->prefill();
     }
     prefill(results.voltages, voltage);
     prefill(results.currents, current);
 
-    const bool parameters =
-        both && (results.parameters != nullptr ||
-                 (measurement.processingMode == RT305_4_OPERATION_DISTORTION &&
-                  (results.voltages.distortion != nullptr || results.currents.distortion != nullptr)));
+    // The harmonics of both sets serve the parameters and the distortion records.
+    const bool distortion = selection.operation == RT305_4_OPERATION_DISTORTION &&
+                            (results.voltages.distortion != nullptr || results.currents.distortion != nullptr);
+    const bool harmonicsOfBoth = selection.both() && (results.parameters != nullptr || distortion);
+
     ChannelSet voltages;
     ChannelSet currents;
-    if (parameters || any(results.voltages)) {
+    if (harmonicsOfBoth || any(results.voltages)) {
         data_305_4(measurement.voltages, measurement.samplesNumber, options.source, voltages);
     }
-    if (parameters || any(results.currents)) {
+    if (harmonicsOfBoth || any(results.currents)) {
         data_305_4(measurement.currents, measurement.samplesNumber, options.source, currents);
         rebuildCurrent(currents, options);
     }
-    std::optional<Harmonics> harmonics;
-    if (parameters) {
+    std::optional<HarmonicsOfBoth> harmonics;
+    if (harmonicsOfBoth) {
         harmonics = measureHarmonics(voltages, currents);
         if (results.parameters != nullptr) {
             ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, *harmonics, *results.parameters);
         }
     }
-    runStages(voltageStages, measurement, type, harmonics ? &harmonics->voltages : nullptr, std::move(voltages),
+    runStages(selection, measurement, voltage, harmonics ? &harmonics->voltages : nullptr, std::move(voltages),
               results.voltages);
-    runStages(currentStages, measurement, type, harmonics ? &harmonics->currents : nullptr, std::move(currents),
+    runStages(selection, measurement, current, harmonics ? &harmonics->currents : nullptr, std::move(currents),
               results.currents);
 }
 

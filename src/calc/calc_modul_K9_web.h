@@ -36,13 +36,13 @@ struct ResultRecords {
     SetRecords currents;
 };
 
-/// The whole computation: conditions the channels, decodes the options, names and pre-fills every given record, and
-/// runs the stages that input type and processing mode select. Stages whose records are all null do not run. Reports
-/// nothing: what is not computed stays NaN or empty. Throws only when memory runs out.
+/// The whole computation: decodes the options, pre-fills every given record, conditions the channels and runs the
+/// stages that input type and processing mode select. A stage whose records are all null does not run. Nothing is
+/// reported: values that are not computed stay NaN or empty. Throws only when memory runs out.
 void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& results);
 
-/// Makes (destroys) the computation's nestable lock; the first call of calc_modul_K9_web makes it. It is there for
-/// parallel regions in the stages, of which there are none at present: nothing takes it.
+/// Creates (destroys) the nestable lock of the computation; the first call of calc_modul_K9_web creates it. The lock is
+/// meant for parallel regions in the stages. There are none at present, so nothing takes it.
 void calc_modul_K9_web_initialize();
 void calc_modul_K9_web_terminate();
 bool isInitialized_calc_modul_K9_web();

@@ -1,27 +1,31 @@
 #include "calc/electrical_parameters.h"
 
+#include <cassert>
 #include <cmath>
 
 #include "calc/frequency.h"
+#include "calc/frequency_window.h"
 #include "calc/phase_difference.h"
 #include "toolkit/analytic_signal.h"
-#include "toolkit/reductions.h"
+#include "toolkit/broadcasting.h"
 #include "toolkit/scalar.h"
+#include "toolkit/sums.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
 
 using coder::creal_T;
 using coder::d_table;
-using coder::expanded;
+using coder::Expanded;
 using coder::expandedLength;
 using coder::Parameter;
 using coder::row;
 
 using PerPhase = std::array<double, coder::phases>;
 
-/// The parameter of phase b or c that follows the one of phase a.
+/// The parameter of a phase, given that of phase a.
 Parameter next(Parameter a, std::size_t phase) {
+    assert(phase < coder::phases);
     return static_cast<Parameter>(static_cast<std::size_t>(a) + phase);
 }
 
@@ -35,7 +39,7 @@ double total(const PerPhase& values) {
     return values[0] + values[1] + values[2];
 }
 
-/// sum over i of term(rows[i]...) under singleton expansion, times 1/N.
+/// sum over i of term(rows[i]...) with singleton expansion, times 1/N.
 template <class Term, class... Rows>
 double meanOf(double N, Term term, const Rows&... rows) {
     int n = 1;
@@ -44,7 +48,7 @@ double meanOf(double N, Term term, const Rows&... rows) {
     const double sum =
         ((rows.numel() == n) && ...)
             ? coder::blockedSum(count, [&, ... x = rows.data()](std::size_t i) { return term(x[i]...); })
-            : coder::blockedSum(count, [&, ... x = expanded(rows)](std::size_t i) { return term(x[i]...); });
+            : coder::blockedSum(count, [&, ... x = Expanded(rows)](std::size_t i) { return term(x[i]...); });
     return sum * (1.0 / N);
 }
 
@@ -96,26 +100,15 @@ void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& op
     store(out, Parameter::Ida, current);
 }
 
-/// The open interval in which fundamentals are accepted.
-struct FrequencyWindow {
-    explicit FrequencyWindow(std::string_view option)
-        : lower(option == option::frequencyControl ? 10.0 : 49.6),
-          upper(option == option::frequencyControl ? 60.0 : 50.4) {}
-    bool holds(double frequency) const { return lower < frequency && frequency < upper; }
-
-    double lower;
-    double upper;
-};
-
 using Gates = std::array<bool, coder::phases>;
 
-/// Which phases the window admits. gatedBy[p] is the phase whose fundamental decides about phase p.
+/// The phases that the window admits. gatedBy[p] is the phase whose fundamental decides about phase p.
 Gates admit(const SetHarmonics& set, const FrequencyWindow& window, const std::array<std::size_t, 3>& gatedBy) {
     const auto fundamental = [&](std::size_t phase) { return set[phase].harmFreq[0]; };
-    const bool inRange = window.holds((fundamental(1) + fundamental(0) + fundamental(2)) / 3.0);
+    const bool inRange = window.contains((fundamental(1) + fundamental(0) + fundamental(2)) / 3.0);
     Gates gates{};
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        gates[phase] = inRange && window.holds(fundamental(gatedBy[phase]));
+        gates[phase] = inRange && window.contains(fundamental(gatedBy[phase]));
     }
     return gates;
 }
@@ -145,7 +138,7 @@ void measureFrequencies(const ChannelSet& u, double N, std::string_view option, 
     }
 }
 
-/// Powers of the three phases, and their plain sums as totals.
+/// Powers of the three phases, and their arithmetic sums as totals.
 void storePhasePowers(const PerPhase& active, const PerPhase& reactive, const PerPhase& apparent, d_table& out) {
     store(out, Parameter::Pa, active);
     store(out, Parameter::Qa, reactive);
@@ -169,8 +162,7 @@ void threeWattmeter(const ChannelSet& u, const ChannelSet& i, double N, d_table&
     storePhasePowers(active, reactive, apparent, out);
 }
 
-/// P + jQ = mean of u conj(i) / 2 over the analytic signals, S = |P + jQ| per phase; the totals are plain sums, so the
-/// total S is the arithmetic one.
+/// P + jQ = mean of u conj(i) / 2 over the analytic signals, S = |P + jQ| per phase. The total S is the arithmetic sum.
 void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d_table& out) {
     PerPhase active{};
     PerPhase reactive{};
@@ -185,7 +177,8 @@ void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d
     storePhasePowers(active, reactive, apparent, out);
 }
 
-/// Two wattmeters with currents a and c and line voltages ab and bc: each reads U I at its angle phi.
+/// Two wattmeters: one reads current a and line voltage ab at the angle phi1, the other current c and line voltage bc
+/// at phi2.
 void twoWattmeter(double phi1, double phi2, bool magnitudes, d_table& out) {
     const auto reading = [=](double factor, double current, double lineVoltage) {
         const double product = factor * current * lineVoltage;
@@ -217,37 +210,14 @@ void measurePower(const ChannelSet& u, const ChannelSet& i, double N, std::strin
     }
 }
 
-/// Channels of n samples by the shared measurement, any other by one of its own.
-SetHarmonics measureSet(const ChannelSet& set, const coder::HarmonicDistortion& shared, int n,
-                        const coder::HarmonicSettings& settings) {
-    SetHarmonics harmonics;
-    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const row& x = set[phase];
-        harmonics[phase] =
-            x.numel() == n ? shared.measure(x) : coder::HarmonicDistortion(x.numel(), settings).measure(x);
-    }
-    return harmonics;
-}
-
 }  // namespace
 
-SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings) {
-    return measureSet(set, coder::HarmonicDistortion(set[0].numel(), settings), set[0].numel(), settings);
-}
-
-Harmonics measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents) {
-    const int n = voltages[0].numel();
-    const coder::HarmonicDistortion shared(n, coder::b_thdSettings);
-    return {measureSet(voltages, shared, n, coder::b_thdSettings),
-            measureSet(currents, shared, n, coder::b_thdSettings)};
-}
-
 void ParamData_mo_305_4(const ChannelSet& voltages, const ChannelSet& currents, double N,
-                        const MeasurementOptions& options, const Harmonics& harmonics, d_table& out) {
+                        const MeasurementOptions& options, const HarmonicsOfBoth& harmonics, d_table& out) {
     measureVoltages(voltages, N, options.wiring, out);
     measureCurrents(currents, N, options, out);
 
-    const FrequencyWindow window(options.frequency);
+    const FrequencyWindow window = frequencyWindow(options.frequency);
     const Gates voltageGates = admit(harmonics.voltages, window, gatedByPartner);
     const Gates currentGates = admit(harmonics.currents, window, gatedByItself);
     storeDistortion(harmonics.voltages, voltageGates, Parameter::THD_Va, out);

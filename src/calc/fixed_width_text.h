@@ -9,11 +9,14 @@
 
 namespace calc_modul_K9_web_ns::coder {
 
-/// Count texts of the same width, back to back and without terminators. Empty until assigned.
+/// `Count` texts of the same width, stored back to back without terminators. Empty until assigned.
 template <std::size_t Count, std::size_t Width>
 class Labels {
 public:
-    std::string_view operator[](std::size_t i) const { return {text_[i], text_[i][0] == '\0' ? 0 : Width}; }
+    std::string_view operator[](std::size_t i) const {
+        assert(i < Count);
+        return {text_[i], text_[i][0] == '\0' ? 0 : Width};
+    }
 
     void assign(const std::array<std::string_view, Count>& texts) {
         for (std::size_t i = 0; i < Count; ++i) {
@@ -31,7 +34,7 @@ private:
     char text_[Count][Width] = {};
 };
 
-/// Count texts of Bytes characters in all, back to back and without terminators, each with a width of its own.
+/// `Count` texts of different widths, `Bytes` characters in all, stored back to back without terminators.
 template <std::size_t Count, std::size_t Bytes>
 class FixedWidthTexts {
 public:

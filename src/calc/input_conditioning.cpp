@@ -4,7 +4,8 @@
 
 #include "calc/options.h"
 #include "toolkit/scalar.h"
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
+#include "toolkit/sums.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
@@ -12,18 +13,7 @@ namespace {
 using coder::row;
 using coder::samples;
 
-double countDropouts(samples x) {
-    constexpr int window = 32;
-    int zerosInARow = 0;
-    double count = 0.0;
-    for (std::size_t i = 1; i < x.size(); ++i) {
-        zerosInARow = x[i] == 0.0 ? zerosInARow + 1 : 0;
-        count += zerosInARow >= window ? 1.0 : 0.0;
-    }
-    return count;
-}
-
-RT305_4_VECTOR_CLONES double countZeros(const double* x, std::size_t n) {
+ALWAYS_INLINE inline double countZeros(const double* x, std::size_t n) {
     std::size_t zeros = 0;
     for (std::size_t i = 0; i < n; ++i) {
         zeros += x[i] == 0.0 ? 1 : 0;
@@ -31,40 +21,38 @@ RT305_4_VECTOR_CLONES double countZeros(const double* x, std::size_t n) {
     return static_cast<double>(zeros);
 }
 
-/// out = x with its zeros replaced
-RT305_4_VECTOR_CLONES void replaceZeros(const double* x, std::size_t n, double replacement, double* out) {
+/// out = x with its zeros replaced.
+ALWAYS_INLINE inline void replaceZeros(const double* x, std::size_t n, double replacement, double* out) {
     for (std::size_t i = 0; i < n; ++i) {
         out[i] = x[i] == 0.0 ? replacement : x[i];
     }
 }
 
 /// out = (x - offset) scale coefficient; out may be x.
-RT305_4_VECTOR_CLONES void calibrate(const double* x, std::size_t n, double offset, double scale, double coefficient,
-                                     double* out) {
+ALWAYS_INLINE inline void calibrate(const double* x, std::size_t n, double offset, double scale, double coefficient,
+                                    double* out) {
     for (std::size_t i = 0; i < n; ++i) {
         out[i] = (x[i] - offset) * scale * coefficient;
     }
 }
 
-/// Conditions one channel and returns how many zeros it had among the first N samples.
-double condition(const RawChannel& channel, double N, std::string_view source, row& out) {
+void condition(const RawChannel& channel, double N, std::string_view source, row& out) {
     samples x = channel.samples;
     const std::size_t n = x.size();
     out.set_size(1, static_cast<int>(n));
     const std::size_t examined = std::min(n, static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0)));
     const auto unexamined = x.begin() + static_cast<std::ptrdiff_t>(examined);
-    const double zeros = countZeros(x.data(), examined);
+    const double zeros = coder::vectorized<countZeros>(x.data(), examined);
     double total = coder::combineVectorElements(x);
     if (zeros > 0.0) {
         const double gapMean = N != zeros ? total / (N - zeros) : 0.0;
-        replaceZeros(x.data(), examined, gapMean, out.data());
+        coder::vectorized<replaceZeros>(x.data(), examined, gapMean, out.data());
         std::copy(unexamined, x.end(), out.data() + examined);
         x = out;
         total = coder::combineVectorElements(x);
     }
-    calibrate(x.data(), n, total / static_cast<double>(n), hardwareScale(source, channel.inputResistance, channel.gain),
-              channel.coefficient, out.data());
-    return zeros;
+    const double scale = hardwareScale(source, channel.inputResistance, channel.gain);
+    coder::vectorized<calibrate>(x.data(), n, total / static_cast<double>(n), scale, channel.coefficient, out.data());
 }
 
 }  // namespace
@@ -83,14 +71,9 @@ double hardwareScale(std::string_view source, double inputResistance, double gai
     return 1.0;
 }
 
-void data_305_4(const RawChannelSet& raw, double N, std::string_view source, ChannelSet& conditioned,
-                ConditioningDiagnostics* diagnostics) {
+void data_305_4(const RawChannelSet& raw, double N, std::string_view source, ChannelSet& conditioned) {
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const double zeros = condition(raw[phase], N, source, conditioned[phase]);
-        if (diagnostics != nullptr) {
-            diagnostics->zeroCount[phase] = zeros;
-            diagnostics->dropoutCount[phase] = countDropouts(raw[phase].samples);
-        }
+        condition(raw[phase], N, source, conditioned[phase]);
     }
 }
 

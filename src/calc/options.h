@@ -7,7 +7,7 @@
 
 namespace calc_modul_K9_web_ns {
 
-// Option values travel as short texts that the stages compare as a whole.
+// Option values are short texts; the stages compare them as a whole.
 namespace option {
 inline constexpr std::string_view frequencyFixed = "frequency_fixed";
 inline constexpr std::string_view frequencyControl = "frequency_control";

@@ -1,11 +1,14 @@
 #include "calc/phase_difference.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 
+#include "toolkit/extremes.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/scalar.h"
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
+#include "toolkit/sums.h"
 #include "toolkit/windows.h"
 
 namespace calc_modul_K9_web_ns {
@@ -15,7 +18,7 @@ using coder::samples;
 
 namespace {
 
-RT305_4_VECTOR_CLONES void magnitudesOf(const creal_T* lines, std::size_t n, double* out) {
+ALWAYS_INLINE inline void magnitudesOf(const creal_T* lines, std::size_t n, double* out) {
     for (std::size_t k = 0; k < n; ++k) {
         out[k] = coder::rt_hypotd_snf(lines[k].re, lines[k].im);
     }
@@ -38,7 +41,7 @@ double DominantPhase::of(samples x) const {
     const auto magnitudes = std::make_unique_for_overwrite<double[]>(bins);
     coder::weighCentred(x, window_, windowed.get());
     transform_.forward({windowed.get(), x.size()}, spectrum.get());
-    magnitudesOf(spectrum.get(), bins, magnitudes.get());
+    coder::vectorized<magnitudesOf>(static_cast<const creal_T*>(spectrum.get()), bins, magnitudes.get());
     double largest = 0.0;
     int position = 0;
     coder::maximum({magnitudes.get(), bins}, &largest, &position);

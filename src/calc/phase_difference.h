@@ -5,11 +5,10 @@
 
 #include "toolkit/array.h"
 #include "toolkit/fft.h"
-#include "toolkit/reductions.h"
 
 namespace calc_modul_K9_web_ns {
 
-/// Phase angle of the dominant line of signals of one length. Made once, it serves any number of them.
+/// Phase angle of the dominant line of signals of one length. One object measures any number of them, one at a time.
 class DominantPhase {
 public:
     explicit DominantPhase(int n);
@@ -17,9 +16,8 @@ public:
     int length() const { return window_.numel(); }
 
     /// Angle in radians, in [-pi, pi], of the largest line in the spectrum of x[n] under a periodic Hann window, after
-    /// removal of the mean. Only the lower half of the spectrum is searched: there the angle is that of the
-    /// positive-frequency component, whatever rounding does to the mirror line. The first of equal lines counts.
-    /// NaN if x is empty or holds NaN.
+    /// removal of the mean. Only the lower half of the spectrum is searched, so rounding cannot select the mirror line
+    /// with the opposite angle. The first of equal lines counts. NaN if x is empty or contains NaN.
     double of(coder::samples x) const;
 
 private:
@@ -27,10 +25,10 @@ private:
     coder::column window_;
 };
 
-/// Phase of y's dominant line minus that of x's in radians, not wrapped: in (-2 pi, 2 pi).
+/// Phase of the dominant line of y minus that of x in radians, not wrapped: in (-2 pi, 2 pi).
 double phdiffmeasure(coder::samples x, coder::samples y);
 
-/// The same for several pairs: signals of the shared length need no preparation of their own.
+/// phdiffmeasure for several pairs: signals of the length of `shared` use it, others prepare one of their own.
 double phdiffmeasure(coder::samples x, coder::samples y, const DominantPhase& shared);
 
 }  // namespace calc_modul_K9_web_ns

@@ -4,14 +4,16 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
+#include <vector>
 
 #include "calc/fixed_width_text.h"
 #include "toolkit/array.h"
 #include "toolkit/non_finite.h"
 
 // The records in which the computation returns its results: plain values, owned by the caller, each a small table of
-// named variables with one entry per row. A record of which the computing stage did not run stays as prefill() left it.
+// named variables with one entry per row. If the stage of a record does not run, the record stays as prefill() left it.
 
 namespace calc_modul_K9_web_ns {
 
@@ -39,12 +41,15 @@ struct struct2_T {
 };
 
 using cell_wrap_8 = Labels<phases, 2>;    // row labels
-using cell_wrap_9 = std::array<row, 3>;   // one numeric row per phase
+using cell_wrap_9 = std::array<row, 3>;   // one row of samples or bins per phase
 using cell_wrap_16 = Labels<phases, 4>;   // vertical axis of a spectrum
 using cell_wrap_17 = Labels<phases, 13>;  // horizontal axis of a spectrum
 using cell_wrap_22 = Labels<phases, 7>;   // vertical axis of a distortion spectrum
 
-/// What stands first in every record. The table layer makes as many columns as there are variables.
+/// A row that several cells share, such as a frequency axis; null when there is none.
+using SharedRow = std::shared_ptr<const std::vector<double>>;
+
+/// The first part of every record. `variables` is the number of columns of the result table.
 template <std::size_t Variables>
 struct table_header {
     double dimensions = 2.0;
@@ -121,8 +126,8 @@ struct b_table {
 struct c_table {
     table_header<5> header;
     cell_wrap_8 labels;
-    cell_wrap_9 frequencies;
-    cell_wrap_9 levels;
+    std::array<std::vector<double>, phases> frequencies;
+    std::array<std::vector<double>, phases> levels;
     cell_wrap_22 verticalAxis;
     cell_wrap_17 horizontalAxis;
     struct2_T properties;
@@ -143,12 +148,12 @@ struct e_table {
     column magnitudes;
 };
 
-/// Spectra of one channel set: amplitudes or levels, their frequencies in Hz, and the largest lines.
+/// Spectra of one channel set: amplitudes or levels, their common frequencies in Hz, and the largest lines.
 struct f_table {
     table_header<6> header;
     cell_wrap_8 labels;
     cell_wrap_9 spectra;
-    cell_wrap_9 frequencies;
+    SharedRow frequencies;
     cell_wrap_16 verticalAxis;
     cell_wrap_17 horizontalAxis;
     std::array<e_table, phases> maxima;

@@ -1,12 +1,13 @@
 #include "calc/spectrum.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
+#include <memory>
 
 #include "toolkit/level.h"
 #include "toolkit/peaks.h"
-#include "toolkit/reductions.h"
-#include "toolkit/scalar.h"
+#include "toolkit/ranges.h"
 #include "toolkit/windows.h"
 #include "toolkit/zoom_spectrum.h"
 
@@ -16,17 +17,6 @@ namespace {
 using coder::column;
 using coder::row;
 using coder::samples;
-
-/// Where the sample rate comes from and how far a spectrum is kept, both in Hz.
-struct Form {
-    double rate;
-    double limit;
-};
-constexpr Form form500{500.0, 250.0};
-constexpr Form form10000{10000.0, 1000.0};
-Form formAt(double rate) {
-    return {rate, rate == 500.0 ? 250.0 : 1000.0};
-}
 
 column windowOf(std::string_view name, int n) {
     column window;
@@ -43,7 +33,7 @@ column windowOf(std::string_view name, int n) {
     return window;
 }
 
-/// "fft_mode_1" pads far and cuts the row at the form's limit.
+/// "fft_mode_1" pads by a large factor and cuts the row at the limit of the band.
 bool isCut(const SpectrumOptions& options) {
     return options.transform == option::transformMode1;
 }
@@ -52,28 +42,31 @@ int paddingOf(const ChannelKind& kind, const SpectrumOptions& options) {
     return isCut(options) ? kind.longPadding : 2;
 }
 
-/// The first bins of the spectra of one record length, as rows of amplitudes or levels.
+/// Computes the wanted bins of the spectra of signals of n samples, as rows of amplitudes or levels.
 class SpectrumRows {
 public:
-    SpectrumRows(int n, const Form& form, const ChannelKind& kind, const SpectrumRequest& request)
+    SpectrumRows(int n, const SpectrumBand& band, const ChannelKind& kind, const SpectrumRequest& request)
         : N_(request.N),
           logarithmic_(request.options.scale == option::scaleLevel),
           zoom_(n, paddingOf(kind, request.options), windowOf(request.options.window, n)),
           kept_(zoom_.bins()) {
         const int factor = paddingOf(kind, request.options);
         if (isCut(request.options)) {
-            const double last = std::floor(form.limit * factor * request.N / form.rate);
+            const double last = std::floor(band.limit * factor * request.N / band.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
         }
-        coder::eml_float_colon(0.0, form.rate / (static_cast<double>(n) * factor), form.rate / 2.0, frequencies_,
-                               kept_);
+        row axis;
+        coder::eml_float_colon(0.0, band.rate / (static_cast<double>(n) * factor), band.rate / 2.0, axis, kept_);
+        frequencies_ = std::make_shared<const std::vector<double>>(axis.begin(), axis.end());
     }
 
-    const row& frequencies() const { return frequencies_; }
+    /// The frequencies of the bins in Hz.
+    const coder::SharedRow& frequencies() const { return frequencies_; }
 
     row rowOf(samples x) {
+        assert(kept_ >= 1 && kept_ <= zoom_.bins());
         zoom_.load(x);
-        // Levels need a second bin: the first one takes its value.
+        // Levels need a second bin: bin 0 takes its value.
         const int computed = std::min(std::max(kept_, 2), zoom_.bins());
         row result;
         result.set_size(1, computed);
@@ -96,10 +89,10 @@ private:
     bool logarithmic_;
     coder::ZoomSpectrum zoom_;
     int kept_;
-    row frequencies_;
+    coder::SharedRow frequencies_;
 };
 
-void fillMaxima(const row& spectrum, const row& frequencies, const SpectrumRequest& request, coder::e_table& out) {
+void fillMaxima(const row& spectrum, samples frequencies, const SpectrumRequest& request, coder::e_table& out) {
     constexpr int mostByCount = 20;
     const std::vector<coder::Peak> peaks = request.options.peaksByCriterion
                                                ? coder::peaksByCriterion(spectrum, request.criterion, request.peaks)
@@ -110,54 +103,31 @@ void fillMaxima(const row& spectrum, const row& frequencies, const SpectrumReque
     out.magnitudes.set_size(count);
     for (int i = 0; i < count; ++i) {
         const coder::Peak& peak = peaks[static_cast<std::size_t>(i)];
-        out.frequencies[i] = peak.position <= frequencies.numel() ? frequencies[peak.position - 1] : rtNaN;
+        const std::size_t bin = static_cast<std::size_t>(peak.position) - 1;
+        out.frequencies[i] = bin < frequencies.size() ? frequencies[bin] : rtNaN;
         out.magnitudes[i] = peak.value;
-    }
-}
-
-void fillSpectrum(const ChannelSet& set, const ChannelKind& kind, const Form& form, const SpectrumRequest& request,
-                  coder::f_table& out) {
-    out.prefill(kind);
-    out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : kind.spectrumAxisLabel);
-    const int n = set[0].numel();
-    const bool regular = n > 0 && std::all_of(set.begin(), set.end(), [&](const row& x) {
-                             return x.numel() == n && static_cast<double>(n) == request.N;
-                         });
-    if (!regular) {
-        return;
-    }
-    SpectrumRows rows(n, form, kind, request);
-    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        out.spectra[phase] = rows.rowOf(set[phase]);
-        out.frequencies[phase] = rows.frequencies();
-        fillMaxima(out.spectra[phase], rows.frequencies(), request, out.maxima[phase]);
     }
 }
 
 }  // namespace
 
-void SpectrumParam_fn_mo_305_4(const ChannelSet& set, double fs, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, voltage, formAt(fs), request, out);
-}
-
-void SpectrumParam_fn_mo_305_4I(const ChannelSet& set, double fs, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, current, formAt(fs), request, out);
-}
-
-void SpectrumParam_fn_mo_305_4(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, voltage, form500, request, out);
-}
-
-void SpectrumParam_fn_mo_305_4I(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, current, form500, request, out);
-}
-
-void b_SpectrumParam_fn_mo_305_4(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, voltage, form10000, request, out);
-}
-
-void b_SpectrumParam_fn_mo_305_4I(const ChannelSet& set, const SpectrumRequest& request, coder::f_table& out) {
-    fillSpectrum(set, current, form10000, request, out);
+void measureSpectrum(const ChannelSet& set, const ChannelKind& kind, const SpectrumBand& band,
+                     const SpectrumRequest& request, coder::f_table& out) {
+    out.prefill(kind);
+    out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : kind.spectrumAxisLabel);
+    const int n = set[0].numel();
+    const bool complete = n > 0 && std::all_of(set.begin(), set.end(), [&](const row& x) {
+                              return x.numel() == n && static_cast<double>(n) == request.N;
+                          });
+    if (!complete) {
+        return;
+    }
+    SpectrumRows rows(n, band, kind, request);
+    out.frequencies = rows.frequencies();
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        out.spectra[phase] = rows.rowOf(set[phase]);
+        fillMaxima(out.spectra[phase], *out.frequencies, request, out.maxima[phase]);
+    }
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -2,7 +2,8 @@
 
 #include <cmath>
 
-#include "toolkit/reductions.h"
+#include "toolkit/extremes.h"
+#include "toolkit/sums.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
@@ -26,22 +27,14 @@ std::array<double, coder::table::rows> statisticsOf(samples x) {
     return {mean, rms, peak / rms, largest - smallest};
 }
 
-void fillTimeSignals(ChannelSet&& set, const ChannelKind& kind, coder::b_table& record) {
+}  // namespace
+
+void measureTimeSignals(ChannelSet&& set, const ChannelKind& kind, coder::b_table& record) {
     record.prefill(kind);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         record.variables.statistics[phase].values = statisticsOf(set[phase]);
     }
     record.variables.signals = std::move(set);
-}
-
-}  // namespace
-
-void TimeSignalData_mo_305_4(ChannelSet&& set, coder::b_table& record) {
-    fillTimeSignals(std::move(set), voltage, record);
-}
-
-void TimeSignalData_mo_305_4I(ChannelSet&& set, coder::b_table& record) {
-    fillTimeSignals(std::move(set), current, record);
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -5,13 +5,11 @@
 
 namespace calc_modul_K9_web_ns {
 
-/// Time signals of one channel set with their statistics, in volts (or amperes, the twin ending in I):
-/// mean = sum x / n, rms = sqrt(sum x^2 / n), peak2rms = max|x| / rms, peak2peak = max x - min x. An empty signal gives
-/// NaN; NaN samples make mean and rms NaN and are skipped by the extremes. The record's "peak2rms" carries the unit of
-/// the signal like the other three, although it is a ratio: the unit is part of the interface.
-/// The signals move into the record.
-void TimeSignalData_mo_305_4(ChannelSet&& set, coder::b_table& record);
-void TimeSignalData_mo_305_4I(ChannelSet&& set, coder::b_table& record);
+/// Time signals of one channel set with their statistics, in volts or amperes: mean = sum x / n,
+/// rms = sqrt(sum x^2 / n), peak2rms = max|x| / rms, peak2peak = max x - min x. An empty signal gives NaN; NaN samples
+/// make mean and rms NaN and are skipped by the extremes. The record gives "peak2rms" the unit of the signal, although
+/// it is a ratio: that is part of the interface. The signals move into the record.
+void measureTimeSignals(ChannelSet&& set, const ChannelKind& kind, coder::b_table& record);
 
 }  // namespace calc_modul_K9_web_ns
 

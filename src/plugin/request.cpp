@@ -11,13 +11,13 @@ const std::array<std::int32_t, 4> supportedSub1Types{4, 8, 21, 0};
 
 namespace {
 
-/// The terminating 0 takes part in the comparison, so a type of 0 is accepted.
+/// The terminating 0 is compared too, so type 0 is accepted.
 bool isSupported(std::uint32_t inputType) {
     return std::any_of(supportedSub1Types.begin(), supportedSub1Types.end(),
                        [=](std::int32_t type) { return static_cast<std::uint32_t>(type) == inputType; });
 }
 
-/// What an input type requires. A type that is not listed requires nothing.
+/// What an input type requires. A type that is not in the list requires nothing.
 struct Required {
     std::uint32_t inputType;
     std::int32_t descriptors;

@@ -7,21 +7,21 @@
 #include "calc/calc_modul_K9_web.h"
 #include "rt305_4/rt305_4.h"
 
-// What a host sends, made safe to compute with.
+// Checks the request of a host and converts it to a measurement that is safe to compute with.
 
 /// The accepted input types, ended by 0.
 extern const std::array<std::int32_t, 4> supportedSub1Types;
 
-/// The message of the first check that the request fails, or null. The checks run in a fixed order: outputs, input
+/// The message of the first check that fails, or null. The checks run in a fixed order: outputs, input
 /// type, sample rate and number, operation, number of descriptors, samples of the required channels.
 const char* firstError(const DataProcessRequest& request, const calc_modul_K9_web_ns::Measurement& measurement);
 
 /// True when all eight output pointers are given.
 bool hasAllOutputs(const DataProcessRequest& request);
 
-/// The measurement that a request describes: settings and channels as the host holds them; the samples are not copied.
-/// Descriptors with an unknown kind or phase are skipped, a later one for the same channel replaces an earlier one. A
-/// descriptor without samples, or with a count that no row can hold, makes its channel empty.
+/// The measurement that a request describes. The samples are not copied. Descriptors with an unknown kind or phase are
+/// skipped; a later descriptor for the same channel replaces an earlier one. A descriptor without samples, or with more
+/// than a row can hold, makes its channel empty.
 calc_modul_K9_web_ns::Measurement measurementOf(const DataProcessRequest& request);
 
 /// Gives an empty channel the samples of the other quantity in the same phase.

@@ -1,21 +1,17 @@
 #include "rt305_4/rt305_4.h"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <exception>
+#include <cassert>
 #include <string>
 
 #include "calc/calc_modul_K9_web.h"
+#include "plugin/memory.h"
 #include "plugin/request.h"
-#include "results/rt305_4_i_distortion_table.h"
-#include "results/rt305_4_i_signal_table.h"
-#include "results/rt305_4_i_spectrum_table.h"
-#include "results/rt305_4_param_table.h"
-#include "results/rt305_4_u_distortion_table.h"
-#include "results/rt305_4_u_signal_table.h"
-#include "results/rt305_4_u_spectrum_table.h"
-#include "toolkit/non_finite.h"  // the compiler holds the exported constants against their public declarations
+#include "results/distortion_tables.h"
+#include "results/parameter_tables.h"
+#include "results/signal_tables.h"
+#include "results/spectrum_tables.h"
+#include "toolkit/non_finite.h"  // so that the compiler checks the exported constants against their public declarations
 
 namespace {
 
@@ -23,8 +19,8 @@ using calc_modul_K9_web_ns::Measurement;
 using calc_modul_K9_web_ns::ResultRecords;
 using calc_modul_K9_web_ns::SetRecords;
 
-// Module state: the message of the last failure and the seven result texts, which live until a later call replaces
-// them.
+// Module state: the message of the last failure and the seven result texts. A text is valid until a later call replaces
+// it.
 std::string ErrorString;
 std::string ParamDataStr;
 std::string TimeSignalDataUStr;
@@ -34,14 +30,7 @@ std::string SpectrumParamIStr;
 std::string ParamData_thdUStr;
 std::string ParamData_thdIStr;
 
-/// Has the C++ runtime make the calling thread's exception record while there is memory for it. Made by the first
-/// throw, after a host without that runtime has run out of memory, it would end the process instead of raising
-/// std::bad_alloc.
-void prepareToThrow() {
-    [[maybe_unused]] const volatile int uncaught = std::uncaught_exceptions();
-}
-
-/// What happens when the library is loaded, and unloaded: there the computation's lazy initialisation is undone.
+/// Runs when the library is loaded, and when it is unloaded: then the lazy initialisation of the computation is undone.
 struct Lifetime {
     Lifetime() { prepareToThrow(); }
     Lifetime(const Lifetime&) = delete;
@@ -53,14 +42,15 @@ struct Lifetime {
     }
 } lifetime;
 
-/// The texts of one call. They replace the module's only when all of them are made, so that an exception changes none.
+/// The texts of one call. They replace those of the module only when all are complete, so an exception changes none.
 class NewTexts {
 public:
     template <class Table, class Record>
     void add(std::string& place, Record& record) {
         Table table;
         table.init(record);
-        record = Record();  // the table has its own copy; long records are not held twice
+        record = Record();  // the table has its own copy: long records are not kept twice
+        assert(count_ < made_.size());
         made_[count_++] = {&place, table.toJsonText()};
     }
 
@@ -85,7 +75,7 @@ struct SetResults {
     calc_modul_K9_web_ns::coder::f_table spectrum;
     calc_modul_K9_web_ns::coder::c_table distortion;
 
-    /// Those that the operation shows; no other is computed.
+    /// The record that the operation returns; no other is computed.
     SetRecords shownBy(std::uint32_t operation) {
         return {operation == RT305_4_OPERATION_SIGNALS ? &signals : nullptr,
                 operation == RT305_4_OPERATION_SPECTRUM ? &spectrum : nullptr,
@@ -129,22 +119,6 @@ void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
     addTexts<RT305_4_ISignalTable, RT305_4_ISpectrumTable, RT305_4_IDistortionTable>(
         texts, results.currents, TimeSignalDataIStr, SpectrumParamIStr, ParamData_thdIStr);
     texts.publish();
-}
-
-/// Asks for about the working memory of a call in one piece and gives it back unused. The C library takes the largest
-/// piece given back as its measure of what to return to the system (mallopt(3), M_MMAP_THRESHOLD and M_TRIM_THRESHOLD):
-/// without this hint a host that measures again and again has the same 150 pages mapped anew in every call, which takes
-/// as long as the computation. The C library counts no larger pieces than given here, and long records keep their
-/// memory for the call only.
-void keepMemoryMapped(std::uint64_t samplesNumber) {
-    constexpr std::uint64_t bytesPerSample = 512;  // twice as much is kept: texts of spectra, the old and the new
-    constexpr std::uint64_t largestCounted = 32U << 20U;
-    constexpr std::uint64_t longestKept = 1U << 18U;
-    if (samplesNumber <= longestKept) {
-        const std::uint64_t size = std::min(samplesNumber * bytesPerSample, largestCounted);
-        void* volatile const piece = std::malloc(size);  // volatile: lest the pair be elided
-        std::free(piece);
-    }
 }
 
 void storeTexts(const DataProcessRequest& request) {

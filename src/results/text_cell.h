@@ -2,6 +2,7 @@
 #define RT305_4_RESULTS_TEXT_CELL_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,7 +10,7 @@
 #include "table/mlab_table.h"
 #include "toolkit/array.h"
 
-// From the values of a computation record to the cells of a result table.
+// Converts the values of a computation record to the cells of a result table.
 
 inline MatlabCell textCell(std::string_view text) {
     return MatlabCell(std::string(text));
@@ -19,7 +20,12 @@ inline MatlabCell rowCell(const coder::row& values) {
     return MatlabCell(std::vector<double>(values.begin(), values.end()));
 }
 
-/// Column counts of the records are small doubles; they are truncated toward zero, NaN and negative ones count as none.
+/// A cell that shares its row with others; an empty row for null.
+inline MatlabCell rowCell(const MatlabCell::SharedRow& values) {
+    return values != nullptr ? MatlabCell(values) : MatlabCell(std::vector<double>());
+}
+
+/// Column counts of the records are small doubles: truncated toward zero; NaN and negative counts give 0.
 inline std::uint64_t columnCount(double variables) {
     return variables > 0.0 ? static_cast<std::uint64_t>(variables) : 0;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -14,27 +15,29 @@
 #include "adapter/nlohmann/json.h"
 
 // The JSON library finds the digits of a number by Grisu2 (F. Loitsch, "Printing floating-point numbers quickly and
-// accurately with integers", PLDI 2010, section 5). Here the same digits come from two 128-bit products and no loop.
+// accurately with integers", PLDI 2010, section 5). This file finds the same digits by two 128-bit products, without a
+// loop.
 //
-// A normal number that is no power of two is v = f * u, 2^52 < f < 2^53, u = 2^(E-1075); texts between v - u/2 and
-// v + u/2 read back as v. Grisu2 multiplies v and these two bounds by a stored power of ten 10^s and rounds them to
-// multiples of 2^-q, 32 <= q <= 60. The products are W and the bounds, which it draws in by one multiple each:
-// M- < W < M+. It writes the digits of M+ from the left until what stands there, with zeros for the digits to come, is
-// not below M-; then it counts the last digit down while this comes closer to W and stays above M-.
+// A normal number that is not a power of two is v = f * u, 2^52 < f < 2^53, u = 2^(E-1075); texts between v - u/2 and
+// v + u/2 read back as v. Grisu2 multiplies v and these two bounds by a stored power of ten 10^s and rounds the
+// products to multiples of 2^-q, 32 <= q <= 60. It then moves each bound inwards by one multiple: M- < W < M+. It
+// writes the digits of M+ from the left until the digits so far, followed by zeros, are not below M-. Then it decreases
+// the last digit as long as this comes closer to W and stays above M-.
 //
-// Let t be the integer for which 1 < u * 10^t <= 10, and multiply all by 10^m, m = t - s, exactly. The width of the
-// interval, delta = (M+ - M-) * 10^m, is u * 10^t but for the bits that were rounded or drawn in; so it is below 10.
-// Let D be M+ * 10^m without its fraction; it has 16 or 17 digits.
+// Let t be the integer for which 1 < u * 10^t <= 10, and multiply everything by 10^m, m = t - s, exactly. The width of
+// the interval, delta = (M+ - M-) * 10^m, is u * 10^t less the rounding and the moved bounds, so it is below 10. Let D
+// be M+ * 10^m without its fraction; it has 16 or 17 digits.
 //
-// - If the interval holds a multiple of ten, it holds only one, D less its last digit. Grisu2 stops at that one,
-//   without its trailing zeros. It is not counted down, as the steps would be ten or more.
-// - If it holds none but delta >= 1, Grisu2 stops at D, the largest integer in the interval, and counts down to the
-//   integer nearest to W, of two the larger, provided that this one lies in the interval. It does if both sides of the
-//   interval are at least 1/2. They differ from delta / 2 by less than one scaled multiple of 2^-q, and as M+ - M- is
-//   at least 2^10 - 2 such multiples, delta >= 1 + 2^-8 is enough. Five exponents miss it.
+// - If the interval contains a multiple of ten, it contains only one: D with its last digit set to 0. Grisu2 stops
+// there
+//   and leaves out trailing zeros. It does not decrease a digit, because the steps would be ten or more.
+// - If it contains none but delta >= 1, Grisu2 stops at D, the largest integer in the interval, and decreases it to the
+//   integer nearest to W, the larger one of two, provided that this integer is in the interval. That is so if both
+//   sides of the interval are at least 1/2. They differ from delta / 2 by less than one scaled multiple of 2^-q, and M+
+//   - M- is at least 2^10 - 2 such multiples, so delta >= 1 + 2^-8 is enough. Five exponents do not satisfy it.
 //
-// Powers of two, whose interval is shorter below than above, the numbers with one of those five exponents, subnormal
-// numbers and zero are left to the library's own formatter.
+// The library's own formatter writes powers of two (their interval is shorter below than above), the numbers with one
+// of those five exponents, subnormal numbers and zero.
 
 namespace {
 
@@ -46,7 +49,10 @@ constexpr std::uint64_t bit(int n) {
     return std::uint64_t{1} << n;
 }
 
-/// Powers of ten rounded to 64 bits, without their powers of two: entry i is that of 10^(8i - 300).
+constexpr int firstPower = -300;
+constexpr int powerStep = 8;
+
+/// The leading 64 bits, rounded, of the powers of ten: entry i is for 10^(8i - 300).
 constexpr std::uint64_t scaledPowers[]{
     // clang-format off
     0xAB70FE17C79AC6CA, 0xFF77B1FCBEBCDC4F, 0xBE5691EF416BD60C, 0x8DD01FAD907FFC3C, 0xD3515C2831559A83,
@@ -95,22 +101,32 @@ constexpr std::uint64_t low(Wide x) {
     return static_cast<std::uint64_t>(x);
 }
 
-/// What brings the numbers of one exponent to the same unit, 2^-60: the power 10^s, the factor 10^m * 2^(60-q) for
-/// multiples of 2^-q, and the place of the point if there are sixteen digits. Zeros if the digits cannot be found here.
+/// Scales the numbers of one exponent to the unit 2^-60: the power 10^s, the factor 10^m * 2^(60-q) for multiples of
+/// 2^-q, and the position of the point if there are sixteen digits. All zero if the digits cannot be found here.
 struct Scaling {
     std::uint64_t power = 0;
     std::uint64_t factor = 0;
     std::int64_t point = 0;
 };
 
-/// exponent: E, 1 to 2046. With 78913 / 2^18 for log10(2) and 217706 / 2^16 for log2(10) the floors below are exact for
-/// all exponents: s is the smallest stored power not below (1025 - E) * log10(2), which is the smallest that gives
-/// q <= 60.
+// Logarithms as fractions, precise enough that the floors below are exact for all exponents.
+constexpr int log10Of2 = 78913;  // log10(2) * 2^18 = 78913.2...
+constexpr int log10Bits = 18;
+constexpr int log2Of10 = 217706;  // log2(10) * 2^16 = 217705.9...
+constexpr int log2Bits = 16;
+
+/// exponent: E, 1 to 2046. s is the smallest stored power not below (1025 - E) * log10(2), which is the smallest that
+/// gives q <= 60.
 constexpr Scaling scalingOf(int exponent) {
-    const int index = ((1025 - exponent) * 78913 + (300 << 18) + (1 << 21) - 1) >> 21;
-    const int s = 8 * index - 300;
-    const int t = ((1075 - exponent) * 78913 >> 18) + 1;
-    const int q = 1085 - exponent - (s * 217706 >> 16);
+    constexpr int stepBits = 3;
+    static_assert(powerStep == 1 << stepBits);
+    constexpr int almostOneStep = (1 << (log10Bits + stepBits)) - 1;  // rounds the index up
+    const int index =
+        ((1025 - exponent) * log10Of2 - firstPower * (1 << log10Bits) + almostOneStep) >> (log10Bits + stepBits);
+    const int s = powerStep * index + firstPower;
+    const int t = ((1075 - exponent) * log10Of2 >> log10Bits) + 1;
+    const int q = 1085 - exponent - (s * log2Of10 >> log2Bits);
+    assert(q >= 32 && q <= 60 && t >= s);
     const std::uint64_t power = scaledPowers[index];
     const std::uint64_t factor = powersOfTen[t - s] << (60 - q);
     const std::uint64_t smallestDelta = ((power >> 53U) - 2) * factor;
@@ -124,9 +140,10 @@ constexpr auto scalings = [] {
     }
     return all;
 }();
-static_assert(std::ranges::count(scalings, 0U, &Scaling::factor) == 2 + 5, "the five, and those of 0 and infinity");
+static_assert(std::ranges::count(scalings, 0U, &Scaling::factor) == 2 + 5,
+              "the five, and the exponents of 0 and infinity");
 
-/// The interval of a number in units of 2^-60, scaled by 10^m: M+ in 128 bits, the others as their distance from it.
+/// The interval of a number in units of 2^-60, scaled by 10^m: M+ in 128 bits, W and M- as distances from it.
 struct Interval {
     Wide upper;
     std::uint64_t toValue;
@@ -135,23 +152,23 @@ struct Interval {
 
 /// bits: those of the number.
 Interval intervalOf(std::uint64_t bits, const Scaling& scaling) {
-    const std::uint64_t f = bit(63) | bits << 11U;  // from its first one, which covers what is left of the exponent
+    const std::uint64_t f = bit(63) | bits << 11U;  // the leading one covers the last bit of the exponent
     const Wide value = f * Wide{scaling.power} + bit(63);
-    const Wide reach = Wide{scaling.power >> 54U} << 64U | scaling.power << 10U;
-    const std::uint64_t upper = high(value + reach) - 1;
-    const std::uint64_t lower = high(value - reach) + 1;
+    const Wide halfWidth = Wide{scaling.power >> 54U} << 64U | scaling.power << 10U;
+    const std::uint64_t upper = high(value + halfWidth) - 1;
+    const std::uint64_t lower = high(value - halfWidth) + 1;
     return {upper * Wide{scaling.factor}, (upper - high(value)) * scaling.factor, (upper - lower) * scaling.factor};
 }
 
-/// v = 0.d1 d2 ... d17 * 10^point, d1 > 0; all zero for a number that is left to the library.
+/// v = 0.d1 d2 ... d17 * 10^point, d1 > 0; all zero for a number that the library formats.
 struct Decimal {
     std::uint64_t first16;
     std::uint32_t last;
     std::int32_t point;
 };
 
-/// The digits of a number from its interval. Which of the cases holds is chance, so they are chosen without branches.
-/// pointOf16: where the point stands if there are sixteen digits and not seventeen.
+/// The digits of a number from its interval. The case is unpredictable, so it is selected without branches.
+/// pointOf16: position of the point if there are sixteen digits and not seventeen.
 Decimal digitsIn(const Interval& interval, std::int64_t pointOf16) {
     const auto whole = static_cast<std::uint64_t>(interval.upper >> 60U);
     const std::uint64_t tens = whole / 10;
@@ -169,30 +186,44 @@ Decimal decimalOf(double value) {
     return digitsIn(intervalOf(bits, scaling), scaling.point);
 }
 
-// Lanes of digits are split in halves, all at once: the upper half q by a product with a rounded reciprocal, and
-// q + ((x - n*q) << k), n the power of ten between the halves, which for one lane is (x << k) - q*((n << k) - 1).
+// Numbers are split in halves, several of them side by side in the lanes of a word. For a number x with upper half q =
+// floor(x / n), n a power of ten, a lane twice as wide gets q in its low and x - n*q in its high half of k bits:
+//     q + ((x - n*q) << k) = (x << k) - q * ((n << k) - 1).
+// q is the product of x with a rounded reciprocal, floor(x * r / 2^b), r = ceil(2^b / n); this is exact for the ranges
+// of x below.
+
+constexpr std::uint64_t reciprocalOf(int n, int bits) {
+    return (bit(bits) + static_cast<std::uint64_t>(n) - 1) / static_cast<std::uint64_t>(n);
+}
+constexpr std::uint64_t perTenThousand = reciprocalOf(10000, 40);  // x < 10^8
+constexpr auto perHundred =
+    static_cast<std::int16_t>(reciprocalOf(100, 19));  // x < 10^4: 16 bits by the product, 3 by a shift
+constexpr auto perTen = static_cast<std::int16_t>(reciprocalOf(10, 16));  // x < 100
+static_assert(perTenThousand == 109951163 && perHundred == 5243 && perTen == 6554);
 
 /// Two lanes of four digits of x < 10^8, the first in the lower.
 std::uint64_t foursOf(std::uint64_t x) {
-    return (x << 32U) - (x * 109951163U >> 40U) * ((powersOfTen[4] << 32U) - 1);
+    assert(x < powersOfTen[8]);
+    return (x << 32U) - (x * perTenThousand >> 40U) * ((powersOfTen[4] << 32U) - 1);
 }
 
 /// Sixteen digits of x < 10^16, one in each byte, the first in the lowest.
 __m128i sixteenDigits(std::uint64_t x) {
+    assert(x < powersOfTen[16]);
     const std::uint64_t first8 = x / powersOfTen[8];
     const std::uint64_t next8 = x - first8 * powersOfTen[8];
     const __m128i fours{static_cast<std::int64_t>(foursOf(first8)), static_cast<std::int64_t>(foursOf(next8))};
-    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(perHundred)), 3);
     const __m128i twos = hundreds + _mm_slli_epi32(fours - _mm_madd_epi16(hundreds, _mm_set1_epi16(100)), 16);
-    const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
+    const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(perTen));
     return tens + _mm_slli_epi16(twos - _mm_mullo_epi16(tens, _mm_set1_epi16(10)), 8);
 }
 
-/// The digits of a decimal, ready to be written.
+/// The digits of a decimal, one in each byte.
 struct Digits {
     explicit Digits(const Decimal& x) : first16(sixteenDigits(x.first16)), last(x.last) {}
 
-    /// The digits before the trailing zeros.
+    /// Number of digits before the trailing zeros.
     int count() const {
         const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(first16, _mm_setzero_si128()));
         const std::uint32_t nonZeros = (static_cast<std::uint32_t>(zeros) ^ 0xFFFFU) | last << 16U;
@@ -209,7 +240,7 @@ void writeDigits(char* out, const Digits& x) {
     out[16] = static_cast<char>(x.last | '0');
 }
 
-/// For a point among sixteen characters: ones in the bytes before it, and zeros with the point as characters.
+/// For a point among sixteen characters: a mask of the bytes before it, and ASCII zeros with the point.
 struct PointAt {
     __m128i before;
     __m128i characters;
@@ -232,10 +263,11 @@ constexpr auto pointsAt = [] {
 
 /// point: 1 to 15.
 void writeDigitsWithPoint(char* out, const Digits& x, int point) {
+    assert(point >= 1 && point <= 15);
     const PointAt& at = pointsAt[static_cast<std::size_t>(point)];
     const __m128i behind = _mm_slli_si128(x.first16 & ~at.before, 1);
     const __m128i characters = (x.first16 & at.before) | behind | at.characters;
-    writeDigits(out + 1, x);  // the last two stay
+    writeDigits(out + 1, x);  // only the last two are kept
     std::memcpy(out, &characters, 16);
 }
 
@@ -250,7 +282,7 @@ char* writeExponent(char* out, int exponent) {
     return out;
 }
 
-/// Plain notation for 10^-4 <= v < 10^15, with ".0" behind whole numbers; beyond d.ddde+dd.
+/// Plain notation for 10^-4 <= v < 10^15, with ".0" after integers; d.ddde+dd otherwise.
 char* writeDecimal(char* out, const Digits& x, int point) {
     const int count = x.count();
     if (0 < point && point <= 15) {
@@ -267,7 +299,7 @@ char* writeDecimal(char* out, const Digits& x, int point) {
     return writeExponent(out + (count == 1 ? 1 : count + 1), point - 1);
 }
 
-/// By the library's own formatter.
+/// Numbers whose digits are not found here: by the library's own formatter.
 [[gnu::noinline]] char* writeOther(char* out, double value) {
     if (!std::isfinite(value)) {
         return std::copy_n("null", 4, out);
@@ -291,8 +323,8 @@ char* writeJsonNumber(char* out, double value) {
     return write(out, value, decimalOf(value));
 }
 
-// The decimals of a block are found before one is written. Each half of the work is a chain of steps that wait for each
-// other; the shorter the chain, the more numbers a processor has under way at once.
+// All decimals of a block are found before the first is written. Each half of the work is a chain of dependent steps;
+// the shorter the chain, the more numbers the processor can work on at once.
 char* writeJsonNumbers(char* out, std::span<const double> values) {
     std::array<Decimal, 64> decimals;
     while (!values.empty()) {

@@ -8,12 +8,12 @@
 inline constexpr std::size_t longestJsonNumber = 24;
 inline constexpr std::size_t roomForJsonNumber = 32;
 
-/// Writes the JSON text of a number, byte for byte what the JSON library's dump gives, and returns its end. A number
-/// that is not finite is null. The text reads back as the same number; it is nearly always, not always, the shortest
-/// such text. Bytes of the room behind the end are undefined.
+/// Writes the JSON text of a number, byte for byte as the JSON library's dump, and returns its end. A non-finite number
+/// gives null. The text reads back as the same number; it is nearly always, but not always, the shortest such text.
+/// `out` has roomForJsonNumber bytes, of which those after the end are undefined.
 char* writeJsonNumber(char* out, double value);
 
-/// Writes the numbers one by one, a comma behind each.
+/// Writes the numbers in order, a comma after each.
 char* writeJsonNumbers(char* out, std::span<const double> values);
 
 #endif

@@ -11,6 +11,7 @@ std::int64_t MatlabCell::objectsCounter = 0;
 
 namespace {
 
+const MatlabCell::SharedRow noRow;
 const std::vector<double> noDoubles;
 const std::vector<std::int64_t> noInts;
 const std::vector<std::uint64_t> noUInts;
@@ -19,6 +20,7 @@ template <class... Arguments>
 std::string formatted(const char* format, Arguments... arguments) {
     char buffer[64];
     const int length = std::snprintf(buffer, sizeof buffer, format, arguments...);
+    assert(length > 0 && static_cast<std::size_t>(length) < sizeof buffer);
     return {buffer, static_cast<std::size_t>(length)};
 }
 
@@ -31,7 +33,7 @@ struct ToText {
     }
     std::string operator()(std::int64_t value) const { return formatted("%lld", static_cast<long long>(value)); }
     std::string operator()(double value) const { return formatted("%.10e", value); }
-    std::string operator()(const std::vector<double>& row) const { return rowSize(row.size(), "double"); }
+    std::string operator()(const MatlabCell::SharedRow& row) const { return rowSize(row->size(), "double"); }
     std::string operator()(const std::vector<std::int64_t>& row) const { return rowSize(row.size(), "int64"); }
     std::string operator()(const std::vector<std::uint64_t>& row) const { return rowSize(row.size(), "uint64"); }
     template <class OwnedTable>
@@ -65,13 +67,17 @@ MatlabCell::MatlabCell(std::unique_ptr<MatlabTable> table) : MatlabCell(Value(Ow
     assert(toMatlabTable() != nullptr);
 }
 
+MatlabCell::MatlabCell(SharedRow values) : MatlabCell(Value(std::move(values))) {
+    assert(std::get<SharedRow>(value_) != nullptr);
+}
+
 MatlabCell::MatlabCell(const MatlabCell& other) : MatlabCell(other.value_) {
     id_ = other.id_;
 }
 MatlabCell::MatlabCell(MatlabCell&& other) noexcept : MatlabCell(std::exchange(other.value_, Value())) {
     id_ = other.id_;
 }
-// The source may stand in the table that this cell owns and is about to lose: its value is taken first.
+// The source may be part of the table that this cell owns and is about to release, so its value is taken first.
 MatlabCell& MatlabCell::operator=(const MatlabCell& other) {
     if (this != &other) {
         Value value(other.value_);
@@ -115,7 +121,8 @@ const std::vector<std::uint64_t>& MatlabCell::toUIntVector(bool* ok) const {
     return valueOr(noUInts, ok);
 }
 const std::vector<double>& MatlabCell::toDoubleVector(bool* ok) const {
-    return valueOr(noDoubles, ok);
+    const SharedRow& row = valueOr(noRow, ok);
+    return row != nullptr ? *row : noDoubles;
 }
 
 MatlabTable* MatlabCell::toMatlabTable(bool* ok) const {

@@ -11,7 +11,7 @@
 class MatlabTable;
 
 /// One value of a table: a text, a number, a row of numbers, or a nested table that the cell owns.
-/// The type is fixed by the constructor and changes only by assignment. Copies keep the id of their source.
+/// The type is set by the constructor and changes only by assignment. Copies keep the id of their source.
 class MatlabCell {
 public:
     enum class CellDataType : std::uint32_t {
@@ -26,7 +26,11 @@ public:
         unsignedVector = 8
     };
 
-    /// Number of ids handed out so far, and number of live cells. Neither is locked: one thread at a time makes cells.
+    /// A row of doubles that several cells share.
+    using SharedRow = std::shared_ptr<const std::vector<double>>;
+
+    /// Number of ids given so far, and number of live cells. Neither is locked: only one thread at a time may make
+    /// cells.
     static std::int64_t cellCounter;
     static std::int64_t objectsCounter;
 
@@ -41,7 +45,10 @@ public:
     explicit MatlabCell(const MatlabTable& table);
     /// Takes the table over; not null.
     explicit MatlabCell(std::unique_ptr<MatlabTable> table);
-    explicit MatlabCell(std::vector<double> values) : MatlabCell(Value(std::move(values))) {}
+    explicit MatlabCell(std::vector<double> values)
+        : MatlabCell(std::make_shared<const std::vector<double>>(std::move(values))) {}
+    /// Shares the row; not null.
+    explicit MatlabCell(SharedRow values);
     explicit MatlabCell(std::vector<std::int64_t> values) : MatlabCell(Value(std::move(values))) {}
     explicit MatlabCell(std::vector<std::uint64_t> values) : MatlabCell(Value(std::move(values))) {}
     /// Narrow elements are widened: signed ones to 64-bit signed, unsigned ones to 64-bit unsigned, float to double.
@@ -54,15 +61,14 @@ public:
     explicit MatlabCell(const std::vector<float>& values)
         : MatlabCell(std::vector<double>(values.begin(), values.end())) {}
 
-    /// A cell that was moved from has no value.
+    /// A moved-from cell has no value.
     MatlabCell(const MatlabCell& other);
     MatlabCell(MatlabCell&& other) noexcept;
     MatlabCell& operator=(const MatlabCell& other);
     MatlabCell& operator=(MatlabCell&& other) noexcept;
     virtual ~MatlabCell();
 
-    /// Typed access. *ok, when given, tells whether the cell has the asked type; the result is 0 or empty when it has
-    /// not.
+    /// Typed access. *ok, when given, is set to whether the cell has that type; if not, the result is 0 or empty.
     std::uint64_t toUInt(bool* ok = nullptr) const;
     std::int64_t toInt(bool* ok = nullptr) const;
     double toDouble(bool* ok = nullptr) const;
@@ -79,7 +85,7 @@ public:
     std::int64_t getCellId() const { return id_; }
 
 private:
-    /// A table that is copied by its virtual clone.
+    /// A table whose copies are made by its virtual clone.
     class OwnedTable {
     public:
         explicit OwnedTable(std::unique_ptr<MatlabTable> table);
@@ -95,8 +101,8 @@ private:
     };
 
     /// The index of the alternative is the CellDataType.
-    using Value = std::variant<std::monostate, std::string, std::uint64_t, std::int64_t, double, OwnedTable,
-                               std::vector<double>, std::vector<std::int64_t>, std::vector<std::uint64_t>>;
+    using Value = std::variant<std::monostate, std::string, std::uint64_t, std::int64_t, double, OwnedTable, SharedRow,
+                               std::vector<std::int64_t>, std::vector<std::uint64_t>>;
 
     explicit MatlabCell(Value value);
 

@@ -1,13 +1,14 @@
 #include "table/mlab_table.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <limits>
 #include <new>
 
 namespace {
 
-/// rows * cols, or an exception when no memory could hold that many cells.
+/// rows * cols; throws when that many cells exceed the address space.
 std::size_t cellCount(std::uint64_t cols, std::uint64_t rows) {
     constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max() / sizeof(MatlabCell);
     if (rows != 0 && cols > most / rows) {
@@ -22,7 +23,7 @@ std::uint64_t countOf(int n) {
 
 void printLine(std::string line) {
     line += '\n';
-    // Whether standard output takes the line is its owner's affair.
+    // Errors of standard output are left to its owner.
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
     static_cast<void>(std::fflush(stdout));
 }
@@ -78,6 +79,7 @@ void MatlabTable::resize(std::uint64_t cols, std::uint64_t rows) {
     cells_ = std::move(cells);
     rows_ = rows;
     cols_ = cols;
+    assert(cells_.size() == rows_ * cols_ && columnNames_.size() == cols_);
 }
 
 const MatlabCell* MatlabTable::findCell(std::uint64_t col, std::uint64_t row) const {

@@ -8,8 +8,8 @@
 #include "adapter/nlohmann/json_fwd.h"
 #include "table/mlab_cell.h"
 
-/// A grid of cells with a column schema and a name, both supplied by derived classes.
-/// Every operation that takes two indexes or two counts takes the column first.
+/// A grid of cells with a column schema and a name; derived classes supply both.
+/// Operations that take two indexes or two counts take the column first.
 class MatlabTable {
 public:
     struct Column {
@@ -20,8 +20,8 @@ public:
 
     MatlabTable() = default;
     MatlabTable(int cols, int rows);
-    /// Copies take the cells (with their ids, nested tables cloned) but not the column names; a table without rows or
-    /// columns, and a null pointer, give a table without either.
+    /// Copies have the cells (with their ids, nested tables cloned) but no column names. A table without rows or
+    /// columns, or a null pointer, gives a table without either.
     MatlabTable(const MatlabTable& other);
     explicit MatlabTable(const MatlabTable* other);
     MatlabTable& operator=(const MatlabTable&) = delete;
@@ -40,23 +40,23 @@ public:
 
     std::uint64_t getRowNum() const { return rows_; }
     std::uint64_t getColNum() const { return cols_; }
-    /// Keeps the cells that stand in both sizes; all others are new and without value.
+    /// Keeps the cells that are within both the old and the new size; all others are new and have no value.
     void resize(std::uint64_t cols, std::uint64_t rows);
-    /// The cell in place; null outside the table.
+    /// The cell at a position; null outside the table.
     const MatlabCell* findCell(std::uint64_t col, std::uint64_t row) const;
     MatlabCell getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const;
-    /// Does nothing when the place lies outside the table.
+    /// Does nothing when the position is outside the table.
     void setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell);
     void setColumnName(std::uint64_t col, const std::string& name);
-    /// The name by the scheme (not the one set above); empty beyond the scheme.
+    /// The name in the scheme (not the one set by setColumnName); empty beyond the scheme.
     std::string getColumnName(std::uint64_t col) const;
-    /// One more than the longest of minWidth, the column's name and its values; minWidth itself without cells.
+    /// One more than the longest of minWidth, the column name and the values; minWidth itself without cells.
     int getColumnWidth(std::uint64_t col, int minWidth) const;
-    /// Removing the only row removes the columns as well.
+    /// Removing the only row also removes the columns.
     void removeRow(std::uint64_t row);
     void remove();
     void printCellIds() const;
-    /// The text of toJson(), written without a value in between.
+    /// The text of toJson(), written directly, without building the value.
     std::string toJsonText() const;
     nlohmann::json getJsonValue(std::uint64_t col, std::uint64_t row) const;
 

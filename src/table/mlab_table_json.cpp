@@ -1,6 +1,5 @@
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <cassert>
 #include <map>
 #include <span>
 #include <string>
@@ -10,7 +9,7 @@
 #include "table/json_number.h"
 #include "table/mlab_table.h"
 
-// A table's JSON form is made by one traversal, which serves a sink that builds a value and one that writes text.
+// One traversal makes the JSON form of a table. Its sink either builds a value or writes text.
 
 namespace {
 
@@ -28,7 +27,10 @@ public:
     void beginObject() { open(json::object()); }
     void beginArray() { open(json::array()); }
     void key(const std::string& key) { next_ = &(*open_.back())[key]; }
-    void end() { open_.pop_back(); }
+    void end() {
+        assert(!open_.empty());
+        open_.pop_back();
+    }
 
 private:
     json* place() {
@@ -58,15 +60,17 @@ public:
         char text[roomForJsonNumber];
         out_.append(text, writeJsonNumber(text, value));
     }
+    /// A row that several cells share, a frequency axis, is formatted once and copied.
     void value(const std::vector<double>& row) {
         separate();
         const std::size_t start = out_.size();
-        if (const Written* const same = rowWritten(row)) {
-            out_.append(out_, same->start, same->length);
-        } else {
+        const auto [known, isNew] = written_.try_emplace(&row, Written{start, 0});
+        if (isNew) {
             appendRow(row);
+            known->second.length = out_.size() - start;
+        } else {
+            out_.append(out_, known->second.start, known->second.length);
         }
-        lastRows_ = {Written{&row, start, out_.size() - start}, lastRows_[0]};
     }
     template <class Integer>
     void value(const std::vector<Integer>& row) {
@@ -91,28 +95,19 @@ public:
         first_ = true;
     }
     void end() {
+        assert(!closing_.empty());
         out_ += closing_.back();
         closing_.pop_back();
         first_ = false;
     }
 
 private:
-    /// A row and where its text stands.
+    /// The text of a row.
     struct Written {
-        const std::vector<double>* row = nullptr;
-        std::size_t start = 0;
-        std::size_t length = 0;
+        std::size_t start;
+        std::size_t length;
     };
 
-    /// The last two rows are remembered: the phases of a set share the second row of theirs, the frequency axis.
-    const Written* rowWritten(const std::vector<double>& row) const {
-        const auto same = [&](const Written& last) {
-            return last.row != nullptr && last.row->size() == row.size() && !row.empty() &&
-                   std::memcmp(last.row->data(), row.data(), row.size() * sizeof(double)) == 0;
-        };
-        const auto found = std::find_if(lastRows_.begin(), lastRows_.end(), same);
-        return found != lastRows_.end() ? found : nullptr;
-    }
     void appendRow(std::span<const double> row) {
         constexpr std::size_t blockSize = 64;
         char block[blockSize * roomForJsonNumber];
@@ -120,7 +115,7 @@ private:
         while (!row.empty()) {
             const auto some = row.first(std::min(row.size(), blockSize));
             row = row.subspan(some.size());
-            // The comma behind the last number is none of the text.
+            // The comma after the last number is not part of the text.
             out_.append(block, writeJsonNumbers(block, some) - (row.empty() ? 1 : 0));
         }
         out_ += ']';
@@ -144,11 +139,11 @@ private:
 
     std::string& out_;
     std::string closing_;
-    std::array<Written, 2> lastRows_;
+    std::map<const std::vector<double>*, Written> written_;  // by address: rows live longer than the sink
     bool first_ = true;
 };
 
-/// Room that the text of a table will hardly exceed.
+/// Length that the text of a table rarely exceeds.
 std::size_t textRoom(const MatlabTable& table) {
     constexpr std::size_t keyAndShortValue = 64;
     std::size_t room = keyAndShortValue;
@@ -164,13 +159,13 @@ std::size_t textRoom(const MatlabTable& table) {
     return room;
 }
 
-/// The key of a column without a name: the literal cut at its front by the column's index.
+/// The key of a column without a name: the literal less as many leading characters as the column's index.
 const char* unnamedKey(std::uint64_t col) {
     static constexpr char literal[] = "column";
     return literal + std::min<std::uint64_t>(col, sizeof literal - 1);
 }
 
-/// Keys in the order of the JSON text, with their columns. Of columns with the same key the last one counts.
+/// Keys in the order of the JSON text, with their columns. Of columns with the same key the last one is used.
 std::map<std::string, std::uint64_t> keysOf(const MatlabTable::Scheme& scheme, std::uint64_t cols) {
     std::map<std::string, std::uint64_t> keys;
     for (std::uint64_t col = 0; col < cols; ++col) {
@@ -180,7 +175,7 @@ std::map<std::string, std::uint64_t> keysOf(const MatlabTable::Scheme& scheme, s
     return keys;
 }
 
-/// Result texts are printable ASCII. Three bytes of the devices' code page have a letter, all others become blanks.
+/// Result texts are printable ASCII. Three bytes of the code page of the devices become letters, all others blanks.
 std::string printableAscii(std::string text) {
     for (char& c : text) {
         switch (static_cast<unsigned char>(c)) {

@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace coder {
 
-/// Complex double. Arrays of it store the pairs interleaved.
+/// Complex double. Arrays store re and im interleaved.
 struct creal_T {
     double re;
     double im;
@@ -26,10 +27,10 @@ inline creal_T times(creal_T a, creal_T b) {
     return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
 }
 
-/// Resizable column-major array of N dimensions with 32-bit extents, for plain element types.
+/// Resizable column-major array of N dimensions with 32-bit extents, for trivially copyable elements.
 /// One dimension is a column; a row is a two-dimensional array of one row. Memory grows geometrically and never
-/// shrinks. An array either owns its elements or views those of somebody else, which it never frees. Elements that a
-/// resize adds are undefined: the caller writes them.
+/// shrinks. An array either owns its elements or is a view of memory that it never frees. Elements that a resize adds
+/// are undefined until the caller writes them.
 template <class T, int N>
 class array {
     static_assert(N == 1 || N == 2);
@@ -38,7 +39,7 @@ class array {
 public:
     array() = default;
 
-    /// A row that owns a copy of the values, without spare capacity.
+    /// A row that owns a copy of the values, with no spare capacity.
     explicit array(const std::vector<T>& values) requires(N == 2) {
         allocateExactly(checkedLength(values.size()));
         std::copy(values.begin(), values.end(), data_);
@@ -46,7 +47,7 @@ public:
         size_[1] = numel_;
     }
 
-    /// A row that views n elements owned by the caller, who keeps them alive.
+    /// A row that is a view of n elements; the caller owns them and keeps them alive.
     static array view(T* data, std::size_t n) requires(N == 2) {
         array row;
         row.numel_ = row.capacity_ = row.size_[1] = checkedLength(n);
@@ -84,8 +85,8 @@ public:
         size_[1] = columns;
     }
 
-    /// Makes room for n elements and sets numel to n. A growing array takes the larger of its capacity and 16, doubled
-    /// until n fits (beyond 2^30 - 1 elements: the largest count there is), and keeps its first numel elements.
+    /// Makes room for n elements and sets numel to n. The new capacity is the larger of the old one and 16, doubled
+    /// until n fits; beyond 2^30 - 1 it is the largest 32-bit count. The first numel elements are kept.
     void ensureCapacity(int n) {
         assert(n >= 0);
         if (n > capacity_) {
@@ -127,6 +128,7 @@ private:
     }
 
     void allocateExactly(int n) {
+        assert(n >= 0);
         data_ = new T[static_cast<std::size_t>(n)];
         numel_ = capacity_ = n;
         owner_ = true;
@@ -138,6 +140,7 @@ private:
         while (wanted < n) {
             wanted = wanted > lastDoubled ? std::numeric_limits<int>::max() : wanted * 2;
         }
+        assert(wanted >= n && wanted > numel_);
         T* const block = new T[static_cast<std::size_t>(wanted)];
         std::copy(data_, data_ + numel_, block);
         release();
@@ -172,6 +175,7 @@ private:
     int size_[N] = {};
 };
 
+using samples = std::span<const double>;
 using row = array<double, 2>;
 using column = array<double, 1>;
 using complex_row = array<creal_T, 2>;

@@ -1,12 +1,14 @@
 #include "toolkit/fft_kernels.h"
 
 #include <algorithm>
-#include "toolkit/vector_code.h"
+#include <cassert>
+
+#include "toolkit/simd.h"
 
 namespace coder {
 namespace {
 
-/// Complex numbers side by side, `width` of them.
+/// `width` complex numbers, one in each vector lane.
 template <int width>
 struct Complex {
     using Part = typename Lanes<width>::type;
@@ -46,7 +48,7 @@ ALWAYS_INLINE inline void pick(const typename Lanes<width>::type& a, const typen
     (std::make_integer_sequence<int, width>{});
 }
 
-/// Complex numbers stored as pairs, and back.
+/// Loads complex numbers that are stored as pairs re, im.
 template <int width>
 ALWAYS_INLINE inline Complex<width> loadPairs(const double* from) {
     if constexpr (width == 1) {
@@ -66,7 +68,7 @@ ALWAYS_INLINE inline Complex<width> loadPairs(const double* from) {
 template <int width>
 ALWAYS_INLINE inline void interleave(const typename Lanes<width>::type& a, const typename Lanes<width>::type& b,
                                      typename Lanes<width>::type& low, typename Lanes<width>::type& high) {
-    if constexpr (width == 4) {  // the two steps that AVX2 has instructions for
+    if constexpr (width == 4) {  // two steps, each a single AVX2 instruction
         typename Lanes<width>::type even;
         typename Lanes<width>::type odd;
         pick<width>(a, b, even, [](int i) { return i % 2 == 0 ? i : i - 1 + width; });
@@ -79,6 +81,7 @@ ALWAYS_INLINE inline void interleave(const typename Lanes<width>::type& a, const
     }
 }
 
+/// Stores complex numbers as pairs re, im.
 template <int width>
 ALWAYS_INLINE inline void storePairs(const Complex<width>& z, double* to) {
     Complex<width> raw = z;
@@ -88,6 +91,7 @@ ALWAYS_INLINE inline void storePairs(const Complex<width>& z, double* to) {
     store(raw, {to, to + width}, 0);
 }
 
+/// The lanes in reverse order.
 template <int width>
 ALWAYS_INLINE inline Complex<width> reversed(const Complex<width>& z) {
     Complex<width> out = z;
@@ -98,7 +102,7 @@ ALWAYS_INLINE inline Complex<width> reversed(const Complex<width>& z) {
     return out;
 }
 
-/// sin(2 pi k / n) by its power series, in extended precision up to the last step.
+/// sin(2 pi k / n) by its power series, in extended precision; only the result is rounded to double.
 constexpr double sine(int k, int n) {
     const int turn = k % n;
     const long double x = 6.28318530717958647692528676655900577L * (2 * turn > n ? turn - n : turn) / n;
@@ -114,9 +118,9 @@ constexpr double cosine(int k, int n) {
     return sine(4 * k + n, 4 * n);
 }
 
-/// z e^(-2 pi i k / n)
+/// z e^(-2 pi i k / n). A multiple of an eighth of the circle needs no or one constant.
 template <int k, int n, int width>
-ALWAYS_INLINE inline Complex<width> turned(const Complex<width>& z) {
+ALWAYS_INLINE inline Complex<width> timesRoot(const Complex<width>& z) {
     constexpr int eighth = 8 * k % n == 0 ? 8 * k / n % 8 : -1;
     constexpr double diagonal = 0.70710678118654752440;
     if constexpr (eighth == 0) {
@@ -126,7 +130,7 @@ ALWAYS_INLINE inline Complex<width> turned(const Complex<width>& z) {
     } else if constexpr (eighth == 2) {
         return {z.im, -z.re};
     } else if constexpr (eighth > 2) {
-        return turned<2 * n, 8 * n>(turned<(eighth - 2) * n, 8 * n>(z));
+        return timesRoot<2 * n, 8 * n>(timesRoot<(eighth - 2) * n, 8 * n>(z));
     } else {
         constexpr double c = cosine(k, n);
         constexpr double s = sine(k, n);
@@ -134,6 +138,7 @@ ALWAYS_INLINE inline Complex<width> turned(const Complex<width>& z) {
     }
 }
 
+/// The smallest prime factor of n >= 2.
 constexpr int smallestFactor(int n) {
     int factor = 2;
     while (n % factor != 0) {
@@ -142,8 +147,8 @@ constexpr int smallestFactor(int n) {
     return factor;
 }
 
-/// Transforms z[0], z[stride], ... z[(n-1) stride] in place, for an odd prime n by the definition: a bin and its mirror
-/// share their products, with the sums and the differences of mirrored inputs.
+/// Transforms z[0], z[stride], ... z[(n-1) stride] in place for an odd prime n, by the definition. A bin and its mirror
+/// share their products: cosines multiply the sums, sines the differences of mirrored inputs.
 template <int n, int stride, int width>
 ALWAYS_INLINE inline void oddButterfly(Complex<width>* z) {
     constexpr int pairs = (n - 1) / 2;
@@ -171,7 +176,10 @@ ALWAYS_INLINE inline void oddButterfly(Complex<width>* z) {
     });
 }
 
-/// The same for any n, composite n by the factorisation of J. W. Cooley and J. W. Tukey, Math. Comp. 19 (1965).
+/// Transforms z[0], z[stride], ... z[(n-1) stride] in place for any n. With n = a b, the indices m = b j + i of the
+/// inputs and k = k1 + a k2 of the bins, j, k1 < a and i, k2 < b, the sum over m splits into
+///     X[k1 + a k2] = sum_i e^(-2 pi i i k2 / b) ( e^(-2 pi i i k1 / n) sum_j e^(-2 pi i j k1 / a) z[b j + i] ).
+/// J. W. Cooley, J. W. Tukey, Math. Comp. 19 (1965).
 template <int n, int stride, int width>
 ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
     constexpr int a = smallestFactor(n);
@@ -184,24 +192,28 @@ ALWAYS_INLINE inline void butterfly(Complex<width>* z) {
         oddButterfly<n, stride>(z);
     } else {
         unroll<b>([&](auto i) ALWAYS_INLINE {
+            // 1. Transform over j, length a: bin k1 replaces input j = k1.
             butterfly<a, b * stride>(z + i * stride);
-            unroll<a>([&](auto j) ALWAYS_INLINE {
-                Complex<width>& value = z[(b * j + i) * stride];
-                value = turned<i * j, n>(value);
+            // 2. Multiply by the twiddle factors e^(-2 pi i i k1 / n).
+            unroll<a>([&](auto k1) ALWAYS_INLINE {
+                Complex<width>& value = z[(b * k1 + i) * stride];
+                value = timesRoot<i * k1, n>(value);
             });
         });
-        unroll<a>([&](auto j) ALWAYS_INLINE { butterfly<b, stride>(z + b * j * stride); });
+        // 3. Transform over i, length b: bin k1 + a k2 is now at b k1 + k2.
+        unroll<a>([&](auto k1) ALWAYS_INLINE { butterfly<b, stride>(z + b * k1 * stride); });
+        // 4. Sort: k1 = k % a, k2 = k / a.
         Complex<width> sorted[n];
         unroll<n>([&](auto k) ALWAYS_INLINE { sorted[k] = z[(k % a * b + k / a) * stride]; });
         unroll<n>([&](auto k) ALWAYS_INLINE { z[k * stride] = sorted[k]; });
     }
 }
 
-/// Stores z[radix], lane p of z[j] at radix p + j. radix is a power of two.
+/// Stores lane p of z[j] at radix p + j, j < radix, for a radix that is a power of two.
 template <int radix, int width>
 ALWAYS_INLINE inline void storeTransposed(Complex<width>* z, const Split& to, std::ptrdiff_t at) {
     if constexpr (width > 1) {
-        for (int round = 1; round < radix; round *= 2) {  // a round moves one bit of the index to the lanes' side
+        for (int round = 1; round < radix; round *= 2) {  // a round moves one bit of j into the lanes
             Complex<width> mixed[radix];
             unroll<radix / 2>([&](auto i) ALWAYS_INLINE {
                 interleave<width>(z[i].re, z[i + radix / 2].re, mixed[2 * i].re, mixed[2 * i + 1].re);
@@ -213,7 +225,8 @@ ALWAYS_INLINE inline void storeTransposed(Complex<width>* z, const Split& to, st
     unroll<radix>([&](auto i) ALWAYS_INLINE { store(z[i], to, at + i * width); });
 }
 
-/// A pass with s = 1: the lanes run along p. Too short a row, or a radix that is no power of two, goes one by one.
+/// A pass with s = 1: the lanes run along p. A row shorter than the vector, or a radix that is not a power of two, is
+/// computed one element at a time. The last vector of a row may overlap the one before it.
 template <int radix>
 struct FirstPass {
     template <int width>
@@ -236,7 +249,7 @@ struct FirstPass {
     }
 };
 
-/// A pass with s > 1: the lanes run along q, narrower when a row is shorter than the vector.
+/// A pass with s > 1: the lanes run along q, with narrower vectors when a row is shorter than the vector.
 template <int radix>
 struct LaterPass {
     template <int width>
@@ -265,9 +278,10 @@ struct LaterPass {
     }
 };
 
-struct Untangle {
+/// The lanes run along k; a vector of bins is computed together with that of their mirrors n - k.
+struct SplitRealSpectrum {
     template <int width>
-    ALWAYS_INLINE static void run(const FftUntangling& u) {
+    ALWAYS_INLINE static void run(const PairedSpectrum& u) {
         const std::ptrdiff_t last = (u.n - 1) / 2;  // k = 1 ... last and their mirrors
         if constexpr (width > 1) {
             if (last < width) {
@@ -294,29 +308,31 @@ struct Untangle {
     }
 };
 
-template <class Set>
-constexpr FftKernels kernelsFor(const char* name) {
-    return [&]<std::size_t... i>(std::index_sequence<i...>) {
-        return FftKernels{name,
-                          Set::supported,
-                          {Set::template run<FirstPass<fftRadices[i]>, FftPass>...},
-                          {Set::template run<LaterPass<fftRadices[i]>, FftPass>...},
-                          Set::template run<Untangle, FftUntangling>};
+using RunPass = void (*)(FftPass);
+
+/// The dispatched passes, one for each of fftRadices.
+template <template <int> class Pass>
+constexpr std::array<RunPass, fftRadices.size()> passesOf() {
+    return []<std::size_t... i>(std::index_sequence<i...>) {
+        return std::array<RunPass, fftRadices.size()>{vectorized<Pass<fftRadices[i]>, FftPass>...};
     }
     (std::make_index_sequence<fftRadices.size()>{});
 }
 
-constexpr std::array allKernels{kernelsFor<Avx512>("avx512"), kernelsFor<Avx2>("avx2"),
-                                kernelsFor<Baseline>("baseline")};
+constexpr auto firstPasses = passesOf<FirstPass>();
+constexpr auto laterPasses = passesOf<LaterPass>();
 
 }  // namespace
 
-std::span<const FftKernels> fftKernels() {
-    return allKernels;
+void runFftPass(std::size_t radix, const FftPass& pass) {
+    assert(radix < fftRadices.size() && pass.m >= 1 && pass.s >= 1);
+    assert(pass.s == 1 ? pass.pairs != pass.out.re : pass.in.re != pass.out.re);
+    (pass.s == 1 ? firstPasses : laterPasses)[radix](pass);
 }
 
-const FftKernels& bestFftKernels() {
-    return *std::find_if(allKernels.begin(), allKernels.end(), [](const FftKernels& k) { return k.supported(); });
+void splitRealSpectrum(const PairedSpectrum& spectrum) {
+    assert(spectrum.n >= 1 && &spectrum.half->re != spectrum.z.re);
+    vectorized<SplitRealSpectrum>(spectrum);
 }
 
 }  // namespace coder

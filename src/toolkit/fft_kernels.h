@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstddef>
-#include <span>
 
 #include "toolkit/array.h"
 
@@ -18,8 +17,8 @@ struct Split {
 /// The radices that have a butterfly.
 inline constexpr std::array fftRadices{2, 3, 4, 5, 7, 8, 10, 11, 13};
 
-/// One pass of the self-sorting transform, whose first pass has s = 1 and every later one R times the s before it. With
-/// radix R, for p < m and q < s,
+/// One pass of the self-sorting transform. The first pass has s = 1; each later pass has the s of the pass before it
+/// times that pass's radix. With radix R, for p < m and q < s,
 ///     out[q + s (R p + j)] = w^(p j) sum_h e^(-2 pi i h j / R) in[q + s (p + m h)],   w = e^(-2 pi i / (R m)).
 /// twiddles: w^(p j) at (j-1) m + p, j = 1 ... R-1.
 /// T. G. Stockham, AFIPS 28 (1966); C. Van Loan, Computational Frameworks for the Fast Fourier Transform (1992), 1.7.
@@ -32,30 +31,18 @@ struct FftPass {
     Split out;
 };
 
+/// Runs a pass with the radix at a position of fftRadices, on the vectors of the instruction set in use.
+void runFftPass(std::size_t radix, const FftPass& pass);
+
 /// Spectrum of 2 n real samples, half[n+1], from the transform z[n] of their pairs, with roots e^(-2 pi i k / (2 n)),
 /// k = 0 ... n/2: half[k] = (z[k] + conj z[n-k]) / 2 - i root[k] (z[k] - conj z[n-k]) / 2.
-struct FftUntangling {
+struct PairedSpectrum {
     std::ptrdiff_t n;
     Split z;
     Split roots;
     creal_T* half;
 };
-
-/// The vector code for one instruction set. All sets give the same bits: lanes run along independent elements, and no
-/// multiply-add is fused.
-struct FftKernels {
-    const char* name;
-    bool (*supported)();
-    std::array<void (*)(const FftPass&), fftRadices.size()> firstPass;  // s = 1
-    std::array<void (*)(const FftPass&), fftRadices.size()> laterPass;
-    void (*untangle)(const FftUntangling&);
-};
-
-/// Every instruction set that the library has code for, widest first; the last one runs everywhere.
-std::span<const FftKernels> fftKernels();
-
-/// The widest that this machine supports.
-const FftKernels& bestFftKernels();
+void splitRealSpectrum(const PairedSpectrum& spectrum);
 
 }  // namespace coder
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "toolkit/fft.h"
-#include "toolkit/reductions.h"
 
 namespace coder {
 
@@ -13,10 +12,10 @@ namespace coder {
 ///
 ///     |S[k]|,   S[k] = sum over i = 0 ... n-1 of x[i] e^(-2 pi j k i / P),   0 < k <= maxLine.
 ///
-/// The row is thinned to every D-th point of the period, y[q] = sum over i of x[i] h(i/D - q), and y, however long the
-/// row was, has the P/D points of one period; with H the Fourier transform of h, y's transform is Y[k] = S[k] H(k D/P)
-/// but for the aliases at k D/P + m. h is the Kaiser-Bessel kernel I0(beta sqrt(1 - (u/8)^2)) / I0(beta) on |u| <= 8,
-/// H(v) = 16 sinh(s) / s / I0(beta), s^2 = beta^2 - (16 pi v)^2.
+/// The samples are spread over a grid that has a point for every D = 50 samples of the period: y[q] = sum over i of
+/// x[i] h(i/D - q). The grid is periodic, so it has P/D points however long the row is. With H the Fourier transform of
+/// h, the transform of y is Y[k] = S[k] H(k D/P), except for the aliases at k D/P + m. h is the Kaiser-Bessel kernel
+/// I0(beta sqrt(1 - (u/8)^2)) / I0(beta) on |u| <= 8, H(v) = 16 sinh(s) / s / I0(beta), s^2 = beta^2 - (16 pi v)^2.
 /// J. I. Jackson et al., IEEE Trans. Med. Imaging 10 (1991), "Selection of a convolution function for Fourier inversion
 /// using gridding".
 class GriddedDft {
@@ -31,11 +30,15 @@ public:
     /// x[n] -> out[lines()]. Finite samples whose sum of magnitudes is between 1e-120 and 1e120.
     void magnitudes(samples x, double* out) const;
 
-    /// Bound of | out - |S| | in units of sum |x|, with u = 2^-53 and v = k D/P <= 0.3, in units of H(v), which is at
-    /// least H(0.3) = 16 * 6.5e11 / I0(beta):
-    /// - aliases: split h into its step of 1/I0(beta) at the ends and the continuous rest. The step adds at most 17,
-    ///   the rest 16 |sinc(sqrt(x^2 - beta^2)) - sinc(x)| at x = 16 pi (v + m), which sums up to less than 22 over all
-    ///   m != 0: together 39 / (16 * 6.5e11) < 4e-12;
+    /// Bound of | out - |S| | in units of sum |x|. With u = 2^-53 and v = k D/P <= 0.3, everything is divided by H(v),
+    /// which is at least H(0.3) = 16 * 6.5e11 / I0(beta):
+    /// - aliases: h is a step of height 1/I0(beta) on |u| <= 8 plus a continuous rest. In units of 1/I0(beta),
+    ///   - the aliases of the step add up to the sum of its at most 17 values at grid points minus its own transform
+    ///     (Poisson's summation formula), which is less than 17;
+    ///   - an alias of the rest is 16 |sinc(sqrt(x^2 - beta^2)) - sinc(x)| at x = 16 pi (v + m): less than 17 for m =
+    ///   -1,
+    ///     where the root is smallest, and less than 5 in all for the others, together 22.
+    ///   The sum is less than 39 / (16 * 6.5e11) < 4e-12;
     /// - rounding: the kernel errs by 100 u, a sum of D products by (D + 1) u, the sums of up to 2 + 16 n/P of them by
     ///   as many u, the transform by less than 50 u log2(P/D) in its Euclidean norm, hence by 50 u log2(P/D) sqrt(P/D)
     ///   in one bin; all relative to H(0) < 29 H(0.3). Together less than 1e-10 + 1e-18 n.
@@ -43,9 +46,9 @@ public:
 
 private:
     std::size_t firstLine_;
-    RealFft fft_;                    // of one period of thinned points
-    std::vector<double> kernel_;     // for each of the D positions between two points, its weights at 16 points
-    std::vector<double> transform_;  // the kernel's, at each line
+    RealFft fft_;                 // of one period of grid points
+    std::vector<double> kernel_;  // for each of the D positions between two points, the weights of 16 points around it
+    std::vector<double> transform_;  // of the kernel, at each line
 };
 
 }  // namespace coder

@@ -1,15 +1,19 @@
 #include "toolkit/harmonic_distortion.h"
 
+#include <algorithm>
+#include <cassert>
 #include <cmath>
 
+#include "toolkit/extremes.h"
 #include "toolkit/non_finite.h"
 #include "toolkit/scalar.h"
+#include "toolkit/sums.h"
 #include "toolkit/windows.h"
 
 namespace coder {
 namespace {
 
-struct Spectrum {
+struct PowerSpectrum {
     std::span<double> power;
     samples frequency;
     double spacing;
@@ -29,8 +33,9 @@ struct Tone {
     double frequency;
 };
 
-/// From start down both slopes, as far as the density does not rise again.
+/// The bins around start down both slopes, until the density rises again.
 Region regionAround(samples power, std::size_t start) {
+    assert(start < power.size());
     Region region{start, start};
     while (region.left > 0 && power[region.left - 1] <= power[region.left]) {
         --region.left;
@@ -41,9 +46,9 @@ Region regionAround(samples power, std::size_t start) {
     return region;
 }
 
-/// The line whose largest bin is start: its power and its mean frequency, weighted by power. A line narrower than the
-/// noise bandwidth counts as one bandwidth.
-Tone toneAt(const Spectrum& spectrum, std::size_t start) {
+/// Power and power-weighted mean frequency of the line whose largest bin is start. A line narrower than the noise
+/// bandwidth counts as one bandwidth.
+Tone toneAt(const PowerSpectrum& spectrum, std::size_t start) {
     const Region region = regionAround(spectrum.power, start);
     const samples power = spectrum.power.subspan(region.left, region.count());
     const double* const F = spectrum.frequency.data() + region.left;
@@ -60,8 +65,9 @@ std::size_t indexOfMaximum(samples x) {
     return static_cast<std::size_t>(index - 1);
 }
 
-/// The line at the largest of the bin nearest to the target and its two neighbours; NaN outside the band.
-Tone toneNear(const Spectrum& spectrum, double target) {
+/// The line around the target: it starts at the largest of the nearest bin and its two neighbours. NaN outside the
+/// band.
+Tone toneNear(const PowerSpectrum& spectrum, double target) {
     const samples F = spectrum.frequency;
     if (!(target >= F.front() && target <= F.back())) {
         return {rtNaN, rtNaN};
@@ -72,7 +78,7 @@ Tone toneNear(const Spectrum& spectrum, double target) {
     return toneAt(spectrum, from + indexOfMaximum(spectrum.power.subspan(from, to - from + 1)));
 }
 
-void clearDc(Spectrum& spectrum) {
+void clearDc(PowerSpectrum& spectrum) {
     const Region dc = regionAround(spectrum.power, nearestBin(spectrum.frequency, 0.0));
     std::fill_n(spectrum.power.begin() + static_cast<std::ptrdiff_t>(dc.left), dc.count(), 0.0);
 }
@@ -83,15 +89,11 @@ column kaiserOfLength(int n) {
     return w;
 }
 
-HarmonicResult measureOnce(samples x, const HarmonicSettings& settings) {
-    return HarmonicDistortion(static_cast<int>(x.size()), settings).measure(x);
-}
-
 }  // namespace
 
 std::size_t nearestBin(samples F, double target) {
     assert(!F.empty());
-    // Spacing tells where; rounding may be a bin off.
+    // The position by equal spacing; rounding may make it wrong by a bin, which the loops correct.
     const double last = static_cast<double>(F.size() - 1);
     const double place = std::round((target - F.front()) / (F.back() - F.front()) * last);
     auto i = static_cast<std::size_t>(place > 0.0 ? std::min(place, last) : 0.0);
@@ -113,7 +115,7 @@ HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
         return result;
     }
     const double spacing = (F.back() - F.front()) / static_cast<double>(F.size() - 1);
-    Spectrum spectrum{{Pxx.begin(), Pxx.end()}, F, spacing, rbw};
+    PowerSpectrum spectrum{{Pxx.begin(), Pxx.end()}, F, spacing, rbw};
     spectrum.power[0] *= 2.0;
     clearDc(spectrum);
 
@@ -138,14 +140,6 @@ HarmonicResult HarmonicDistortion::measure(samples x) const {
     column density;
     periodogram_.density(x, density);
     return computeTHD(density, periodogram_.frequencies(), periodogram_.noiseBandwidth(), harmonics_);
-}
-
-HarmonicResult thd(samples x) {
-    return measureOnce(x, thdSettings);
-}
-
-HarmonicResult b_thd(samples x) {
-    return measureOnce(x, b_thdSettings);
 }
 
 }  // namespace coder

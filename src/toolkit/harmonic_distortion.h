@@ -8,8 +8,8 @@
 
 namespace coder {
 
-/// Distortion of one waveform. Element 0 of the lists is the fundamental, element k - 1 its k-th harmonic; what the
-/// analysed band does not hold is NaN.
+/// Distortion of one waveform. Element k - 1 of the lists is harmonic k, element 0 the fundamental; harmonics beyond
+/// the analysed band are NaN.
 struct HarmonicResult {
     double r;                      ///< total harmonic distortion, power of harmonics over power of fundamental, dB
     std::vector<double> harmPow;   ///< mean squares, dB of x-units^2
@@ -18,16 +18,15 @@ struct HarmonicResult {
 
 struct HarmonicSettings {
     double rate;    ///< sampling rate in Hz
-    int harmonics;  ///< how many, the fundamental included
+    int harmonics;  ///< number of harmonics, the fundamental included
 };
 
 inline constexpr HarmonicSettings thdSettings{500.0, 5};
 inline constexpr HarmonicSettings b_thdSettings{10000.0, 40};
 
-/// The measurement for rows of n samples: the power spectrum under a Kaiser window with beta = 38, searched by
-/// computeTHD. Made once, it serves any number of rows, one at a time.
-/// Error of r below 0.001 dB for harmonics down to -120 dB when the lines stand at least 25 bins apart; lines closer
-/// than that run into one another. Rows of no or one sample give NaN.
+/// Measures rows of n samples, one at a time: computeTHD on the power spectrum under a Kaiser window with beta = 38.
+/// The error of r is below 0.001 dB for harmonics down to -120 dB if the lines are at least 25 bins apart; closer lines
+/// overlap. Rows of no or one sample give NaN.
 class HarmonicDistortion {
 public:
     HarmonicDistortion(int n, const HarmonicSettings& settings);
@@ -39,18 +38,14 @@ private:
     int harmonics_;
 };
 
-/// One row under the one or the other settings.
-HarmonicResult thd(samples x);
-HarmonicResult b_thd(samples x);
-
 /// Finds the fundamental, the largest line that is not DC, and its harmonics 2 ... nHarm (truncated) in a power density
 /// Pxx[L] over ascending, equally spaced frequencies F[L] in Hz; rbw is the noise bandwidth of a line in Hz. DC is
-/// cleared from Pxx. Everything is NaN when F is empty or does not hold 0 Hz. Harmonics beyond the last frequency stay
-/// NaN and do not count; if none is left, r is -Inf.
+/// cleared from Pxx. Everything is NaN when F is empty or does not include 0 Hz. Harmonics beyond the last frequency
+/// are NaN and not part of the sum; if none is left, r is -Inf.
 HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm);
 
-/// 0-based index of the element of F, ascending and not empty, closest to a finite target; the first of two equally
-/// close ones.
+/// 0-based index of the element of F closest to a finite target, the first of two equally close ones. F is ascending,
+/// equally spaced and not empty.
 std::size_t nearestBin(samples F, double target);
 
 }  // namespace coder

@@ -7,13 +7,12 @@
 
 #include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
 
 namespace coder {
 namespace {
 
-/// 2/3, 2/5, 2/7 ...: R in powers of s^2, without its first factor s^2. |s| <= 0.172; the terms left out are below
-/// 1e-18 of f.
+/// R / s^2 in powers of s^2: 2/3, 2/5, 2/7 ... For |s| <= 0.172 the terms left out are below 1e-18 of f.
 constexpr auto artanhSeries = [] {
     std::array<double, 10> c{};
     for (std::size_t i = 0; i < c.size(); ++i) {
@@ -22,7 +21,8 @@ constexpr auto artanhSeries = [] {
     return c;
 }();
 
-// 1 / ln 10 and log10 2: first parts short enough for exact products with 24-bit numbers and with exponents.
+// 1 / ln 10 and log10 2, each in two parts. The first parts are so short that their products with 24-bit numbers and
+// with exponents are exact.
 constexpr double perLnTen = 0.43429448176175356;
 constexpr double perLnTenLow = 1.414982685385801e-10;
 constexpr double logTwo = 0.30102999566383914;
@@ -34,18 +34,18 @@ struct Binary {
     double exponent;
 };
 
-[[gnu::always_inline]] inline Binary binaryOf(double x) {
+ALWAYS_INLINE inline Binary binaryOf(double x) {
     constexpr std::uint64_t rootOfHalf = 0x3FE6A09E667F3BCDU;
     constexpr std::uint64_t one = 0x3FF0000000000000U;
     constexpr std::uint64_t fraction = 0x000FFFFFFFFFFFFFU;
-    constexpr double shift = 4503599627370496.0;  // 2^52: whole numbers stand in the lower bits
+    constexpr double shift = 4503599627370496.0;  // 2^52: added integers appear in the low bits
     const std::uint64_t raised = std::bit_cast<std::uint64_t>(x) + (one - rootOfHalf);
     const auto exponent = std::bit_cast<double>(raised >> 52U | std::bit_cast<std::uint64_t>(shift));
     return {std::bit_cast<double>((raised & fraction) + rootOfHalf), exponent - (shift + 1023.0)};
 }
 
 /// log10 of a positive normal x.
-[[gnu::always_inline]] inline double logTen(const Binary& x) {
+ALWAYS_INLINE inline double logTen(const Binary& x) {
     const double f = x.mantissa - 1.0;
     const double halfSquare = 0.5 * f * f;
     const double s = f / (2.0 + f);
@@ -59,7 +59,7 @@ struct Binary {
     return sum + (((main - sum) + part) + (x.exponent * logTwoLow + ((low + high) * perLnTenLow + low * perLnTen)));
 }
 
-RT305_4_VECTOR_CLONES void levels(double* x, std::size_t n, double reference) {
+ALWAYS_INLINE inline void levels(double* x, std::size_t n, double reference) {
     constexpr double smallestNormal = std::numeric_limits<double>::min();
     constexpr double infinity = std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < n; ++i) {
@@ -76,7 +76,7 @@ RT305_4_VECTOR_CLONES void levels(double* x, std::size_t n, double reference) {
 }  // namespace
 
 void toLevels(std::span<double> x, double reference) {
-    levels(x.data(), x.size(), reference);
+    vectorized<levels>(x.data(), x.size(), reference);
 }
 
 }  // namespace coder

@@ -1,8 +1,8 @@
 #ifndef RT305_4_TOOLKIT_NON_FINITE_H
 #define RT305_4_TOOLKIT_NON_FINITE_H
 
-// The non-finite numbers of the computation, exported by the plug-in under these plain names. They are constants of
-// the image: valid before any code of the library has run.
+// The non-finite numbers of the computation, exported by the plug-in under these names. They are constants of the
+// image, valid before any code of the library has run.
 
 extern "C" {
 #pragma GCC visibility push(default)

@@ -4,13 +4,14 @@
 #include <limits>
 
 #include "toolkit/non_finite.h"
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
 
 namespace coder {
 namespace {
 
-/// Whether y[i] is +Inf, or a local maximum: NaN and +Inf beside it are neither lower nor a rise.
+/// Whether y[i] is +Inf or a local maximum.
 bool isPeak(samples y, std::size_t i) {
+    assert(i < y.size());
     if (y[i] == rtInf) {
         return true;
     }
@@ -24,7 +25,7 @@ bool isPeak(samples y, std::size_t i) {
     return next < y.size() && y[next] < y[i];
 }
 
-/// The count highest, highest first.
+/// Keeps the `count` highest peaks, highest first.
 void keepHighest(std::vector<Peak>& peaks, std::size_t count) {
     const auto kept = static_cast<std::ptrdiff_t>(std::min(peaks.size(), count));
     std::partial_sort(peaks.begin(), peaks.begin() + kept, peaks.end(), [](const Peak& a, const Peak& b) {
@@ -33,7 +34,7 @@ void keepHighest(std::vector<Peak>& peaks, std::size_t count) {
     peaks.resize(static_cast<std::size_t>(kept));
 }
 
-RT305_4_VECTOR_CLONES bool anyAbove(const double* y, std::size_t n, double floor) {
+ALWAYS_INLINE inline bool anyAbove(const double* y, std::size_t n, double floor) {
     std::size_t above = 0;
     for (std::size_t i = 0; i < n; ++i) {
         above += y[i] > floor ? 1U : 0U;
@@ -41,20 +42,20 @@ RT305_4_VECTOR_CLONES bool anyAbove(const double* y, std::size_t n, double floor
     return above > 0;
 }
 
-/// The count highest peaks above minHeight, highest first.
+/// The `count` highest peaks above minHeight, highest first.
 std::vector<Peak> highestAbove(samples y, double minHeight, int count) {
     std::vector<Peak> peaks;
     if (count < 1) {
         return peaks;
     }
     const auto wanted = static_cast<std::size_t>(count);
-    // A floor at the largest double admits +Inf only.
+    // +Inf is always admitted: the floor is at most the largest double.
     constexpr double largestDouble = std::numeric_limits<double>::max();
     double floor = minHeight < largestDouble ? minHeight : largestDouble;
-    constexpr std::size_t stretch = 64;
-    for (std::size_t from = 0; from < y.size(); from += stretch) {
-        const std::size_t to = std::min(from + stretch, y.size());
-        if (!anyAbove(y.data() + from, to - from, floor)) {
+    constexpr std::size_t blockSize = 64;
+    for (std::size_t from = 0; from < y.size(); from += blockSize) {
+        const std::size_t to = std::min(from + blockSize, y.size());
+        if (!vectorized<anyAbove>(y.data() + from, to - from, floor)) {
             continue;
         }
         for (std::size_t i = from; i < to; ++i) {
@@ -62,7 +63,7 @@ std::vector<Peak> highestAbove(samples y, double minHeight, int count) {
                 peaks.push_back({y[i], static_cast<int>(i) + 1});
             }
         }
-        if (peaks.size() >= 2 * wanted) {  // what is not higher than the last of these will not be kept
+        if (peaks.size() >= 2 * wanted) {  // only peaks higher than the last of these can still be kept
             keepHighest(peaks, wanted);
             floor = peaks.back().value;
         }

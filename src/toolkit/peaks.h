@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "toolkit/reductions.h"
+#include "toolkit/array.h"
 
 namespace coder {
 
@@ -12,14 +12,15 @@ struct Peak {
     int position;  // 1-based
 };
 
-// Peaks of a row: its local maxima, and every +Inf. A local maximum rises before and falls after; a plateau counts
-// once, at its first element; the first and last element never count, and NaN and +Inf end a rise and a fall.
+// The peaks of a row are its local maxima and every +Inf. The row rises before a local maximum and falls after it; a
+// plateau is one peak, at its first element; the first and last element are not peaks unless they are +Inf. A NaN or
+// +Inf neighbour counts neither as a rise nor as a fall.
 
-/// The count highest peaks, highest first, equal ones by position; none for count < 1.
+/// The `count` highest peaks, highest first, equal ones by position; none for count < 1.
 std::vector<Peak> highestPeaks(samples y, int count);
 
-/// Of the peaks above the criterion and those at +Inf the count highest, in ascending position order; none for count <
-/// 1. A NaN criterion admits +Inf only.
+/// The `count` highest of the peaks that exceed the criterion or are +Inf, in the order of their positions; none for
+/// count < 1. A NaN criterion admits +Inf only.
 std::vector<Peak> peaksByCriterion(samples y, double criterion, int count);
 
 }  // namespace coder

@@ -1,20 +1,23 @@
 #include "toolkit/periodogram.h"
 
+#include <cassert>
 #include <memory>
 
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
+#include "toolkit/sums.h"
 
 namespace coder {
 namespace {
 
-RT305_4_VECTOR_CLONES void fillFrequencies(double rate, int n, double* F, int bins) {
+/// F[k] = k rate / n
+ALWAYS_INLINE inline void fillFrequencies(double rate, int n, double* F, int bins) {
     for (int k = 0; k < bins; ++k) {
         F[k] = k * rate / n;
     }
 }
 
 /// pxx = 2 |bins|^2 / scale
-RT305_4_VECTOR_CLONES void scaledPower(const creal_T* bins, double scale, std::size_t n, double* pxx) {
+ALWAYS_INLINE inline void scaledPower(const creal_T* bins, double scale, std::size_t n, double* pxx) {
     for (std::size_t k = 0; k < n; ++k) {
         pxx[k] = 2.0 * (bins[k].re * bins[k].re + bins[k].im * bins[k].im) / scale;
     }
@@ -29,19 +32,20 @@ double energyOf(samples w) {
 Periodogram::Periodogram(column window, double rate)
     : window_(std::move(window)), fft_(std::max(window_.numel(), 1)), scale_(rate * energyOf(window_)) {
     frequencies_.set_size(fft_.bins());
-    fillFrequencies(rate, fft_.size(), frequencies_.data(), fft_.bins());
+    vectorized<fillFrequencies>(rate, fft_.size(), frequencies_.data(), fft_.bins());
     const double sum = combineVectorElements(window_);
     noiseBandwidth_ = scale_ / (sum * sum);
 }
 
 void Periodogram::density(samples x, column& pxx) const {
+    assert(x.size() == static_cast<std::size_t>(window_.numel()));
     const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
     weighCentred(x, window_, windowed.get());
     const auto bins = static_cast<std::size_t>(fft_.bins());
     const auto transform = std::make_unique_for_overwrite<creal_T[]>(bins);
     fft_.forward({windowed.get(), x.size()}, transform.get());
     pxx.set_size(fft_.bins());
-    scaledPower(transform.get(), scale_, bins, pxx.data());
+    vectorized<scaledPower>(transform.get(), scale_, bins, pxx.data());
     pxx[0] *= 0.5;
     if (fft_.size() % 2 == 0) {
         pxx[fft_.size() / 2] *= 0.5;

@@ -5,7 +5,7 @@
 
 namespace coder {
 
-/// One-sided power spectral density of rows of n samples at one rate under one window. Made once, it serves any number
+/// One-sided power spectral density of rows of n samples at one rate under one window. One object measures any number
 /// of rows, one at a time.
 class Periodogram {
 public:
@@ -18,8 +18,8 @@ public:
     /// Equivalent noise bandwidth of the window in Hz: rate * sum w^2 / (sum w)^2. NaN for n = 0.
     double noiseBandwidth() const { return noiseBandwidth_; }
 
-    /// x[n], of which the mean is removed -> pxx[n/2+1] in x-units^2 per Hz: |X[k]|^2 / (rate * sum w^2) for the
-    /// windowed row's transform X, doubled except at DC and, for even n, at rate/2. So scaled, the sum of pxx over a
+    /// x[n] -> pxx[n/2+1] in x-units^2 per Hz: |X[k]|^2 / (rate * sum w^2), doubled except at DC and, for even n, at
+    /// rate/2, where X is the transform of the row less its mean, times the window. The sum of pxx over the bins of a
     /// tone times rate/n is the tone's mean square. NaN spreads to all bins; n = 0 gives one NaN. P. D. Welch, IEEE
     /// Trans. Audio Electroacoust. 15 (1967), 70-73, with a single segment.
     void density(samples x, column& pxx) const;
@@ -32,7 +32,7 @@ private:
     double noiseBandwidth_;
 };
 
-/// Power, in x-units^2, of a region of density bins with a common spacing in Hz: rectangles, sum(pxx) * spacing.
+/// Power in x-units^2 of adjacent density bins that are `spacing` Hz apart: sum(pxx) * spacing.
 double bandpower(samples pxx, double spacing);
 
 }  // namespace coder

@@ -6,7 +6,7 @@
 
 namespace coder {
 
-/// c[0] + c[1] x + ... + c[N-1] x^(N-1) by Horner's rule. Always inlined, so that vector code stays vector code.
+/// c[0] + c[1] x + ... + c[N-1] x^(N-1) by Horner's rule. Always inlined, so that a loop around it vectorises.
 template <class Number, std::size_t N>
 [[gnu::always_inline]] constexpr Number polynomial(const std::array<Number, N>& c, Number x) {
     Number p = c[N - 1];
@@ -18,7 +18,7 @@ template <class Number, std::size_t N>
 }
 
 /// The first N coefficients in powers of y of the series 1 + b(1) x + b(2) x^2 + ... at x = middle + slope y, where
-/// b(k) = b(k-1) ratio(k): Horner's rule on polynomials in y, from the term with x^terms down.
+/// b(k) = b(k-1) ratio(k), cut after x^terms: Horner's rule on polynomials in y.
 template <std::size_t N, class Ratio>
 constexpr std::array<long double, N> seriesAround(long double middle, long double slope, int terms, Ratio ratio) {
     std::array<long double, N> c{1.0L};
@@ -31,6 +31,7 @@ constexpr std::array<long double, N> seriesAround(long double middle, long doubl
     return c;
 }
 
+/// The coefficients rounded to double.
 template <std::size_t N>
 constexpr std::array<double, N> rounded(const std::array<long double, N>& c) {
     std::array<double, N> result{};

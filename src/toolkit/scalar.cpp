@@ -32,19 +32,6 @@ double rt_powd_snf(double e) {
     return std::pow(10.0, e);
 }
 
-bool iseq(double a, double b) {
-    const double half = std::fabs(b / 2.0);
-    double spacing = rtNaN;
-    if (half <= 2.2250738585072014e-308) {
-        spacing = 4.9406564584124654e-324;
-    } else if (std::isfinite(half)) {
-        int exponent = 0;
-        std::frexp(half, &exponent);
-        spacing = std::ldexp(1.0, exponent - 53);
-    }
-    return std::fabs(b - a) < spacing || (std::isinf(a) && a == b);
-}
-
 int truncatedToInt(double x) {
     if (std::isnan(x)) {
         return 0;

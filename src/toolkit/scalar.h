@@ -13,7 +13,7 @@ inline constexpr auto pi = static_cast<double>(piL);
 inline constexpr double twoPi = 6.283185307179586;
 
 /// sqrt(u0^2 + u1^2) without overflow of the squares; NaN if either is NaN.
-/// The smaller leg is divided by the larger one; equal legs give leg * sqrt(2). Without branches, for vectors.
+/// The smaller leg is divided by the larger one; equal legs give leg * sqrt(2). No branches, so that loops vectorise.
 inline double rt_hypotd_snf(double u0, double u1) {
     const double a = std::fabs(u0);
     const double b = std::fabs(u1);
@@ -31,15 +31,12 @@ double rt_atan2d_snf(double y, double x);
 /// 10 raised to e, exact for e in {-1, 0, 0.5, 1, 2}; NaN for NaN.
 double rt_powd_snf(double e);
 
-/// True when |b - a| is less than the spacing of doubles at |b/2|, or both are the same infinity.
-bool iseq(double a, double b);
-
-/// The leading 24 bits of x: products of two heads, or of a head and a whole number below 2^29, are exact.
+/// x rounded to 24 bits: products of two heads, or of a head and an integer below 2^29, are exact.
 inline double head(double x) {
     return static_cast<double>(static_cast<float>(x));
 }
 
-/// Truncates toward zero to a 32-bit count; what does not fit saturates, NaN gives 0.
+/// Truncates toward zero to a 32-bit count; values beyond its range saturate, NaN gives 0.
 int truncatedToInt(double x);
 
 /// The order of complex maxima: larger magnitude, then larger phase angle. Magnitudes are compared after halving both

@@ -1,18 +1,19 @@
 #include "toolkit/windows.h"
 
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <vector>
 
+#include "toolkit/bessel.h"
 #include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
-#include "toolkit/special_functions.h"
-#include "toolkit/vector_clones.h"
+#include "toolkit/simd.h"
 
 namespace coder {
 namespace {
 
-/// Sets w to the rounded length and returns it. The window of one point is complete with that.
+/// Sets the size of w to the rounded length and returns it. A window of one point is then complete.
 int prepare(double length, column& w) {
     const int n = std::max(truncatedToInt(std::round(length)), 0);
     w.set_size(n);
@@ -22,7 +23,7 @@ int prepare(double length, column& w) {
     return n;
 }
 
-/// Writes the first half of w, the middle included, over the second.
+/// Copies the first half of w, reversed, over the second.
 void mirror(double* w, int n) {
     std::reverse_copy(w, w + n / 2, w + (n + 1) / 2);
 }
@@ -36,10 +37,9 @@ constexpr auto raisedCosineSeries = [] {
     return rounded(c);
 }();
 
-/// w[k] = (1 - cos(2 pi (first + k) / period)) / 2 for k < n, symmetric about the middle of w; exact at a quarter, a
-/// third and a half of the period. Arguments are squares of the distance to 0 or to half the period, whichever is
-/// nearer, rounded once.
-RT305_4_VECTOR_CLONES void raisedCosine(double* w, int n, int first, double period) {
+/// w[k] = (1 - cos(2 pi (first + k) / period)) / 2 for k < (n + 1) / 2; exact at a quarter, a third and a half of the
+/// period. The argument of the series is the squared distance to 0 or to half the period, whichever is nearer.
+ALWAYS_INLINE inline void raisedCosineHalf(double* w, int n, int first, double period) {
     const double square = period * period;
     for (int i = 0; i < (n + 1) / 2; ++i) {
         const double fromEdge = 2.0 * (first + i);
@@ -50,6 +50,12 @@ RT305_4_VECTOR_CLONES void raisedCosine(double* w, int n, int first, double peri
         const double value = y * polynomial(raisedCosineSeries, y);
         w[i] = rises ? value : 1.0 - value;
     }
+}
+
+/// The raised cosine for k < n, symmetric about the middle of w.
+void raisedCosine(double* w, int n, int first, double period) {
+    assert(n >= 1 && 2 * first + n - 1 == period);
+    vectorized<raisedCosineHalf>(w, n, first, period);
     mirror(w, n);
 }
 
@@ -58,9 +64,9 @@ struct KaiserShape {
     double i0OfBeta;
 };
 
-/// The squares of I0's arguments beta sqrt(1 - r^2), r = (last - 2k) / last, as square[k] + squareLow[k]. Of v = beta
-/// r, vHigh has an exact square and an exact product with last, so that vLow is v - vHigh to full precision.
-RT305_4_VECTOR_CLONES void kaiserArguments(double beta, double last, int count, double* square, double* squareLow) {
+/// The squares of the arguments beta sqrt(1 - r^2) of I0, r = (last - 2k) / last, as square[k] + squareLow[k]. v = beta
+/// r is split into vHigh + vLow: the square of vHigh and its product with last are exact, so vLow has full precision.
+ALWAYS_INLINE inline void kaiserArguments(double beta, double last, int count, double* square, double* squareLow) {
     const double betaSquare = beta * beta;
     const double perLast = 1.0 / last;
     for (int k = 0; k < count; ++k) {
@@ -82,7 +88,7 @@ void kaiserWindow(double length, const KaiserShape& shape, column& w) {
     const int half = n / 2;
     std::vector<double> square(static_cast<std::size_t>(half));
     std::vector<double> squareLow(square.size());
-    kaiserArguments(shape.beta, n - 1.0, half, square.data(), squareLow.data());
+    vectorized<kaiserArguments>(shape.beta, n - 1.0, half, square.data(), squareLow.data());
     besseliOfSquare(square, squareLow, w.data());
     std::for_each_n(w.begin(), half, [&](double& value) { value /= shape.i0OfBeta; });
     w[half] = 1.0;

@@ -5,9 +5,9 @@
 
 namespace coder {
 
-// Windows of n points, dimensionless, 1 at their centre: n -> w[n]. A broken n is rounded to the nearest integer,
-// halves away from zero; n = 1 gives {1}; below 0.5 or NaN gives an empty window. One half is computed, the other is
-// its mirror image. Every value is within 4 units in the last place of the formula's, for n below 2^29.
+// Windows of n points, dimensionless, 1 at their centre: n -> w[n]. A non-integer n is rounded to nearest, halves away
+// from zero; n = 1 gives {1}; n below 0.5 or NaN gives an empty window. The second half is the mirror image of the
+// first. Every value is within 4 units in the last place of the formula, for n below 2^29.
 // F. J. Harris, "On the use of windows for harmonic analysis with the discrete Fourier transform", Proc. IEEE 66
 // (1978).
 
@@ -23,7 +23,7 @@ void hamming(double n, column& w);
 /// Kaiser, symmetric: I0(beta sqrt(1 - r^2)) / I0(beta), r = 2 k / (n - 1) - 1, k = 0 ... n - 1, with beta = 0.5.
 void kaiser(double n, column& w);
 
-/// The same with beta = 38: side lobes some 300 dB down, the main lobe 12.1 bins wide to each side.
+/// Kaiser, symmetric, with beta = 38: side lobes some 300 dB down, the main lobe 12.1 bins wide to each side.
 void b_kaiser(double n, column& w);
 
 }  // namespace coder

@@ -4,6 +4,7 @@
 
 #include "calc/options.h"
 #include "calc/plain_search.h"
+#include "extras/cal_fin_u.h"
 #include "support/plain.h"
 #include "support/signals.h"
 #include "toolkit/non_finite.h"
@@ -71,7 +72,7 @@ TEST(FrequencySearch, FollowsItsGrids) {
         {"one sample for all times", {2.0}, 200, "frequency_control", 10.0, 3.7419632904},
     };
     for (const auto& c : cases) {
-        const FrequencySearch::Fundamental found = FrequencySearch(c.N, c.option).fundamental(c.x);
+        const FrequencySearch::Found found = FrequencySearch(c.N, c.option).fundamental(c.x);
         EXPECT_EQ(found.frequency, c.frequency) << c.name;
         EXPECT_TRUE(std::isnan(c.amplitude) ? std::isnan(found.amplitude)
                                             : std::fabs(found.amplitude / c.amplitude - 1.0) < 1e-2)

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "calc/options.h"
+#include "extras/diagnostics.h"
 
 namespace calc_modul_K9_web_ns {
 namespace {
@@ -12,11 +13,11 @@ namespace {
 using Samples = std::vector<double>;
 
 /// Conditions the same samples in all three phases and returns phase a.
-Samples condition(const Samples& x, double N, ConditioningDiagnostics& found, double coefficient = 1.0) {
+Samples condition(const Samples& x, double N, double coefficient = 1.0) {
     RawChannelSet raw;
     raw.fill({x, 0.0, coefficient, 0.0});
     ChannelSet out;
-    data_305_4(raw, N, option::sourceSimulated, out, &found);
+    data_305_4(raw, N, option::sourceSimulated, out);
     return {out[0].begin(), out[0].end()};
 }
 
@@ -34,8 +35,9 @@ TEST(Conditioning, CountsZerosAndDropouts) {
     for (const auto& c : cases) {
         Samples x(c.n, 5.0);
         std::fill_n(x.begin() + static_cast<std::ptrdiff_t>(c.zerosFrom), c.zeros, 0.0);
-        ConditioningDiagnostics found;
-        condition(x, c.N, found);
+        RawChannelSet raw;
+        raw.fill({x});
+        const ConditioningDiagnostics found = diagnose(raw, c.N);
         EXPECT_EQ(found.zeroCount[1], c.zeroCount) << c.zerosFrom << '+' << c.zeros;
         EXPECT_EQ(found.dropoutCount[2], c.dropouts) << c.zerosFrom << '+' << c.zeros;
     }
@@ -53,11 +55,10 @@ TEST(Conditioning, RepairsZerosUpToNAndRemovesTheOffset) {
         {{0, 0}, 2, 1, {0, 0}},
         {{}, 4, 1, {}},
     };
-    ConditioningDiagnostics found;
     for (const auto& c : cases) {
-        EXPECT_EQ(condition(c.x, c.N, found, c.coefficient), c.y);
+        EXPECT_EQ(condition(c.x, c.N, c.coefficient), c.y);
     }
-    EXPECT_TRUE(std::isnan(condition({1, NAN, 2}, 3, found)[0]));
+    EXPECT_TRUE(std::isnan(condition({1, NAN, 2}, 3)[0]));
 }
 
 TEST(Conditioning, ScalesByResistanceAndGain) {

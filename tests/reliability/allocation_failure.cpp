@@ -8,7 +8,7 @@
 
 #include "answers.h"
 #include "calc/channel_kind.h"
-#include "results/rt305_4_u_signal_table.h"
+#include "results/signal_tables.h"
 
 namespace {
 

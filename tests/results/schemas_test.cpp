@@ -6,12 +6,10 @@
 
 #include "adapter/nlohmann/json.h"
 #include "calc/channel_kind.h"
-#include "results/rt305_4_i_distortion_table.h"
-#include "results/rt305_4_i_signal_table.h"
-#include "results/rt305_4_i_spectrum_table.h"
-#include "results/rt305_4_param_table.h"
-#include "results/rt305_4_spectrum_max_table.h"
-#include "results/rt305_4_u_signal_table.h"
+#include "results/distortion_tables.h"
+#include "results/parameter_tables.h"
+#include "results/signal_tables.h"
+#include "results/spectrum_tables.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <new>
 
 #include "adapter/nlohmann/json.h"
+#include "extras/mlab_param_table.h"
 #include "support/signals.h"
-#include "table/mlab_param_table.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "toolkit/analytic_signal.h"
+#include "extras/hilbert.h"
 
 #include <gtest/gtest.h>
 

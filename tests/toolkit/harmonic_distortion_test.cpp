@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "extras/thd.h"
 #include "support/plain.h"
 #include "support/signals.h"
 #include "toolkit/non_finite.h"

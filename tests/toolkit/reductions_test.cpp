@@ -1,13 +1,14 @@
-#include "toolkit/reductions.h"
-
 #include <gtest/gtest.h>
 
 #include <new>
 
+#include "extras/elementwise.h"
 #include "support/plain.h"
 #include "support/signals.h"
 #include "toolkit/non_finite.h"
+#include "toolkit/ranges.h"
 #include "toolkit/scalar.h"
+#include "toolkit/sums.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "toolkit/special_functions.h"
+#include "toolkit/bessel.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
+#include "extras/gammaln.h"
 #include "support/plain.h"
 #include "toolkit/non_finite.h"
 

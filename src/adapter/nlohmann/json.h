@@ -1,7 +1,8 @@
 #ifndef RT305_4_ADAPTER_NLOHMANN_JSON_H
 #define RT305_4_ADAPTER_NLOHMANN_JSON_H
 
-// The only place in the library that includes the JSON library.
+// The only file of the library that includes the JSON library. The last two functions use its private parts, because
+// its public interface writes a number only through a value and a string of its own, which takes several times as long.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -14,7 +15,7 @@ inline std::string compactText(const nlohmann::json& value) {
     return value.dump(-1, ' ', false);
 }
 
-/// Appends a string as compactText gives it. Printable ASCII without quotes and backslashes stands for itself.
+/// Appends a string as compactText gives it. Printable ASCII without quotes and backslashes needs no escape.
 inline void appendJson(std::string& out, const std::string& text) {
     const auto plain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
     if (!std::all_of(text.begin(), text.end(), plain)) {
@@ -26,14 +27,13 @@ inline void appendJson(std::string& out, const std::string& text) {
     out += '"';
 }
 
-/// Writes a finite number as compactText gives it, at most 24 characters, and returns its end: the library's formatter,
-/// called without a value in between.
+/// Writes a finite number as compactText gives it, at most 24 characters, and returns its end.
 inline char* libraryNumber(char* out, double value) {
     return nlohmann::detail::to_chars(out, out + 24, value);
 }
 
-/// The same for a subnormal number f * 2^-1074, f > 0. The library would shift it and its bounds f +- 1/2 into their
-/// places one bit at a time, up to 63 times each.
+/// libraryNumber for a subnormal number f * 2^-1074, f > 0. The library would normalise it and its bounds f +- 1/2 one
+/// bit at a time, up to 63 steps each; here each takes one shift.
 inline char* librarySubnormal(char* out, double value) {
     namespace digits = nlohmann::detail::dtoa_impl;
     const std::uint64_t f = std::bit_cast<std::uint64_t>(std::fabs(value));

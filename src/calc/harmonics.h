@@ -1,0 +1,26 @@
+#ifndef RT305_4_CALC_HARMONICS_H
+#define RT305_4_CALC_HARMONICS_H
+
+#include <array>
+
+#include "calc/channel_kind.h"
+#include "toolkit/harmonic_distortion.h"
+
+namespace calc_modul_K9_web_ns {
+
+/// Harmonics of the three channels of a set.
+using SetHarmonics = std::array<coder::HarmonicResult, coder::phases>;
+
+/// Harmonics of each channel of a set. Channels of the first one's length share its preparation.
+SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings);
+
+/// Harmonics of both sets, sampled at 10 kHz: 40 harmonics.
+struct HarmonicsOfBoth {
+    SetHarmonics voltages;
+    SetHarmonics currents;
+};
+HarmonicsOfBoth measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents);
+
+}  // namespace calc_modul_K9_web_ns
+
+#endif

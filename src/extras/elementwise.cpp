@@ -1,0 +1,64 @@
+#include "extras/elementwise.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/broadcasting.h"
+#include "toolkit/extremes.h"
+#include "toolkit/non_finite.h"
+#include "toolkit/ranges.h"
+#include "toolkit/sums.h"
+
+namespace coder {
+
+void diff(const column& x, column& y) {
+    const int n = std::max(x.numel() - 1, 0);
+    y.set_size(n);
+    for (int k = 0; k < n; ++k) {
+        y[k] = x[k + 1] - x[k];
+    }
+}
+
+void bsxfun(const column& a, const column& b, column& c) {
+    const int n = expandedLength(a.numel(), b.numel());
+    column result;
+    result.set_size(n);
+    const Expanded x(a);
+    const Expanded y(b);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) {
+        result.data()[i] = x[i] * y[i];
+    }
+    c = std::move(result);
+}
+
+bool iseq(double a, double b) {
+    const double half = std::fabs(b / 2.0);
+    double spacing = rtNaN;
+    if (half <= 2.2250738585072014e-308) {
+        spacing = 4.9406564584124654e-324;
+    } else if (std::isfinite(half)) {
+        int exponent = 0;
+        std::frexp(half, &exponent);
+        spacing = std::ldexp(1.0, exponent - 53);
+    }
+    return std::fabs(b - a) < spacing || (std::isinf(a) && a == b);
+}
+
+creal_T sum(const complex_row& x) {
+    return blockedSum(static_cast<std::size_t>(x.numel()), [p = x.data()](std::size_t i) { return p[i]; });
+}
+
+void eml_float_colon(double a, double b, row& y) {
+    eml_float_colon(a, 1.0, b, y);
+}
+
+double peak2peak(samples x) {
+    double largest = 0.0;
+    double smallest = 0.0;
+    int position = 0;
+    maximum(x, &largest, &position);
+    minimum(x, &smallest, &position);
+    return largest - smallest;
+}
+
+}  // namespace coder
