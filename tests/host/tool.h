@@ -26,14 +26,15 @@ struct ToolRun {
     std::string output;  // stdout and stderr
 };
 
-/// Runs shell commands that know `rt305`, the short forms `generate` and `measure`, and the files $data and $sample.
+/// Runs shell commands that know `rt305`, the short forms `generate`, and `measure`, `params` and `signals` with JSON,
+/// and the files $data and $sample.
 inline ToolRun run(const std::string& command) {
-    const std::string start =
-        "cd " + workFolder() +
-        "; PATH=" TOOL_FOLDER ":$PATH; export RT305_4_LIBRARY=" LIBRARY "; data=" DATA_FOLDER
-        "; export sample=" SOURCE_FOLDER
-        "/examples/recordings/sample.csv; "
-        "generate() { rt305 generate \"$@\"; }; measure() { rt305 measure --json-lines \"$@\"; }; exec 2>&1; ";
+    const std::string start = "cd " + workFolder() +
+                              "; PATH=" TOOL_FOLDER ":$PATH; export RT305_4_LIBRARY=" LIBRARY "; data=" DATA_FOLDER
+                              "; export sample=" SOURCE_FOLDER
+                              "/examples/recordings/sample.csv; "
+                              "generate() { rt305 generate \"$@\"; }; for name in measure params signals; do "
+                              "eval \"$name() { rt305 $name --json-lines \\\"\\$@\\\"; }\"; done; exec 2>&1; ";
     ToolRun result;
     FILE* const pipe = popen((start + command).c_str(), "r");
     std::array<char, 65536> block;
@@ -51,27 +52,33 @@ inline std::string contentOf(const std::string& file) {
 }
 
 /// What a command shows, as items with "; " between them: "text" is in its output, "!text" is not, blanks in a row
-/// count as one, and "power/P/two-wattmeter = 3450 ~ 2" is a figure of its JSON line within 2, or within 0.02 % (0.0002
-/// below 1) without "~". A figure "= -" is missing.
+/// count as one, and "power/P = 3450 3450 - ~ 2" are the figures of a row or one figure of its JSON line, "-" a missing
+/// one, within 2, or within 0.02 % (0.0002 below 1) without "~".
 struct Shown {
-    const char* command;
-    const char* items;
+    std::string command;
+    std::string items;
     int exitCode = 0;
 };
 
-inline bool isFigure(const std::string& output, const std::string& item, std::size_t equals) {
+inline bool areFigures(const std::string& output, const std::string& item, std::size_t equals) {
     const std::size_t line = output[0] == '{' ? 0 : output.find("\n{") + 1;
-    const auto document = nlohmann::json::parse(output.substr(line, output.find('\n', line) - line), nullptr, false);
-    const nlohmann::json::json_pointer place("/" + item.substr(0, equals));
-    const bool isThere = document.contains(place) && document[place].is_number();
-    if (item.substr(equals) == " = -" || !isThere) {
-        return (item.substr(equals) == " = -") != isThere;
+    const auto all = nlohmann::ordered_json::parse(output.substr(line, output.find('\n', line) - line), nullptr, false);
+    const nlohmann::ordered_json::json_pointer place("/" + item.substr(0, equals));
+    auto row = all.contains(place) ? all[place] : nlohmann::ordered_json();
+    row = row.is_structured() ? row : nlohmann::ordered_json{row};
+    std::istringstream wanted(item.substr(equals + 3, item.find(" ~ ") - equals - 3));
+    const double tolerance = item.find(" ~ ") < item.size() ? std::stod(item.substr(item.find(" ~ ") + 3)) : 0.0;
+    for (const auto& figure : row) {
+        if (std::string text; !figure.is_string() && wanted >> text) {
+            const double value = text == "-" ? 0.0 : std::stod(text);
+            const double most = tolerance > 0.0 ? tolerance : 2e-4 * std::fmax(1.0, std::fabs(value));
+            if (figure.is_null() != (text == "-") ||
+                (figure.is_number() && std::fabs(figure.get<double>() - value) > most)) {
+                return false;
+            }
+        }
     }
-    const double wanted = std::stod(item.substr(equals + 3));
-    const std::size_t mark = item.find(" ~ ");
-    const double tolerance =
-        mark < item.size() ? std::stod(item.substr(mark + 3)) : 2e-4 * std::fmax(1.0, std::fabs(wanted));
-    return std::fabs(document[place].get<double>() - wanted) <= tolerance;
+    return (wanted >> std::ws).eof();
 }
 
 inline void expectShown(const std::vector<Shown>& rows) {
@@ -85,7 +92,7 @@ inline void expectShown(const std::vector<Shown>& rows) {
         for (std::size_t at = 0, end = 0; (end = items.find("; ", at)) != std::string::npos; at = end + 2) {
             const std::string item = items.substr(at, end - at);
             const std::size_t equals = item.find(" = ");
-            const bool isShown = equals < item.size() ? isFigure(result.output, item, equals)
+            const bool isShown = equals < item.size() ? areFigures(result.output, item, equals)
                                  : item[0] == '!'     ? text.find(item.substr(1)) == std::string::npos
                                                       : text.find(item) != std::string::npos;
             EXPECT_TRUE(isShown) << row.command << "\ndoes not show: " << item << "\n" << result.output;

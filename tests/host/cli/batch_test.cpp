@@ -17,10 +17,8 @@ TEST(Batch, AFailingFileStopsNoOther) {
     for (const std::string jobs : {"--jobs 1", "--jobs 3"}) {
         const std::string files = jobs + " 300.csv bad.csv 100.csv missing.csv 200.csv ";
         EXPECT_EQ(run("measure " + files + "2>/dev/null" + phaseVoltages).output, "300 error 3 100 error 3 200 ");
-        expectShown({{("rt305 measure " + files + ">/dev/null").c_str(),
-                      "rt305: missing.csv: No such file; "
-                      "2 of 5 files failed:\n bad.csv\n missing.csv\n",
-                      4}});
+        expectShown({{"rt305 measure " + files + ">/dev/null",
+                      "rt305: missing.csv: No such file; 2 of 5 files failed:\n bad.csv\n missing.csv\n", 4}});
     }
     expectShown(
         {{"rt305 measure bad.csv", "rt305: bad.csv", 3}, {"rt305 measure --jobs 2 100.csv 200.csv", "Current"}});
@@ -29,8 +27,7 @@ TEST(Batch, AFailingFileStopsNoOther) {
 TEST(Batch, NamesComeFromAListAndWindowsAreLines) {
     makeFiles();
     expectShown({
-        {("printf '%s\\n' 100.csv '' 200.csv | measure --files-from - --window 0.3 --step 100ms" + phaseVoltages)
-             .c_str(),
+        {"printf '%s\\n' 100.csv '' 200.csv | measure --files-from - --window 0.3 --step 100ms" + phaseVoltages,
          "100 100 100 200 200 200"},
         {"rt305 measure --csv --window 0.25s 200.csv | grep -c parameters,current,a", "2\n"},
         {"rt305 measure --csv 100.csv 200.csv | grep -c '^file,start,table,quantity,column,value,unit$'", "1\n"},
@@ -49,10 +46,9 @@ TEST(Batch, TheRecipeForGnuParallelGivesTheSameLines) {
     const std::string guide = contentOf(SOURCE_FOLDER "/docs/batch.md");
     const std::size_t from = guide.find("ls *.csv | parallel ");
     ASSERT_NE(from, std::string::npos);
-    expectShown({{("rm -f *.csv; for u in 100 200; do generate -o $u.csv; done; HOME=$PWD; export HOME; " +
-                   guide.substr(from, guide.find('\n', from) - from) +
-                   "; sort results.jsonl > sorted; measure *.csv | sort | cmp - sorted && wc -l sorted")
-                      .c_str(),
+    expectShown({{"rm -f *.csv; for u in 100 200; do generate -o $u.csv; done; HOME=$PWD; export HOME; " +
+                      guide.substr(from, guide.find('\n', from) - from) +
+                      "; sort results.jsonl > sorted; measure *.csv | sort | cmp - sorted && wc -l sorted",
                   "2 sorted"}});
 }
 

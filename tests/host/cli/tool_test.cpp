@@ -55,35 +55,33 @@ TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
 }
 
 TEST(Tool, RefusesWrongOptions) {
-    for (const auto& [command, says] : {
-             std::pair{"rt305", "subcommand"},
-             {"rt305 params", "FILE"},
-             {"rt305 params --power five-wattmeter $sample", "five-wattmeter"},
-             {"rt305 params --rate 0 $sample", "--rate"},
-             {"rt305 params --gains 1,2 $sample", "\"1,2\""},
-             {"rt305 params --gains 1,2,3,4,5,x $sample", "\"1,2,3,4,5,x\""},
-             {"rt305 params --gains Ud=1 $sample", "\"Ud=1\""},
-             {"rt305 params --gains Ua=1,2 $sample", "\"Ua=1,2\""},
-             {"rt305 params --map Ua $sample", "--map: \"Ua\""},
-             {"rt305 params --map Ua= $sample", "--map: \"Ua=\""},
-             {"rt305 params --map Ux=1 $sample", "--map: \"Ux=1\""},
-             {"rt305 info --gain 1 $sample", "--gain: \"1\""},
-             {"rt305 info --primary --secondary $sample", "--primary"},
-             {"rt305 params --json --csv $sample", "--json"},
-             {"rt305 params --power two-wattmeter $sample", "--wiring three"},
-             {"rt305 spectrum --peaks 20.5 $sample", "--peaks"},
-             {"rt305 spectrum --window flattop $sample", "flattop"},
-             {"rt305 generate --dropout Ia:1", "\"Ia:1\""},
-             {"rt305 generate --harmonic-u 3", "\"3\""},
-             {"rt305 generate --duration 1e9", "100 million"},
-             {"rt305 measure", "FILE"},
-             {"rt305 measure --window 0.2 --json $sample", "--json-lines"},
-             {"rt305 measure --step 0.1 $sample", "--window"},
-             {"rt305 measure --window 200mA $sample", "\"200mA\""},
-             {"rt305 measure - --files-from -", "stdin"},
-         }) {
-        expectShown({{command, says, 2}});
-    }
+    expectShown({
+        {"rt305", "subcommand", 2},
+        {"rt305 params", "FILE", 2},
+        {"rt305 params --power five-wattmeter $sample", "five-wattmeter", 2},
+        {"rt305 params --rate 0 $sample", "--rate", 2},
+        {"rt305 params --gains 1,2 $sample", "\"1,2\"", 2},
+        {"rt305 params --gains 1,2,3,4,5,x $sample", "\"1,2,3,4,5,x\"", 2},
+        {"rt305 params --gains Ud=1 $sample", "\"Ud=1\"", 2},
+        {"rt305 params --gains Ua=1,2 $sample", "\"Ua=1,2\"", 2},
+        {"rt305 params --map Ua $sample", "--map: \"Ua\"", 2},
+        {"rt305 params --map Ua= $sample", "--map: \"Ua=\"", 2},
+        {"rt305 params --map Ux=1 $sample", "--map: \"Ux=1\"", 2},
+        {"rt305 info --gain 1 $sample", "--gain: \"1\"", 2},
+        {"rt305 info --primary --secondary $sample", "--primary", 2},
+        {"rt305 params --json --csv $sample", "--json", 2},
+        {"rt305 params --power two-wattmeter $sample", "--wiring three", 2},
+        {"rt305 spectrum --peaks 20.5 $sample", "--peaks", 2},
+        {"rt305 spectrum --window flattop $sample", "flattop", 2},
+        {"rt305 generate --dropout Ia:1", "\"Ia:1\"", 2},
+        {"rt305 generate --harmonic-u 3", "\"3\"", 2},
+        {"rt305 generate --duration 1e9", "100 million", 2},
+        {"rt305 measure", "FILE", 2},
+        {"rt305 measure --window 0.2 --json $sample", "--json-lines", 2},
+        {"rt305 measure --step 0.1 $sample", "--window", 2},
+        {"rt305 measure --window 200mA $sample", "\"200mA\"", 2},
+        {"rt305 measure - --files-from -", "stdin", 2},
+    });
 }
 
 TEST(Tool, ExitCodesAndOutput) {
@@ -94,9 +92,8 @@ TEST(Tool, ExitCodesAndOutput) {
         {"rt305 measure --window 1.5s $sample", "sample.csv", 3},
         {"rt305 measure --files-from nothing.txt", "nothing.txt", 3},
         {"rt305 params --library /nonexistent.so $sample", "/nonexistent.so", 5},
-        {"rt305 params --library " WRONG_LIBRARY " $sample", "getVersion", 5},
         {"rt305 params --library " IDLE_LIBRARY " $sample", "rt305: ", 5},
-        {"rt305 check " WRONG_LIBRARY, "getVersion", 5},
+        {"rt305 check $(ldd $(command -v rt305) | grep -o '/.*libc.so.6')", "getVersion", 5},
         {"rt305 check " IDLE_LIBRARY, "!pass ; 0 of ", 1},
         {"rt305 generate -o /nonexistent/file.csv", "No such file or directory", 5},
         {"rt305 generate --duration 0.01 --angle -30 --offsets Ua=-1", "Time(s),Ua(V)"},
@@ -114,8 +111,8 @@ TEST(Tool, ExitCodesAndOutput) {
 
 TEST(Tool, TakesTheLibraryFromTheOptionTheEnvironmentOrNearby) {
     expectShown({
-        {"export RT305_4_LIBRARY=" WRONG_LIBRARY "; rt305 params $sample", "getVersion", 5},
-        {"export RT305_4_LIBRARY=" WRONG_LIBRARY "; rt305 params --library " LIBRARY " $sample", "Current"},
+        {"export RT305_4_LIBRARY=none.so; rt305 params $sample", "none.so", 5},
+        {"export RT305_4_LIBRARY=none.so; rt305 params --library " LIBRARY " $sample", "Current"},
         {"unset RT305_4_LIBRARY; mkdir bin lib; cp " TOOL_FOLDER "/rt305 bin; cp " LIBRARY
          " lib/libRT305_4.so.1; bin/rt305 params $sample",
          "Current"},

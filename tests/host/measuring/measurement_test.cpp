@@ -5,22 +5,14 @@ namespace {
 TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
     expectShown({
         {"generate --angle 60 | measure -",
-         "power/P/three-wattmeter-complex = 1725; power/P/three-wattmeter = 1725; power/P/two-wattmeter = 1725; "
-         "power/P/two-wattmeter-phase = 1725; power/Q/three-wattmeter-complex = 2987.79; "
-         "power/Q/three-wattmeter = 2987.79; power/Q/two-wattmeter = 2987.79; power/Q/two-wattmeter-phase = 2987.79; "
-         "power/Sb/three-wattmeter = 1150; power/Pb/two-wattmeter = -; parameters/line_voltage/b = 398.372; "
-         "derived/power_factor/total = 0.5; derived/current_lag/c = 60"},
-        {"generate --angle -45 | measure -",
-         "power/Q/three-wattmeter-complex = -2439.52; power/Q/three-wattmeter = 2439.52; power/Q/two-wattmeter = "
-         "-2439.52; "
-         "power/Q/two-wattmeter-phase = 2439.52"},
+         "power/P = 1725 1725 1725 1725; power/Q = 2987.79 2987.79 2987.79 2987.79; power/Sb = 1150 1150; "
+         "parameters/line_voltage/b = 398.372; derived/power_factor/total = 0.5; derived/current_lag = 60 60 60"},
+        {"generate --angle -45 | measure -", "power/Q = -2439.52 2439.52 -2439.52 2439.52"},
         // line voltages lead the phase voltages by 30 degrees
         {"generate --voltage 398.37168574 --angle 60 | measure --wiring three -",
-         "power/P/three-wattmeter-complex = 2987.79; power/P/three-wattmeter = 2987.79; power/P/two-wattmeter = "
-         "2987.79; "
-         "power/P/two-wattmeter-phase = 2987.79; power/Q/three-wattmeter-complex = 1725; "
-         "power/Q/two-wattmeter = 1725; parameters/phase_voltage/a = 230; parameters/line_voltage/b = 398.372; "
-         "derived/voltage_unbalance_u0/total = -"},
+         "power/P = 2987.79 2987.79 2987.79 2987.79; power/Q = 1725 1725 1725 1725 ~ 0.5; "
+         "parameters/phase_voltage = 230 230 230; parameters/line_voltage/b = 398.372; derived/voltage_unbalance_u0 = "
+         "-"},
         {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; parameters/frequency/a = 59.9"},
         {"generate | measure --coefficients 2,2,2,10,10,10 -",
          "power/P/two-wattmeter = 69000; parameters/current/c = 50"},
@@ -28,25 +20,22 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
 }
 
 TEST(Measure, HarmonicsUnbalanceAndCurrents) {
+    const std::string odd = "generate --current 230 --angle 20 --factors Ub=0.9 | measure --map Ua=Ia";
+    const std::string unbalance =
+        "derived/voltage_unbalance_u2/total = 14.99; derived/voltage_unbalance_u0/total = 8.9373";
     expectShown({
         {"generate --harmonic-u 3:8 --harmonic-u 5:15 --harmonic-u 7:5 --angle 60 | measure -",
-         "parameters/thd_voltage/c = 17.72 ~ 0.01; derived/power_factor/a = 0.49233; highest_harmonics/1/Va_order = 5; "
-         "highest_harmonics/2/Vb_percent = 8 ~ 0.01; highest_harmonics/3/Vc_order = 7; highest_harmonics/4/Va_order = "
-         "-"},
+         "parameters/thd_voltage/c = 17.72 ~ 0.01; derived/power_factor/a = 0.49233; "
+         "highest_harmonics/1 = 5 15 5 15 5 15 ~ 0.01; highest_harmonics/2/Vb_percent = 8 ~ 0.01; \"4\":{}"},
         {"generate --harmonic-u 3:5 --harmonic-u 11:30 | cut -d, -f1-4 | measure -",  // at its own rate
          "signals/rms/Vb = 240.405 ~ 0.05; highest_harmonics/1/Vc_percent = 5 ~ 0.01"},
-        {"generate --frequency 49.7 --duration 0.317 --angle 30 --harmonic-u 3:20:40 --harmonic-u 5:10 --offsets Ua=10"
-         " | measure -",
-         "derived/current_lag/a = 30 ~ 0.05; derived/fine_frequency/b = 49.7; derived/voltage_unbalance_u2/total = 0 ~ "
+        {"generate --frequency 49.7 --duration 0.317 --angle 30 --harmonic-u 3:20:40 --offsets Ua=10 | measure -",
+         "derived/current_lag = 30 30 30 ~ 0.05; derived/fine_frequency/b = 49.7; derived/voltage_unbalance_u2 = 0 ~ "
          "0.1"},
-        {"generate --current 230 --angle 20 --factors Ub=0.9 | measure --map Ua=Ia -",
-         "derived/voltage_unbalance_u2/total = 14.99; derived/voltage_unbalance_u0/total = 8.9373; "
-         "derived/voltage_lag/b = "
-         "100"},
-        {"generate --current 230 --angle 20 --factors Ub=0.9 | measure --map Ua=Ia,Ub=Uc,Uc=Ub -",
-         "derived/voltage_unbalance_u2/total = 14.99; derived/voltage_unbalance_u0/total = 8.9373"},
+        {odd + " -", unbalance + "; derived/voltage_lag/b = 100"},
+        {odd + ",Ub=Uc,Uc=Ub -", unbalance},
         {"generate --factors Ic=0 | measure -",
-         "derived/sum_of_currents/total = 5; derived/current_unbalance_i0/total = 50; derived/current_lag/c = -"},
+         "derived/sum_of_currents/total = 5; derived/current_unbalance_i0/total = 50; derived/current_lag = 0 0 -"},
         {"generate --angle 30 | cut -d, -f1-4,6,7 | measure --two-currents a -",
          "derived/sum_of_currents/total = 0; derived/current_lag/a = 30"},
     });
@@ -54,35 +43,33 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
 
 TEST(Measure, ChannelsDecideWhatIsMeasured) {
     expectShown({
-        {"generate | cut -d, -f1-4 | rt305 signals --json-lines -", R"("voltages","; !not used)"},
-        {"generate | cut -d, -f1,5-7 | rt305 signals --json-lines -", R"("currents",)"},
-        {"generate | cut -d, -f1-5,7 | rt305 signals --json-lines -", R"("voltages","; Ia and Ic not used; Ib"])"},
-        {"generate | cut -d, -f1-5,7 | rt305 signals --two-currents b --json-lines -", R"("voltages and currents",)"},
-        {"generate | cut -d, -f1-6 | rt305 signals --two-currents b --json-lines -", R"("voltages","; not used)"},
-        {"generate | cut -d, -f1,3-7 | rt305 signals --json-lines -", R"("currents","; Ub and Uc not used)"},
+        {"generate | cut -d, -f1-4 | signals -", R"("voltages","; !not used)"},
+        {"generate | cut -d, -f1,5-7 | signals -", R"("currents",)"},
+        {"generate | cut -d, -f1-5,7 | signals -", R"("voltages","; Ia and Ic not used; Ib"])"},
+        {"generate | cut -d, -f1-5,7 | signals --two-currents b -", R"("voltages and currents",)"},
+        {"generate | cut -d, -f1-6 | signals --two-currents b -", R"("voltages","; not used)"},
+        {"generate | cut -d, -f1,3-7 | signals -", R"("currents","; Ub and Uc not used)"},
         {"generate | cut -d, -f1,3-6 | rt305 signals -", "Ua and Ic", 3},
         {"generate | cut -d, -f1-4 | rt305 params --type all -", "no data for one or more phases", 1},
         {"generate | cut -d, -f1-4 | measure --type all -", "Ia", 3},
         {"generate | cut -d, -f2- | rt305 signals -", "--rate", 3},
-        {"generate | sed '1s/V/kV/g; 1s/A/mA/g' | rt305 signals --json-lines -",
-         "signals_u/rms/Va = 230000; signals_i/rms/Ib = 0.005"},
+        {"generate | sed '1s/V/kV/g; 1s/A/mA/g' | signals -", "signals_u/rms/Va = 230000; signals_i/rms/Ib = 0.005"},
     });
 }
 
 TEST(Measure, APartOfASegment) {
     expectShown({
-        {"printf '%s\n' t,Ua,Ub,Uc 0,5,0,0 1,5,0,0 2,5,0,0 20,1,0,0 21,3,0,0 22,7,0,0 23,15,0,0 > two.csv; "
-         "rt305 signals --json-lines --start 1 --duration 2 two.csv",  // the longer segment
+        {"printf '%s\n' t,Ua,Ub,Uc 0,5,0,0 1,5,0,0 2,5,0,0 20,1,0,0 21,3,0,0 22,7,0,0 23,15,0,0 > two.csv; signals "
+         "--start 1 --duration 2 two.csv",  // the longer segment
          "segment 2 of 2; samples = 2; start = 1; signals_u/rms/Va = 2"},
-        {"rt305 signals --json-lines --segment 1 two.csv", "samples = 3; !segment; signals_u/rms/Va = 0"},
+        {"signals --segment 1 two.csv", "samples = 3; !segment; signals_u/rms/Va = 0"},
         {"rt305 signals --segment 3 two.csv", "segment 3", 3},
         {"rt305 signals --segment 2 --start 2 --duration 3 two.csv", "the part from 2 s", 3},
         {"rt305 signals --segment 2 --start 4 two.csv", "the part from 4 s", 3},
-        {"generate --rate 2000 | sed '621s/,[^,]*/,/' | rt305 signals --json-lines --start 0.305 --duration 0.02 -",
+        {"generate --rate 2000 | sed '621s/,[^,]*/,/' | signals --start 0.305 --duration 0.02 -",
          "1 samples of Ua are missing; 0.0045 s; signals_u/rms/Va = -; signals_u/rms/Vb = 230"},
         {"generate --harmonic-u 5:4 > long.csv; figures='grep -o parameters.*derived'; measure --start 0.4 --duration "
-         "0.3 long.csv | $figures > part; "
-         "measure --window 0.3 --step 0.2 long.csv | sed -n 3p | $figures | cmp - part",
+         "0.3 long.csv | $figures > part; measure --window 0.3 --step 0.2 long.csv | sed -n 3p | $figures | cmp - part",
          ""},
     });
 }
@@ -90,36 +77,36 @@ TEST(Measure, APartOfASegment) {
 /// The library assumes 10000 Hz for six channels and 500 Hz for three.
 TEST(Measure, ResamplesUnlessToldOtherwise) {
     expectShown({
-        {"generate --rate 4000 --harmonic-u 5:3 | rt305 params --power three-wattmeter-complex --json-lines -",
+        {"generate --rate 4000 --harmonic-u 5:3 | params --power three-wattmeter-complex -",
          "resampled from 4000 Hz; 1820 Hz; parameters/phase_voltage/a = 230.103; parameters/thd_voltage/b = 3 ~ 0.001; "
          "parameters/active_power/total = 3450"},
         {"generate --rate 10000.5 | rt305 params -", "!resampled"},
         {"generate --duration 0.3 | cut -d, -f1-4 | rt305 spectrum --json-lines -", "samples = 150; 500 Hz"},
-        {"generate --duration 0.3 | cut -d, -f1-4 | rt305 signals --json-lines -", "samples = 3000; !resampled"},
+        {"generate --duration 0.3 | cut -d, -f1-4 | signals -", "samples = 3000; !resampled"},
         {"generate --duration 0.3 | cut -d, -f1-4 | rt305 spectrum --no-resample -", "0.05 times"},
     });
 }
 
 TEST(Measure, OptionsReachTheLibrary) {
     expectShown({
-        {"generate --angle -30 | cut -d, -f1-5,7 | rt305 params --json-lines --power three-wattmeter-complex "
-         "--two-currents b --invert-p -",
-         "parameters/current/b = 5; parameters/active_power/total = -2987.79; parameters/active_power/c = 995.93; "
+        {"generate --angle -30 | cut -d, -f1-5,7 | params --power three-wattmeter-complex --two-currents b --invert-p "
+         "-",
+         "parameters/current/b = 5; parameters/active_power = -2987.79 995.93 995.93 995.93; "
          "parameters/reactive_power/total = -1725"},
-        {"generate --frequency 59.9 --duration 10 | "
-         "rt305 params --json-lines --frequency control --coefficients Ub=2 --map Ia=Ib,Ib=Ic,Ic=4 -",
+        {"generate --frequency 59.9 --duration 10 | params --frequency control --coefficients Ub=2 --map "
+         "Ia=Ib,Ib=Ic,Ic=4 -",
          "parameters/frequency/c = 59.9; parameters/phase_voltage/b = 460"},
-        {"generate --current 10 --harmonic-u 3:5 --harmonic-i 40:10 --voltage 100 | "
-         "rt305 spectrum --json-lines --window hann --db --mode 2 --criterion -30 -",
-         "spectrum_u/2/Va_Hz = 150; spectrum_u/2/Vb_dB = -26.02 ~ 0.01; spectrum_u/3/Va_Hz = -; "
-         "spectrum_i/2/Ia_Hz = 2000; spectrum_i/2/Ic_dB = -20 ~ 0.01"},
-        {"generate --voltage 400 --factors Ub=0.5 | rt305 params --json-lines --wiring three -",
+        {"generate --current 10 --harmonic-u 3:5 --harmonic-i 40:10 --voltage 100 | rt305 spectrum --json-lines "
+         "--window hann --db --mode 2 --criterion -30 -",
+         "spectrum_u/2/Va_Hz = 150; spectrum_u/2/Vb_dB = -26.02 ~ 0.01; spectrum_u/3/Va_Hz = -; spectrum_i/2/Ia_Hz = "
+         "2000; spectrum_i/2/Ic_dB = -20 ~ 0.01"},
+        {"generate --voltage 400 --factors Ub=0.5 | params --wiring three -",
          "parameters/phase_voltage/a = 230.94; parameters/line_voltage/b = 200"},
         {"generate --voltage 398.37168574 --angle 60 | rt305 params --wiring three --power two-wattmeter -",
          "Zero-sequence voltage - V; Active power P 2987.79 - - - W; Reactive power Q 1725.00 - - - VAR"},
         // 230 * 0.0049417429956896556 / (1 + (19.53125 * 8 + 35) / 1000), 1 ohm: as recorded
-        {"generate --current 1e6 | rt305 params --source real --gains Ua=8,Ia=0,Ib=0,Ic=0 "
-         "--resistances Ub=1,Uc=1,Ia=24.9,Ib=127 -",
+        {"generate --current 1e6 | rt305 params --source real --gains Ua=8,Ia=0,Ib=0,Ic=0 --resistances "
+         "Ub=1,Uc=1,Ia=24.9,Ib=127 -",
          "Phase voltage 0.954 230.000 230.000 V; Current 191.75 37.60 4774.63 A"},
     });
 }

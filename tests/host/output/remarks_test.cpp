@@ -29,32 +29,28 @@ TEST(Remarks, SayWhyValuesAreMissing) {
     expectShown({
         {"generate --angle 30 | rt305 params --power three-wattmeter-complex -", "!No power:; !not given"},
         {"generate | rt305 params -", "--power was not given; THD of voltage"},
-        {"generate --frequency 59.96 --noise 3 --harmonic-u 15:5 --offsets Ua=300 | rt305 params --power "
-         "two-wattmeter-phase --json-lines -",
-         "of the voltages not given; of the currents not given; 59.9; Hz, lies outside 49.6-50.4 Hz; "
-         "try --frequency control; No power: it needs THD; parameters/frequency/a = -; parameters/active_power/total = "
-         "-"},
-        {"generate --frequency 65 | rt305 params --power two-wattmeter-phase --frequency control --json-lines -",
+        {"generate --frequency 59.96 --noise 3 --harmonic-u 15:5 --offsets Ua=300 | params --power two-wattmeter-phase "
+         "-",
+         "of the voltages not given; of the currents not given; 59.9; Hz, lies outside 49.6-50.4 Hz; try --frequency "
+         "control; No power: it needs THD; parameters/frequency/a = -; parameters/active_power/total = -"},
+        {"generate --frequency 65 | params --power two-wattmeter-phase --frequency control -",
          "65.00 Hz, lies outside 10-60 Hz; !try"},
-        {"generate --rate 50000 --frequency 60 | rt305 params --no-resample --json-lines -",
+        {"generate --rate 50000 --frequency 60 | params --no-resample -",
          "12.00 Hz, lies outside; taken as 10000 a second; try --frequency control; 0.2 times"},
-        {"generate --factors Ib=0 | rt305 params --power two-wattmeter-phase --json-lines -",
+        {"generate --factors Ib=0 | params --power two-wattmeter-phase -",
          "THD of the currents not given: Ib is dead (0 A); No power: ; !voltages not given"},
-        {"generate --angle 30 | rt305 params --power two-wattmeter-phase --json-lines -",
-         "No power per phase; magnitudes"},
-        {"generate | rt305 params --power three-wattmeter --wiring three --json-lines -",
-         "with line voltages; without a sign"},
-        {"generate --duration 0.2 | rt305 params --power three-wattmeter-complex --json-lines -",
-         "12.5 cycles; has 10.0"},
-        {"generate --duration 0.26 | rt305 params --json-lines -", "!12.5 cycles"},
+        {"generate --angle 30 | params --power two-wattmeter-phase -", "No power per phase; magnitudes"},
+        {"generate | params --power three-wattmeter --wiring three -", "with line voltages; without a sign"},
+        {"generate --duration 0.2 | params --power three-wattmeter-complex -", "12.5 cycles; has 10.0"},
+        {"generate --duration 0.26 | params -", "!12.5 cycles"},
         {"generate --duration 0.2 | cut -d, -f1-4 | measure -", "12.5 cycles"},
         {"generate --duration 0.2 | rt305 distortion -", "has 10.0"},
         {"generate | cut -d, -f1-4 | rt305 params -", "give all six channels"},
         // the library judges phase c by the fundamental of b
-        {"generate > grid.csv; generate --frequency 50.9 | cut -d, -f3 | paste -d, grid.csv - | "
-         "rt305 params --map Ub=7 --power two-wattmeter-phase --json-lines -",
+        {"generate > grid.csv; generate --frequency 50.9 | cut -d, -f3 | paste -d, grid.csv - | params --map Ub=7 "
+         "--power two-wattmeter-phase -",
          "frequency of Uc not given: the fundamental of Ub, 50.90 Hz; try --frequency control"},
-        {"generate --frequency 75 | cut -d, -f3 | paste -d, grid.csv - | rt305 params --map Ub=7 --json-lines -",
+        {"generate --frequency 75 | cut -d, -f3 | paste -d, grid.csv - | params --map Ub=7 -",
          "58.33 Hz, lies outside 49.6-50.4 Hz; !try"},
     });
 }

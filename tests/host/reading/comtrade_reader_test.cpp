@@ -130,11 +130,11 @@ TEST(ComtradeReader, TakesTimeFromRatesAndStamps) {
 
 TEST(ComtradeReader, KeepsTransformersAndDelays) {
     const Configuration configuration{.second = "2,I(kA),A,,,2,0,841,0,0,0,1,P"};
-    const auto columns = rt305::readComtrade({"rec.cfg", configuration.text(), "rec.dat", threeRows, {}, {}}).columns;
-    EXPECT_EQ(columns[1].transformer.side, rt305::Transformer::Side::primary);
-    EXPECT_EQ(columns[1].transformer.primary, 1.0) << "a ratio of 0 is none";
-    EXPECT_EQ(columns[1].unit, "kA") << "from the name";
-    EXPECT_NEAR(columns[1].delaySeconds, 841e-6, 1e-15);
+    const auto current =
+        rt305::readComtrade({"rec.cfg", configuration.text(), "rec.dat", threeRows, {}, {}}).columns[1];
+    EXPECT_EQ(current.transformer.primary, 1.0) << "a ratio of 0 is none";
+    EXPECT_EQ(current.unit, "kA") << "from the name";
+    EXPECT_NEAR(current.delaySeconds, 841e-6, 1e-15);
 }
 
 TEST(ComtradeReader, ReportsPeaksThatTheHeaderQuotesAsRms) {

@@ -27,14 +27,12 @@ TEST(RecordingReader, FindsTheSameLoadInEveryRecording) {
         {"$data/sound.wav", 0.01, 0.5, "relative to full scale; Ua, Ub, Uc, Ia, Ib, Ic"},
     };
     for (const Case& c : cases) {
-        std::string items = c.warnings;
-        for (const char* const phase : {"a", "b", "c"}) {
-            items +=
-                std::string("; parameters/phase_voltage/") + phase + " = " + std::to_string(57.726 * c.voltageFactor);
-            items += std::string("; parameters/current/") + phase + " = " + std::to_string(1.2 * c.currentFactor);
-            items += std::string("; derived/current_lag/") + phase + " = 30";
-        }
-        expectShown({{("measure " + std::string(c.arguments)).c_str(), items.c_str()}});
+        const auto three = [](double x) {
+            return std::to_string(x) + " " + std::to_string(x) + " " + std::to_string(x);
+        };
+        expectShown({{"measure " + std::string(c.arguments),
+                      c.warnings + "; derived/current_lag = 30 30 30; parameters/phase_voltage = " +
+                          three(57.726 * c.voltageFactor) + "; parameters/current = " + three(1.2 * c.currentFactor)}});
     }
 }
 
