@@ -23,10 +23,8 @@ struct Configuration {
 
 void expectRead(const std::string& configuration, const std::string& data, const std::string& recording,
                 const std::string& says, const std::string& header = "") {
-    std::string remarks;
     const auto read = [&] { return rt305::readComtrade({"rec.cfg", configuration, "rec.dat", data, {}, header}); };
-    EXPECT_EQ(described(read, remarks), recording) << configuration << data;
-    EXPECT_TRUE(areSaid(says, remarks)) << configuration << data << says << "\n" << remarks;
+    ::expectRead(configuration + data, read, recording, says);
 }
 
 const std::string threeRows = "1,0,2,10,0\n2,1000,4,20,0\n3,2000,6,30,1\n";

@@ -18,14 +18,12 @@ struct Case {
 
 void expectRead(const std::vector<Case>& cases) {
     for (const Case& c : cases) {
-        std::string remarks;
         const auto read = [&c] {
             auto recording = readCsv(c.text, "rec.csv", c.options);
             rt305::assignColumns(recording);  // refuses columns with faults
             return recording;
         };
-        EXPECT_EQ(described(read, remarks), c.recording) << c.text;
-        EXPECT_TRUE(areSaid(c.says, remarks)) << c.text << c.says << "\n" << remarks;
+        ::expectRead(c.text, read, c.recording, c.says);
     }
 }
 

@@ -38,12 +38,16 @@ inline std::string described(const std::function<rt305::Recording()>& read, std:
     return {};
 }
 
-/// Whether all of the words, with "; " between them, are in the remarks; there are none when nothing is expected.
-inline bool areSaid(const std::string& words, const std::string& remarks) {
-    const std::size_t end = std::min(words.find("; "), words.size());
-    return words.empty() ? remarks.empty()
-                         : remarks.find(words.substr(0, end)) != std::string::npos &&
-                               (end == words.size() || areSaid(words.substr(end + 2), remarks));
+/// Expects what is described, and remarks with all of the words with "; " between them, or none.
+inline void expectRead(const std::string& shown, const std::function<rt305::Recording()>& read,
+                       const std::string& recording, const std::string& says) {
+    std::string remarks;
+    EXPECT_EQ(described(read, remarks), recording) << shown;
+    EXPECT_EQ(says.empty(), remarks.empty()) << shown << remarks;
+    for (std::size_t at = 0, end = 0; at < says.size(); at = end + 2) {
+        end = std::min(says.find("; ", at), says.size());
+        EXPECT_NE(remarks.find(says.substr(at, end - at)), std::string::npos) << shown << says << "\n" << remarks;
+    }
 }
 
 #endif

@@ -1,5 +1,3 @@
-#include "base/failure.h"
-#include "base/text_encoding.h"
 #include "tool.h"
 
 namespace {
@@ -54,22 +52,16 @@ TEST(RecordingReader, SaysWhatAFileHoldsAndWhatIsWrongWithIt) {
     });
 }
 
-TEST(TextEncoding, EveryTextBecomesValid) {
-    const std::string bad = "\xEF\xBF\xBD";
-    struct Case {
-        std::string bytes, encoding, text;
-    };
-    const Case cases[] = {
-        {"Ua \xC2\xB5", "", "Ua \xC2\xB5"},
-        {"\xE2\x84\xA6 \xF0\x9F\x98\x80", "cp866", "\xE2\x84\xA6 \xF0\x9F\x98\x80"},
-        {"I\xA2", "", "I" + bad},
-        {"I\xA2", "cp866", "I\xD0\xB2"},
-        {"\xC4\xB8\xCF\xDF", "GB18030", "\xE6\xAF\x8D\xE7\xBA\xBF"},
-        {"\xC0\x80 \xED\xA0\x80 \xF5 \xE2\x84", "", bad + bad + " " + bad + bad + bad + " " + bad + " " + bad + bad},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(rt305::toUtf8(c.bytes, c.encoding), c.text);
-    }
+TEST(RecordingReader, MakesEveryTextValid) {
+    expectShown({
+        {"printf 't,I\\242\n0,1\n1,2\n' > old.csv; rt305 info old.csv", "1 I\xEF\xBF\xBD 1.0"},
+        {"rt305 info --encoding cp866 old.csv", "1 I\xD0\xB2 1.0"},
+        {"printf 't,\\304\\270\\317\\337\n0,1\n1,2\n' | rt305 info --encoding GB18030 -",
+         "1 \xE6\xAF\x8D\xE7\xBA\xBF 1.0"},
+        {"printf 't,\\360\\237\\230\\200\n0,1\n1,2\n' | rt305 info --encoding cp866 -", "1 \xF0\x9F\x98\x80 1.0"},
+        {"printf 't,\\300\\200\\355\\240\\200\\365 \\342\\204\n0,1\n1,2\n' | rt305 info -",
+         "1 \xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD \xEF\xBF\xBD\xEF\xBF\xBD 1.0"},
+    });
 }
 
 }  // namespace
