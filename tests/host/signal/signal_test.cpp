@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "recording/recording.h"
+#include "signal/fundamental.h"
 #include "signal/resampler.h"
 #include "support/signals.h"
 
@@ -42,6 +43,11 @@ TEST(Resampler, MarksAndBridgesMissingSamples) {
         EXPECT_TRUE(k >= 48 && k <= 52 ? std::isnan(y[k]) : std::fabs(y[k] - wanted[3050 + k]) < 1e-3)
             << k << " " << y[k];
     }
+}
+
+TEST(Fundamental, IsFoundUnderNoiseHarmonicsAndOffset) {
+    const auto x = signals::wave(signals::noise(10000, 1, 2.0, 0.03), {{1.0, 10.7}, {0.1, 32.1, 1.0}});
+    EXPECT_NEAR(rt305::estimateFundamental(x, 1e4).value_or(0.0), 10.7, 0.05);
 }
 
 TEST(Recording, CountsClippedSamples) {
