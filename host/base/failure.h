@@ -11,8 +11,8 @@ enum class ExitCode { success = 0, refused = 1, usage = 2, unreadable = 3, parti
 
 inline constexpr const char* exitCodeText =
     "Exit codes: 0 success, 1 the library refuses the measurement or fails a check, 2 unusable options, 3 input that "
-    "cannot be read or measured, 4 some of several files failed, 5 no library, no memory, or output that cannot be "
-    "written.";
+    "cannot be read or measured, 4 some of several files failed, 5 no library, no memory, output that cannot be "
+    "written, or an internal error.";
 
 /// An error that ends the program with its exit code; the message goes to stderr.
 class Failure : public std::runtime_error {

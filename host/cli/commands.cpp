@@ -1,17 +1,14 @@
 #include "cli/commands.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fstream>
-#include <functional>
 #include <iostream>
 #include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "cli/messages.h"
+#include "cli/output_file.h"
 #include "conformance/check.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
@@ -98,20 +95,6 @@ void showBothKinds(const MeasureOptions& options, Measured& result, const std::s
     show(options, result.document);
 }
 
-/// Writes content to a file, or to stdout when none is named.
-void writeTo(const std::string& name, const std::function<void(std::ostream&)>& content) {
-    if (name.empty()) {
-        content(std::cout);
-        return;
-    }
-    std::ofstream file(name, std::ios::binary);
-    content(file);
-    file.close();
-    if (!file) {
-        failEnvironment(name + ": " + std::strerror(errno));
-    }
-}
-
 }  // namespace
 
 void showRecording(const MeasureOptions& options) {
@@ -166,6 +149,7 @@ void showHarmonics(const MeasureOptions& options) {
 
 void writeReport(const ReportOptions& options) {
     const Recording recording = read(options.measure);
+    refuseInputAsOutput(options.file, recording.files.empty() ? std::vector<std::string>{"-"} : recording.files);
     const FullMeasurement full = prepare(recording, options.measure.settings);
     std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
     std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);
@@ -173,7 +157,7 @@ void writeReport(const ReportOptions& options) {
     FullResults results = measureAll(full, library);
     addSpectraAndStatistics(results, full, library);
     const std::string page = reportPage(recording, full, results);
-    writeTo(options.file, [&page](std::ostream& out) { out << page; });
+    writeOutput(options.file, [&page](std::ostream& out) { out << page; });
 }
 
 void checkLibrary(const CheckOptions& options) {
@@ -184,7 +168,7 @@ void checkLibrary(const CheckOptions& options) {
 
 void generateRecording(const GenerateOptions& options) {
     const Recording recording = generate(options.settings);
-    writeTo(options.file, [&](std::ostream& out) { writeCsv(recording, options.digits, out); });
+    writeOutput(options.file, [&](std::ostream& out) { writeCsv(recording, options.digits, out); });
 }
 
 }  // namespace rt305

@@ -1,14 +1,16 @@
 /// rt305 - measures recordings with libRT305_4.so.1 as any host does: through its C interface, loaded at run time.
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
 #include <iostream>
-#include <new>
 
 #include "base/failure.h"
 #include "cli/commands.h"
 #include "cli/manual.h"
 #include "cli/messages.h"
 #include "cli/options.h"
+#include "cli/process.h"
 
 namespace {
 
@@ -31,9 +33,7 @@ void addManualOptions(CLI::App& app) {
         ->group("");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runCommandLine(int argc, char** argv) {
     CLI::App app("Measures sampled three-phase voltages and currents with libRT305_4.so.1.");
     app.require_subcommand(1);
     app.footer(exitCodeText);
@@ -71,18 +71,25 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        std::cout.flush();
-        if (!std::cout) {
-            failEnvironment("cannot write to stdout");
-        }
-        return exitCode;
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
-    } catch (const Failure& failure) {
-        printMessage(failure.what());
-        return static_cast<int>(failure.code());
-    } catch (const std::bad_alloc&) {
-        printMessage("out of memory");
-        return static_cast<int>(ExitCode::environment);
+        exitCode = static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
+    }
+    std::cout.flush();
+    if (!std::cout) {
+        failEnvironment("cannot write to stdout" + (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
+    }
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    prepareProcess();
+    try {
+        return ending(runCommandLine(argc, argv));
+    } catch (const std::exception& error) {
+        const Ending end = endingOf(error);
+        printMessage(end.message);
+        return ending(static_cast<int>(end.code));
     }
 }

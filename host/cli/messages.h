@@ -1,24 +1,19 @@
 #ifndef RT305_HOST_CLI_MESSAGES_H
 #define RT305_HOST_CLI_MESSAGES_H
 
-#include <unistd.h>
-
-#include <iostream>
 #include <string>
+#include <string_view>
 
 namespace rt305 {
 
+/// Writes to stderr, without allocation. What cannot be written is lost.
+void writeToStderr(std::string_view text) noexcept;
+
 /// Messages to the user, on stderr. Each is written in one piece, so that those of several processes do not mix, and on
-/// a terminal it replaces a progress bar.
-inline void printMessage(const std::string& message) {
-    std::cerr << (isatty(STDERR_FILENO) != 0 ? "\033[K" : "") + ("rt305: " + message + '\n');
-}
-inline void warn(const std::string& message) {
-    printMessage("warning: " + message);
-}
-inline void note(const std::string& message) {
-    printMessage("note: " + message);
-}
+/// a terminal it replaces a progress bar. Without memory the message says only that.
+void printMessage(const std::string& message) noexcept;
+void warn(const std::string& message);
+void note(const std::string& message);
 
 }  // namespace rt305
 

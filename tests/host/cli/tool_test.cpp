@@ -95,7 +95,6 @@ TEST(Tool, ExitCodesAndOutput) {
         {"rt305 params --library " IDLE_LIBRARY " $sample", "rt305: ", 5},
         {"rt305 check $(ldd $(command -v rt305) | grep -o '/.*libc.so.6')", "getVersion", 5},
         {"rt305 check " IDLE_LIBRARY, "!pass ; 0 of ", 1},
-        {"rt305 generate -o /nonexistent/file.csv", "No such file or directory", 5},
         {"rt305 generate --duration 0.01 --angle -30 --offsets Ua=-1", "Time(s),Ua(V)"},
         {"rt305 generate --duration 0.001 --dropout Ia:2:3 --digits 3 | cut -d, -f5", "0.22\n0.00\n0.00\n0.00\n1.11"},
         {"printf 't(s),x=y(V),Ub,Uc\n0,1,1,1\n1,-1,-1,-1\n' | rt305 signals --json-lines --map Ua=1 --gain x=y=7 -",
@@ -106,6 +105,35 @@ TEST(Tool, ExitCodesAndOutput) {
         {"rt305 signals --raw $sample", R"({"signalDataU":[; {"signalDataI":[)"},
         {"rt305 spectrum --raw $sample", R"({"spectrumDataU":[)"},
         {"rt305 distortion --raw $sample", R"({"thdDataU":[)"},
+    });
+}
+
+TEST(Tool, AnOutputReplacesItsFileWhenComplete) {
+    const std::string hasEnded = "cat page; ls -A | grep rt305- || echo no rest";
+    expectShown({
+        {"generate -o in.csv; ln in.csv hard.csv; ln -s in.csv soft.csv; cp in.csv kept; for o in in.csv hard.csv "
+         "soft.csv; do rt305 report in.csv -o $o; echo $?; rt305 report - -o $o < in.csv; echo $?; done | tr -d '\n'; "
+         "cmp in.csv kept",
+         "222222; would be lost"},
+        {"cp $data/relay.* .; rt305 report relay.cfg -o relay.dat", "relay.dat", 2},
+        {"echo before > page; (ulimit -f 100; rt305 report $sample -o page); " + hasEnded,
+         "page: File too large; before; no rest"},
+        {"rt305 generate --duration 999 -o page & until ls -A | grep -q rt305-; do :; done; kill $!; wait; " + hasEnded,
+         "before; no rest"},
+        {"ln -s new link; chmod 640 page; generate -o page; generate -o link; stat -c %a:%F page link new; " + hasEnded,
+         "640:regular file\n777:symbolic link\n644:regular file\n; no rest"},
+        {"rt305 generate -o /dev/full", "/dev/full: No space left", 5},
+        {"rt305 generate -o nowhere/file", "No such file", 5},
+    });
+}
+
+TEST(Tool, StandardStreamsThatFailAreErrors) {
+    expectShown({
+        {"rt305 params $sample > /dev/full", "stdout: No space left", 5},
+        {"rt305 params $sample >&-", "stdout: Bad file", 5},
+        {"rt305 --help > /dev/full", "stdout: No space left", 5},
+        {"bash -c 'rt305 params $sample | true; exit ${PIPESTATUS[0]}'", "stdout: Broken pipe", 5},
+        {"params --rate 9000 $sample 2>&- | sed 's/^{.*}$/whole/'", "whole\n; !warning"},
     });
 }
 

@@ -1,0 +1,22 @@
+#ifndef RT305_HOST_CLI_OUTPUT_FILE_H
+#define RT305_HOST_CLI_OUTPUT_FILE_H
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace rt305 {
+
+/// Fails when `target` is one of the files in `inputs`, under whatever name: a hard link, a symbolic link. "-" as an
+/// input is the file that stdin reads. An empty target is stdout.
+void refuseInputAsOutput(const std::string& target, const std::vector<std::string>& inputs);
+
+/// Writes content to a file, or to stdout if `target` is empty. The file is written beside its target under a temporary
+/// name and then renamed, so that a failure leaves what was there and removes the temporary file. Symbolic links are
+/// followed; the mode of an existing file is kept. Devices and pipes are written directly.
+void writeOutput(const std::string& target, const std::function<void(std::ostream&)>& content);
+
+}  // namespace rt305
+
+#endif
