@@ -29,20 +29,40 @@ char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+/// Whether the digits before the decimal point are one to three, not beginning with 0, and then groups of a comma and
+/// three.
+bool hasGroupsOfThree(std::string_view number) {
+    std::string_view whole = number.substr(0, number.find_first_of(".eE"));
+    whole.remove_prefix(!whole.empty() && whole.front() == '-' ? 1 : 0);
+    const std::size_t first = whole.find(',');
+    bool valid = first >= 1 && first <= 3 && whole.front() != '0' && number.find(',', whole.size()) == number.npos;
+    for (std::size_t i = first; valid && i < whole.size(); i += 4) {
+        valid = whole[i] == ',' && whole.size() - i >= 4 && whole.find(',', i + 1) >= i + 4;
+    }
+    return valid;
+}
+
 }  // namespace
 
-std::optional<double> parseNumber(std::string_view text, bool decimalComma) {
+std::optional<double> parseNumber(std::string_view text, Comma comma) {
     if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
         text.remove_prefix(1);
     }
     if (text.size() == 3 && lowerCase(text) == "nan") {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    std::string withPoint;
-    if (decimalComma && text.find(',') != std::string_view::npos) {
-        withPoint = text;
-        std::replace(withPoint.begin(), withPoint.end(), ',', '.');
-        text = withPoint;
+    std::string withoutComma;
+    if (comma != Comma::none && text.find(',') != std::string_view::npos) {
+        if (comma == Comma::betweenGroups && !hasGroupsOfThree(text)) {
+            return std::nullopt;
+        }
+        withoutComma = text;
+        if (comma == Comma::decimalSign) {
+            std::replace(withoutComma.begin(), withoutComma.end(), ',', '.');
+        } else {
+            withoutComma.erase(std::remove(withoutComma.begin(), withoutComma.end(), ','), withoutComma.end());
+        }
+        text = withoutComma;
     }
     const auto value = parseWhole<double>(text);
     return value && std::isfinite(*value) ? value : std::nullopt;

@@ -10,9 +10,12 @@ namespace rt305 {
 
 /// Conversion between numbers and text, independent of the locale, and helpers for text.
 
+/// What a comma inside a number is: a decimal sign like the point, or between groups of three digits: "1,234.5".
+enum class Comma { none, decimalSign, betweenGroups };
+
 /// Parses a text that is one decimal number: "1.5E+03", "+7", "NaN" in any case. Gives nothing for any other text, for
-/// infinities and for numbers outside the range of a double. With decimalComma, a comma is a decimal sign too.
-std::optional<double> parseNumber(std::string_view text, bool decimalComma = false);
+/// infinities and for numbers outside the range of a double.
+std::optional<double> parseNumber(std::string_view text, Comma comma = Comma::none);
 
 /// Parses a text that is one whole number without a sign.
 std::optional<std::size_t> parseCount(std::string_view text);

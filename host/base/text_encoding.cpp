@@ -60,17 +60,6 @@ std::string withReplacements(std::string_view bytes) {
     return text;
 }
 
-bool isUtf8(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const std::size_t length = characterLength(bytes);
-        if (length == 0) {
-            return false;
-        }
-        bytes.remove_prefix(length);
-    }
-    return true;
-}
-
 struct CloseConversion {
     void operator()(void* conversion) const { iconv_close(conversion); }
 };
@@ -101,6 +90,31 @@ std::string decoded(std::string_view bytes, const std::string& encoding) {
 }
 
 }  // namespace
+
+bool isUtf8(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::size_t length = characterLength(bytes);
+        if (length == 0) {
+            return false;
+        }
+        bytes.remove_prefix(length);
+    }
+    return true;
+}
+
+std::string undecodedText(const std::string& source) {
+    return source +
+           ": some text is not UTF-8 and partly replaced; --encoding decodes it, such as --encoding windows-1252";
+}
+
+void convertUtf16(std::string& bytes, const std::string& encoding) {
+    const std::string_view mark = std::string_view(bytes).substr(0, 2);
+    if (mark == "\xFF\xFE" || mark == "\xFE\xFF") {
+        bytes = decoded(bytes, "UTF-16");
+    } else if (lowerCase(encoding).rfind("utf-16", 0) == 0 && bytes.find('\0') != std::string::npos) {
+        bytes = decoded(bytes, encoding);
+    }
+}
 
 std::string toUtf8(std::string_view bytes, const std::string& encoding) {
     if (isUtf8(bytes)) {

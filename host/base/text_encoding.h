@@ -10,6 +10,15 @@ namespace rt305 {
 /// knows). Invalid bytes become U+FFFD. Fails only when the encoding is unknown.
 std::string toUtf8(std::string_view bytes, const std::string& encoding = "");
 
+/// The warning that a file has text for which `encoding` is needed.
+std::string undecodedText(const std::string& source);
+
+bool isUtf8(std::string_view bytes);
+
+/// Converts UTF-16 to UTF-8: text with a byte order mark, or of an encoding whose name begins with "UTF-16". Leaves any
+/// other text as it is.
+void convertUtf16(std::string& bytes, const std::string& encoding = "");
+
 }  // namespace rt305
 
 #endif

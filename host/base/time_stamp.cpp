@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/text.h"
@@ -13,6 +14,7 @@ namespace rt305 {
 namespace {
 
 constexpr std::size_t nanosecondDigits = 9;
+constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
 /// Parses three whole numbers with separators between them.
 std::optional<std::vector<int>> parseThree(std::string_view text, char separator) {
@@ -28,15 +30,18 @@ std::optional<std::vector<int>> parseThree(std::string_view text, char separator
 }
 
 /// Parses a date into days since 1970.
-std::optional<std::int64_t> parseDate(std::string_view text) {
+std::optional<std::int64_t> parseDate(std::string_view text, bool monthFirst) {
     const std::size_t separator = text.find_first_of("-/.");
     const auto fields = separator == std::string_view::npos ? std::nullopt : parseThree(text, text[separator]);
     if (!fields) {
         return std::nullopt;
     }
     const auto& f = *fields;
-    for (const auto& [year, month, day] :
-         {std::array{f[0], f[1], f[2]}, std::array{f[2], f[1], f[0]}, std::array{f[2], f[0], f[1]}}) {
+    std::array orders{std::array{f[0], f[1], f[2]}, std::array{f[2], f[1], f[0]}, std::array{f[2], f[0], f[1]}};
+    if (monthFirst) {
+        std::swap(orders[1], orders[2]);
+    }
+    for (const auto& [year, month, day] : orders) {
         const std::chrono::year_month_day date{std::chrono::year(year),
                                                std::chrono::month(static_cast<unsigned>(month)),
                                                std::chrono::day(static_cast<unsigned>(day))};
@@ -61,30 +66,81 @@ std::optional<std::int64_t> parseFraction(std::string_view decimals) {
     return nanoseconds ? std::optional(static_cast<std::int64_t>(*nanoseconds)) : std::nullopt;
 }
 
+/// Takes "Z" or an offset such as "+01:00", "-0530" or "+01" from the end of a time; its minutes, 0 without one.
+std::optional<std::int64_t> takeOffset(std::string_view& text) {
+    if (!text.empty() && text.back() == 'Z') {
+        text.remove_suffix(1);
+    }
+    const std::size_t sign = text.find_last_of("+-");
+    if (sign == std::string_view::npos) {
+        return 0;
+    }
+    std::string digits(text.substr(sign + 1));
+    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
+    const auto number = parseCount(digits);
+    if (!number || (digits.size() != 2 && digits.size() != 4)) {
+        return std::nullopt;
+    }
+    const auto whole = static_cast<std::int64_t>(*number);
+    const std::int64_t minutes = digits.size() == 2 ? whole * 60 : whole / 100 * 60 + whole % 100;
+    const bool isBehind = text[sign] == '-';
+    text = trimmed(text.substr(0, sign));
+    return isBehind ? -minutes : minutes;
+}
+
+enum class HalfDay { none, am, pm };
+
+/// Takes "AM" or "PM", in any case, from the end of a time.
+HalfDay takeHalfDay(std::string_view& text) {
+    for (const auto& [word, half] : {std::pair{"am", HalfDay::am}, std::pair{"pm", HalfDay::pm}}) {
+        if (text.size() > 2 && lowerCase(text.substr(text.size() - 2)) == word) {
+            text = trimmed(text.substr(0, text.size() - 2));
+            return half;
+        }
+    }
+    return HalfDay::none;
+}
+
+/// Parses "18:15:21.5" or, with a half of the day, "06:15:21.5" into ns since midnight.
+std::optional<std::int64_t> parseClock(std::string_view text, HalfDay half) {
+    const std::size_t point = std::min(text.find_first_of(".,"), text.size());
+    const auto clock = parseThree(text.substr(0, point), ':');
+    const auto fraction = parseFraction(text.substr(point));
+    if (!clock || !fraction || (*clock)[1] > 59 || (*clock)[2] > 60) {
+        return std::nullopt;
+    }
+    int hour = (*clock)[0];
+    if (half == HalfDay::none ? hour > 23 : hour < 1 || hour > 12) {
+        return std::nullopt;
+    }
+    if (half != HalfDay::none) {
+        hour = hour % 12 + (half == HalfDay::pm ? 12 : 0);
+    }
+    const int seconds = (hour * 60 + (*clock)[1]) * 60 + (*clock)[2];
+    return seconds * nanosecondsPerSecond + *fraction;
+}
+
 }  // namespace
 
 std::optional<std::int64_t> parseTimeStamp(std::string_view text) {
+    text = trimmed(text);
+    const HalfDay half = takeHalfDay(text);
     std::int64_t days = 0;
     const std::size_t dateEnd = text.find_first_of(" T");
     if (dateEnd != std::string_view::npos) {
-        const auto date = parseDate(text.substr(0, dateEnd));
+        const auto date = parseDate(text.substr(0, dateEnd), half != HalfDay::none);
         if (!date) {
             return std::nullopt;
         }
         days = *date;
         text = trimmed(text.substr(dateEnd + 1));
     }
-    if (!text.empty() && text.back() == 'Z') {
-        text.remove_suffix(1);
-    }
-    const std::size_t point = std::min(text.find_first_of(".,"), text.size());
-    const auto clock = parseThree(text.substr(0, point), ':');
-    const auto fraction = parseFraction(text.substr(point));
-    if (!clock || !fraction || (*clock)[0] > 23 || (*clock)[1] > 59 || (*clock)[2] > 60) {
+    const auto offset = takeOffset(text);
+    const auto clock = parseClock(text, half);
+    if (!offset || !clock) {
         return std::nullopt;
     }
-    const std::int64_t seconds = ((days * 24 + (*clock)[0]) * 60 + (*clock)[1]) * 60 + (*clock)[2];
-    return seconds * 1'000'000'000 + *fraction;
+    return (days * 24 * 60 - *offset) * 60 * nanosecondsPerSecond + *clock;
 }
 
 }  // namespace rt305

@@ -17,15 +17,16 @@ constexpr Symbol symbols[] = {
     {"v", Quantity::voltage},      {"volt", Quantity::voltage},    {"volts", Quantity::voltage},
     {"a", Quantity::current},      {"amp", Quantity::current},     {"amps", Quantity::current},
     {"ampere", Quantity::current}, {"amperes", Quantity::current}, {"s", Quantity::time},
-    {"sec", Quantity::time},       {"seconds", Quantity::time}};
+    {"sec", Quantity::time},       {"second", Quantity::time},     {"seconds", Quantity::time}};
 
 struct Prefix {
     std::string_view text;
     double factor;
 };
 
-constexpr Prefix prefixes[] = {{"", 1.0},   {"k", 1e3},         {"K", 1e3},         {"M", 1e6}, {"m", 1e-3},
-                               {"u", 1e-6}, {"\xC2\xB5", 1e-6}, {"\xCE\xBC", 1e-6}, {"n", 1e-9}};
+constexpr Prefix prefixes[] = {{"", 1.0},   {"k", 1e3},    {"K", 1e3},         {"M", 1e6},
+                               {"m", 1e-3}, {"u", 1e-6},   {"\xC2\xB5", 1e-6}, {"\xCE\xBC", 1e-6},
+                               {"n", 1e-9}, {"\xB5", 1e-6}};  // the last: a micro sign in ISO 8859-1
 
 }  // namespace
 
@@ -52,6 +53,11 @@ std::pair<std::string_view, std::string_view> nameAndUnit(std::string_view headi
     const std::size_t open = heading.find_last_of("([");
     if (open != std::string_view::npos && open > 0 && (heading.back() == ')' || heading.back() == ']')) {
         return {trimmed(heading.substr(0, open)), trimmed(heading.substr(open + 1, heading.size() - open - 2))};
+    }
+    const std::size_t slash = heading.rfind('/');  // "t/ms"
+    if (slash != std::string_view::npos && slash > 0 && slash + 1 < heading.size() &&
+        unitOf(heading.substr(slash + 1)).quantity != Quantity::other) {
+        return {trimmed(heading.substr(0, slash)), trimmed(heading.substr(slash + 1))};
     }
     const std::string_view tail = heading.substr(heading.find_last_of("_ ") + 1);
     if (tail.empty() || tail.size() > 2 || tail.size() == heading.size()) {

@@ -18,8 +18,8 @@ struct Unit {
 /// lower case are equal except in the prefixes "m" and "M".
 Unit unitOf(std::string_view text);
 
-/// Splits a column heading into name and unit: "Ua (V)" and "Ua [V]" -> "Ua", "V". In "Ua_V" the unit stays part of the
-/// name too ("Ua_V", "V"), because it may not be a unit.
+/// Splits a column heading into name and unit: "Ua (V)", "Ua [V]" and "Ua/V" -> "Ua", "V". In "Ua_V" the unit stays
+/// part of the name too ("Ua_V", "V"), because it may not be a unit.
 std::pair<std::string_view, std::string_view> nameAndUnit(std::string_view heading);
 
 }  // namespace rt305

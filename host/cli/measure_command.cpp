@@ -130,6 +130,9 @@ private:
 void checkOptions(const BatchOptions& options) {
     const bool isMany = options.files.size() > 1 || !options.filesFrom.empty() || options.windowSeconds > 0.0;
     const auto fromStdin = std::count(options.files.begin(), options.files.end(), "-") + (options.filesFrom == "-");
+    if (isMany && options.windowSeconds == 0.0 && !options.each.reading.dataFile.empty()) {
+        failUsage("--dat is the data file of one recording; give one FILE");
+    }
     if (options.files.empty() && options.filesFrom.empty()) {
         failUsage("no FILE to measure; see rt305 measure --help");
     }

@@ -118,6 +118,8 @@ void addReadOptions(CLI::App& command, ReadOptions& reading) {
         .add_option("--encoding", reading.encoding,
                     "encoding of texts that are not UTF-8, such as windows-1251 or GB18030")
         ->type_name("NAME");
+    command.add_option("--dat", reading.dataFile, "data file of a COMTRADE record that is not beside its .cfg file")
+        ->type_name("FILE");
 }
 
 void addTimeOption(CLI::App& command, const std::string& name, double& seconds, const std::string& help) {
@@ -136,7 +138,8 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
                   "length of the part to measure (default: to the segment's end)");
 }
 
-constexpr const char* fileHelp = "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC; - reads stdin";
+constexpr const char* fileHelp =
+    "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC, or one of them with .gz; - reads stdin";
 
 void addColumnOptions(CLI::App& command, MeasureOptions& options) {
     command

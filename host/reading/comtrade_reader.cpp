@@ -250,7 +250,6 @@ private:
     void addSegment(Recording& recording, std::size_t first, std::size_t end) const {
         assert(!rates_.empty() && first < end);
         const std::size_t count = end - first;
-        const double span = recording.seconds[end - 1] - recording.seconds[first];
         double rate = rates_[std::min(first, rates_.size() - 1)];
         const auto [slowest, fastest] = std::minmax_element(rates_.begin() + static_cast<std::ptrdiff_t>(first),
                                                             rates_.begin() + static_cast<std::ptrdiff_t>(end - 1));
@@ -259,7 +258,11 @@ private:
             recording.warnings.push_back(recording.source + ": rates from " + formatNumber(*slowest) + " to " +
                                          formatNumber(*fastest) + " Hz are treated as one");
         }
-        if ((!isOneRate || ratesAreFromStamps_) && span > 0.0) {
+        const double span = recording.seconds[end - 1] - recording.seconds[first];
+        if (span > 0.0 && ratesAreFromStamps_) {
+            const double period = evenTimesOf(recording.seconds, first, count).period;
+            rate = period > 0.0 ? 1.0 / period : rate;
+        } else if (span > 0.0 && !isOneRate) {
             rate = static_cast<double>(count - 1) / span;
         }
         recording.segments.push_back({first, count, rate});
@@ -326,6 +329,9 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     recording.length = rows.length();
     recording.facts = std::move(configuration.facts);
     recording.warnings = std::move(rows.warnings);
+    if (options.encoding.empty() && !isUtf8(parts.configuration)) {
+        recording.warnings.push_back(undecodedText(parts.configurationName));
+    }
     addColumns(configuration.analog, rows, recording);
     if (configuration.announcedLength != recording.length) {
         recording.warnings.push_back(parts.dataName + ": holds " + std::to_string(recording.length) +

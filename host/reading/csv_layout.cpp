@@ -24,13 +24,37 @@ std::string_view unquoted(std::string_view cell) {
     return hasQuotes ? trimmed(cell.substr(1, cell.size() - 2)) : cell;
 }
 
-bool isNumeric(std::string_view cell, char separator) {
-    return parseNumber(cell, separator != ',') || (cell.find(':') != std::string_view::npos && parseTimeStamp(cell));
+/// The end of the cell at the start of a line. A quote that nothing closes is a character like any other.
+std::size_t cellEnd(std::string_view line, char separator) {
+    std::size_t close = 0;
+    const std::size_t open = line.find_first_not_of(' ');
+    if (open != std::string_view::npos && line[open] == '"') {
+        close = line.find('"', open + 1);
+        while (close < line.size() && line.substr(close + 1, 1) == "\"") {
+            close = line.find('"', close + 2);
+        }
+    }
+    return std::min(line.find(separator, close == std::string_view::npos ? 0 : close), line.size());
 }
 
-std::size_t countNumeric(const std::vector<std::string_view>& cells, char separator) {
-    return static_cast<std::size_t>(
-        std::count_if(cells.begin(), cells.end(), [=](std::string_view cell) { return isNumeric(cell, separator); }));
+/// Like `split`, but without the quotes around cells, which may hold separators.
+std::vector<std::string_view> splitWithQuotes(std::string_view line, char separator) {
+    std::vector<std::string_view> cells;
+    for (std::size_t start = 0; start <= line.size();) {
+        const std::size_t length = cellEnd(line.substr(start), separator);
+        cells.push_back(unquoted(trimmed(line.substr(start, length))));
+        start += length + 1;
+    }
+    return cells;
+}
+
+bool isNumeric(std::string_view cell) {
+    return parseNumber(cell, Comma::decimalSign) || parseNumber(cell, Comma::betweenGroups) ||
+           (cell.find(':') != std::string_view::npos && parseTimeStamp(cell));
+}
+
+std::size_t countNumeric(const std::vector<std::string_view>& cells) {
+    return static_cast<std::size_t>(std::count_if(cells.begin(), cells.end(), isNumeric));
 }
 
 /// Consecutive lines that look like rows: from `first` up to `end`.
@@ -50,7 +74,7 @@ Run longestRun(const std::vector<Line>& lines, char separator, std::size_t narro
     Run run;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const auto cells = cellsOf(lines[i].text, separator);
-        const std::size_t numeric = isComment(lines[i].text, separator) ? 0 : countNumeric(cells, separator);
+        const std::size_t numeric = isComment(lines[i].text, separator) ? 0 : countNumeric(cells);
         if (numeric == 0 || cells.size() < narrowest) {
             run = {};
             continue;
@@ -91,8 +115,9 @@ std::string_view withoutBrackets(std::string_view cell) {
     return inBrackets ? cell.substr(1, cell.size() - 2) : cell;
 }
 
+/// "Sequence" stands where a column of row numbers has no unit.
 bool isUnitLike(std::string_view cell) {
-    static constexpr std::array<std::string_view, 8> others{"", "-", "hz", "deg", "w", "var", "va", "%"};
+    static constexpr std::array<std::string_view, 9> others{"", "-", "hz", "deg", "w", "var", "va", "%", "sequence"};
     const std::string_view unit = withoutBrackets(cell);
     return std::find(others.begin(), others.end(), lowerCase(unit)) != others.end() ||
            unitOf(unit).quantity != Quantity::other;
@@ -106,15 +131,86 @@ std::vector<std::string> unitsOf(const std::vector<std::string_view>& cells) {
 }
 
 /// Whether a row has numbers, or nothing, wherever the model has numbers.
-bool hasShapeOf(const std::vector<std::string_view>& cells, const std::vector<std::string_view>& model,
-                char separator) {
+bool hasShapeOf(const std::vector<std::string_view>& cells, const std::vector<std::string_view>& model) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (isNumeric(model[i], separator) && !cells[i].empty() && !isNumeric(cells[i], separator)) {
+        if (isNumeric(model[i]) && !cells[i].empty() && !isNumeric(cells[i])) {
             return false;
         }
     }
     return true;
 }
+
+/// Whether a row has a unit, and no number, wherever the model has numbers.
+bool hasUnitsFor(const std::vector<std::string_view>& model, const std::vector<std::string_view>& cells) {
+    bool hasUnit = false;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (isNumeric(model[i])) {
+            if (isNumeric(cells[i]) || !isUnitLike(cells[i])) {
+                return false;
+            }
+            hasUnit |= cells[i].size() > 1 && cells[i] != "--";
+        }
+    }
+    return hasUnit;
+}
+
+/// Names in the file have no quotes around them; those inside are written twice.
+std::vector<std::string> namesOf(const std::vector<std::string_view>& cells) {
+    std::vector<std::string> names(cells.begin(), cells.end());
+    for (std::string& name : names) {
+        for (std::size_t at = name.find("\"\""); at != std::string::npos; at = name.find("\"\"", at + 1)) {
+            name.erase(at, 1);
+        }
+    }
+    return names;
+}
+
+/// What the first cell of a line above the rows says that its other cells are.
+enum class LineContent { other, names, units, timeUnit };
+
+LineContent contentOf(const std::vector<std::string_view>& cells) {
+    static constexpr std::pair<std::string_view, LineContent> labels[] = {
+        {"label", LineContent::names},          {"labels", LineContent::names},
+        {"source", LineContent::names},         {"channel names", LineContent::names},
+        {"unit", LineContent::units},           {"units", LineContent::units},
+        {"vertical units", LineContent::units}, {"horizontal units", LineContent::timeUnit}};
+    const std::string first = cells.size() < 2 ? "" : lowerCase(cells[0]);
+    const auto* const found = std::find_if(std::begin(labels), std::end(labels),
+                                           [&first](const auto& label) { return label.first == first; });
+    return found == std::end(labels) ? LineContent::other : found->second;
+}
+
+/// Finds out what commas in the numbers of a run are.
+class CommaFinder {
+public:
+    void look(std::string_view cell) {
+        const std::size_t comma = cell.find(',');
+        if (comma == std::string_view::npos) {
+            hasPoint_ |= cell.find('.') != std::string_view::npos && parseNumber(cell);
+        } else if (!parseNumber(cell, Comma::betweenGroups)) {
+            hasDecimalComma_ |= parseNumber(cell, Comma::decimalSign).has_value();
+        } else if (!parseNumber(cell, Comma::decimalSign)) {
+            hasGroups_ = true;  // a point or another comma follows
+        } else {
+            doubtful_ = cell;
+        }
+    }
+
+    void decide(CsvLayout& layout) const {
+        const bool isQuoted = layout.separator == ',';
+        const bool areGroups = !hasDecimalComma_ && (hasGroups_ || (isQuoted && hasPoint_));
+        layout.comma = areGroups ? Comma::betweenGroups : Comma::decimalSign;
+        if (isQuoted && !hasDecimalComma_ && !areGroups) {
+            layout.doubtfulNumber = doubtful_;
+        }
+    }
+
+private:
+    bool hasPoint_ = false;
+    bool hasDecimalComma_ = false;
+    bool hasGroups_ = false;
+    std::string_view doubtful_;  // with either kind of comma
+};
 
 /// Words in front of a rate in Hz, or of the time between samples in s.
 struct RateWords {
@@ -162,7 +258,7 @@ RateValue rateValueIn(std::string_view words, bool isInterval) {
     RateValue value;
     for (std::string_view word : cellsOf(trimmed(words), ' ')) {
         const std::size_t unitStart = std::min(word.find_first_not_of("0123456789.,+-eE"), word.size());
-        if (const auto number = parseNumber(word.substr(0, unitStart), true); number && !value.number) {
+        if (const auto number = parseNumber(word.substr(0, unitStart), Comma::decimalSign); number && !value.number) {
             value.number = number;
             word.remove_prefix(unitStart);
         }
@@ -203,16 +299,25 @@ public:
         CsvLayout layout;
         layout.separator = run_.separator;
         layout.width = width_;
-        auto [firstRow, headings] = findTop();
-        layout.names = std::move(headings.names);
-        layout.units = std::move(headings.units);
-        layout.firstLine = lines_[firstRow].number;
+        Top top = findTop();
+        layout.names = std::move(top.headings.names);
+        layout.units = std::move(top.headings.units);
+        layout.firstLine = lines_[top.firstRow].number;
         layout.isNote.assign(width_, false);
-        for (std::size_t i = 0; layout.names.empty() && i < width_; ++i) {
-            layout.isNote[i] = lastRow_[i].empty();
+        for (std::size_t i = 0; i < width_; ++i) {
+            layout.isNote[i] = lastRow_[i].empty() && (layout.names.empty() || !isAbsent(top.increment));
         }
         const bool hasNotes = std::find(layout.isNote.begin(), layout.isNote.end(), true) != layout.isNote.end();
-        layout.rateHz = rateAbove(hasNotes ? run_.end : firstRow);
+        layout.rateHz = rateAbove(hasNotes ? run_.end : top.firstRow);
+        if (!layout.rateHz && !isAbsent(top.increment)) {
+            layout.rateHz = 1.0 / *top.increment;
+        }
+        CommaFinder commas;
+        for (std::size_t i = top.firstRow; i < run_.end; ++i) {
+            const auto cells = cellsAt(i);
+            std::for_each(cells.begin(), cells.end(), [&commas](auto cell) { commas.look(cell); });
+        }
+        commas.decide(layout);
         return layout;
     }
 
@@ -225,7 +330,10 @@ private:
     struct Top {
         std::size_t firstRow;
         Headings headings;
+        std::optional<double> increment{};  // of time, in s
     };
+
+    static bool isAbsent(const std::optional<double>& increment) { return !(increment.value_or(0.0) > 0.0); }
 
     std::vector<std::string_view> cellsAt(std::size_t i) const { return cellsOf(lines_[i].text, run_.separator); }
 
@@ -240,41 +348,88 @@ private:
     }
 
     /// The headings and the first row below them. Without headings above the run, its first lines may be settings with
-    /// as many cells as a row: those with text where the last row has numbers are skipped, or are the headings.
+    /// as many cells as a row: those with text where the last row has numbers are skipped, or are the headings. The
+    /// first line of the run may have units, and numbers only where the rows have none.
     Top findTop() const {
         Top top{run_.first, headingsAbove(run_.first)};
         while (top.headings.names.empty() && top.firstRow + 1 < run_.end &&
-               !hasShapeOf(cellsAt(top.firstRow), lastRow_, run_.separator)) {
+               !hasShapeOf(cellsAt(top.firstRow), lastRow_)) {
             ++top.firstRow;
             top.headings = headingsAbove(top.firstRow);
+        }
+        const auto cells = cellsAt(top.firstRow);
+        if (!top.headings.names.empty() && top.firstRow + 1 < run_.end && hasUnitsFor(lastRow_, cells)) {
+            ++top.firstRow;
+            top.headings.units.clear();
+            for (std::size_t i = 0; i < width_; ++i) {
+                top.headings.units.emplace_back(isNumeric(cells[i]) ? "" : cells[i]);
+                if (lowerCase(top.headings.names[i]) == "increment") {
+                    top.increment = parseNumber(cells[i], Comma::decimalSign);
+                }
+            }
         }
         return top;
     }
 
-    /// The last line of names before `end`, and the last line of units between it and `end`.
+    /// The last line of names before `end`, and the last line of units between it and `end`, supplemented by lines that
+    /// say what they hold.
     Headings headingsAbove(std::size_t end) const {
         Headings headings;
-        for (std::size_t i = end; i-- > 0 && headings.names.empty();) {
-            const auto cells = cellsOfRow(withoutCommentMark(lines_[i].text, run_.separator), run_.separator, width_);
-            if (cells.size() != width_ || std::any_of(cells.begin(), cells.end(), [&](auto c) { return isValue(c); })) {
-                continue;
-            }
-            const bool unitsOnly = std::all_of(cells.begin(), cells.end(), isUnitLike);
-            const bool countsOnly = std::all_of(cells.begin(), cells.end(), parseCount);
-            if (unitsOnly && headings.units.empty()) {
-                headings.units = unitsOf(cells);
-            } else if (!unitsOnly && !countsOnly) {
-                headings.names.assign(cells.begin(), cells.end());
+        Headings labelled;
+        for (std::size_t i = end; i-- > 0;) {
+            auto cells = cellsOfRow(withoutCommentMark(lines_[i].text, run_.separator), run_.separator, width_);
+            if (const LineContent content = contentOf(cells); content != LineContent::other) {
+                addLabelled(content, cells, labelled);
+            } else if (headings.names.empty() && cells.size() == width_) {
+                addHeadings(cells, headings);
             }
         }
-        if (headings.names.empty()) {  // what looks like units alone, such as "V;A", are names
+        if (headings.names.empty() &&
+            labelled.names.empty()) {  // what looks like units alone, such as "V;A", are names
             std::swap(headings.names, headings.units);
         }
+        supplement(headings.names, labelled.names);
+        supplement(headings.units, labelled.units);
         return headings;
     }
 
+    void addHeadings(const std::vector<std::string_view>& cells, Headings& headings) const {
+        if (std::any_of(cells.begin(), cells.end(), isValue)) {
+            return;
+        }
+        const bool unitsOnly = std::all_of(cells.begin(), cells.end(), isUnitLike);
+        const bool countsOnly = std::all_of(cells.begin(), cells.end(), parseCount);
+        if (unitsOnly && headings.units.empty()) {
+            headings.units = unitsOf(cells);
+        } else if (!unitsOnly && !countsOnly) {
+            headings.names = namesOf(cells);
+        }
+    }
+
+    /// The first cell of the line says what the line holds; "horizontal" is the first column.
+    void addLabelled(LineContent content, std::vector<std::string_view> cells, Headings& labelled) const {
+        if (content == LineContent::timeUnit) {
+            labelled.units.resize(width_);
+            labelled.units[0] = cells[1];
+            return;
+        }
+        auto& target = content == LineContent::names ? labelled.names : labelled.units;
+        cells.resize(width_);
+        cells[0] = target.empty() ? "" : std::string_view(target[0]);
+        const auto values = content == LineContent::names ? namesOf(cells) : unitsOf(cells);
+        target = values;
+    }
+
+    /// Labels replace what they are given for.
+    static void supplement(std::vector<std::string>& cells, const std::vector<std::string>& labels) {
+        cells.resize(std::max(cells.size(), labels.size()));
+        for (std::size_t i = 0; i < labels.size(); ++i) {
+            cells[i] = labels[i].empty() ? cells[i] : labels[i];
+        }
+    }
+
     /// Whole numbers may be names of columns; any other number is a sample.
-    bool isValue(std::string_view cell) const { return isNumeric(cell, run_.separator) && !parseCount(cell); }
+    static bool isValue(std::string_view cell) { return isNumeric(cell) && !parseCount(cell); }
 
     std::optional<double> rateAbove(std::size_t end) const {
         std::optional<double> rateHz;
@@ -293,11 +448,12 @@ private:
 }  // namespace
 
 std::vector<std::string_view> cellsOf(std::string_view line, char separator) {
-    std::vector<std::string_view> cells = split(separator == ' ' ? trimmed(line) : line, separator);
+    line = separator == ' ' ? trimmed(line) : line;
+    std::vector<std::string_view> cells =
+        line.find('"') == std::string_view::npos ? split(line, separator) : splitWithQuotes(line, separator);
     if (separator == ' ') {
         cells.erase(std::remove(cells.begin(), cells.end(), std::string_view{}), cells.end());
     }
-    std::transform(cells.begin(), cells.end(), cells.begin(), unquoted);
     return cells;
 }
 

@@ -12,18 +12,27 @@
 #include "base/units.h"
 #include "reading/csv_layout.h"
 #include "reading/sampling_intervals.h"
+#include "signal/fundamental.h"
 
 namespace rt305 {
 
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t fewestRounded = 3;    // steps that look like gaps, where times may be rounded instead
+constexpr double exactRounding = 0.501;     // distance from a straight line, relative to the step of rounding
+constexpr double largestRounding = 0.75;    // the same, where stamps are inexact
+constexpr double lowestPlausibleHz = 15.0;  // fundamentals in recordings of a grid
+constexpr double highestPlausibleHz = 500.0;
 constexpr double largestJitter = 0.5;  // of time steps without a heading, relative to their mean
 
+/// Words of several languages for time, the first in a name: "Time_UTC", "Zeit [ms]", "x-axis".
 bool namesTime(std::string_view name) {
+    static constexpr std::string_view words[] = {"t",       "time",  "timestamp", "datetime", "zeit",   "zeitstempel",
+                                                 "uhrzeit", "temps", "tiempo",    "tempo",    "x-axis", "x axis"};
     const std::string lower = lowerCase(name);
     const std::string_view first = std::string_view(lower).substr(0, lower.find_first_of("_- "));
-    return first == "t" || first == "time" || first == "timestamp" || first == "datetime";
+    return std::any_of(std::begin(words), std::end(words), [&](auto word) { return word == first || word == lower; });
 }
 
 bool isMissing(std::string_view cell) {
@@ -34,14 +43,15 @@ bool isMissing(std::string_view cell) {
 struct TimeColumn {
     std::string name;
     double secondsPerUnit = 1.0;
+    bool hasUnit = false;
     std::optional<std::int64_t> firstStamp{};
     std::vector<double> seconds{};
     std::vector<std::size_t> lines{};
 
-    bool add(std::string_view cell, std::size_t line, bool decimalComma) {
+    bool add(std::string_view cell, std::size_t line, Comma comma) {
         std::optional<double> time;
         if (cell.find(':') == std::string_view::npos) {
-            time = parseNumber(cell, decimalComma);
+            time = parseNumber(cell, comma);
         } else if (const auto stamp = parseTimeStamp(cell)) {
             firstStamp = firstStamp.value_or(*stamp);
             time = static_cast<double>(*stamp - *firstStamp) * 1e-9 / secondsPerUnit;
@@ -69,6 +79,47 @@ bool advancesLikeTime(const std::vector<double>& values) {
     return step != 1.0;
 }
 
+/// The smallest difference between neighbours that is not zero; infinity when there is none.
+double smallestStepIn(const std::vector<double>& seconds) {
+    double smallest = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 1; k < seconds.size(); ++k) {
+        const double step = std::fabs(seconds[k] - seconds[k - 1]);
+        smallest = step > 0.0 ? std::min(smallest, step) : smallest;
+    }
+    return smallest;
+}
+
+/// The line of a given period in the middle of the times, and the largest distance from it.
+std::pair<EvenTimes, double> lineOf(double period, const std::vector<double>& seconds) {
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = -lowest;
+    for (std::size_t k = 0; k < seconds.size(); ++k) {
+        const double start = seconds[k] - period * static_cast<double>(k);
+        lowest = std::min(lowest, start);
+        highest = std::max(highest, start);
+    }
+    return {{(lowest + highest) / 2.0, period}, (highest - lowest) / 2.0};
+}
+
+/// Evenly spaced times that became these by rounding: those with the rate of fewest digits that explains them all, else
+/// those of the closest line. Nothing when that lies too far away.
+std::optional<EvenTimes> evenTimesBefore(const std::vector<double>& seconds, double rounding) {
+    constexpr int mostDigits = 6;
+    if (seconds.size() < fewestRounded || !std::isfinite(rounding)) {
+        return std::nullopt;
+    }
+    const double period = evenTimesOf(seconds, 0, seconds.size()).period;
+    for (int digits = 1; digits <= mostDigits && period > 0.0; ++digits) {
+        const auto [line, distance] =
+            lineOf(1.0 / parseNumber(formatNumber(1.0 / period, digits)).value_or(0.0), seconds);
+        if (distance <= exactRounding * rounding) {
+            return line;
+        }
+    }
+    const auto [line, distance] = lineOf(period, seconds);
+    return period > 0.0 && distance <= largestRounding * rounding ? std::optional(line) : std::nullopt;
+}
+
 class CsvReader {
 public:
     CsvReader(std::string_view text, const std::string& source, const ReadOptions& options)
@@ -86,6 +137,10 @@ public:
             if (lines_.number() >= layout_.firstLine && !isComment(lines_.line(), layout_.separator)) {
                 readRow();
             }
+        }
+        if (!layout_.doubtfulNumber.empty()) {
+            recording_.warnings.push_back(recording_.source + ": the comma in numbers such as " +
+                                          inQuotes(layout_.doubtfulNumber) + " is read as a decimal sign");
         }
         findUnnamedTime();
         rejectEmptyColumns();
@@ -117,33 +172,51 @@ private:
 
     void nameColumns() {
         const auto names = headings();
-        // next to "Current_B", the "A" of "Current_A" is a phase and not a unit
-        const bool lettersArePhases = std::any_of(names.begin(), names.end(), [](const std::string& name) {
-            return name.size() > 2 && (name.substr(name.size() - 2) == "_B" || name.substr(name.size() - 2) == " B");
-        });
+        std::vector<std::pair<std::string, std::string>> columns(layout_.width);
         for (std::size_t i = 0; i < layout_.width; ++i) {
             auto [name, unit] = nameAndUnit(names[i]);
-            if (unit == "A" && name.size() == names[i].size() && lettersArePhases) {
+            if (name.size() == names[i].size() && endsWithPhase(names, i)) {
                 unit = {};
             }
             if (!layout_.units.empty() && !layout_.units[i].empty()) {
                 unit = layout_.units[i];
             }
-            if (!layout_.isNote[i]) {
-                addColumn(i, name, unit);
+            columns[i] = {std::string(name), std::string(unit)};
+        }
+        chooseTimeColumn(columns);
+        for (std::size_t i = 0; i < layout_.width; ++i) {
+            if (!layout_.isNote[i] && i != timeColumn_) {
+                recording_.columns.push_back({columns[i].first, columns[i].second, {}, {}});
             }
         }
     }
 
-    /// The first column named as time becomes the time column.
-    void addColumn(std::size_t i, std::string_view name, std::string_view unit) {
-        if (timeColumn_ || !namesTime(name)) {
-            recording_.columns.push_back({std::string(name), std::string(unit), {}, {}});
-            return;
+    /// Next to "Current_B", the "A" of "Current_A" is a phase and not a unit; so is the "s" of "i_s" next to "i_r".
+    static bool endsWithPhase(const std::vector<std::string>& names, std::size_t i) {
+        const std::string& name = names[i];
+        return std::any_of(names.begin(), names.end(), [&name](const std::string& other) {
+            return name.size() > 1 && other.size() == name.size() &&
+                   std::equal(name.begin(), name.end() - 1, other.begin()) &&
+                   std::string_view("BbRr").find(other.back()) != std::string_view::npos;
+        });
+    }
+
+    /// The first column named as time, else the first one of all if it has a unit of time or is named as one.
+    void chooseTimeColumn(const std::vector<std::pair<std::string, std::string>>& columns) {
+        const auto isTime = [](std::string_view unit) { return unitOf(unit).quantity == Quantity::time; };
+        for (std::size_t i = 0; i < columns.size() && !timeColumn_; ++i) {
+            if (!layout_.isNote[i] && namesTime(columns[i].first)) {
+                timeColumn_ = i;
+            }
         }
-        timeColumn_ = i;
-        const Unit timeUnit = unitOf(unit);
-        time_ = {std::string(name), timeUnit.quantity == Quantity::time ? timeUnit.factor : 1.0};
+        if (!timeColumn_ && !layout_.isNote[0] && (isTime(columns[0].second) || isTime(columns[0].first))) {
+            timeColumn_ = 0;
+        }
+        if (timeColumn_) {
+            const auto& [name, unit] = columns[*timeColumn_];
+            const std::string_view given = isTime(unit) ? unit : name;
+            time_ = {name, isTime(given) ? unitOf(given).factor : 1.0, isTime(given)};
+        }
     }
 
     void readRow() {
@@ -159,7 +232,7 @@ private:
             }
             if (i != timeColumn_) {
                 addSample(*column++, cells[i]);
-            } else if (!options_.rateHz && !time_.add(cells[i], lines_.number(), layout_.hasDecimalComma())) {
+            } else if (!options_.rateHz && !time_.add(cells[i], lines_.number(), layout_.comma)) {
                 failHere("column " + inQuotes(time_.name) + ": " + inQuotes(cells[i]) + " is not a time");
             }
         }
@@ -179,7 +252,7 @@ private:
         if (!column.fault.empty()) {
             return;
         }
-        if (const auto sample = isMissing(cell) ? nan : parseNumber(cell, layout_.hasDecimalComma())) {
+        if (const auto sample = isMissing(cell) ? nan : parseNumber(cell, layout_.comma)) {
             column.samples.push_back(*sample);
             return;
         }
@@ -187,18 +260,18 @@ private:
         column.fault = here() + "column " + inQuotes(column.name) + ": " + inQuotes(cell) + " is not a number";
     }
 
-    /// In a file without names, makes the first column the time column if its values look like times.
+    /// Makes a first column without a name the time column if its values look like times.
     void findUnnamedTime() {
         auto& columns = recording_.columns;
-        if (timeColumn_ || !layout_.names.empty() || !options_.columns.empty() || columns.size() < 2 ||
-            !advancesLikeTime(columns[0].samples)) {
+        const bool isNamed = !options_.columns.empty() || (!layout_.names.empty() && !layout_.names[0].empty());
+        if (timeColumn_ || isNamed || columns.size() < 2 || !advancesLikeTime(columns[0].samples)) {
             return;
         }
         timeColumn_ = 0;
         time_.name = columns[0].name;
         time_.seconds = std::move(columns[0].samples);
         columns.erase(columns.begin());
-        for (std::size_t i = 0; i < columns.size(); ++i) {
+        for (std::size_t i = 0; layout_.names.empty() && i < columns.size(); ++i) {
             columns[i].name = std::to_string(i + 1);
         }
     }
@@ -223,12 +296,16 @@ private:
     }
 
     void setTimeFromColumn() {
-        const auto& seconds = time_.seconds;
+        chooseTimeUnit();
+        auto& seconds = time_.seconds;
         std::vector<double> steps(seconds.size() - 1);
         for (std::size_t k = 0; k < steps.size(); ++k) {
             steps[k] = seconds[k + 1] - seconds[k];
         }
-        const SamplingIntervals intervals = samplingIntervalsOf(steps);
+        SamplingIntervals intervals = samplingIntervalsOf(steps);
+        if (!intervals.even || intervals.gaps.size() >= fewestRounded) {
+            straightenRounded(intervals);
+        }
         if (!intervals.even) {
             acceptUnevenTime();
         }
@@ -238,6 +315,54 @@ private:
         }
         recording_.seconds = std::move(time_.seconds);
         recording_.rateOrigin = "from column " + inQuotes(time_.name);
+    }
+
+    /// Times without a unit are in s, unless no signal then has a plausible fundamental, and one has it in ms, us or
+    /// ns.
+    void chooseTimeUnit() {
+        if (time_.hasUnit || time_.firstStamp || time_.seconds.size() < 2) {
+            return;
+        }
+        const double rateHz = 1.0 / evenTimesOf(time_.seconds, 0, time_.seconds.size()).period;
+        std::vector<double> fundamentals;
+        for (const Column& column : recording_.columns) {
+            if (const auto fundamental = estimateFundamental(column.samples, rateHz)) {
+                fundamentals.push_back(*fundamental);
+            }
+        }
+        for (const auto& [unit, factor] : {std::pair{"s", 1.0}, {"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}}) {
+            const auto plausible = std::find_if(fundamentals.begin(), fundamentals.end(), [scale = factor](double f) {
+                return f / scale >= lowestPlausibleHz && f / scale <= highestPlausibleHz;
+            });
+            if (plausible == fundamentals.end()) {
+                continue;
+            }
+            if (factor != 1.0) {
+                recording_.warnings.push_back(
+                    recording_.source + ": column " + inQuotes(time_.name) + " has no unit and is read as " + unit +
+                    ", because as s it would give a signal of " + formatNumber(*plausible, 3) +
+                    " Hz; to decide yourself, name it in --columns with its unit, or give --rate");
+                std::for_each(time_.seconds.begin(), time_.seconds.end(), [scale = factor](double& t) { t *= scale; });
+            }
+            return;
+        }
+    }
+
+    /// Replaces times that were rounded to a coarse step, but are evenly spaced otherwise, by those of a straight line.
+    void straightenRounded(SamplingIntervals& intervals) {
+        auto& seconds = time_.seconds;
+        const double rounding = smallestStepIn(seconds);
+        const auto even = evenTimesBefore(seconds, rounding);
+        if (!even) {
+            return;
+        }
+        recording_.warnings.push_back(recording_.source + ": column " + inQuotes(time_.name) +
+                                      " is rounded to steps of " + formatNumber(rounding, 3) +
+                                      " s; the samples are treated as evenly spaced");
+        for (std::size_t k = 0; k < seconds.size(); ++k) {
+            seconds[k] = even->start + even->period * static_cast<double>(k);
+        }
+        intervals = {even->period, {}, true};
     }
 
     void acceptUnevenTime() {
@@ -250,7 +375,7 @@ private:
         recording_.warnings.push_back(column + " has uneven steps; the samples are treated as evenly spaced");
     }
 
-    /// One segment up to each gap, with its mean rate.
+    /// One segment up to each gap, with the rate of the straight line through its times.
     void setSegments(const SamplingIntervals& intervals) {
         const auto& seconds = time_.seconds;
         std::vector<std::size_t> ends = intervals.gaps;
@@ -259,9 +384,11 @@ private:
         for (const std::size_t end : ends) {
             const std::size_t count = end - first;
             const double span = seconds[end - 1] - seconds[first];
-            const bool hasRate = count > 1 && span > 0.0;
-            recording_.segments.push_back(
-                {first, count, hasRate ? static_cast<double>(count - 1) / span : 1.0 / intervals.usualStep});
+            double period = count > 1 ? evenTimesOf(seconds, first, count).period : 0.0;
+            if (!(period > 0.0)) {
+                period = count > 1 && span > 0.0 ? span / static_cast<double>(count - 1) : intervals.usualStep;
+            }
+            recording_.segments.push_back({first, count, 1.0 / period});
             first = end;
         }
     }

@@ -18,6 +18,7 @@ struct ReadOptions {
     Transformer::Side side = Transformer::Side::unknown;  // transformer side to convert to; unknown: as in the file
     bool storedAsRms = false;                             // samples are instantaneous values / sqrt(2)
     std::string encoding{};                               // of text that is not UTF-8
+    std::string dataFile{};                               // of a COMTRADE record; empty: found beside its configuration
 
     /// Fails when the user named columns, but not as many as the file has.
     void requireColumnTotal(std::size_t total, const std::string& source) const {

@@ -15,6 +15,7 @@
 #include "reading/comtrade_file.h"
 #include "reading/comtrade_reader.h"
 #include "reading/csv_reader.h"
+#include "reading/gzip.h"
 #include "reading/sound_reader.h"
 #include "recording/channel_assignment.h"
 
@@ -34,7 +35,7 @@ std::string contentOf(std::istream& stream, const std::string& name) {
     if (stream.bad()) {
         failInput(name + ": " + std::strerror(errno));
     }
-    return content;
+    return isGzip(content) ? decompressed(content, name) : content;
 }
 
 std::string contentOf(const std::string& path) {
@@ -45,14 +46,25 @@ std::string contentOf(const std::string& path) {
     return contentOf(file, path);
 }
 
-/// Finds the file in the same folder with the same name and this extension, in any case; empty when there is none.
+/// A path without the ".gz" of a compressed file.
+fs::path withoutGzip(const fs::path& path) {
+    return lowerCase(path.extension().string()) == ".gz" ? fs::path(path).replace_extension() : path;
+}
+
+/// The extension of a path in lower case, before ".gz".
+std::string extensionOf(const fs::path& path) {
+    return lowerCase(withoutGzip(path).extension().string());
+}
+
+/// Finds the file in the same folder with the same name and this extension, in any case, compressed or not; empty when
+/// there is none.
 std::string companionOf(const fs::path& path, std::string_view extension) {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     std::error_code ignored;
     std::vector<std::string> found;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
         const fs::path name = entry.path().filename();
-        if (name.stem() == path.stem() && lowerCase(name.extension().string()) == extension) {
+        if (withoutGzip(name).stem() == withoutGzip(path).stem() && extensionOf(name) == extension) {
             found.push_back(path.has_parent_path() ? (folder / name).string() : name.string());
         }
     }
@@ -62,14 +74,16 @@ std::string companionOf(const fs::path& path, std::string_view extension) {
 std::string requiredCompanionOf(const std::string& path, std::string_view extension) {
     std::string companion = companionOf(path, extension);
     if (companion.empty()) {
-        failInput(path + ": there is no " + fs::path(path).stem().string() + std::string(extension) + " in its folder");
+        failInput(path + ": there is no " + withoutGzip(path).stem().string() + std::string(extension) +
+                  " in its folder" + (extension == ".dat" ? "; --dat names one elsewhere" : ""));
     }
     return companion;
 }
 
 Recording readComtradePair(const std::string& configurationPath, const std::string& configuration,
                            const ReadOptions& options) {
-    const std::string dataPath = requiredCompanionOf(configurationPath, ".dat");
+    const std::string dataPath =
+        options.dataFile.empty() ? requiredCompanionOf(configurationPath, ".dat") : options.dataFile;
     const std::string headerPath = companionOf(configurationPath, ".hdr");
     const std::string data = contentOf(dataPath);
     const std::string header = headerPath.empty() ? "" : contentOf(headerPath);
@@ -83,19 +97,24 @@ Recording readComtradePair(const std::string& configurationPath, const std::stri
 
 Recording readByContent(const std::string& path, const ReadOptions& options) {
     const bool fromStdin = path == "-";
-    const std::string extension = lowerCase(fs::path(path).extension().string());
+    const std::string extension = extensionOf(path);
     if (!fromStdin && extension == ".dat" && !companionOf(path, ".cfg").empty()) {
         return readByContent(companionOf(path, ".cfg"), options);
     }
     const std::string source = fromStdin ? "stdin" : path;
-    const std::string content = fromStdin ? contentOf(std::cin, source) : contentOf(path);
+    std::string content = fromStdin ? contentOf(std::cin, source) : contentOf(path);
     if (isSound(content)) {
         return readSound(content, source, options);
+    }
+    convertUtf16(content, options.encoding);
+    const bool isOfPair = !fromStdin && (extension == ".cfg" || isComtradeConfiguration(content));
+    if (!options.dataFile.empty() && !isOfPair) {
+        failUsage("--dat: " + source + " is not the .cfg file of a COMTRADE record");
     }
     if (isComtradeFile(content)) {
         return readComtrade(splitComtradeFile(content, source), options);
     }
-    if (extension == ".cfg" || (!fromStdin && isComtradeConfiguration(content))) {
+    if (isOfPair) {
         return readComtradePair(path, content, options);
     }
     if (content.find('\0') != std::string::npos) {
@@ -129,6 +148,10 @@ Recording readRecording(const std::string& path, const ReadOptions& options) {
     Recording recording = readByContent(path, options);
     if (recording.files.empty() && path != "-") {
         recording.files = {path};
+    }
+    const auto isUndecoded = [](const Column& column) { return !isUtf8(column.name) || !isUtf8(column.unit); };
+    if (options.encoding.empty() && std::any_of(recording.columns.begin(), recording.columns.end(), isUndecoded)) {
+        recording.warnings.push_back(undecodedText(recording.source));
     }
     for (Column& column : recording.columns) {
         column.name = toUtf8(column.name, options.encoding);

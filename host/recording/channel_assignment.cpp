@@ -61,11 +61,15 @@ std::optional<Phase> phaseOf(std::string_view word) {
     return std::nullopt;
 }
 
+/// In English, German and French.
 Quantity quantityOf(std::string_view word) {
-    if (word == "u" || word == "v" || word == "voltage") {
-        return Quantity::voltage;
-    }
-    return word == "i" || word == "current" ? Quantity::current : Quantity::unknown;
+    static constexpr std::pair<std::string_view, Quantity> words[] = {
+        {"u", Quantity::voltage},        {"v", Quantity::voltage},       {"voltage", Quantity::voltage},
+        {"spannung", Quantity::voltage}, {"tension", Quantity::voltage}, {"i", Quantity::current},
+        {"current", Quantity::current},  {"strom", Quantity::current},   {"courant", Quantity::current}};
+    const auto* const found =
+        std::find_if(std::begin(words), std::end(words), [word](const auto& known) { return known.first == word; });
+    return found == std::end(words) ? Quantity::unknown : found->second;
 }
 
 /// Parses "ua", "v1", "il2", "ia7", "van": a quantity, a phase, and after a phase letter a number or "n" for neutral.
@@ -106,13 +110,14 @@ std::optional<Identity> identifyByOneWord(Words words) {
     return std::nullopt;
 }
 
-/// A word for the quantity and one for the phase, such as "Voltage A". The group is the rest of the name.
+/// A word for the quantity and one for the phase, such as "Voltage A". A single letter for the quantity, as in "I_A",
+/// comes first: the one in "L1_V" is a unit. The group is the rest of the name.
 std::optional<Identity> identifyByTwoWords(const Words& words) {
     Identity identity{Quantity::unknown, 0, "", byName};
     std::optional<Phase> phase;
     std::string rest;
     for (const std::string& word : words) {
-        if (const Quantity quantity = quantityOf(word); quantity != Quantity::unknown && word.size() > 1) {
+        if (const Quantity quantity = quantityOf(word); quantity != Quantity::unknown && (word.size() > 1 || !phase)) {
             identity.quantity = quantity;
         } else if (const auto here = phaseOf(word)) {
             phase = here;

@@ -1,6 +1,7 @@
 #include "recording/recording.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -17,8 +18,35 @@ constexpr double sameRateShare = 0.99;    // rates of at least this share of the
 constexpr std::size_t fewestClipped = 3;  // equal samples in a row at an extreme
 constexpr double sharpStep = 2.0;         // of the smallest step in the column
 
-double rateBetween(const Recording& recording, std::size_t first, std::size_t count) {
-    return static_cast<double>(count - 1) / (recording.seconds[first + count - 1] - recording.seconds[first]);
+constexpr double samePeriod = 1e-9;      // relative
+constexpr std::size_t fewestStamps = 5;  // that repeat, for a line through their middles
+
+struct Point {
+    double row;
+    double seconds;
+};
+
+template <class PointAt>
+EvenTimes lineThrough(std::size_t total, PointAt pointAt) {
+    Point mean{0.0, 0.0};
+    for (std::size_t i = 0; i < total; ++i) {
+        mean.row += pointAt(i).row / static_cast<double>(total);
+        mean.seconds += pointAt(i).seconds / static_cast<double>(total);
+    }
+    double product = 0.0;
+    double square = 0.0;
+    for (std::size_t i = 0; i < total; ++i) {
+        const double row = pointAt(i).row - mean.row;
+        product += row * (pointAt(i).seconds - mean.seconds);
+        square += row * row;
+    }
+    const Point last = pointAt(total - 1);
+    const double meanPeriod = (last.seconds - pointAt(0).seconds) / (last.row - pointAt(0).row);
+    double period = product / square;
+    if (std::fabs(period - meanPeriod) <= samePeriod * meanPeriod) {
+        period = meanPeriod;  // without the rounding errors of the sums
+    }
+    return {mean.seconds - period * mean.row, period};
 }
 
 /// The smallest and the largest sample; NaN is ignored.
@@ -54,6 +82,28 @@ void Recording::setRate(double rateHz, std::string origin) {
     rateOrigin = std::move(origin);
 }
 
+EvenTimes evenTimesOf(const std::vector<double>& seconds, std::size_t first, std::size_t count) {
+    assert(count >= 2);
+    const auto isLastOfStamp = [&](std::size_t k) {
+        return k + 1 == count || seconds[first + k + 1] != seconds[first + k];
+    };
+    std::size_t stamps = 0;
+    for (std::size_t k = 0; k < count; ++k) {
+        stamps += isLastOfStamp(k) ? 1 : 0;
+    }
+    if (stamps < fewestStamps || stamps > count / 2) {
+        return lineThrough(count, [&](std::size_t k) { return Point{static_cast<double>(k), seconds[first + k]}; });
+    }
+    std::vector<Point> middles;
+    for (std::size_t k = 0, start = 0; k < count; ++k) {
+        if (isLastOfStamp(k)) {
+            middles.push_back({static_cast<double>(start + k) / 2.0, seconds[first + k]});
+            start = k + 1;
+        }
+    }
+    return lineThrough(stamps - 2, [&](std::size_t i) { return middles[i + 1]; });
+}
+
 std::size_t mainSegment(const Recording& recording) {
     const auto& segments = recording.segments;
     const double highest = std::max_element(segments.begin(), segments.end(), [](const Segment& a, const Segment& b) {
@@ -80,7 +130,8 @@ Segment partOf(const Recording& recording, const Segment& segment, double startS
     }
     Segment part{segment.first + static_cast<std::size_t>(skipped), static_cast<std::size_t>(wanted), segment.rateHz};
     if (part.count < segment.count && part.count > 1) {
-        part.rateHz = rateBetween(recording, part.first, part.count);
+        const double period = evenTimesOf(recording.seconds, part.first, part.count).period;
+        part.rateHz = period > 0.0 ? 1.0 / period : segment.rateHz;
     }
     return part;
 }

@@ -52,6 +52,17 @@ struct Recording {
     void setRate(double rateHz, std::string origin);
 };
 
+/// Evenly spaced times: row k of a run has the time start + k * period.
+struct EvenTimes {
+    double start;
+    double period;
+};
+
+/// The straight line closest to the times of `count` rows, 2 or more, from `first` on, by least squares. Where stamps
+/// were rounded so that most repeat, it goes through the middles of the rows with equal stamps, without the first and
+/// last stamp, whose rows may be incomplete: 1 ms stamps at 10 kHz give 0.1 ms.
+EvenTimes evenTimesOf(const std::vector<double>& seconds, std::size_t first, std::size_t count);
+
 /// The segment that is measured by default: the longest of those within 1 % of the highest rate. The recording must
 /// have a segment.
 std::size_t mainSegment(const Recording& recording);

@@ -1,6 +1,7 @@
 #include "reading/csv_reader.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "reading/described.h"
 #include "recording/channel_assignment.h"
@@ -56,19 +57,77 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
         {"Time_UTC,Ua\n2020-02-29 23:59:59.9999,1\n2020-03-01T00:00:00Z,2\n", "10000 Hz: Ua 1 2"},
         {"timestamp,Ua\n18:15:21.499998208,1\n18:15:21.500018208,2\n18:15:21.500038208,3\n", "50000 Hz: Ua 1 2 3"},
         {"time,Ua,note\nsoon,1,ok\n", "50 Hz: Ua 1", "", {.rateHz = 50.0}},
+        {"Zeitpunkt [ms];Ua\n0;1\n0,5;2\n", "2000 Hz: Ua 1 2"},
+        {"Zeit;Ua\n0;1\n0,5;2\n", "2 Hz: Ua 1 2"},
+        {"t/ms;Ua/kV\n0;1\n0,5;2\n", "2000 Hz: Ua kV 1 2"},
+        {"t [\xB5s],Ua\n0,1\n5,2\n", "200000 Hz: Ua 1 2"},
+        {"time,Ua\n2024-01-05T13:00:00.0+01:00,1\n2024-01-05T12:00:00.5Z,2\n2024-01-05T07:30:01-0430,3\n",
+         "2 Hz: Ua 1 2 3"},
+        {"time,Ua\n01/31/2024 11:59:59.5 PM,1\n02/01/2024 12:00:00.0 am,2\n", "2 Hz: Ua 1 2"},
     });
+}
+
+TEST(CsvReader, ReadsCellsInQuotes) {
+    expectRead({
+        {"time,\"Ua, \"\"bus\"\" 1 (kV)\",\"Current, phase A (A)\"\n0,\"1,234.5\",1\n1,\"-2,000\",2\n",
+         "1 Hz: Ua, \"bus\" 1 kV 1234.5 -2000"},
+        {"time,Ua\n\"0,0\",\"-281,691\"\n\"0,5\",\"1\"\n", "2 Hz: Ua -281.691 1"},
+        {"time,Ua\n0.5,\"-281,691\"\n1.5,\"2\"\n", "1 Hz: Ua -281691 2"},
+        {"time,Ua\n0,\"-281,691\"\n1,\"2\"\n", "1 Hz: Ua -281.691 2", "\"-281,691\"; decimal"},
+        {"Ua;Ub\n1,234.5;\"2\"\n", ": Ua 1234.5"},
+        {"Ua;Ub\n\"1;2\n", "", "\"\"1\""},
+    });
+}
+
+TEST(CsvReader, ReadsWhatScopesWrite) {
+    expectRead({
+        {"x-axis,1,2\nsecond,Volt,Volt\n-0.5,1,2\n0,3,4\n", "2 Hz: 1 Volt 1 3"},
+        {"Source,CH1,CH2\nSecond,Volt,Ampere\n-0.5,1,2\n0,3,4\n", "2 Hz: CH1 Volt 1 3"},
+        {"second,Volt\n0,1\n0.5,2\n", "2 Hz: Volt 1 2"},
+        {"X,CH1,Start,Increment,\nSequence,VOLT,-3.0e-03,5.0e-01\n0,1.5,,\n1,2.5,,\n", "2 Hz: X Sequence 0 1"},
+        {"Model,7\nHorizontal Units,ms,\nVertical Units,V,A,\nLabel,Ua,,\n,\nTIME,CH1,CH2\n-0.5,1,2\n0,3,4\n",
+         "2000 Hz: Ua V 1 3"},
+        {"Vertical Units,V,V\nLabel,Ua,Ub\n0,1,2\n0.5,3,4\n1,4,5\n", "2 Hz: Ua V 1 3 4"},
+    });
+}
+
+std::string wave(const char* heading, double step) {
+    std::string text(heading);
+    for (int k = 0; k < 400; ++k) {
+        text += std::to_string(k * step) + "," + std::to_string(100 * std::sin(0.1 * k)) + "\n";
+    }
+    return text;
+}
+
+TEST(CsvReader, JudgesTimesByTheWaveThatTheyGive) {
+    for (const Case& c : {Case{wave("t,Ua\n", 0.0004), "2500 Hz: Ua"},
+                          {wave("t,Ua\n", 0.4), "2500 Hz: Ua", "\"t\"; as ms; 0.0398 Hz"},
+                          {wave("t,Ua\n", 400), "2500 Hz: Ua", "as us"},
+                          {wave("t,Ua\n", 4), "0.25 Hz: Ua"},
+                          {wave("t [s],Ua\n", 0.4), "2.5 Hz: Ua"}}) {
+        const auto read = [&c] {
+            auto recording = readCsv(c.text, "rec.csv");
+            recording.columns.at(0).samples.clear();
+            return recording;
+        };
+        ::expectRead(c.text, read, c.recording, c.says);
+    }
 }
 
 TEST(CsvReader, FindsGapsInTime) {
     expectRead({
+        {"time,Ua\n0,1\n0,1\n0,1\n1,1\n1,1\n1,1\n2,1\n2,1\n2,1\n3,1\n3,1\n3,1\n4,1\n",
+         "3 Hz: Ua 1 1 1 1 1 1 1 1 1 1 1 1 1", "\"time\"; rounded to steps of 1 s"},
         {"time,Ua\n0,1\n1,1\n2.7,1\n3,1\n4,1\n", "1 Hz: Ua 1 1 1 1 1"},  // a late stamp
-        {"time,Ua\n0,1\n1,1\n2.4,1\n3.4,1\n", "0.882353 Hz: Ua 1 1 1 1"},
+        {"time,Ua\n0,1\n1,1\n2.4,1\n3.4,1\n", "0.862069 Hz: Ua 1 1 1 1"},
         {"time,Ua\n0,1\n1,1\n4,1\n5,1\n6,1\n", "2 at 1 Hz from 0, 3 at 1 Hz from 4: Ua 1 1 1 1 1",
          "rec.csv:4: ; 3 s; 1 s"},
         {"time,Ua\n0,1\n1,1\n2,1\n1,1\n2,1\n3,1\n", "3 at 1 Hz from 0, 3 at 1 Hz from 1: Ua 1 1 1 1 1 1",
          "rec.csv:5: ; -1 s"},
-        {"time,Ua\n0,1\n1,1\n0.5,1\n1.5,1\n2.5,1\n2.5,1\n", "2 Hz: Ua 1 1 1 1 1 1", "\"time\"; evenly spaced"},
-        {"time,Ua\n0,1\n0,1\n0,1\n3,1\n3,1\n3,1\n6,1\n", "1 Hz: Ua 1 1 1 1 1 1 1", "\"time\"; evenly spaced"},
+        {"time,Ua\n0,1\n1,1\n0.5,1\n1.5,1\n2.5,1\n2.5,1\n", "1.94444 Hz: Ua 1 1 1 1 1 1",
+         "\"time\"; uneven; evenly spaced"},
+        {"time,Ua\n0,1\n0,1\n0,1\n3,1\n3,1\n3,1\n6,1\n", "1 Hz: Ua 1 1 1 1 1 1 1",
+         "\"time\"; rounded to steps of 3 s"},
         {"time,Ua\n1,1\n1,2\n", "", "rec.csv: ; \"time\"; --rate"},
     });
 }
@@ -108,7 +167,10 @@ TEST(ChannelAssignment, FindsTheColumnsOfTheChannels) {
              {"Valve,Uac,Iab,x", "------"},
              {"left,Right (kV),Ua,Ub", "10---3", "ua=RIGHT, Ub=1,Ic=4"},
              {"LV IR,LV IS,LV IT,HV VR,HV VS,HV VT,VN", "345012"},
-             {"UL1,UL2,UL3,I_L1,IL2,IL3", "012-45"},
+             {"UL1,UL2,UL3,I_L1,IL2,IL3", "012345"},
+             {"Spannung L1,Spannung L2,Spannung L3,Strom L1 (A),Strom L2 (A),Strom L3 (A)", "012345"},
+             {"V_LN_A,V_LN_B,V_LN_C,I R,I S,I T", "012345"},
+             {"i_r,i_s,i_t,I_N,L1_V,A V", "---012"},
              {"ULA,Uan,Ub2,Ubx", "12----"},
              {"Voltage A,Voltage B,Voltage C,Current L1", "0123--"},
              {"bus1 Ua,bus1 Ub,bus2 Ua,bus2 Ub,bus2 Uc,Ia7", "2345--"},

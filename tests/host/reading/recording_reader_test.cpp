@@ -20,10 +20,18 @@ TEST(RecordingReader, FindsTheSameLoadInEveryRecording) {
         {"--primary $data/single.cff"},
         {"--gain 'hv ir=2,5=2,6=2' $data/single.cff", 1, 2},
         {"- < $data/single.cff"},
+        {"packed.dat.gz"},
+        {"elsewhere/segments.cfg --dat packed.dat.gz"},
+        {"wide.cfg"},
         {"$data/logger.csv", 1, 1, "logger.csv:56: ; 0.5"},
         {"--columns Ua,Ub,Uc,Ia,Ib,Ic --gain Ua=100,Ub=100,Uc=100,Ia=2,Ib=2,Ic=2 $data/sound.wav"},
         {"$data/sound.wav", 0.01, 0.5, "relative to full scale; Ua, Ub, Uc, Ia, Ib, Ic"},
     };
+    expectShown(
+        {{"cp $data/segments.cfg packed.cfg; gzip < $data/segments.dat > packed.dat.gz; "
+          "mkdir -p elsewhere; cp $data/segments.cfg elsewhere; cp $data/segments.dat wide.dat; "
+          "(printf '\\377\\376'; iconv -t UTF-16LE $data/segments.cfg) > wide.cfg",
+          ""}});
     for (const Case& c : cases) {
         const auto three = [](double x) {
             return std::to_string(x) + " " + std::to_string(x) + " " + std::to_string(x);
@@ -37,7 +45,7 @@ TEST(RecordingReader, FindsTheSameLoadInEveryRecording) {
 TEST(RecordingReader, SaysWhatAFileHoldsAndWhatIsWrongWithIt) {
     expectShown({
         {"rt305 info $data/logger.csv",
-         "Format CSV; 2 51 560; measured by default; 0.524935 0.499861; -1694.73 1694.73 2 Ia by"},
+         "Format CSV; 2 51 560; measured by default; 0.524935 0.499925; -1694.73 1694.73 2 Ia by"},
         {"rt305 info $data/segments.dat", "secondary 600:5 Ic; 128; 3200 0; 6 50 0.04"},
         {"rt305 info - < $data/single.cff", "COMTRADE, FLOAT32"},
         {"printf 't,Ua,Ub,Uc,note\n0,1,2,3,ok\n1,4,2,3,ok\n' | rt305 info -", "1 Ua 1.00000 4.00000; \"note\""},
@@ -47,6 +55,16 @@ TEST(RecordingReader, SaysWhatAFileHoldsAndWhatIsWrongWithIt) {
          3},
         {"rt305 info named.txt", "named.txt: ; named.dat", 3},
         {"printf '123\\0' > alone.dat; rt305 info alone.dat", "alone.dat: byte 3: ; .cfg", 3},
+        {"printf '\\376\\377\\0U\\0a\\0,\\0U\\0b\\0\\n\\0001\\0,\\0002\\0\\n' | rt305 info -", "1 Ua 1.00000"},
+        {"printf 'Ua,I\\242\n1,2\n' | gzip | rt305 info -", "not UTF-8; --encoding; 1 Ua"},
+        {"printf 'Ua,I\\242\n1,2\n' | rt305 info --encoding cp866 -", "!not UTF-8; I\xD0\xB2"},
+        {"printf '1\n' | gzip | head -c 20 > cut.gz; rt305 info cut.gz", "cut.gz: ; incomplete", 3},
+        {"printf '1\n' | gzip | sed 's/1/2/' > bad.gz; head -c 70000000 /dev/zero | gzip -1 > bomb.gz; "
+         "rt305 info bomb.gz",
+         "bomb.gz: ; 64 MiB", 3},
+        {"rt305 info --dat none.dat $data/segments.cfg", "none.dat: No such file", 3},
+        {"rt305 info --dat none.dat $data/logger.csv", "--dat", 2},
+        {"rt305 measure --dat a.dat 1.cfg 2.cfg", "--dat", 2},
         {"printf RIFF1234 > damaged.wav; rt305 info damaged.wav", "damaged.wav: ", 3},
         {"rt305 info --encoding nonsense $data/swing.DAT", "\"nonsense\"", 2},
     });
