@@ -41,31 +41,70 @@ double total(const PerPhase& values) {
 
 /// sum over i of term(rows[i]...) with singleton expansion, times 1/N.
 template <class Term, class... Rows>
-double meanOf(double N, Term term, const Rows&... rows) {
+double meanOfExpanded(double N, Term term, const Rows&... rows) {
     int n = 1;
     ((n = expandedLength(n, rows.numel())), ...);
-    const auto count = static_cast<std::size_t>(n);
-    const double sum =
-        ((rows.numel() == n) && ...)
-            ? coder::blockedSum(count, [&, ... x = rows.data()](std::size_t i) { return term(x[i]...); })
-            : coder::blockedSum(count, [&, ... x = Expanded(rows)](std::size_t i) { return term(x[i]...); });
+    const double sum = coder::blockedSum<1>(static_cast<std::size_t>(n),
+                                            [&, ... x = Expanded(rows)](std::size_t i) { return term(x[i]...); });
     return sum * (1.0 / N);
 }
 
-double rms(const row& x, double N) {
-    return std::sqrt(meanOf(
-        N, [](double a) { return a * a; }, x));
+/// The same, faster for two rows of one length.
+template <class Term>
+double meanOf(double N, Term term, const row& a, const row& b) {
+    if (a.numel() != b.numel()) {
+        return meanOfExpanded(N, term, a, b);
+    }
+    const double sum = coder::blockedSum(static_cast<std::size_t>(a.numel()),
+                                         [=, x = a.data(), y = b.data()](std::size_t i) { return term(x[i], y[i]); });
+    return sum * (1.0 / N);
 }
 
-double rmsOfDifference(const row& a, const row& b, double N) {
-    return std::sqrt(meanOf(
-        N, [](double x, double y) { return (x - y) * (x - y); }, a, b));
+double square(double a) {
+    return a * a;
 }
 
-double rmsOfSum(const ChannelSet& set, double N) {
-    const auto squareOfSum = [](double a, double b, double c) { return (a + b + c) * (a + b + c); };
-    return std::sqrt(meanOf(N, squareOfSum, set[0], set[1], set[2]));
+double squareOfDifference(double a, double b) {
+    return square(a - b);
 }
+
+double squareOfSum(double a, double b, double c) {
+    return square(a + b + c);
+}
+
+/// The root mean square of a combination of phases, given the square of one sample of each.
+template <auto squareOf, std::size_t... phase>
+struct Rms {
+    static double term(const std::array<const double*, coder::phases>& x, std::size_t i) {
+        return squareOf(x[phase][i]...);
+    }
+    static double alone(const ChannelSet& set, double N) {
+        return std::sqrt(meanOfExpanded(
+            N, [](auto... x) { return squareOf(x...); }, set[phase]...));
+    }
+};
+
+/// Several of them: side by side when all phases have the same length.
+template <class... Values>
+std::array<double, sizeof...(Values)> rmsOf(const ChannelSet& set, double N) {
+    const int n = set[0].numel();
+    if (set[1].numel() != n || set[2].numel() != n) {
+        return {Values::alone(set, N)...};
+    }
+    const std::array<const double*, coder::phases> x{set[0].data(), set[1].data(), set[2].data()};
+    auto values = coder::blockedSum(static_cast<std::size_t>(n), [=](std::size_t i) {
+                      return coder::SideBySide<sizeof...(Values)>{{Values::term(x, i)...}};
+                  }).sums;
+    for (double& value : values) {
+        value = std::sqrt(value * (1.0 / N));
+    }
+    return values;
+}
+
+using RmsA = Rms<square, 0>;
+using RmsB = Rms<square, 1>;
+using RmsC = Rms<square, 2>;
+using RmsOfSum = Rms<squareOfSum, 0, 1, 2>;
 
 row minus(const row& a, const row& b) {
     row difference;
@@ -74,25 +113,24 @@ row minus(const row& a, const row& b) {
 }
 
 void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_table& out) {
-    PerPhase phaseVoltage{};
-    PerPhase lineVoltage{};
-    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const row& here = u[phase];
-        if (wiring == option::wiringThree) {
-            lineVoltage[phase] = rms(here, N);
-            phaseVoltage[phase] = lineVoltage[phase] / 1.7320508075688772;
-        } else if (wiring == option::wiringFour) {
-            phaseVoltage[phase] = rms(here, N);
-            lineVoltage[phase] = rmsOfDifference(here, u[(phase + 1) % coder::phases], N);
-        }
+    if (wiring == option::wiringThree) {
+        constexpr double root3 = 1.7320508075688772;
+        const auto [ab, bc, ca, sum] = rmsOf<RmsA, RmsB, RmsC, RmsOfSum>(u, N);
+        store(out, Parameter::Uda, {ab / root3, bc / root3, ca / root3});
+        store(out, Parameter::Udab, {ab, bc, ca});
+        out[Parameter::Ud0] = sum * 0.3333333333333333;
+    } else {
+        const auto [a, b, c, ab, bc, ca, sum] =
+            rmsOf<RmsA, RmsB, RmsC, Rms<squareOfDifference, 0, 1>, Rms<squareOfDifference, 1, 2>,
+                  Rms<squareOfDifference, 2, 0>, RmsOfSum>(u, N);
+        store(out, Parameter::Uda, {a, b, c});
+        store(out, Parameter::Udab, {ab, bc, ca});
+        out[Parameter::Ud0] = sum * 0.3333333333333333;
     }
-    store(out, Parameter::Uda, phaseVoltage);
-    store(out, Parameter::Udab, lineVoltage);
-    out[Parameter::Ud0] = rmsOfSum(u, N) * 0.3333333333333333;
 }
 
 void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& options, d_table& out) {
-    PerPhase current{rms(i[0], N), rms(i[1], N), rms(i[2], N)};
+    PerPhase current = rmsOf<RmsA, RmsB, RmsC>(i, N);
     if (!options.keepRebuiltRms && options.rebuiltCurrent != PhaseChoice::none) {
         const PhaseWithOthers rebuilt = withOthers(options.rebuiltCurrent);
         current[rebuilt.phase] = (current[rebuilt.first] + current[rebuilt.second]) * 0.5;

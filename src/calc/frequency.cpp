@@ -123,8 +123,7 @@ std::vector<int> FrequencySearch::shortlist(samples x, double total) const {
 FrequencySearch::Found FrequencySearch::search(samples x, bool withAmplitude) const {
     const Pairing pairs(x, N_);
     const double repeated = x.size() == 1 ? static_cast<double>(pairs.count) : 1.0;
-    const double total = repeated * coder::blockedSum(std::min(x.size(), pairs.count),
-                                                      [p = x.data()](std::size_t i) { return std::fabs(p[i]); });
+    const double total = repeated * coder::sumOfMagnitudes(x.first(std::min(x.size(), pairs.count)));
     if (std::isnan(total) || std::isnan(N_)) {
         // Every evaluated slot is NaN, so the first slot that is not evaluated wins.
         return range_.evaluated < range_.slots ? Found{gridFrequency(range_.evaluated), 0.0 / N_}

@@ -36,14 +36,14 @@ ALWAYS_INLINE inline void calibrate(const double* x, std::size_t n, double offse
     }
 }
 
-void condition(const RawChannel& channel, double N, std::string_view source, row& out) {
+/// total: the sum of the samples.
+void condition(const RawChannel& channel, double total, double N, std::string_view source, row& out) {
     samples x = channel.samples;
     const std::size_t n = x.size();
     out.set_size(1, static_cast<int>(n));
     const std::size_t examined = std::min(n, static_cast<std::size_t>(std::max(coder::truncatedToInt(N), 0)));
     const auto unexamined = x.begin() + static_cast<std::ptrdiff_t>(examined);
     const double zeros = coder::vectorized<countZeros>(x.data(), examined);
-    double total = coder::combineVectorElements(x);
     if (zeros > 0.0) {
         const double gapMean = N != zeros ? total / (N - zeros) : 0.0;
         coder::vectorized<replaceZeros>(x.data(), examined, gapMean, out.data());
@@ -72,8 +72,10 @@ double hardwareScale(std::string_view source, double inputResistance, double gai
 }
 
 void data_305_4(const RawChannelSet& raw, double N, std::string_view source, ChannelSet& conditioned) {
+    const std::array<double, coder::phases> totals =
+        coder::combineVectorElements<coder::phases>({raw[0].samples, raw[1].samples, raw[2].samples});
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        condition(raw[phase], N, source, conditioned[phase]);
+        condition(raw[phase], totals[phase], N, source, conditioned[phase]);
     }
 }
 

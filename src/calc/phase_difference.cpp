@@ -39,7 +39,7 @@ double DominantPhase::of(samples x) const {
     const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
     const auto spectrum = std::make_unique_for_overwrite<creal_T[]>(bins);
     const auto magnitudes = std::make_unique_for_overwrite<double[]>(bins);
-    coder::weighCentred(x, window_, windowed.get());
+    coder::weighCentred(x, coder::mean(x), window_, windowed.get());
     transform_.forward({windowed.get(), x.size()}, spectrum.get());
     coder::vectorized<magnitudesOf>(static_cast<const creal_T*>(spectrum.get()), bins, magnitudes.get());
     double largest = 0.0;

@@ -52,8 +52,10 @@ Tone toneAt(const PowerSpectrum& spectrum, std::size_t start) {
     const Region region = regionAround(spectrum.power, start);
     const samples power = spectrum.power.subspan(region.left, region.count());
     const double* const F = spectrum.frequency.data() + region.left;
-    const double moment = blockedSum(power.size(), [&](std::size_t i) { return F[i] * power[i]; });
-    const Tone tone{bandpower(power, spectrum.spacing), moment / combineVectorElements(power)};
+    const auto [moment, total] = blockedSum(power.size(), [=, p = power.data()](std::size_t i) {
+                                     return SideBySide<2>{{F[i] * p[i], p[i]}};
+                                 }).sums;
+    const Tone tone{total * spectrum.spacing, moment / total};
     const Tone narrow{spectrum.noiseBandwidth * spectrum.power[start], spectrum.frequency[start]};
     return narrow.power > tone.power ? narrow : tone;
 }
@@ -136,9 +138,9 @@ HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
 HarmonicDistortion::HarmonicDistortion(int n, const HarmonicSettings& settings)
     : periodogram_(kaiserOfLength(n), settings.rate), harmonics_(settings.harmonics) {}
 
-HarmonicResult HarmonicDistortion::measure(samples x) const {
+HarmonicResult HarmonicDistortion::measure(samples x, double mean) const {
     column density;
-    periodogram_.density(x, density);
+    periodogram_.density(x, mean, density);
     return computeTHD(density, periodogram_.frequencies(), periodogram_.noiseBandwidth(), harmonics_);
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "toolkit/periodogram.h"
+#include "toolkit/sums.h"
 
 namespace coder {
 
@@ -31,7 +32,9 @@ class HarmonicDistortion {
 public:
     HarmonicDistortion(int n, const HarmonicSettings& settings);
 
-    HarmonicResult measure(samples x) const;
+    HarmonicResult measure(samples x) const { return measure(x, mean(x)); }
+    /// The same for a row whose mean is known.
+    HarmonicResult measure(samples x, double mean) const;
 
 private:
     Periodogram periodogram_;

@@ -23,24 +23,23 @@ ALWAYS_INLINE inline void scaledPower(const creal_T* bins, double scale, std::si
     }
 }
 
-double energyOf(samples w) {
-    return blockedSum(w.size(), [p = w.data()](std::size_t i) { return p[i] * p[i]; });
-}
-
 }  // namespace
 
-Periodogram::Periodogram(column window, double rate)
-    : window_(std::move(window)), fft_(std::max(window_.numel(), 1)), scale_(rate * energyOf(window_)) {
+Periodogram::Periodogram(column window, double rate) : window_(std::move(window)), fft_(std::max(window_.numel(), 1)) {
     frequencies_.set_size(fft_.bins());
     vectorized<fillFrequencies>(rate, fft_.size(), frequencies_.data(), fft_.bins());
-    const double sum = combineVectorElements(window_);
+    const samples w = window_;
+    const auto [sum, energy] = blockedSum(w.size(), [p = w.data()](std::size_t i) {
+                                   return SideBySide<2>{{p[i], p[i] * p[i]}};
+                               }).sums;
+    scale_ = rate * energy;
     noiseBandwidth_ = scale_ / (sum * sum);
 }
 
-void Periodogram::density(samples x, column& pxx) const {
+void Periodogram::density(samples x, double mean, column& pxx) const {
     assert(x.size() == static_cast<std::size_t>(window_.numel()));
     const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
-    weighCentred(x, window_, windowed.get());
+    weighCentred(x, mean, window_, windowed.get());
     const auto bins = static_cast<std::size_t>(fft_.bins());
     const auto transform = std::make_unique_for_overwrite<creal_T[]>(bins);
     fft_.forward({windowed.get(), x.size()}, transform.get());

@@ -2,6 +2,7 @@
 #define RT305_4_TOOLKIT_PERIODOGRAM_H
 
 #include "toolkit/fft.h"
+#include "toolkit/sums.h"
 
 namespace coder {
 
@@ -22,7 +23,9 @@ public:
     /// rate/2, where X is the transform of the row less its mean, times the window. The sum of pxx over the bins of a
     /// tone times rate/n is the tone's mean square. NaN spreads to all bins; n = 0 gives one NaN. P. D. Welch, IEEE
     /// Trans. Audio Electroacoust. 15 (1967), 70-73, with a single segment.
-    void density(samples x, column& pxx) const;
+    void density(samples x, column& pxx) const { density(x, mean(x), pxx); }
+    /// The same for a row whose mean is known.
+    void density(samples x, double mean, column& pxx) const;
 
 private:
     column window_;

@@ -1,6 +1,8 @@
 #include "toolkit/sums.h"
 
 #include <cassert>
+#include <cmath>
+#include <numeric>
 
 #include "toolkit/simd.h"
 
@@ -13,6 +15,21 @@ ALWAYS_INLINE inline void weigh(const double* x, double offset, const double* w,
     }
 }
 
+ALWAYS_INLINE inline double addMagnitudes(const double* x, std::size_t n) {
+    constexpr std::size_t lanes = 32;
+    double sums[lanes] = {};
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            sums[lane] += std::fabs(x[i + lane]);
+        }
+    }
+    for (; i < n; ++i) {
+        sums[0] += std::fabs(x[i]);
+    }
+    return std::accumulate(sums, sums + lanes, 0.0);
+}
+
 }  // namespace
 
 double combineVectorElements(samples x) {
@@ -23,9 +40,13 @@ double mean(samples x) {
     return combineVectorElements(x) / static_cast<double>(x.size());
 }
 
-void weighCentred(samples x, samples w, double* out) {
+double sumOfMagnitudes(samples x) {
+    return vectorized<addMagnitudes>(x.data(), x.size());
+}
+
+void weighCentred(samples x, double mean, samples w, double* out) {
     assert(x.size() == w.size());
-    vectorized<weigh>(x.data(), mean(x), w.data(), x.size(), out);
+    vectorized<weigh>(x.data(), mean, w.data(), x.size(), out);
 }
 
 }  // namespace coder

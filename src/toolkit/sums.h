@@ -2,51 +2,115 @@
 #define RT305_4_TOOLKIT_SUMS_H
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <numeric>
+#include <type_traits>
 
 #include "toolkit/array.h"
 
 namespace coder {
 
+/// `count` sums over the same indices, computed together: a term of blockedSum with several values.
+template <std::size_t count>
+struct SideBySide {
+    std::array<double, count> sums;
+
+    friend constexpr SideBySide operator+(SideBySide a, const SideBySide& b) {
+        for (std::size_t i = 0; i < count; ++i) {
+            a.sums[i] += b.sums[i];
+        }
+        return a;
+    }
+    friend constexpr SideBySide operator-(SideBySide a) {
+        for (double& sum : a.sums) {
+            sum = -sum;
+        }
+        return a;
+    }
+};
+
+inline constexpr std::size_t sumBlock = 1024;
+
+/// total plus the sums of the `count` blocks from term(from) on. The last may be shorter; n is the number of all terms.
+template <std::size_t count, class Value, class Term>
+[[gnu::always_inline]] inline Value addBlocks(Value total, std::size_t from, std::size_t n, Term term) {
+    if constexpr (count > 0) {
+        Value sums[count];
+        std::fill_n(sums, count, -Value{});
+        const auto addTerms = [&](std::size_t begin, std::size_t end, auto lanes) __attribute__((always_inline)) {
+            for (std::size_t i = begin; i < end; ++i) {
+                for (std::size_t lane = 0; lane != lanes.value; ++lane) {
+                    sums[lane] = sums[lane] + term(i + lane * sumBlock);
+                }
+            }
+        };
+        const std::size_t last = from + std::min(n - from - (count - 1) * sumBlock, sumBlock);
+        addTerms(from, last, std::integral_constant<std::size_t, count>{});
+        addTerms(last, from + sumBlock, std::integral_constant<std::size_t, count - 1>{});
+        total = std::accumulate(sums, sums + count, total);
+    }
+    return total;
+}
+
+/// total plus the sums of the blocks from term(from) to term(n-1), at most `most`.
+template <std::size_t most, class Value, class Term>
+Value addLastBlocks(Value total, std::size_t from, std::size_t n, Term term) {
+    if constexpr (most > 0) {
+        if (n <= from + (most - 1) * sumBlock) {
+            return addLastBlocks<most - 1>(total, from, n, term);
+        }
+    }
+    return addBlocks<most>(total, from, n, term);
+}
+
 /// Sum of term(0) ... term(n-1); 0 for n = 0. The order is fixed bit for bit: blocks of 1024 terms (the last may be
-/// shorter) are each added left to right, then the block sums are added left to right. Blocks are independent chains,
-/// so `lanes` of them are summed side by side without changing the result. A shorter or missing block is filled up with
-/// -0, which changes no sum.
-template <class Term>
+/// shorter) are each added left to right to -0, which changes no sum, then the block sums are added left to right.
+/// Blocks are independent chains of additions, and so are the values of a term, so about `chains` of them run side by
+/// side without changing the result. Fewer take less code.
+template <std::size_t chains = 10, class Term>
 auto blockedSum(std::size_t n, Term term) {
     using Value = decltype(term(std::size_t{}));
-    constexpr std::size_t block = 1024;
-    constexpr std::size_t lanes = 10;
-    constexpr Value nothing = -Value{};
-    Value total = n == 0 ? Value{} : nothing;
-    const auto addBlocks = [&](std::size_t from, std::size_t longest, auto termAt) {
-        Value sums[lanes];
-        std::fill_n(sums, lanes, nothing);
-        for (std::size_t i = from; i < from + longest; ++i) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                sums[lane] = sums[lane] + termAt(i + lane * block);
-            }
-        }
-        for (const Value& sum : sums) {
-            total = total + sum;
-        }
-    };
-    const std::size_t whole = n - n % (lanes * block);
-    for (std::size_t from = 0; from < whole; from += lanes * block) {
-        addBlocks(from, block, term);
+    constexpr std::size_t valuesOfTerm = sizeof(Value) / sizeof(double);
+    constexpr std::size_t lanes = (chains + valuesOfTerm - 1) / valuesOfTerm;
+    Value total = n == 0 ? Value{} : -Value{};
+    std::size_t from = 0;
+    for (; from + lanes * sumBlock <= n; from += lanes * sumBlock) {
+        total = addBlocks<lanes>(total, from, n, term);
     }
-    addBlocks(whole, std::min(block, n - whole), [&](std::size_t i) { return i < n ? term(i) : nothing; });
-    return total;
+    return addLastBlocks<lanes>(total, from, n, term);
 }
 
 /// Blocked sum of a row or column; 0 when empty.
 double combineVectorElements(samples x);
 
+/// Blocked sums of several rows, together if they have the same length.
+template <std::size_t count>
+std::array<double, count> combineVectorElements(const std::array<samples, count>& rows) {
+    const std::size_t n = rows[0].size();
+    if (std::all_of(rows.begin(), rows.end(), [=](samples x) { return x.size() == n; })) {
+        return blockedSum(n,
+                          [&](std::size_t i) {
+                              SideBySide<count> terms;
+                              std::transform(rows.begin(), rows.end(), terms.sums.begin(),
+                                             [=](samples x) { return x[i]; });
+                              return terms;
+                          })
+            .sums;
+    }
+    std::array<double, count> sums;
+    std::transform(rows.begin(), rows.end(), sums.begin(), [](samples x) { return combineVectorElements(x); });
+    return sums;
+}
+
+/// Sum of magnitudes, in an order of its own: for bounds.
+double sumOfMagnitudes(samples x);
+
 /// Blocked sum divided by the count; NaN when empty.
 double mean(samples x);
 
-/// out = (x - mean(x)) w for w as long as x.
-void weighCentred(samples x, samples w, double* out);
+/// out = (x - mean) w for w as long as x.
+void weighCentred(samples x, double mean, samples w, double* out);
 
 }  // namespace coder
 

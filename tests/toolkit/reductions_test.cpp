@@ -41,6 +41,7 @@ TEST(Reductions, SumsKeepTheDocumentedOrderBitForBit) {
         complex.set_size(1, static_cast<int>(n));
         std::copy(z.begin(), z.end(), complex.begin());
         EXPECT_EQ(coder::combineVectorElements(x), plainBlockedSum(x)) << n;
+        EXPECT_EQ(coder::combineVectorElements<3>({x, y, x})[1], plainBlockedSum(y)) << n;
         EXPECT_EQ(coder::sum(complex), plainBlockedSum(z)) << n;
     }
     EXPECT_TRUE(std::isnan(coder::mean({})));
