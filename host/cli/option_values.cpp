@@ -1,6 +1,7 @@
 #include "cli/option_values.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -48,7 +49,8 @@ double parseTime(const std::string& option, const std::string& text) {
     const std::string_view unit = trimmed(std::string_view(text).substr(end));
     const auto value = parseNumber(std::string_view(text).substr(0, end));
     const Unit known = unitOf(unit);
-    if (!value || *value < 0.0 || !(unit.empty() || known.quantity == Quantity::time)) {
+    if (!value || !(*value >= 0.0 && std::isfinite(*value * known.factor)) ||
+        !(unit.empty() || known.quantity == Quantity::time)) {
         failUsage(option + ": " + inQuotes(text) + " is not a time such as 0.2s or 200ms");
     }
     return *value * known.factor;

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "base/failure.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "cli/option_values.h"
 #include "measuring/power_methods.h"
@@ -86,7 +87,7 @@ void addRepeatedOption(CLI::App& command, const char* name, const char* form, co
 
 void addReadOptions(CLI::App& command, ReadOptions& reading) {
     command.add_option("--rate", reading.rateHz, "sample rate in Hz, instead of the file's own times")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""))
         ->type_name("HZ");
     command
         .add_option_function<std::string>(
@@ -297,7 +298,7 @@ void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
     command.add_option("--frequency", settings.frequencyHz, "fundamental")->capture_default_str()->type_name("HZ");
     command.add_option("--rate", settings.rateHz, "sample rate")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""))
         ->capture_default_str()
         ->type_name("HZ");
     command.add_option("--duration", settings.durationSeconds, "length of the recording")

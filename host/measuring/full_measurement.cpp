@@ -56,9 +56,7 @@ void requireChannels(const FullMeasurement& full, const std::string& source) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const bool isWanted = isCurrent(channel) ? measurement.hasCurrents() : measurement.hasVoltages();
         if (isWanted && measurement.samples[channel].empty()) {
-            failInput(source + (full.asRecorded.samples[channel].empty()
-                                    ? ": there is no column for " + std::string(channelNames[channel])
-                                    : ": the recording is too short to be resampled"));
+            failInput(source + ": there is no column for " + std::string(channelNames[channel]));
         }
     }
 }

@@ -11,6 +11,10 @@ namespace rt305 {
 
 namespace {
 
+constexpr double lowestMeasuredRateHz = 4.0 * controlWindow.lower;
+constexpr double mostStretch = 64.0;  // new samples for each recorded one
+constexpr double shortestSeconds = 1.0 / 60.0;
+
 /// The names of the channels in a range that have samples, or of those that have none.
 std::vector<std::string> namesWhere(const Measurement& measurement, bool present, std::size_t from, std::size_t to) {
     std::vector<std::string> names;
@@ -154,9 +158,31 @@ ChosenPart choosePart(const Recording& recording, const MeasurementSettings& set
     return chosen;
 }
 
+/// Refuses samples that have no fundamental to measure, or of which resampling would make too many.
+void requireResamplable(const Measurement& measurement, const ChosenPart& chosen, const std::string& source) {
+    const double rate = chosen.measurement.recordedRateHz;
+    const double seconds = static_cast<double>(chosen.count) / rate;
+    if (rate < lowestMeasuredRateHz) {
+        failInput(source + ": a sample rate of " + formatNumber(rate) +
+                  " Hz is too low to measure a fundamental, which " + "needs " + formatNumber(lowestMeasuredRateHz) +
+                  " Hz; rt305 signals shows the statistics");
+    }
+    if (measurement.assumedRateHz() > mostStretch * rate) {
+        failInput(source + ": a sample rate of " + formatNumber(rate) + " Hz is too low to be resampled to the " +
+                  formatNumber(measurement.assumedRateHz()) + " Hz at which the library measures this, by at most " +
+                  formatNumber(mostStretch) + " times");
+    }
+    if (seconds < shortestSeconds) {
+        failInput(source + ": " + formatNumber(seconds) + " s are too short to be measured; at least " +
+                  formatNumber(shortestSeconds, 3) + " s, a cycle at 60 Hz, are needed");
+    }
+}
+
 /// Keeps the chosen part of the segment's samples only.
-void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatters rateMatters) {
+void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatters rateMatters,
+                    const std::string& source) {
     if (rateMatters == RateMatters::yes && measurement.settings.resample && !measurement.isAtAssumedRate()) {
+        requireResamplable(measurement, chosen, source);
         measurement.rateHz = measurement.assumedRateHz();
         measurement.notes.push_back(describeResampling(measurement));
     }
@@ -186,15 +212,15 @@ void invertForTwoWattmeters(MeasurementSettings& settings) {
 
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
     ChosenPart chosen = choosePart(recording, settings);
-    cutAndResample(chosen.measurement, chosen, rateMatters);
+    cutAndResample(chosen.measurement, chosen, rateMatters, recording.source);
     return std::move(chosen.measurement);
 }
 
 MeasurementPair makeMeasurementPair(const Recording& recording, const MeasurementSettings& settings) {
     ChosenPart chosen = choosePart(recording, settings);
     MeasurementPair pair{chosen.measurement, std::move(chosen.measurement)};
-    cutAndResample(pair.resampled, chosen, RateMatters::yes);
-    cutAndResample(pair.asRecorded, chosen, RateMatters::no);
+    cutAndResample(pair.resampled, chosen, RateMatters::yes, recording.source);
+    cutAndResample(pair.asRecorded, chosen, RateMatters::no, recording.source);
     return pair;
 }
 

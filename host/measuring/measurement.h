@@ -78,8 +78,9 @@ enum class RateMatters { no, yes };
 
 /// Takes the channels from one segment of a recording, or from a part of it, and resamples them to the rate that the
 /// library assumes if that matters and the settings allow it; a note says so. A current that is to be rebuilt from the
-/// other two need not be recorded. Fails when the rate is unknown, when there is no such segment or part, and when the
-/// channels present make no input type.
+/// other two need not be recorded. Fails when the rate is unknown, when there is no such segment or part, when the
+/// channels present make no input type, and on samples to be resampled that are taken below 40 Hz or 1/64 of the new
+/// rate, or last less than 1/60 s.
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings,
                             RateMatters rateMatters = RateMatters::yes);
 

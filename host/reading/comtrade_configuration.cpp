@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/failure.h"
+#include "base/limits.h"
 #include "base/lines.h"
 #include "base/text.h"
 #include "base/units.h"
@@ -90,6 +91,10 @@ private:
         if (counts->analog > lineTotal_ || counts->status > lineTotal_) {
             failHere("announces " + std::to_string(counts->analog) + " analog and " + std::to_string(counts->status) +
                      " status channels, but the configuration has only " + std::to_string(lineTotal_) + " lines");
+        }
+        if (counts->analog > mostColumns) {
+            failHere("announces " + std::to_string(counts->analog) + " analog channels; a recording has at most " +
+                     std::to_string(mostColumns));
         }
         if (counts->analog == 0) {
             failHere("there are no analog channels");

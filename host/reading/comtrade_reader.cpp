@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <type_traits>
 #include <utility>
 
@@ -278,20 +279,26 @@ private:
 
 /// Warns when values in the header, such as "IA = 392", are the peaks of the columns with these names.
 void compareWithHeader(std::string_view header, Recording& recording) {
+    std::map<std::string_view, const Column*> columns;  // the first of each name, until it is listed
+    for (const Column& column : recording.columns) {
+        if (unitOf(column.unit).quantity != Quantity::other) {
+            columns.emplace(column.name, &column);
+        }
+    }
     std::vector<std::string> agreeing;
     std::size_t listed = 0;
     for (Lines lines(header); lines.nextWithText();) {
         const auto sides = split(lines.line(), '=');
         const double value = sides.size() == 2 ? parseNumber(sides[1]).value_or(0.0) : 0.0;
-        const auto column = std::find_if(recording.columns.begin(), recording.columns.end(),
-                                         [&](const Column& c) { return c.name == sides[0]; });
-        if (!(value > 0.0) || column == recording.columns.end() || unitOf(column->unit).quantity == Quantity::other) {
+        const auto column = columns.find(sides[0]);
+        if (!(value > 0.0) || column == columns.end()) {
             continue;
         }
         ++listed;
-        if (std::fabs(largestMagnitude(column->samples) / value - 1.0) < samePeak) {
-            agreeing.push_back(column->name);
+        if (std::fabs(largestMagnitude(column->second->samples) / value - 1.0) < samePeak) {
+            agreeing.emplace_back(column->first);
         }
+        columns.erase(column);
     }
     if (agreeing.size() >= 2 && 2 * agreeing.size() >= listed) {
         recording.warnings.push_back(

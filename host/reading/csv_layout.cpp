@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
+#include "base/limits.h"
 #include "base/lines.h"
 #include "base/text.h"
 #include "base/time_stamp.h"
@@ -351,11 +353,13 @@ private:
     /// as many cells as a row: those with text where the last row has numbers are skipped, or are the headings. The
     /// first line of the run may have units, and numbers only where the rows have none.
     Top findTop() const {
-        Top top{run_.first, headingsAbove(run_.first)};
+        Top top{run_.first, headingsAbove(run_.first, 0)};
         while (top.headings.names.empty() && top.firstRow + 1 < run_.end &&
                !hasShapeOf(cellsAt(top.firstRow), lastRow_)) {
             ++top.firstRow;
-            top.headings = headingsAbove(top.firstRow);
+            // the lines above gave no names, and no units but labelled ones
+            const auto units = std::exchange(top.headings, headingsAbove(top.firstRow, top.firstRow - 1)).units;
+            supplement(top.headings.units, units);
         }
         const auto cells = cellsAt(top.firstRow);
         if (!top.headings.names.empty() && top.firstRow + 1 < run_.end && hasUnitsFor(lastRow_, cells)) {
@@ -371,12 +375,12 @@ private:
         return top;
     }
 
-    /// The last line of names before `end`, and the last line of units between it and `end`, supplemented by lines that
-    /// say what they hold.
-    Headings headingsAbove(std::size_t end) const {
+    /// The last line of names from `begin` up to `end`, and the last line of units between it and `end`, supplemented
+    /// by lines that say what they hold.
+    Headings headingsAbove(std::size_t end, std::size_t begin) const {
         Headings headings;
         Headings labelled;
-        for (std::size_t i = end; i-- > 0;) {
+        for (std::size_t i = end; i-- > begin;) {
             auto cells = cellsOfRow(withoutCommentMark(lines_[i].text, run_.separator), run_.separator, width_);
             if (const LineContent content = contentOf(cells); content != LineContent::other) {
                 addLabelled(content, cells, labelled);
@@ -477,7 +481,13 @@ CsvLayout layoutOf(std::string_view text) {
         lines.push_back({all.line(), all.number()});
     }
     const Run run = findRun(lines);
-    return run.length() == 0 ? CsvLayout{} : LayoutFinder(lines, run).find();
+    if (run.length() == 0) {
+        return {};
+    }
+    if (run.width > mostColumns) {
+        return {.separator = run.separator, .width = run.width, .firstLine = lines[run.first].number};
+    }
+    return LayoutFinder(lines, run).find();
 }
 
 }  // namespace rt305

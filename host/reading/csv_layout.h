@@ -13,14 +13,14 @@ namespace rt305 {
 /// How a CSV text is laid out.
 struct CsvLayout {
     char separator = ',';
-    std::size_t width = 0;           // cells per row
-    std::size_t firstLine = 0;       // line number of the first row; 0: no rows
-    std::vector<std::string> names;  // of the columns; empty: none in the text
-    std::vector<std::string> units;  // from a line of units; empty: none
-    std::vector<bool> isNote;        // columns with settings or remarks instead of samples
-    std::optional<double> rateHz;    // from the lines above the samples
-    Comma comma = Comma::none;       // in numbers
-    std::string doubtfulNumber;      // one that has another value with the other kind of comma; empty: none
+    std::size_t width = 0;             // cells per row
+    std::size_t firstLine = 0;         // line number of the first row; 0: no rows
+    std::vector<std::string> names{};  // of the columns; empty: none in the text
+    std::vector<std::string> units{};  // from a line of units; empty: none
+    std::vector<bool> isNote{};        // columns with settings or remarks instead of samples
+    std::optional<double> rateHz{};    // from the lines above the samples
+    Comma comma = Comma::none;         // in numbers
+    std::string doubtfulNumber{};      // one that has another value with the other kind of comma; empty: none
 };
 
 /// The cells of a line, trimmed and without quotes. A cell that begins with a quote ends with the next single one, so
@@ -47,6 +47,8 @@ bool isComment(std::string_view line, char separator);
 ///
 /// A rate is a number after words such as "sample rate" or "sampling interval", above the rows or in the notes, or the
 /// inverse of the number below the heading "Increment" in the line of units.
+///
+/// Rows of more than `mostColumns` cells have no names, units or notes.
 CsvLayout layoutOf(std::string_view text);
 
 }  // namespace rt305

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "base/limits.h"
 #include "base/lines.h"
 #include "base/text.h"
 #include "base/time_stamp.h"
@@ -131,6 +132,10 @@ public:
     Recording read() {
         if (layout_.firstLine == 0) {
             failInput(recording_.source + ": found no rows of numbers");
+        }
+        if (layout_.width > mostColumns) {
+            failInput(at(layout_.firstLine) + std::to_string(layout_.width) + " cells; a recording has at most " +
+                      std::to_string(mostColumns) + " columns");
         }
         nameColumns();
         while (lines_.nextWithText()) {

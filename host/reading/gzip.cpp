@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/limits.h"
 
 namespace rt305 {
 
@@ -63,7 +64,7 @@ bool isGzip(std::string_view content) {
 }
 
 std::string decompressed(std::string_view content, const std::string& source) {
-    const std::size_t limit = std::max(alwaysAllowed, largestRatio * content.size());
+    const std::size_t limit = std::min(std::max(alwaysAllowed, largestRatio * content.size()), largestFile);
     Inflater inflater;
     std::string text;
     while (isGzip(content)) {

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "base/failure.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/units.h"
@@ -25,10 +26,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string contentOf(std::istream& stream, const std::string& name) {
+/// Reads a stream of `expected` bytes, or of an unknown number (0), to its end.
+std::string contentOf(std::istream& stream, const std::string& name, std::size_t expected) {
+    const std::size_t most = expected > 0 ? largestFile : largestStream;
     std::string content;
     std::vector<char> block(std::size_t{1} << 16);
     do {  // read() reports errors, such as a folder instead of a file, that an iterator would throw
+        if (content.size() > most || expected > most) {
+            failInput(name + ": has more than the " + std::to_string(most) + " bytes that can be read");
+        }
+        content.reserve(expected);
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
     } while (stream);
@@ -39,11 +46,16 @@ std::string contentOf(std::istream& stream, const std::string& name) {
 }
 
 std::string contentOf(const std::string& path) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(path, ignored);
+    if (fs::is_character_file(status) || fs::is_block_file(status) || fs::is_socket(status)) {
+        failInput(path + ": is a device, not a file");
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         failInput(path + ": " + std::strerror(errno));
     }
-    return contentOf(file, path);
+    return contentOf(file, path, fs::is_regular_file(status) ? fs::file_size(path, ignored) : 0);
 }
 
 /// A path without the ".gz" of a compressed file.
@@ -56,19 +68,36 @@ std::string extensionOf(const fs::path& path) {
     return lowerCase(withoutGzip(path).extension().string());
 }
 
-/// Finds the file in the same folder with the same name and this extension, in any case, compressed or not; empty when
-/// there is none.
-std::string companionOf(const fs::path& path, std::string_view extension) {
-    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    std::error_code ignored;
-    std::vector<std::string> found;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
-        const fs::path name = entry.path().filename();
-        if (withoutGzip(name).stem() == withoutGzip(path).stem() && extensionOf(name) == extension) {
-            found.push_back(path.has_parent_path() ? (folder / name).string() : name.string());
+/// An extension in upper case with the letters of `choice` in lower case; its last bit stands for the last letter.
+std::string spellingOf(std::string_view extension, std::size_t choice) {
+    std::string spelling(extension);
+    for (std::size_t i = spelling.size(); i-- > 1; choice /= 2) {
+        if (choice % 2 == 0) {
+            spelling[i] = static_cast<char>(spelling[i] - 'a' + 'A');
         }
     }
-    return found.empty() ? "" : *std::min_element(found.begin(), found.end());
+    return spelling;
+}
+
+/// Finds the file in the same folder with the same name and this extension, in any case, compressed or not; empty when
+/// there is none. Asks for each spelling, because a folder may hold thousands of other files. Fails on what is not a
+/// regular file: a pipe would wait for ever.
+std::string companionOf(const fs::path& path, std::string_view extension) {
+    const std::size_t spellings = std::size_t{1} << (extension.size() - 1);
+    for (const char* const compression : {"", ".gz", ".GZ"}) {
+        for (std::size_t choice = 0; choice < spellings; ++choice) {
+            std::error_code ignored;
+            const fs::path found = withoutGzip(path).replace_extension(spellingOf(extension, choice) + compression);
+            const fs::file_status status = fs::status(found, ignored);
+            if (fs::exists(status) && !fs::is_regular_file(status)) {
+                failInput(found.string() + ": is not a regular file");
+            }
+            if (fs::exists(status)) {
+                return found.string();
+            }
+        }
+    }
+    return "";
 }
 
 std::string requiredCompanionOf(const std::string& path, std::string_view extension) {
@@ -102,7 +131,7 @@ Recording readByContent(const std::string& path, const ReadOptions& options) {
         return readByContent(companionOf(path, ".cfg"), options);
     }
     const std::string source = fromStdin ? "stdin" : path;
-    std::string content = fromStdin ? contentOf(std::cin, source) : contentOf(path);
+    std::string content = fromStdin ? contentOf(std::cin, source, 0) : contentOf(path);
     if (isSound(content)) {
         return readSound(content, source, options);
     }
@@ -122,6 +151,30 @@ Recording readByContent(const std::string& path, const ReadOptions& options) {
                   (extension == ".dat" ? "; a COMTRADE record needs its .cfg file in the same folder" : ""));
     }
     return readCsv(content, source, options);
+}
+
+/// The first `longestName` bytes of a text in UTF-8, without a part of a character at the end.
+std::string shortened(std::string text) {
+    if (text.size() > longestName) {
+        std::size_t end = longestName;
+        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+            --end;
+        }
+        text.erase(end);
+    }
+    return text;
+}
+
+/// Fails unless each segment has a rate in the range that the tool accepts.
+void requireRates(const Recording& recording) {
+    for (const Segment& segment : recording.segments) {
+        if (!(segment.rateHz >= lowestRateHz * (1.0 - rateTolerance) &&
+              segment.rateHz <= highestRateHz * (1.0 + rateTolerance))) {
+            failInput(recording.source + ": the sample rate, " + recording.rateOrigin + ", is " +
+                      formatNumber(segment.rateHz) + " Hz at sample " + std::to_string(segment.first + 1) +
+                      "; it must be 1 Hz to 1 GHz. --rate gives another");
+        }
+    }
 }
 
 void scale(Column& column, double factor) {
@@ -154,8 +207,8 @@ Recording readRecording(const std::string& path, const ReadOptions& options) {
         recording.warnings.push_back(undecodedText(recording.source));
     }
     for (Column& column : recording.columns) {
-        column.name = toUtf8(column.name, options.encoding);
-        column.unit = toUtf8(column.unit, options.encoding);
+        column.name = shortened(toUtf8(column.name, options.encoding));
+        column.unit = shortened(toUtf8(column.unit, options.encoding));
         changeSide(column, options.side);
         const Quantity quantity = unitOf(column.unit).quantity;
         if (options.storedAsRms && quantity != Quantity::other && quantity != Quantity::time) {
@@ -165,9 +218,13 @@ Recording readRecording(const std::string& path, const ReadOptions& options) {
     for (const auto& [name, factor] : options.gains) {
         scale(recording.columns[findColumn(recording, name)], factor);
     }
+    for (auto& [label, text] : recording.facts) {
+        text = shortened(std::move(text));
+    }
     if (options.rateHz) {
         recording.setRate(*options.rateHz, "as given");
     }
+    requireRates(recording);
     return recording;
 }
 

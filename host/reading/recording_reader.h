@@ -12,7 +12,7 @@ namespace rt305 {
 /// one folder, named by either and with extensions in any case, or a single .cff file. Any of them may be compressed by
 /// gzip, with ".gz" behind its name, and text may be UTF-16. The content decides on the format, except for .dat files.
 /// Text that is neither UTF-8 nor of the encoding given is a warning. Fails with the name of the file, and with the
-/// line or byte at fault if there is one.
+/// line or byte at fault if there is one; also on devices, and on recordings beyond the limits of base/limits.h.
 Recording readRecording(const std::string& path, const ReadOptions& options = {});
 
 }  // namespace rt305

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/failure.h"
+#include "base/limits.h"
 #include "base/text.h"
 #include "base/units.h"
 
@@ -63,11 +64,16 @@ std::vector<Column> columnsOf(std::size_t channels, const ReadOptions& options) 
     return columns;
 }
 
-void readSamples(SNDFILE* file, std::vector<Column>& columns) {
+/// Fails when the samples become more than `most`.
+void readSamples(SNDFILE* file, std::size_t most, const std::string& source, std::vector<Column>& columns) {
     constexpr sf_count_t blockFrames = 4096;
     const std::size_t channels = columns.size();
     std::vector<double> block(static_cast<std::size_t>(blockFrames) * channels);
     for (sf_count_t frames = 0; (frames = sf_readf_double(file, block.data(), blockFrames)) > 0;) {
+        if (channels * (columns[0].samples.size() + static_cast<std::size_t>(frames)) > most) {
+            failInput(source + ": holds more than " + std::to_string(most) +
+                      " samples in all channels, too many for its size; split it");
+        }
         for (std::size_t i = 0; i < static_cast<std::size_t>(frames) * channels; ++i) {
             columns[i % channels].samples.push_back(block[i]);
         }
@@ -96,7 +102,7 @@ Recording readSound(std::string_view content, const std::string& source, const R
     recording.source = source;
     recording.format = formatName(info);
     recording.columns = columnsOf(channels, options);
-    readSamples(file.get(), recording.columns);
+    readSamples(file.get(), mostSamplesIn(content.size()), source, recording.columns);
     recording.length = recording.columns[0].samples.size();
     if (recording.length == 0) {
         failInput(source + ": there are no samples");

@@ -13,7 +13,7 @@ namespace rt305 {
 bool isSound(std::string_view content);
 
 /// Reads a sound file: one column per channel, named by the user or numbered from 1. Full scale is 1. Fails with the
-/// message of the sound library when the content is damaged.
+/// message of the sound library when the content is damaged, and when it expands to more than `mostSamplesIn` its size.
 Recording readSound(std::string_view content, const std::string& source, const ReadOptions& options = {});
 
 }  // namespace rt305

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include "signal/linear_prediction.h"
 
@@ -16,7 +17,10 @@ namespace {
 
 constexpr double filterReach = 256.0;  // samples at the lower rate on which the filter depends, on either side
 constexpr std::size_t leadsTried = 1000;
-constexpr double sameOffset = 1e-9;  // of a new period; the shorter of two equally good leads is taken
+constexpr double sameOffset = 1e-9;           // of a new period; the shorter of two equally good leads is taken
+constexpr std::size_t longestLead = 16;       // times the resampled samples, where these are few
+constexpr std::size_t blockLength = 4096;     // samples given to the converter at once
+constexpr std::size_t converterMemory = 4e6;  // bytes; it takes up to 1.1 MB for blocks of this length
 
 /// Replaces NaN by linear interpolation between the neighbours, or by the only neighbour.
 std::vector<double> bridged(std::vector<double> x) {
@@ -68,9 +72,11 @@ void markGap(std::vector<double>& y, double from, double to) {
               std::numeric_limits<double>::quiet_NaN());
 }
 
-/// The number of samples to put in front so that the first new sample is as close as possible to the first old one.
-std::size_t leadFor(double ratio) {
-    const auto least = static_cast<std::size_t>(std::ceil(filterReach * std::max(1.0, 1.0 / ratio)));
+/// The number of samples to put in front of `count` samples so that the first new sample is as close as possible to the
+/// first old one.
+std::size_t leadFor(double ratio, std::size_t count) {
+    const double most = std::max(filterReach, static_cast<double>(longestLead * count));
+    const auto least = static_cast<std::size_t>(std::ceil(std::min(filterReach * std::max(1.0, 1.0 / ratio), most)));
     std::size_t best = least;
     double smallest = 1.0;
     for (std::size_t lead = least; lead < least + leadsTried; ++lead) {
@@ -83,17 +89,42 @@ std::size_t leadFor(double ratio) {
     return best;
 }
 
-std::vector<double> converted(const std::vector<double>& x, double fromHz, double toHz) {
-    const auto outTotal = static_cast<std::size_t>(static_cast<double>(x.size()) * toHz / fromHz) + 1;
+using Converter = std::unique_ptr<std::remove_pointer_t<soxr_t>, decltype(&soxr_delete)>;
+
+/// The converter does not check its allocations, so its memory is allocated and freed once before.
+Converter openConverter(double fromHz, double toHz) {
+    static_cast<void>(std::vector<char>(converterMemory));
     const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT64_I, SOXR_FLOAT64_I);
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_32_BITQ, SOXR_HI_PREC_CLOCK);
-    std::vector<double> y(outTotal);
-    std::size_t done = 0;
-    if (soxr_oneshot(fromHz, toHz, 1, x.data(), x.size(), nullptr, y.data(), y.size(), &done, &io, &quality, nullptr) !=
-        nullptr) {
-        throw std::bad_alloc();  // the arguments are valid, so memory is the only possible reason
+    soxr_error_t error = nullptr;
+    Converter converter(soxr_create(fromHz, toHz, 1, &error, &io, &quality, nullptr), soxr_delete);
+    if (!converter) {
+        throw std::bad_alloc();
     }
-    y.resize(done);
+    return converter;
+}
+
+std::vector<double> converted(const std::vector<double>& x, double fromHz, double toHz) {
+    const auto outTotal = static_cast<std::size_t>(static_cast<double>(x.size()) * toHz / fromHz) + 1;
+    std::vector<double> y(outTotal);
+    const Converter converter = openConverter(fromHz, toHz);
+    std::size_t used = 0;
+    std::size_t made = 0;
+    for (bool isAtEnd = false; !isAtEnd && made < y.size();) {
+        const std::size_t left = std::min(x.size() - used, blockLength);
+        const std::size_t room = std::min(y.size() - made, blockLength);
+        std::size_t taken = 0;
+        std::size_t given = 0;
+        // without input it gives the samples that are still in its filters
+        if (soxr_process(converter.get(), left > 0 ? x.data() + used : nullptr, left, &taken, y.data() + made, room,
+                         &given) != nullptr) {
+            throw std::bad_alloc();  // the arguments are valid, so memory is the only possible reason
+        }
+        used += taken;
+        made += given;
+        isAtEnd = left == 0 && given == 0;
+    }
+    y.resize(made);
     return y;
 }
 
@@ -106,7 +137,7 @@ std::vector<double> resampled(const std::vector<double>& samples, std::size_t fi
         return {begin, begin + static_cast<std::ptrdiff_t>(count)};
     }
     const double ratio = toHz / fromHz;
-    const std::size_t lead = leadFor(ratio);
+    const std::size_t lead = leadFor(ratio, count);
     const auto x = withSurroundings(bridged(samples), first, count, lead);
     std::vector<double> y = converted(x, fromHz, toHz);
     const auto skipped = static_cast<std::ptrdiff_t>(std::llround(static_cast<double>(lead) * ratio));

@@ -16,7 +16,8 @@ inline constexpr double resampledBandwidth = 0.91;
 /// The filter has linear phase; its passband ends at `resampledBandwidth` of half the lower rate, its stopband begins
 /// at that half; errors are below 1e-6 of the amplitude. It also uses the samples before and after the given ones, and
 /// linear prediction beyond the ends of `samples`, so that sines keep this accuracy up to the last sample. NaN are
-/// interpolated linearly for the filter; the new samples in their place are NaN. Equal rates give an exact copy.
+/// interpolated linearly for the filter; the new samples in their place are NaN. Equal rates give an exact copy. Time
+/// and memory grow with the old and new samples; throws std::bad_alloc when memory runs out.
 std::vector<double> resampled(const std::vector<double>& samples, std::size_t first, std::size_t count, double fromHz,
                               double toHz);
 

@@ -100,7 +100,7 @@ TEST(Tool, ExitCodesAndOutput) {
         {"printf 't(s),x=y(V),Ub,Uc\n0,1,1,1\n1,-1,-1,-1\n' | rt305 signals --json-lines --map Ua=1 --gain x=y=7 -",
          "signals_u/rms/Va = 7"},
         {"generate --rate 4800 --duration 0.1 | rt305 info -", "Rate 4800 Hz; !warning"},
-        {"generate --rate 0.5 --duration 99 | rt305 info -", "0.5 Hz; !warning"},
+        {"generate --rate 1 --duration 99 | rt305 info -", "1 Hz; !warning"},
         {"rt305 params --raw $sample", R"({"paramData":[)"},
         {"rt305 signals --raw $sample", R"({"signalDataU":[; {"signalDataI":[)"},
         {"rt305 spectrum --raw $sample", R"({"spectrumDataU":[)"},
