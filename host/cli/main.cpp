@@ -1,8 +1,6 @@
 /// rt305 - measures recordings with libRT305_4.so.1 as any host does: through its C interface, loaded at run time.
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
 #include <iostream>
 
 #include "base/failure.h"
@@ -74,10 +72,7 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         exitCode = static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
     }
-    std::cout.flush();
-    if (!std::cout) {
-        failEnvironment("cannot write to stdout" + (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
-    }
+    flushStdout();
     return exitCode;
 }
 

@@ -1,14 +1,19 @@
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
-#include <new>
 #include <optional>
 
 #include "base/failure.h"
 #include "cli/batch.h"
 #include "cli/commands.h"
 #include "cli/messages.h"
+#include "cli/process.h"
 #include "cli/progress.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
@@ -31,14 +36,12 @@ public:
         try {
             measure(file);
             return static_cast<int>(ExitCode::success);
-        } catch (const Failure& failure) {
-            return fail(file, failure.what(), failure.code());
-        } catch (const std::bad_alloc&) {
-            return fail(file, "out of memory", ExitCode::environment);
+        } catch (const std::exception& error) {
+            const Ending end = endingOf(error);
+            return fail(file, end.message, end.code);
         }
     }
 
-private:
     int fail(const std::string& file, const std::string& message, ExitCode code) const {
         const bool isNamed = !isOneOfMany_ || message.find(file) != std::string::npos;
         printMessage(isNamed ? message : file + ": " + message);
@@ -48,6 +51,7 @@ private:
         return static_cast<int>(code);
     }
 
+private:
     void measure(const std::string& file) {
         const Recording recording = readRecording(file, options_.each.reading);
         const FullMeasurement full = prepare(recording, options_.each.settings);
@@ -64,7 +68,7 @@ private:
         const double step = options_.stepSeconds > 0.0 ? options_.stepSeconds : options_.windowSeconds;
         const std::size_t windows = countWindows(full.measurement, step, recording.source);
         Progress progress("windows", windows, !isOneOfMany_);
-        for (std::size_t i = 0; i < windows; ++i) {
+        for (std::size_t i = 0; i < windows && std::cout; ++i) {
             writeOne(recording, windowOf(full, static_cast<double>(i) * step, options_.windowSeconds));
             progress.show(i + 1);
         }
@@ -85,6 +89,7 @@ private:
             std::cout << '\n';
         }
         write(fullDocument(recording, full, measureAll(full, library_)), form, styled_, std::cout);
+        std::cout.flush();
     }
 
     const BatchOptions& options_;
@@ -98,33 +103,58 @@ private:
 class Names {
 public:
     explicit Names(const BatchOptions& options)
-        : files_(options.files), list_(options.filesFrom == "-" ? &std::cin : nullptr) {
-        if (!options.filesFrom.empty() && list_ == nullptr) {
-            file_.open(options.filesFrom);
+        : files_(options.files),
+          listName_(options.filesFrom == "-" ? "stdin" : options.filesFrom),
+          list_(options.filesFrom == "-" ? &std::cin : nullptr) {
+        if (!listName_.empty() && list_ == nullptr) {
+            file_.open(listName_);
             list_ = &file_;
             if (!file_) {
-                failInput(options.filesFrom + ": cannot be read");
+                failList();
             }
         }
     }
 
+    /// The next name; nothing after the last, or where the list cannot be read any further.
     std::optional<std::string> next() {
         if (given_ < files_.size()) {
             return files_[given_++];
         }
-        for (std::string line; list_ != nullptr && std::getline(*list_, line);) {
-            if (!line.empty()) {
-                return line;
+        while (list_ != nullptr && list_->getline(line_.data(), static_cast<std::streamsize>(line_.size()))) {
+            ++lineNumber_;
+            const std::string_view name = trimmedEnd(line_.data());
+            if (!name.empty()) {
+                return std::string(name);
             }
         }
         return std::nullopt;
     }
 
+    /// Fails unless the list has been read to its end.
+    void requireEnd() const {
+        if (list_ != nullptr && (list_->bad() || (list_ == &std::cin && std::ferror(stdin) != 0))) {
+            failList();
+        }
+        if (list_ != nullptr && !list_->eof()) {
+            failInput(listName_ + ": line " + std::to_string(lineNumber_ + 1) + " is too long for the name of a file");
+        }
+    }
+
 private:
+    [[noreturn]] void failList() const { failInput(listName_ + ": " + std::strerror(errno)); }
+
+    /// Without the carriage return of a list with DOS line ends.
+    static std::string_view trimmedEnd(std::string_view line) {
+        return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
+    }
+
     const std::vector<std::string>& files_;
     std::size_t given_ = 0;
+    std::string listName_;
     std::ifstream file_{};
     std::istream* list_;
+    std::array<char, PATH_MAX + 2> line_{};
+    std::size_t lineNumber_ = 0;
 };
 
 void checkOptions(const BatchOptions& options) {
@@ -154,8 +184,13 @@ int measureEverything(const BatchOptions& options) {
     Names names(options);
     Measurer measurer(options, options.files.size() > 1 || !options.filesFrom.empty());
     writeHeading(options.each.form, std::cout);
-    return runBatch([&names] { return names.next(); }, options.filesFrom.empty() ? options.files.size() : 0,
-                    options.jobs, [&measurer](const std::string& file) { return measurer(file); });
+    const std::size_t total = options.filesFrom.empty() ? options.files.size() : 0;
+    const Work work{[&measurer](const std::string& file) { return measurer(file); },
+                    [&measurer](const auto&... failure) { return measurer.fail(failure...); },
+                    options.each.form == OutputForm::text ? "\n" : ""};
+    const int exitCode = runBatch([&names] { return names.next(); }, total, options.jobs, work);
+    names.requireEnd();
+    return exitCode;
 }
 
 }  // namespace rt305

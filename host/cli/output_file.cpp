@@ -39,7 +39,7 @@ std::array<char, PATH_MAX> unfinishedFile{};  // for the signal handler
 
 void removeUnfinishedFile(int signal) {
     unlink(unfinishedFile.data());
-    std::signal(signal, SIG_DFL);
+    static_cast<void>(std::signal(signal, SIG_DFL));
     static_cast<void>(raise(signal));
 }
 
@@ -60,7 +60,7 @@ public:
         }
         for (const int signal : endingSignals) {
             if (std::signal(signal, removeUnfinishedFile) == SIG_IGN) {
-                std::signal(signal, SIG_IGN);
+                static_cast<void>(std::signal(signal, SIG_IGN));
             }
         }
         static_cast<void>(fchmod(file, mode));

@@ -6,7 +6,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <iostream>
 #include <new>
+#include <string>
 #include <string_view>
 
 #include "cli/messages.h"
@@ -57,15 +60,22 @@ void endOnForeignExit() {
 
 void prepareProcess() {
     openClosedStreams();
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+    static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     static_cast<void>(std::atexit(endOnForeignExit));
 }
 
 int ending(int exitCode) {
     isOwnExit = true;
     return exitCode;
+}
+
+void flushStdout() {
+    std::cout.flush();
+    if (!std::cout) {
+        failEnvironment("cannot write to stdout" + (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
+    }
 }
 
 Ending endingOf(const std::exception& error) noexcept {

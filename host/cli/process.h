@@ -18,6 +18,9 @@ void prepareProcess();
 /// Marks that main returns: from now on exit() is the tool's own.
 int ending(int exitCode);
 
+/// Writes what std::cout holds back. Fails when it or earlier output cannot be written.
+void flushStdout();
+
 /// The message and exit code for an exception. Allocates nothing. The message lives as long as the exception.
 struct Ending {
     const char* message;

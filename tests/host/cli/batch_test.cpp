@@ -41,6 +41,47 @@ TEST(Batch, NamesComeFromAListAndWindowsAreLines) {
     });
 }
 
+/// `hang NAMES...` measures in the background: $p is the batch, $c its process, which waits for a pipe named `slow`.
+const std::string hang =
+    "hang() { rm -f slow; mkfifo slow; env --default-signal=INT rt305 measure --json-lines \"$@\" > out & p=$!; "
+    "until c=$(cat /proc/$p/task/$p/children) && [ -n \"$c\" ]; do :; done; }; "
+    "left() { for i in 1 2 3 4 5 6 7 8 9; do kill -0 $c || { echo all ended; return; }; sleep 0.5; done; }; ";
+
+TEST(Batch, GivesWholeLinesOrAnErrorForEachFile) {
+    makeFiles();
+    const std::string listOfBad = "(echo slow; yes bad.csv | head -n 1000) > list; rm -f slow; mkfifo slow; ";
+    expectShown({
+        {listOfBad + "(sleep 1; cat 100.csv > slow) & ulimit -n 40; measure --jobs 8 --files-from list 2>/dev/null" +
+             phaseVoltages + "| sed 's/error 3 /E\\n/g; s/ /\\n/' | uniq -c",
+         "1 100\n 1000 E"},
+        {hang + "hang slow 200.csv; kill -9 $c; wait $p; echo $?; cat out" + phaseVoltages,
+         "slow: the process that measured it was ended by signal 9; 1 of 2 files failed; 4\nerror 5 200"},
+        {hang + "hang slow 200.csv; kill -TERM $p; wait $p; echo $?; left", "143\n; all ended"},
+        {hang + "hang slow 200.csv; kill -INT $p; wait $p; echo $?; left", "130\n; all ended"},
+        {hang + "hang slow 200.csv; kill -KILL $p; wait $p; echo $?; left", "137\n; all ended"},
+        // outputs that cannot be kept until they are written
+        {"(ulimit -f 1; measure 100.csv 200.csv --jobs 2 2>/dev/null | cat)" + phaseVoltages, "error 5 error 5"},
+        {"yes 100.csv | head -n 9999 | rt305 measure --json-lines --files-from - > /dev/full", "No space left", 5},
+        {"yes 100.csv | head -n 9999 | rt305 measure --json-lines --window 9ms --files-from - >&-", "Bad file", 5},
+        {"bash -c 'yes 100.csv | head -n 9999 | rt305 measure --json-lines --files-from - | head -c 1; exit "
+         "${PIPESTATUS[2]}'",
+         "{; stdout: Broken pipe", 5},
+        {"measure bad.csv 100.csv 2>&-" + phaseVoltages, "error 3 100 "},
+    });
+}
+
+TEST(Batch, AListThatCannotBeReadIsAnError) {
+    makeFiles();
+    expectShown({
+        {"printf '100.csv\r\n\r\n200.csv\r\n' | measure --files-from -" + phaseVoltages, "100 200 "},
+        {"rt305 measure --files-from .", ".: Is a directory", 3},
+        {"rt305 measure --files-from - < .", "stdin: Is a directory", 3},
+        {"rt305 measure --files-from - <&-", "stdin: Bad file descriptor", 3},
+        {"(echo 100.csv; head -c 9999 /dev/zero | tr '\\0' x) > list; rt305 measure --files-from list",
+         "100.400 100.400 V; list: line 2 is too long for the name of a file", 3},
+    });
+}
+
 TEST(Batch, TheRecipeForGnuParallelGivesTheSameLines) {
     makeFiles();
     const std::string guide = contentOf(SOURCE_FOLDER "/docs/batch.md");
