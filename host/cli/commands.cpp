@@ -42,12 +42,26 @@ struct Measured {
     }
 };
 
+/// Recordings hold the line voltages ab, bc and ca; two wattmeters require cb.
+void setForTwoWattmeters(Measurement& measurement) {
+    if (measurement.has(RT305_4_FOUR_WIRE)) {
+        failUsage(
+            "--power two-wattmeter takes line voltages: give --wiring three if Ua, Ub, Uc are line voltages; rt305 "
+            "measure computes them from phase voltages");
+    }
+    invertForTwoWattmeters(measurement.settings);
+    note("two wattmeters require the line voltage cb: Ub, which is bc, and Q are inverted");
+}
+
 Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     const Recording recording = read(options);
     Measurement measurement = makeMeasurement(
         recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
     std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
     std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
+    if (measurement.powerFlag() == RT305_4_POWER_TWO_WATTMETER) {
+        setForTwoWattmeters(measurement);
+    }
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
     ResultDocument document = documentOf(recording, measurement, library.version());
@@ -64,18 +78,6 @@ void warnOfRate(Measured& result, const char* consequence) {
     result.warnAndKeep("the library assumes " + formatNumber(assumed) + " samples a second, but these were taken at " +
                        formatNumber(measurement.rateHz) + " Hz: frequencies read " +
                        formatNumber(assumed / measurement.rateHz, 4) + " times what they are" + consequence);
-}
-
-/// Recordings hold the line voltages ab, bc and ca; two wattmeters require cb.
-MeasureOptions forTwoWattmeters(MeasureOptions options) {
-    if ((options.settings.flags & RT305_4_FOUR_WIRE) != 0) {
-        failUsage(
-            "--power two-wattmeter takes line voltages: give --wiring three if Ua, Ub, Uc are line voltages; rt305 "
-            "measure computes them from phase voltages");
-    }
-    invertForTwoWattmeters(options.settings);
-    note("two wattmeters require the line voltage cb: Ub, which is bc, and Q are inverted");
-    return options;
 }
 
 void show(const MeasureOptions& options, const ResultDocument& document) {
@@ -103,7 +105,7 @@ void showRecording(const MeasureOptions& options) {
 
 void showParameters(const MeasureOptions& options) {
     const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
-    Measured result = measure(byTwoWattmeters ? forTwoWattmeters(options) : options, RT305_4_OPERATION_PARAMETERS);
+    Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
     if (result.measurement.isCombined()) {
         warnOfRate(result, ", THD and power may be wrong or missing, voltages and currents are right");
     }

@@ -46,12 +46,19 @@ void addTwoCurrentsOption(CLI::App& command, std::uint32_t& flags) {
                     {"c", RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_C}}});
 }
 
-void addWiringOption(CLI::App& command, std::uint32_t& flags) {
-    addFlagOption(command, flags,
-                  {"--wiring",
-                   "four (default): Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca",
-                   RT305_4_FOUR_WIRE,
-                   {{"three", 0}, {"four", RT305_4_FOUR_WIRE}}});
+void addWiringOption(CLI::App& command, MeasurementSettings& settings) {
+    static const std::map<std::string, std::uint32_t> words{{"three", 0}, {"four", RT305_4_FOUR_WIRE}};
+    command
+        .add_option_function<std::string>(
+            "--wiring",
+            [&settings](const std::string& word) {
+                settings.flags = (settings.flags & ~RT305_4_FOUR_WIRE) | words.at(word);
+                settings.wiringIsGiven = true;
+            },
+            "four: Ua, Ub, Uc are phase voltages; three: they are line voltages ab, bc, ca (default: by the names of "
+            "the "
+            "columns, else four)")
+        ->check(CLI::IsMember(words));
 }
 
 std::map<std::string, std::uint32_t> powerWords() {
@@ -232,7 +239,7 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each);
     addFormOptions(command, options.each.form);
-    addWiringOption(command, options.each.settings.flags);
+    addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
 }
 
@@ -240,12 +247,12 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
     addRecordingOptions(command, options.measure);
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
     addCommonOptions(command, options.measure);
-    addWiringOption(command, options.measure.settings.flags);
+    addWiringOption(command, options.measure.settings);
     addTwoCurrentsOption(command, options.measure.settings.flags);
 }
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
-    addWiringOption(command, settings.flags);
+    addWiringOption(command, settings);
     addFlagOption(command, settings.flags,
                   {"--frequency",
                    "where the fundamental must lie: fixed (default) inside " + fixedWindow.text() +

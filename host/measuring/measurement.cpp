@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -26,21 +27,25 @@ std::vector<std::string> namesWhere(const Measurement& measurement, bool present
     return names;
 }
 
+/// Forms the samples of one of the three channels from `first` on, whose sum is zero, from the other two, if recorded.
+void formThird(Measurement& measurement, std::size_t place, std::size_t first) {
+    auto& samples = measurement.samples;
+    const auto& x = samples[first + (place + 1) % phaseTotal];
+    const auto& y = samples[first + (place + 2) % phaseTotal];
+    auto& formed = samples[first + place];
+    if (!formed.empty() || x.empty() || y.empty()) {
+        return;
+    }
+    formed.resize(measurement.length);
+    for (std::size_t k = 0; k < measurement.length; ++k) {
+        formed[k] = -(x[k] + y[k]);
+    }
+}
+
 void rebuildMissingCurrent(Measurement& measurement) {
     const std::uint32_t place = (measurement.settings.flags & RT305_4_REBUILT_PHASE_MASK) / RT305_4_REBUILT_PHASE_A;
-    if (!measurement.has(RT305_4_TWO_CURRENTS) || place == 0) {
-        return;
-    }
-    auto& samples = measurement.samples;
-    const std::size_t rebuilt = phaseTotal + place - 1;
-    const auto& x = samples[phaseTotal + place % phaseTotal];
-    const auto& y = samples[phaseTotal + (place + 1) % phaseTotal];
-    if (!samples[rebuilt].empty() || x.empty() || y.empty()) {
-        return;
-    }
-    samples[rebuilt].resize(measurement.length);
-    for (std::size_t k = 0; k < measurement.length; ++k) {
-        samples[rebuilt][k] = -(x[k] + y[k]);
+    if (measurement.has(RT305_4_TWO_CURRENTS) && place != 0) {
+        formThird(measurement, place - 1, phaseTotal);
     }
 }
 
@@ -84,6 +89,31 @@ Segment chosenSegment(const Recording& recording, Measurement& measurement) {
     return segments[number];
 }
 
+/// Line voltages by their names make three wires, unless the user has given the wiring. Two of them give the third.
+void useLineVoltages(const Recording& recording, Measurement& measurement) {
+    const Assignment& assignment = measurement.assignment;
+    if (!assignment.areLineVoltages || (measurement.settings.wiringIsGiven && measurement.has(RT305_4_FOUR_WIRE))) {
+        return;
+    }
+    measurement.settings.flags &= ~RT305_4_FOUR_WIRE;
+    std::vector<std::string> names;
+    std::optional<std::size_t> missing;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (const auto column = assignment.columns[phase]) {
+            names.push_back(inQuotes(recording.columns[*column].name));
+        } else {
+            missing = phase;
+        }
+    }
+    measurement.notes.push_back(joined(names) +
+                                " are line voltages: measured as three wires, with phase voltages "
+                                "against the virtual neutral; --wiring four if they are phase voltages");
+    if (missing) {
+        formThird(measurement, *missing, 0);
+        measurement.notes.push_back(std::string(lineVoltageNames[*missing]) + " is formed from the other two");
+    }
+}
+
 /// The assigned columns' samples of the segment, in V and A.
 void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
     const Assignment& assignment = measurement.assignment = assignColumns(recording, measurement.settings.columns);
@@ -93,7 +123,10 @@ void takeChannels(const Recording& recording, const Segment& segment, Measuremen
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (const auto number = assignment.columns[channel]) {
             const Column& column = recording.columns[*number];
-            const auto samples = samplesInBaseUnit(column);
+            auto samples = samplesInBaseUnit(column);
+            if (assignment.isReversed[channel]) {
+                std::transform(samples.begin(), samples.end(), samples.begin(), std::negate<>());
+            }
             const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(segment.first);
             measurement.samples[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(segment.count));
             earliest = std::min(earliest, column.delaySeconds);
@@ -153,6 +186,7 @@ ChosenPart choosePart(const Recording& recording, const MeasurementSettings& set
     measurement.length = segment.count;
     measurement.rateHz = measurement.recordedRateHz = part.rateHz;
     takeChannels(recording, segment, measurement);
+    useLineVoltages(recording, measurement);
     rebuildMissingCurrent(measurement);
     measurement.inputType = settings.inputType ? *settings.inputType : decideInputType(measurement, recording.source);
     return chosen;

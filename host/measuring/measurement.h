@@ -38,9 +38,10 @@ struct MeasurementSettings {
     bool resample = true;                    // to the rate that the library assumes
     std::optional<std::uint32_t> inputType;  // RT305_4_INPUT_*; empty: by the channels in the recording
     std::uint32_t flags = RT305_4_SIMULATED_SOURCE_MASK | RT305_4_FOUR_WIRE;  // struct1_T.measurementFlags
-    std::uint32_t spectrumFlags = 0;                                          // struct1_T.spectrumFlags
-    std::int16_t peaks = 10;                                                  // the largest lines of each spectrum
-    double peakCriterion = 0.0;                                               // with RT305_4_SPECTRUM_CRITERION
+    bool wiringIsGiven = false;       // otherwise columns named as line voltages clear RT305_4_FOUR_WIRE
+    std::uint32_t spectrumFlags = 0;  // struct1_T.spectrumFlags
+    std::int16_t peaks = 10;          // the largest lines of each spectrum
+    double peakCriterion = 0.0;       // with RT305_4_SPECTRUM_CRITERION
     PerChannel<double> coefficients{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
     PerChannel<double> gains{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
     PerChannel<double> resistances{};  // ohm

@@ -91,7 +91,7 @@ std::string reportColumns(const Recording& recording, const Assignment& assignme
         const auto range = rangeCells(column);
         table.add({std::to_string(i + 1), column.name, column.unit, range[0], range[1],
                    countOrNothing(countMissing(column.samples)), countOrNothing(countClipped(column.samples)),
-                   sideOf(column.transformer), isTaken ? std::string(channelNames[channel]) : "-",
+                   sideOf(column.transformer), isTaken ? std::string(assignment.nameOf(channel)) : "-",
                    isTaken ? assignment.reasons[channel] : ""});
     }
     return '\n' + table.text();

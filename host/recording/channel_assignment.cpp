@@ -31,34 +31,62 @@ constexpr std::string_view phaseLetters[] = {"abc", "123", "rst"};
 
 constexpr const char* byName = "by its name";
 
-/// What a column holds, by its name, unit and phase.
-struct Identity {
-    Quantity quantity = Quantity::unknown;
-    std::size_t phase = 0;
-    std::string group;  // equal for the columns of one group
-    std::string reason;
-
-    std::size_t channel() const { return (quantity == Quantity::current ? phaseTotal : 0) + phase; }
-};
-
+/// A phase, or a pair of phases: ab, bc and ca have the numbers 0 to 2.
 struct Phase {
     std::size_t number;
     std::string_view letters;  // the set of phase characters it is from
+    bool isPair = false;
+    bool isReversed = false;  // the pair is ba, cb or ac
 };
 
-/// Parses "a", "2", "s", or a digit after "l": "l2".
-std::optional<Phase> phaseOf(std::string_view word) {
-    const bool isLine = word.size() == 2 && word[0] == 'l';
-    if (!isLine && word.size() != 1) {
+/// What a column holds, by its name, unit and phase.
+struct Identity {
+    Quantity quantity = Quantity::unknown;
+    Phase phase{};
+    std::string group;  // equal for the columns of one group
+    std::string reason;
+
+    std::size_t channel() const { return (quantity == Quantity::current ? phaseTotal : 0) + phase.number; }
+};
+
+/// Takes a phase from the start of a word: "a", "2", "s", or a digit after "l": "l2".
+std::optional<Phase> takePhase(std::string_view& word) {
+    const std::size_t place = word.substr(0, 1) == "l" ? 1 : 0;
+    if (word.size() <= place) {
         return std::nullopt;
     }
     for (const std::string_view letters : phaseLetters) {
-        const std::size_t number = letters.find(word.back());
-        if (number != std::string_view::npos && (!isLine || letters == "123")) {
+        const std::size_t number = letters.find(word[place]);
+        if (number != std::string_view::npos && (place == 0 || letters == "123")) {
+            word.remove_prefix(place + 1);
             return Phase{number, letters};
         }
     }
     return std::nullopt;
+}
+
+std::optional<Phase> pairOf(const Phase& from, const Phase& to) {
+    if (from.letters != to.letters || from.number == to.number || from.isPair || to.isPair) {
+        return std::nullopt;
+    }
+    const bool isReversed = to.number != (from.number + 1) % phaseTotal;
+    return Phase{isReversed ? to.number : from.number, from.letters, true, isReversed};
+}
+
+/// Takes a phase or a pair of phases from the start of a word: "ab", "12", "l1l2", "l12".
+std::optional<Phase> takePhases(std::string_view& word) {
+    const auto first = takePhase(word);
+    std::string_view rest = word;
+    const auto second = first ? takePhase(rest) : std::nullopt;
+    const auto pair = second ? pairOf(*first, *second) : std::nullopt;
+    word = pair ? rest : word;
+    return pair ? pair : first;
+}
+
+/// Parses a word that is nothing but a phase or a pair of phases.
+std::optional<Phase> phaseOf(std::string_view word) {
+    const auto phase = takePhases(word);
+    return word.empty() ? phase : std::nullopt;
 }
 
 /// In English, German and French.
@@ -72,20 +100,21 @@ Quantity quantityOf(std::string_view word) {
     return found == std::end(words) ? Quantity::unknown : found->second;
 }
 
-/// Parses "ua", "v1", "il2", "ia7", "van": a quantity, a phase, and after a phase letter a number or "n" for neutral.
+/// Parses "ua", "v1", "il2", "ia7", "van", "uab": a quantity, a phase or, for voltages, a pair, and after phase letters
+/// a number or "n" for neutral.
 std::optional<Identity> identifyWord(std::string_view word) {
     const Quantity quantity = quantityOf(word.substr(0, 1));
-    if (quantity == Quantity::unknown || word.size() < 2) {
+    if (quantity == Quantity::unknown) {
         return std::nullopt;
     }
-    const std::size_t phaseEnd = word[1] == 'l' ? 3 : 2;
-    const auto phase = phaseOf(word.substr(1, phaseEnd - 1));
-    const std::string_view rest = word.substr(std::min(phaseEnd, word.size()));
+    std::string_view rest = word.substr(1);
+    const auto phase = takePhases(rest);
     const bool restIsNumber = std::all_of(rest.begin(), rest.end(), [](char c) { return c >= '0' && c <= '9'; });
-    if (!phase || !(rest.empty() || (phase->letters == "abc" && (restIsNumber || rest == "n")))) {
+    if (!phase || !(rest.empty() || (phase->letters == "abc" && (restIsNumber || rest == "n"))) ||
+        (phase->isPair && quantity == Quantity::current)) {
         return std::nullopt;
     }
-    return Identity{quantity, phase->number, std::string(phase->letters) + std::string(rest), byName};
+    return Identity{quantity, *phase, std::string(phase->letters) + std::string(rest), byName};
 }
 
 /// Whether a column holds values computed from another one, not samples.
@@ -110,25 +139,46 @@ std::optional<Identity> identifyByOneWord(Words words) {
     return std::nullopt;
 }
 
+/// The phase that a word of a name gives, or two neighbouring ones: "U_L1_L2". With "ll" for line to line, a phase is a
+/// pair with the next.
+std::optional<Phase> phaseAmong(const Words& words) {
+    std::optional<Phase> phase;
+    bool isNeighbour = false;
+    for (const std::string& word : words) {
+        const auto here = phaseOf(word);
+        if (here) {
+            const auto pair = isNeighbour ? pairOf(*phase, *here) : std::nullopt;
+            phase = pair ? pair : here;
+        }
+        isNeighbour = here.has_value();
+    }
+    if (phase && std::find(words.begin(), words.end(), "ll") != words.end()) {
+        phase->isPair = true;
+    }
+    return phase;
+}
+
 /// A word for the quantity and one for the phase, such as "Voltage A". A single letter for the quantity, as in "I_A",
 /// comes first: the one in "L1_V" is a unit. The group is the rest of the name.
 std::optional<Identity> identifyByTwoWords(const Words& words) {
-    Identity identity{Quantity::unknown, 0, "", byName};
-    std::optional<Phase> phase;
+    Identity identity{Quantity::unknown, {}, "", byName};
+    bool isAfterPhase = false;
     std::string rest;
     for (const std::string& word : words) {
-        if (const Quantity quantity = quantityOf(word); quantity != Quantity::unknown && (word.size() > 1 || !phase)) {
+        const Quantity quantity = quantityOf(word);
+        if (quantity != Quantity::unknown && (word.size() > 1 || !isAfterPhase)) {
             identity.quantity = quantity;
-        } else if (const auto here = phaseOf(word)) {
-            phase = here;
+        } else if (phaseOf(word)) {
+            isAfterPhase = true;
         } else {
             rest += ' ' + word;
         }
     }
-    if (!phase || identity.quantity == Quantity::unknown) {
+    const auto phase = phaseAmong(words);
+    if (!phase || identity.quantity == Quantity::unknown || (phase->isPair && identity.quantity == Quantity::current)) {
         return std::nullopt;
     }
-    identity.phase = phase->number;
+    identity.phase = *phase;
     identity.group = std::string(phase->letters) + " words" + rest;
     return identity;
 }
@@ -150,11 +200,15 @@ std::optional<Identity> identify(const Column& column) {
     if (auto identity = identifyByName(column.name)) {
         return ofUnit == Quantity::unknown || ofUnit == identity->quantity ? identity : std::nullopt;
     }
-    const auto phase = phaseOf(lowerCase(column.phase));
-    if (!phase || ofUnit == Quantity::unknown) {
+    std::string field;  // "A", "L1-L2"
+    for (const std::string& word : wordsOf(column.phase)) {
+        field += word;
+    }
+    const auto phase = phaseOf(field);
+    if (!phase || ofUnit == Quantity::unknown || (phase->isPair && ofUnit == Quantity::current)) {
         return std::nullopt;
     }
-    return Identity{ofUnit, phase->number, "phases " + std::string(phase->letters),
+    return Identity{ofUnit, *phase, "phases " + std::string(phase->letters),
                     "by unit " + column.unit + " and phase " + column.phase};
 }
 
@@ -170,27 +224,41 @@ struct Group {
 
 using Identities = std::vector<std::optional<Identity>>;
 
-std::vector<Group> groupsOf(const Identities& identities, Quantity quantity) {
+/// What a group holds.
+struct GroupKind {
+    Quantity quantity;
+    bool ofPairs;
+
+    bool includes(const std::optional<Identity>& identity) const {
+        return identity && identity->quantity == quantity && identity->phase.isPair == ofPairs;
+    }
+    const char* name() const {
+        return quantity == Quantity::current ? "currents" : ofPairs ? "line voltages" : "voltages";
+    }
+};
+
+std::vector<Group> groupsOf(const Identities& identities, GroupKind kind) {
     std::vector<Group> groups;
     for (std::size_t i = 0; i < identities.size(); ++i) {
-        if (!identities[i] || identities[i]->quantity != quantity) {
+        if (!kind.includes(identities[i])) {
             continue;
         }
         const Identity& identity = *identities[i];
         const auto open = std::find_if(groups.begin(), groups.end(), [&identity](const Group& group) {
-            return group.name == identity.group && !group.columns[identity.phase];
+            return group.name == identity.group && !group.columns[identity.phase.number];
         });
         Group& group = open == groups.end() ? groups.emplace_back(Group{identity.group, {}}) : *open;
-        group.columns[identity.phase] = i;
+        group.columns[identity.phase.number] = i;
     }
     return groups;
 }
 
 /// The column identified as the channel. Fails when there are several.
-std::optional<std::size_t> onlyColumn(const Recording& recording, const Identities& identities, std::size_t channel) {
+std::optional<std::size_t> onlyColumn(const Recording& recording, const Identities& identities, GroupKind kind,
+                                      std::size_t channel) {
     std::optional<std::size_t> found;
     for (std::size_t i = 0; i < identities.size(); ++i) {
-        if (!identities[i] || identities[i]->channel() != channel) {
+        if (!kind.includes(identities[i]) || identities[i]->channel() != channel) {
             continue;
         }
         if (found) {
@@ -203,31 +271,94 @@ std::optional<std::size_t> onlyColumn(const Recording& recording, const Identiti
     return found;
 }
 
-/// Guesses the columns of the channels of one quantity that have none.
-void guess(const Recording& recording, const Identities& identities, Quantity quantity, Assignment& assignment) {
-    const auto groups = groupsOf(identities, quantity);
+/// Says which of several groups is used, and marks the columns of all of them as mentioned.
+void warnOfGroups(const std::vector<Group>& groups, const std::vector<std::string>& used, GroupKind kind,
+                  Assignment& assignment, std::vector<bool>& mentioned) {
+    std::size_t complete = 0;
+    for (const Group& group : groups) {
+        complete += group.isComplete() ? 1 : 0;
+        for (std::size_t phase = 0; group.isComplete() && phase < phaseTotal; ++phase) {
+            mentioned[*group.columns[phase]] = true;
+        }
+    }
+    assignment.warnings.push_back("using " + joined(used) + ", the first of " + std::to_string(complete) +
+                                  " groups of " + kind.name() + "; choose others with --map");
+}
+
+/// Guesses the columns of the channels of one kind that have none.
+void guess(const Recording& recording, const Identities& identities, GroupKind kind, Assignment& assignment,
+           std::vector<bool>& mentioned) {
+    const auto groups = groupsOf(identities, kind);
     const auto isComplete = [](const Group& group) { return group.isComplete(); };
     const auto group = std::find_if(groups.begin(), groups.end(), isComplete);
     const auto complete = std::count_if(groups.begin(), groups.end(), isComplete);
     const std::string suchGroups = complete > 1 ? ", first of " + std::to_string(complete) + " such groups" : "";
-    const bool isOfCurrents = quantity == Quantity::current;
     std::vector<std::string> guessed;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const std::size_t channel = (isOfCurrents ? phaseTotal : 0) + phase;
+        const std::size_t channel = (kind.quantity == Quantity::current ? phaseTotal : 0) + phase;
         auto& column = assignment.columns[channel];
         if (column) {
             continue;
         }
-        column = group != groups.end() ? group->columns[phase] : onlyColumn(recording, identities, channel);
+        column = group != groups.end() ? group->columns[phase] : onlyColumn(recording, identities, kind, channel);
         if (column) {
             assignment.reasons[channel] = identities[*column]->reason + suchGroups;
             guessed.push_back(inQuotes(recording.columns[*column].name));
         }
     }
     if (complete > 1 && !guessed.empty()) {
-        assignment.warnings.push_back("using " + joined(guessed) + ", the first of " + std::to_string(complete) +
-                                      " groups of " + (isOfCurrents ? "currents" : "voltages") +
-                                      "; choose others with --map");
+        warnOfGroups(groups, guessed, kind, assignment, mentioned);
+    }
+}
+
+/// The number of different phases, or pairs of them, with a column.
+std::size_t countPhases(const Identities& identities, GroupKind kind) {
+    std::array<bool, phaseTotal> found{};
+    for (const auto& identity : identities) {
+        if (kind.includes(identity)) {
+            found[identity->phase.number] = true;
+        }
+    }
+    return static_cast<std::size_t>(std::count(found.begin(), found.end(), true));
+}
+
+/// Whether the voltages are line voltages: those that the user has chosen if any, else two or more where there are not
+/// three phase voltages.
+bool useLineVoltages(const Identities& identities, const Assignment& assignment) {
+    const auto* const begin = assignment.columns.begin();
+    const auto chosen = std::count_if(begin, begin + phaseTotal, [](const auto& column) { return column.has_value(); });
+    const auto pairs = std::count_if(begin, begin + phaseTotal, [&identities](const auto& column) {
+        return column && identities[*column] && identities[*column]->phase.isPair;
+    });
+    if (chosen > 0) {
+        return chosen == pairs;
+    }
+    return countPhases(identities, {Quantity::voltage, false}) < phaseTotal &&
+           countPhases(identities, {Quantity::voltage, true}) > 1;
+}
+
+/// Names the columns that look like channels but are not used.
+void warnOfUnused(const Recording& recording, const Identities& identities, const std::vector<bool>& mentioned,
+                  Assignment& assignment) {
+    constexpr std::size_t mostNames = 6;
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        const Column& column = recording.columns[i];
+        const Quantity ofUnit = unitOf(column.unit).quantity;
+        const bool isChannel = ofUnit == Quantity::voltage || ofUnit == Quantity::current || identities[i].has_value();
+        const bool isUsed =
+            std::find(assignment.columns.begin(), assignment.columns.end(), i) != assignment.columns.end();
+        if (isChannel && !isUsed && !mentioned[i] && !isComputed(wordsOf(column.name))) {
+            names.push_back(inQuotes(column.name));
+        }
+    }
+    if (const std::size_t total = names.size(); total > 0) {
+        if (total > mostNames) {
+            names.resize(mostNames);
+            names.push_back(std::to_string(total - mostNames) + " more");
+        }
+        assignment.warnings.push_back("columns of voltages or currents that are not used: " + joined(names) +
+                                      "; --map chooses columns");
     }
 }
 
@@ -287,8 +418,20 @@ Assignment assignColumns(const Recording& recording, const PerChannel<std::strin
     if (!isChosen && recording.columns.size() == channelTotal && haveNoNames(recording)) {
         guessByPosition(recording, assignment);
     }
-    guess(recording, identities, Quantity::voltage, assignment);
-    guess(recording, identities, Quantity::current, assignment);
+    std::vector<bool> mentioned(recording.columns.size());
+    assignment.areLineVoltages = useLineVoltages(identities, assignment);
+    guess(recording, identities, {Quantity::voltage, assignment.areLineVoltages}, assignment, mentioned);
+    guess(recording, identities, {Quantity::current, false}, assignment, mentioned);
+    for (std::size_t phase = 0; assignment.areLineVoltages && phase < phaseTotal; ++phase) {
+        const auto column = assignment.columns[phase];
+        if (column && identities[*column] && identities[*column]->phase.isReversed) {
+            assignment.isReversed[phase] = true;
+            assignment.reasons[phase] += ", reversed";
+        }
+    }
+    if (!isChosen) {
+        warnOfUnused(recording, identities, mentioned, assignment);
+    }
     for (const auto& column : assignment.columns) {
         if (column && !recording.columns[*column].fault.empty()) {
             failInput(recording.columns[*column].fault);

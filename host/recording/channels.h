@@ -13,6 +13,9 @@ inline constexpr std::array<std::string_view, 6> channelNames{"Ua", "Ub", "Uc", 
 inline constexpr std::size_t channelTotal = channelNames.size();
 inline constexpr std::size_t phaseTotal = 3;
 
+/// The line voltages, which may stand in place of the phase voltages.
+inline constexpr std::array<std::string_view, phaseTotal> lineVoltageNames{"Uab", "Ubc", "Uca"};
+
 constexpr bool isCurrent(std::size_t channel) {
     return channel >= phaseTotal;
 }

@@ -13,6 +13,14 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
          "power/P = 2987.79 2987.79 2987.79 2987.79; power/Q = 1725 1725 1725 1725 ~ 0.5; "
          "parameters/phase_voltage = 230 230 230; parameters/line_voltage/b = 398.372; derived/voltage_unbalance_u0 = "
          "-"},
+        {"generate --voltage 398.37168574 --angle 60 | sed '1s/U./U_&/; 1s/U_Ua/Uab/; 1s/Ub/Ubc/; 1s/Uc/Uca/' | "
+         "cut -d, -f1-3,5- > v.csv; measure v.csv",  // two line voltages, by their names
+         "\"Uab\" and \"Ubc\" are line voltages; three-wire; Uca is formed; power/P/three-wattmeter-complex = 2987.79; "
+         "power/Q/two-wattmeter = 1725; parameters/phase_voltage/a = 230; parameters/line_voltage/c = 398.372"},
+        {"rt305 params --power two-wattmeter --json-lines v.csv", "cb; parameters/active_power/total = 2987.79"},
+        {"rt305 info v.csv", "Uab V; Uab by its name; Ubc by its name"},
+        {"measure --wiring four v.csv", "Ua and Ub not used; no column for Uc"},
+        {"generate | sed '1s/Ic/In/' | measure --two-currents c -", "that are not used: ; In"},
         {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; parameters/frequency/a = 59.9"},
         {"generate | measure --coefficients 2,2,2,10,10,10 -",
          "power/P/two-wattmeter = 69000; parameters/current/c = 50"},

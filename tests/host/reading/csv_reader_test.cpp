@@ -126,8 +126,7 @@ TEST(CsvReader, FindsGapsInTime) {
          "rec.csv:5: ; -1 s"},
         {"time,Ua\n0,1\n1,1\n0.5,1\n1.5,1\n2.5,1\n2.5,1\n", "1.94444 Hz: Ua 1 1 1 1 1 1",
          "\"time\"; uneven; evenly spaced"},
-        {"time,Ua\n0,1\n0,1\n0,1\n3,1\n3,1\n3,1\n6,1\n", "1 Hz: Ua 1 1 1 1 1 1 1",
-         "\"time\"; rounded to steps of 3 s"},
+        {"time,Ua\n0,1\n0,1\n0,1\n3,1\n3,1\n3,1\n6,1\n", "1 Hz: Ua 1 1 1 1 1 1 1", "\"time\"; rounded to steps of 3 s"},
         {"time,Ua\n1,1\n1,2\n", "", "rec.csv: ; \"time\"; --rate"},
     });
 }
@@ -171,6 +170,15 @@ TEST(ChannelAssignment, FindsTheColumnsOfTheChannels) {
              {"Spannung L1,Spannung L2,Spannung L3,Strom L1 (A),Strom L2 (A),Strom L3 (A)", "012345"},
              {"V_LN_A,V_LN_B,V_LN_C,I R,I S,I T", "012345"},
              {"i_r,i_s,i_t,I_N,L1_V,A V", "---012"},
+             {"Uab,Ubc,Uca,Ia", "0123-- lines"},
+             {"U12,U13,V", "0-1'--- lines"},
+             {"V_BC (kV),V_CA (kV),UL2L1", "2'01--- lines"},
+             {"Spannung L1-L2,U_L2_L3,Line 1 Voltage 3", "01---- lines"},
+             {"V_LL_R,V_LL_S,V_LL_T,Ur,Us,Ut", "345---"},
+             {"Ua,Uab,Ubc,V31", "123--- lines"},
+             {"Ua,Ub,Uab", "01----"},
+             {"Uab,Ubc,Uca", "201--- lines", "Ua=Uca,Ub=Uab,Uc=Ubc"},
+             {"U32,Iab", "------"},
              {"ULA,Uan,Ub2,Ubx", "12----"},
              {"Voltage A,Voltage B,Voltage C,Current L1", "0123--"},
              {"bus1 Ua,bus1 Ub,bus2 Ua,bus2 Ub,bus2 Uc,Ia7", "2345--"},
@@ -183,9 +191,11 @@ TEST(ChannelAssignment, FindsTheColumnsOfTheChannels) {
         const auto assigned = rt305::assignColumns(readCsv(c.names + "\n" + row + "\n", "rec.csv", {.rateHz = 1.0}),
                                                    rt305::parseColumnMap("--map", c.map));
         std::string columns;
-        for (const auto& column : assigned.columns) {
-            columns += column ? std::to_string(*column) : "-";
+        for (std::size_t i = 0; i < rt305::channelTotal; ++i) {
+            columns += assigned.columns[i] ? std::to_string(*assigned.columns[i]) : "-";
+            columns += assigned.isReversed[i] ? "'" : "";
         }
+        columns += assigned.areLineVoltages ? " lines" : "";
         EXPECT_EQ(columns, c.columns) << c.names;
     }
 }
