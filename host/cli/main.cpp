@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/manual.h"
 #include "cli/messages.h"
+#include "cli/notices.h"
 #include "cli/options.h"
 #include "cli/process.h"
 
@@ -65,6 +66,13 @@ int runCommandLine(int argc, char** argv) {
         ->type_name("");
     addGenerateOptions(*command("generate", "write a recording with known content as CSV", generateRecording, generate),
                        generate);
+    app.add_flag_callback(
+        "--licenses",
+        [] {
+            std::cout << notices;
+            throw CLI::Success();
+        },
+        "show the notices of the parts of others that rt305 and its reports contain");
     addManualOptions(app);
 
     try {

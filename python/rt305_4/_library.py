@@ -46,6 +46,15 @@ _lock = threading.Lock()
 _loaded: ctypes.CDLL | None = None
 
 
+def _renew_lock() -> None:
+    """Lets a child process measure that was forked during a call of another thread, which the child does not have."""
+    global _lock
+    _lock = threading.Lock()
+
+
+os.register_at_fork(after_in_child=_renew_lock)
+
+
 def _find() -> str:
     """The file to load: from RT305_4_LIBRARY, else from this installation, else from the system."""
     if named := os.environ.get("RT305_4_LIBRARY"):

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "calc/calc_modul_K9_web.h"
+#include "plugin/floating_point.h"
 #include "plugin/memory.h"
 #include "plugin/request.h"
 #include "results/distortion_tables.h"
@@ -152,6 +153,7 @@ void getSupportedInputTypes(const std::int32_t** out) {
 }
 
 std::int32_t dataProccess(DataProcessRequest request) {
+    const FloatingPointGuard guard;
     prepareToThrow();
     ErrorString.clear();
     if (!hasAllOutputs(request)) {

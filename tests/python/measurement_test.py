@@ -1,5 +1,7 @@
 """The Python package: what it passes to the library and what it makes of the results."""
 
+import os
+import signal
 import threading
 import unittest
 
@@ -124,6 +126,14 @@ class Library(unittest.TestCase):
             for thread in threads:
                 start_or_join(thread)
         self.assertEqual({v: np.round(rms, 6).tolist() for v, rms in found.items()}, {v: [v] * 20 for v in found})
+
+    def test_a_child_forked_during_a_call_measures(self):
+        with rt305_4._library._lock:  # as another thread's call holds it
+            child = os.fork()
+            if child == 0:
+                signal.alarm(10)
+                os._exit(round(rt305_4.signals(*system(600)[:3])["Vb"].rms))
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), 230)
 
     def test_unusable_libraries(self):
         for file, message in (("/nonexistent.so", "RT305_4_LIBRARY"), ("libm.so.6", "not the measurement library")):

@@ -131,6 +131,19 @@ TEST(FloatingPoint, WorksInEveryModeAndKeepsIt) {
     }
 }
 
+TEST(FloatingPoint, SetsOffNoTrapAndNoFlagOfTheHost) {
+    std::fenv_t usual;
+    std::feholdexcept(&usual);
+    feenableexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW);
+    const std::string before = floatingPointMode();
+    answers([](std::uint32_t) { return signals::Samples(256); });
+    const std::string after = floatingPointMode();
+    const int flags = std::fetestexcept(FE_ALL_EXCEPT);
+    std::fesetenv(&usual);
+    EXPECT_EQ(before, after);
+    EXPECT_EQ(flags, 0);
+}
+
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::size_t stackSize = 1024 * 1024;  // sanitizers make stack frames many times as large
 #else
