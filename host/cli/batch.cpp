@@ -210,12 +210,13 @@ private:
         std::cout << (hasWritten_ && !content.empty() ? work_.separator : "") << content;
         hasWritten_ = hasWritten_ || !content.empty();
         const int exitCode =
-            isComplete ? WEXITSTATUS(status) - completedMark
-                       : work_.fail(job.name,
-                                    WIFSIGNALED(status) ? "the process that measured it was ended by signal " +
-                                                              std::to_string(WTERMSIG(status))
-                                                        : "the process that measured it ended early, as when memory runs out",
-                                    ExitCode::environment);
+            isComplete
+                ? WEXITSTATUS(status) - completedMark
+                : work_.fail(job.name,
+                             WIFSIGNALED(status) ? "the process that measured it was ended by signal " +
+                                                       std::to_string(WTERMSIG(status))
+                                                 : "the process that measured it ended early, as when memory runs out",
+                             ExitCode::environment);
         flushStdout();
         return exitCode;
     }

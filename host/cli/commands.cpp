@@ -13,7 +13,7 @@
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
 #include "measuring/measure_all.h"
-#include "measuring/result_texts.h"
+#include "measuring/measured_results.h"
 #include "output/recording_summary.h"
 #include "output/remarks.h"
 #include "output/result_tables.h"
@@ -65,19 +65,11 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     const Library library(options.library);
     ResultTexts texts = library.measure(measurement, operation);
     ResultDocument document = documentOf(recording, measurement, library.version());
-    return {std::move(measurement), std::move(texts), std::move(document)};
-}
-
-/// Warns when the library assumes another rate than that of the samples.
-void warnOfRate(Measured& result, const char* consequence) {
-    const Measurement& measurement = result.measurement;
-    if (measurement.isAtAssumedRate()) {
-        return;
+    if (const std::string remark = remarkOnTexts(measurement, operation == RT305_4_OPERATION_SPECTRUM);
+        options.form == OutputForm::raw && !remark.empty()) {
+        note(remark);
     }
-    const double assumed = measurement.assumedRateHz();
-    result.warnAndKeep("the library assumes " + formatNumber(assumed) + " samples a second, but these were taken at " +
-                       formatNumber(measurement.rateHz) + " Hz: frequencies read " +
-                       formatNumber(assumed / measurement.rateHz, 4) + " times what they are" + consequence);
+    return {std::move(measurement), std::move(texts), std::move(document)};
 }
 
 void show(const MeasureOptions& options, const ResultDocument& document) {
@@ -85,16 +77,15 @@ void show(const MeasureOptions& options, const ResultDocument& document) {
     write(document, options.form, stdoutTakesStyle(), std::cout);
 }
 
-/// Shows the two texts of an operation as tables, the name followed by "_u" or "_i".
+/// Shows the results of both kinds as tables, the name followed by "_u" or "_i".
 template <class Channel>
-void showBothKinds(const MeasureOptions& options, Measured& result, const std::string& name,
-                   std::vector<Channel> (*read)(const std::string&),
-                   ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
-    for (auto& kind : readKinds(std::move(result.texts), read)) {
-        result.document.rawTexts.push_back(std::move(kind.text));
-        result.document.tables.push_back(tabulate(name + (kind.areCurrents ? "_i" : "_u"), kind.channels));
+void showKinds(const MeasureOptions& options, ResultDocument& document, std::vector<KindResults<Channel>> kinds,
+               const std::string& name, ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
+    for (auto& kind : kinds) {
+        document.rawTexts.push_back(std::move(kind.text));
+        document.tables.push_back(tabulate(name + (kind.areCurrents ? "_i" : "_u"), kind.channels));
     }
-    show(options, result.document);
+    show(options, document);
 }
 
 }  // namespace
@@ -106,10 +97,7 @@ void showRecording(const MeasureOptions& options) {
 void showParameters(const MeasureOptions& options) {
     const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
     Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
-    if (result.measurement.isCombined()) {
-        warnOfRate(result, ", THD and power may be wrong or missing, voltages and currents are right");
-    }
-    auto parameters = readParameters(result.texts.parameters);
+    auto parameters = measuredParameters(result.texts.parameters, result.measurement);
     for (NamedValue& parameter : parameters) {
         if (byTwoWattmeters && parameter.name == "Ud0") {  // ab + cb + ca is not the zero-sequence voltage
             parameter.value = std::numeric_limits<double>::quiet_NaN();
@@ -130,23 +118,33 @@ void showSignals(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_SIGNALS);
     result.document.remarks.emplace_back(
         "The library removes each channel's offset first, so the means are close to zero.");
-    showBothKinds(options, result, "signals", readSignals, signalTable);
+    showKinds(options, result.document, measuredSignals(std::move(result.texts), result.measurement), "signals",
+              signalTable);
 }
 
 void showSpectra(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_SPECTRUM);
-    warnOfRate(result, "");
-    showBothKinds(options, result, "spectrum", readSpectra, spectrumTable);
+    result.document.remarks.emplace_back(
+        (options.settings.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB
+            ? "dB below the largest line; side lobes of larger lines are left out."
+            : "Peak values, corrected for the gain of the window; side lobes of larger lines are left out.");
+    showKinds(options, result.document, measuredSpectra(std::move(result.texts), result.measurement), "spectrum",
+              spectrumTable);
 }
 
 void showHarmonics(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
-    warnOfRate(result, "");
     if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
         result.warnAndKeep(remark);
     }
+    const Parameters parameters = measuredParameters(result.texts.parameters, result.measurement);
+    result.document.tables.push_back(distortionTable(parameters));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
-    showBothKinds(options, result, "harmonics", readHarmonics, harmonicTable);
+    for (const std::string& remark : remarksOnDistortion(parameters, result.measurement)) {
+        result.document.remarks.push_back(remark);
+    }
+    showKinds(options, result.document, measuredHarmonics(std::move(result.texts), result.measurement), "harmonics",
+              harmonicTable);
 }
 
 void writeReport(const ReportOptions& options) {

@@ -19,6 +19,7 @@
 #include "measuring/library.h"
 #include "measuring/measure_all.h"
 #include "output/full_document.h"
+#include "output/remarks.h"
 #include "reading/recording_reader.h"
 
 namespace rt305 {
@@ -61,6 +62,10 @@ private:
         std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
         if (!isOneOfMany_) {
             std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
+            if (const std::string remark = remarkOnTexts(full.measurement, false);
+                options_.each.form == OutputForm::raw && !remark.empty()) {
+                note(remark);
+            }
         }
         if (options_.windowSeconds == 0.0) {
             return writeOne(recording, full);

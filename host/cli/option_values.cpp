@@ -44,6 +44,18 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text) 
     return gains;
 }
 
+double parseNominal(const std::string& text) {
+    constexpr double highest = 10000.0;
+    const std::string word = lowerCase(trimmed(text));
+    const bool hasUnit = word.size() > 2 && word.compare(word.size() - 2, 2, "hz") == 0;
+    const auto value = parseNumber(trimmed(std::string_view(word).substr(0, word.size() - (hasUnit ? 2 : 0))));
+    if (word != "auto" && !(value && *value >= 1.0 && *value <= highest)) {
+        failUsage("--nominal: " + inQuotes(text) + " is neither auto nor a frequency from 1 to " +
+                  formatNumber(highest) + " Hz");
+    }
+    return value.value_or(0.0);
+}
+
 double parseTime(const std::string& option, const std::string& text) {
     const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
     const std::string_view unit = trimmed(std::string_view(text).substr(end));

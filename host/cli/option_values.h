@@ -20,6 +20,9 @@ Dropout parseDropout(const std::string& text);
 /// "Ua=325,2=10" -> names or numbers of columns with factors.
 std::vector<std::pair<std::string, double>> parseGains(const std::string& text);
 
+/// "60", "60Hz", or 0 for "auto".
+double parseNominal(const std::string& text);
+
 /// "0.2", "0.2s" or "200ms" in seconds.
 double parseTime(const std::string& option, const std::string& text);
 

@@ -194,6 +194,11 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options) {
             "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
             "what to measure (default: by the channels in the recording)")
         ->check(CLI::IsMember(types));
+    command
+        .add_option_function<std::string>(
+            "--nominal", [&options](const std::string& text) { options.settings.nominalHz = parseNominal(text); },
+            "nominal frequency of the grid; auto (default): as the file says, else by the fundamental")
+        ->type_name("HZ");
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
     command.add_option("--library", options.library, "library file to use")->type_name("FILE");
 }
@@ -211,7 +216,7 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addFormOptions(command, options.form);
     command.add_flag_function(
         "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
-        "measure the samples at their own rate, though the library assumes another");
+        "measure the samples at their own rate, not at 200 a nominal cycle");
     addTwoCurrentsOption(command, options.settings.flags);
     addFlagOption(command, options.settings.flags,
                   {"--source",
@@ -253,12 +258,18 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
     addWiringOption(command, settings);
-    addFlagOption(command, settings.flags,
-                  {"--frequency",
-                   "where the fundamental must lie: fixed (default) inside " + fixedWindow.text() +
-                       ", control inside " + controlWindow.text(),
-                   RT305_4_FREQUENCY_CONTROL,
-                   {{"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}}});
+    static const std::map<std::string, std::uint32_t> windows{
+        {"auto", 0}, {"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}};
+    command
+        .add_option_function<std::string>(
+            "--frequency",
+            [&settings](const std::string& word) {
+                settings.flags = (settings.flags & ~RT305_4_FREQUENCY_CONTROL) | windows.at(word);
+                settings.chooseWindow = word == "auto";
+            },
+            "where the fundamental must lie, here for 50 Hz: fixed inside " + fixedWindow.text() + ", control inside " +
+                controlWindow.text() + "; auto (default): fixed if it does, else control")
+        ->check(CLI::IsMember(windows));
     addFlagOption(command, settings.flags,
                   {"--power", "how power is measured (default none)", RT305_4_POWER_MASK, powerWords()});
     addFlagSwitch(command, settings.flags, "--keep-rebuilt-rms", RT305_4_KEEP_REBUILT_RMS,
@@ -271,7 +282,7 @@ void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
 void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
     addFlagOption(command, settings.spectrumFlags,
                   {"--window",
-                   "window function on the samples (default rect)",
+                   "window function on the samples (default hann)",
                    RT305_4_SPECTRUM_WINDOW_MASK,
                    {{"rect", RT305_4_SPECTRUM_WINDOW_RECT},
                     {"hann", RT305_4_SPECTRUM_WINDOW_HANN},
@@ -279,14 +290,13 @@ void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
                     {"kaiser", RT305_4_SPECTRUM_WINDOW_KAISER}}});
     addFlagOption(command, settings.spectrumFlags,
                   {"--mode",
-                   "1 (default): fine lines up to 1000 Hz (250 Hz for voltages or currents alone); 2: coarser lines up "
-                   "to half the rate",
+                   "1 (default): fine lines up to 20 times the nominal frequency; 2: coarser lines up to 100 times",
                    RT305_4_SPECTRUM_MODE_MASK,
                    {{"1", RT305_4_SPECTRUM_MODE_1}, {"2", RT305_4_SPECTRUM_MODE_2}}});
     addFlagSwitch(command, settings.spectrumFlags, "--db", RT305_4_SPECTRUM_LEVEL_DB,
                   "levels in dB below the largest line instead of V and A");
-    command.add_option("--peaks", settings.peaks, "number of largest lines to show, at most 20 without --criterion")
-        ->check(CLI::Range(0, 32767))
+    command.add_option("--peaks", settings.peaks, "number of largest lines to show")
+        ->check(CLI::Range(0, 1000))
         ->capture_default_str()
         ->type_name("N");
     command

@@ -26,6 +26,7 @@ void expectCount(const std::string& what, std::size_t found, std::size_t expecte
 Measurement generated(const GeneratorSettings& generator, std::uint32_t inputType, std::uint32_t moreFlags) {
     MeasurementSettings settings;
     settings.inputType = inputType;
+    settings.fillIn = false;
     settings.flags |= moreFlags;
     return makeMeasurement(generate(generator), settings, RateMatters::no);
 }

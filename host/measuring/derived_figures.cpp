@@ -54,6 +54,9 @@ DerivedFigures derivedFigures(const Measurement& measurement, const Fundamentals
         figures.powerFactors = powerFactors(parameters);
         figures.currentLags = lags(voltages, currents);
     }
+    if (!measurement.isThreePhase()) {
+        return figures;
+    }
     if (measurement.hasVoltages()) {
         figures.voltageLags = lags({voltages[0], voltages[0], voltages[0]}, voltages);
         figures.voltageUnbalance = unbalanceOf(voltages);

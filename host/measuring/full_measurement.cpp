@@ -5,7 +5,6 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "signal/fundamental.h"
 
 namespace rt305 {
 
@@ -40,27 +39,6 @@ void formPhaseVoltages(Measurement& measurement) {
     measurement.settings.flags |= RT305_4_FOUR_WIRE;
 }
 
-/// Takes the wider window when a fundamental lies in it and not in the narrow one.
-void chooseWindow(Measurement& measurement) {
-    for (const Samples& samples : measurement.samples) {
-        const double fundamental =
-            samples.empty() ? 0.0 : estimateFundamental(samples, measurement.assumedRateHz()).value_or(0.0);
-        if (controlWindow.contains(fundamental) && !fixedWindow.contains(fundamental)) {
-            measurement.settings.flags |= RT305_4_FREQUENCY_CONTROL;
-        }
-    }
-}
-
-void requireChannels(const FullMeasurement& full, const std::string& source) {
-    const Measurement& measurement = full.measurement;
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const bool isWanted = isCurrent(channel) ? measurement.hasCurrents() : measurement.hasVoltages();
-        if (isWanted && measurement.samples[channel].empty()) {
-            failInput(source + ": there is no column for " + std::string(channelNames[channel]));
-        }
-    }
-}
-
 Measurement windowOf(const Measurement& measurement, double startSeconds, double durationSeconds) {
     const auto first = static_cast<std::ptrdiff_t>(std::llround(startSeconds * measurement.rateHz));
     const auto count = static_cast<std::ptrdiff_t>(std::llround(durationSeconds * measurement.rateHz));
@@ -70,9 +48,11 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
     }
     Measurement part{.settings = measurement.settings,
                      .assignment = measurement.assignment,
+                     .standIns = measurement.standIns,
                      .length = static_cast<std::size_t>(count),
                      .rateHz = measurement.rateHz,
                      .recordedRateHz = measurement.recordedRateHz,
+                     .nominalHz = measurement.nominalHz,
                      .inputType = measurement.inputType,
                      .warnings = measurement.warnings};
     part.settings.startSeconds += startSeconds;
@@ -90,7 +70,6 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
 FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings) {
     MeasurementPair pair = makeMeasurementPair(recording, settings);
     FullMeasurement full{std::move(pair.resampled), std::move(pair.asRecorded), false};
-    requireChannels(full, recording.source);
     full.fromLineVoltages = full.measurement.hasVoltages() && !full.measurement.has(RT305_4_FOUR_WIRE);
     for (Measurement* const each : {&full.measurement, &full.asRecorded}) {
         applyCoefficients(*each);
@@ -98,7 +77,6 @@ FullMeasurement prepare(const Recording& recording, const MeasurementSettings& s
             formPhaseVoltages(*each);
         }
     }
-    chooseWindow(full.measurement);
     return full;
 }
 

@@ -8,10 +8,9 @@ namespace rt305 {
 
 namespace {
 
-/// In Hz, 0 for none. The library's figure counts only when it has assumed the true rate.
+/// In Hz, 0 for none.
 double frequencyOf(const Measurement& measurement, std::size_t channel, const std::vector<double>* fromLibrary) {
-    if (fromLibrary != nullptr && !fromLibrary->empty() && fromLibrary->front() > 0.0 &&
-        measurement.isAtAssumedRate()) {
+    if (fromLibrary != nullptr && !fromLibrary->empty() && fromLibrary->front() > 0.0) {
         return fromLibrary->front();
     }
     return estimateFundamental(measurement.samples[channel], measurement.rateHz).value_or(0.0);
@@ -29,6 +28,10 @@ Fundamentals fundamentalsOf(const Measurement& measurement, const std::vector<Ki
     Fundamentals fundamentals;
     const std::size_t first = measurement.hasVoltages() ? 0 : phaseTotal;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (!measurement.measures(first + phase)) {
+            fundamentals.frequencies[phase] = fundamentals.frequencies[0];
+            continue;
+        }
         const bool isGiven = !harmonics.empty() && phase < harmonics[0].channels.size();
         fundamentals.frequencies[phase] =
             frequencyOf(measurement, first + phase, isGiven ? &harmonics[0].channels[phase].frequencies : nullptr);

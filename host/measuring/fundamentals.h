@@ -15,7 +15,7 @@ using PerPhase = std::array<T, phaseTotal>;
 
 /// The fundamentals of voltages and currents; 0 for a kind that is not measured.
 struct Fundamentals {
-    PerPhase<double> frequencies{};  // Hz, of the voltages, or of the currents alone
+    PerPhase<double> frequencies{};  // Hz, of the voltages or of currents alone; of one phase three times
     Phasors voltages{};
     Phasors currents{};
 

@@ -53,14 +53,15 @@ std::string chooseFile(const std::string& given) {
 Call::Call(const Measurement& measurement, std::uint32_t operation) {
     const MeasurementSettings& settings = measurement.settings;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const std::vector<double>& samples = measurement.samples[channel];
+        const std::vector<double>& samples = measurement.handedOver(channel);
+        const std::size_t source = measurement.standIns[channel];
         if (!samples.empty()) {
             ChannelData& added =
                 channels.emplace_back(rt305_4_channel(isCurrent(channel) ? RT305_4_KIND_CURRENT : RT305_4_KIND_VOLTAGE,
                                                       static_cast<std::uint32_t>(channel % phaseTotal), samples.data(),
-                                                      samples.size(), settings.coefficients[channel]));
-            added.inputResistance = settings.resistances[channel];
-            added.gain = settings.gains[channel];
+                                                      samples.size(), settings.coefficients[source]));
+            added.inputResistance = settings.resistances[source];
+            added.gain = settings.gains[source];
         }
     }
     request.samplesNumber = measurement.length;

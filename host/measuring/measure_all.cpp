@@ -1,5 +1,6 @@
 #include "measuring/measure_all.h"
 
+#include "measuring/measured_results.h"
 #include "measuring/power_methods.h"
 #include "measuring/wiring.h"
 
@@ -18,7 +19,14 @@ Measurement withPowerMethod(const Measurement& measurement, const PowerMethod& m
 }
 
 std::vector<KindResults<SignalStatistics>> signalsOf(const FullMeasurement& full, const Library& library) {
-    return readKinds(library.measure(full.asRecorded, RT305_4_OPERATION_SIGNALS), readSignals);
+    return measuredSignals(library.measure(full.asRecorded, RT305_4_OPERATION_SIGNALS), full.asRecorded);
+}
+
+/// Whether to ask by this method. One kind of channels has no power, so one method gives its parameters; one phase has
+/// no line voltages.
+bool isAsked(const PowerMethod& method, const Measurement& measurement) {
+    return &method == &powerMethods[complexThreeWattmeter] ||
+           (measurement.isCombined() && (measurement.isThreePhase() || method.givesPhases));
 }
 
 }  // namespace
@@ -26,20 +34,20 @@ std::vector<KindResults<SignalStatistics>> signalsOf(const FullMeasurement& full
 FullResults measureAll(const FullMeasurement& full, const Library& library) {
     const Measurement& measurement = full.measurement;
     FullResults results{.libraryVersion = library.version()};
-    if (measurement.isCombined()) {
-        for (const PowerMethod& method : powerMethods) {
+    for (const PowerMethod& method : powerMethods) {
+        if (isAsked(method, measurement)) {
             const Measurement prepared = withPowerMethod(measurement, method);
             results.parameterTexts.push_back(library.measure(prepared, RT305_4_OPERATION_PARAMETERS).parameters);
-            results.parameters.push_back(readParameters(results.parameterTexts.back()));
+            results.parameters.push_back(measuredParameters(results.parameterTexts.back(), prepared));
         }
-    } else {
+    }
+    if (!measurement.isCombined()) {
         results.signals = signalsOf(full, library);
     }
-    results.harmonics = readKinds(library.measure(measurement, RT305_4_OPERATION_DISTORTION), readHarmonics);
+    results.harmonics = measuredHarmonics(library.measure(measurement, RT305_4_OPERATION_DISTORTION), measurement);
     results.fundamentals = fundamentalsOf(measurement, results.harmonics);
-    results.derived =
-        derivedFigures(measurement, results.fundamentals,
-                       results.parameters.empty() ? Parameters{} : results.parameters[plainThreeWattmeter]);
+    results.derived = derivedFigures(measurement, results.fundamentals,
+                                     measurement.isCombined() ? results.parameters[plainThreeWattmeter] : Parameters{});
     results.wiring = judgeWiring(full, results.fundamentals, results.derived);
     return results;
 }
@@ -50,7 +58,7 @@ void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, 
     }
     Measurement withSpectra = full.measurement;
     withSpectra.settings.spectrumFlags = fullSpectrumFlags;
-    results.spectra = readKinds(library.measure(withSpectra, RT305_4_OPERATION_SPECTRUM), readSpectra);
+    results.spectra = measuredSpectra(library.measure(withSpectra, RT305_4_OPERATION_SPECTRUM), withSpectra);
 }
 
 }  // namespace rt305

@@ -18,8 +18,8 @@ inline constexpr std::uint32_t fullSpectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN 
 /// Everything that the library and the tool find in one measurement.
 struct FullResults {
     std::string libraryVersion;
-    std::vector<std::string> parameterTexts{};  // as the library wrote them
-    std::vector<Parameters> parameters{};       // by power method, as in powerMethods; none unless all six are measured
+    std::vector<std::string> parameterTexts{};             // as the library wrote them
+    std::vector<Parameters> parameters{};                  // by power method, as in powerMethods, as far as it applies
     std::vector<KindResults<SignalStatistics>> signals{};  // at the recorded rate
     std::vector<KindResults<Harmonics>> harmonics{};
     std::vector<KindResults<Spectrum>> spectra{};
@@ -28,9 +28,9 @@ struct FullResults {
     std::vector<std::string> wiring{};  // the verdict, in sentences
 };
 
-/// The figures of `rt305 measure`: with all six channels the parameters by every power method, each with the voltages
-/// that it requires; otherwise the statistics of the channels; and always the harmonics, the derived figures and the
-/// wiring.
+/// The figures of `rt305 measure`: the parameters, with voltages and currents by every power method and each with the
+/// voltages that it requires; for one kind of channels also their statistics; and always the harmonics, the derived
+/// figures and the wiring.
 FullResults measureAll(const FullMeasurement& full, const Library& library);
 
 /// Adds what only a report shows: spectra, and statistics if there are none.

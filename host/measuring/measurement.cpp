@@ -6,69 +6,14 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "measuring/channel_choice.h"
+#include "measuring/nominal_frequency.h"
+#include "signal/fundamental.h"
 #include "signal/resampler.h"
 
 namespace rt305 {
 
 namespace {
-
-constexpr double lowestMeasuredRateHz = 4.0 * controlWindow.lower;
-constexpr double mostStretch = 64.0;  // new samples for each recorded one
-constexpr double shortestSeconds = 1.0 / 60.0;
-
-/// The names of the channels in a range that have samples, or of those that have none.
-std::vector<std::string> namesWhere(const Measurement& measurement, bool present, std::size_t from, std::size_t to) {
-    std::vector<std::string> names;
-    for (std::size_t channel = from; channel < to; ++channel) {
-        if (measurement.samples[channel].empty() != present) {
-            names.emplace_back(channelNames[channel]);
-        }
-    }
-    return names;
-}
-
-/// Forms the samples of one of the three channels from `first` on, whose sum is zero, from the other two, if recorded.
-void formThird(Measurement& measurement, std::size_t place, std::size_t first) {
-    auto& samples = measurement.samples;
-    const auto& x = samples[first + (place + 1) % phaseTotal];
-    const auto& y = samples[first + (place + 2) % phaseTotal];
-    auto& formed = samples[first + place];
-    if (!formed.empty() || x.empty() || y.empty()) {
-        return;
-    }
-    formed.resize(measurement.length);
-    for (std::size_t k = 0; k < measurement.length; ++k) {
-        formed[k] = -(x[k] + y[k]);
-    }
-}
-
-void rebuildMissingCurrent(Measurement& measurement) {
-    const std::uint32_t place = (measurement.settings.flags & RT305_4_REBUILT_PHASE_MASK) / RT305_4_REBUILT_PHASE_A;
-    if (measurement.has(RT305_4_TWO_CURRENTS) && place != 0) {
-        formThird(measurement, place - 1, phaseTotal);
-    }
-}
-
-std::uint32_t decideInputType(Measurement& measurement, const std::string& source) {
-    const auto missingVoltages = namesWhere(measurement, false, 0, phaseTotal);
-    const auto missingCurrents = namesWhere(measurement, false, phaseTotal, channelTotal);
-    if (missingVoltages.empty() && missingCurrents.empty()) {
-        return RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-    }
-    if (!missingVoltages.empty() && !missingCurrents.empty()) {
-        const auto missing = namesWhere(measurement, false, 0, channelTotal);
-        failInput(source + ": neither three voltages nor three currents, there is no column for " + joined(missing) +
-                  "; name the columns with --map Ua=COLUMN,...");
-    }
-    const bool voltages = missingVoltages.empty();
-    const auto unused = voltages ? namesWhere(measurement, true, phaseTotal, channelTotal)
-                                 : namesWhere(measurement, true, 0, phaseTotal);
-    if (!unused.empty()) {
-        measurement.warnings.push_back(joined(unused) + " not used: there is no column for " +
-                                       joined(voltages ? missingCurrents : missingVoltages));
-    }
-    return voltages ? RT305_4_INPUT_VOLTAGES : RT305_4_INPUT_CURRENTS;
-}
 
 Segment chosenSegment(const Recording& recording, Measurement& measurement) {
     const auto& segments = recording.segments;
@@ -87,31 +32,6 @@ Segment chosenSegment(const Recording& recording, Measurement& measurement) {
                                     formatNumber(segments[number].rateHz) + " Hz; --segment chooses another");
     }
     return segments[number];
-}
-
-/// Line voltages by their names make three wires, unless the user has given the wiring. Two of them give the third.
-void useLineVoltages(const Recording& recording, Measurement& measurement) {
-    const Assignment& assignment = measurement.assignment;
-    if (!assignment.areLineVoltages || (measurement.settings.wiringIsGiven && measurement.has(RT305_4_FOUR_WIRE))) {
-        return;
-    }
-    measurement.settings.flags &= ~RT305_4_FOUR_WIRE;
-    std::vector<std::string> names;
-    std::optional<std::size_t> missing;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        if (const auto column = assignment.columns[phase]) {
-            names.push_back(inQuotes(recording.columns[*column].name));
-        } else {
-            missing = phase;
-        }
-    }
-    measurement.notes.push_back(joined(names) +
-                                " are line voltages: measured as three wires, with phase voltages "
-                                "against the virtual neutral; --wiring four if they are phase voltages");
-    if (missing) {
-        formThird(measurement, *missing, 0);
-        measurement.notes.push_back(std::string(lineVoltageNames[*missing]) + " is formed from the other two");
-    }
 }
 
 /// The assigned columns' samples of the segment, in V and A.
@@ -142,9 +62,15 @@ void takeChannels(const Recording& recording, const Segment& segment, Measuremen
     }
 }
 
+/// "50 Hz", "16.67 Hz".
+std::string textOfNominal(double nominalHz) {
+    return formatNumber(nominalHz, 4) + " Hz";
+}
+
 std::string describeResampling(const Measurement& measurement) {
-    std::string text = "resampled from " + formatNumber(measurement.recordedRateHz, 9) + " Hz to the " +
-                       formatNumber(measurement.rateHz) + " Hz at which the library measures this";
+    std::string text = "resampled from " + formatNumber(measurement.recordedRateHz, 9) + " Hz to " +
+                       formatNumber(measurement.rateHz) + " Hz, as the library needs 200 samples a cycle of " +
+                       textOfNominal(measurement.nominalHz);
     if (measurement.recordedRateHz < measurement.rateHz) {
         text += "; the recording contains no harmonics above " +
                 formatNumber(std::floor(measurement.recordedRateHz * resampledBandwidth / 2.0)) + " Hz";
@@ -176,6 +102,50 @@ struct ChosenPart {
     std::size_t count = 0;
 };
 
+/// The samples of the part.
+PerChannel<std::vector<double>> samplesOf(const ChosenPart& chosen) {
+    PerChannel<std::vector<double>> part;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (const auto& samples = chosen.measurement.samples[channel]; !samples.empty()) {
+            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(chosen.first);
+            part[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(chosen.count));
+        }
+    }
+    return part;
+}
+
+/// The user's nominal frequency, else the file's, else one by the fundamental, the latter if a grid can have them;
+/// otherwise 50 Hz.
+double chooseNominal(const ChosenPart& chosen, const Recording& recording) {
+    constexpr FrequencyWindow ofGrids{5.0, 1000.0};
+    if (chosen.measurement.settings.nominalHz > 0.0) {
+        return chosen.measurement.settings.nominalHz;
+    }
+    if (ofGrids.contains(recording.nominalHz)) {
+        return recording.nominalHz;
+    }
+    const double measured =
+        nominalFrequencyFor(commonFundamental(samplesOf(chosen), chosen.measurement.recordedRateHz));
+    return ofGrids.contains(measured) ? measured : libraryNominalHz;
+}
+
+/// Fundamentals so close to an end of the fixed window, relative to it, are measured with the wide one.
+constexpr double windowMargin = 0.0005;
+
+/// Takes the wide window when a fundamental is inside it, and not safely inside the narrow one.
+void chooseWindow(Measurement& measurement) {
+    const FrequencyWindow narrow = fixedWindow.scaled(measurement.frequencyScale());
+    const FrequencyWindow wide = controlWindow.scaled(measurement.frequencyScale());
+    for (const auto& samples : measurement.samples) {
+        const double fundamental = estimateFundamental(samples, measurement.rateHz).value_or(0.0);
+        const bool isSafe =
+            narrow.contains(fundamental * (1.0 - windowMargin)) && narrow.contains(fundamental * (1.0 + windowMargin));
+        if (!isSafe && wide.contains(fundamental)) {
+            measurement.settings.flags |= RT305_4_FREQUENCY_CONTROL;
+        }
+    }
+}
+
 ChosenPart choosePart(const Recording& recording, const MeasurementSettings& settings) {
     ChosenPart chosen{.measurement = {.settings = settings}};
     Measurement& measurement = chosen.measurement;
@@ -186,38 +156,34 @@ ChosenPart choosePart(const Recording& recording, const MeasurementSettings& set
     measurement.length = segment.count;
     measurement.rateHz = measurement.recordedRateHz = part.rateHz;
     takeChannels(recording, segment, measurement);
-    useLineVoltages(recording, measurement);
-    rebuildMissingCurrent(measurement);
-    measurement.inputType = settings.inputType ? *settings.inputType : decideInputType(measurement, recording.source);
+    chooseChannels(measurement, recording);
+    measurement.nominalHz = chooseNominal(chosen, recording);
     return chosen;
 }
 
 /// Refuses samples that have no fundamental to measure, or of which resampling would make too many.
 void requireResamplable(const Measurement& measurement, const ChosenPart& chosen, const std::string& source) {
-    const double rate = chosen.measurement.recordedRateHz;
+    constexpr double fewestPerCycle = 2.5;
+    const double nominal = measurement.nominalHz;
+    const double rate = measurement.recordedRateHz;
     const double seconds = static_cast<double>(chosen.count) / rate;
-    if (rate < lowestMeasuredRateHz) {
-        failInput(source + ": a sample rate of " + formatNumber(rate) +
-                  " Hz is too low to measure a fundamental, which " + "needs " + formatNumber(lowestMeasuredRateHz) +
+    if (rate < fewestPerCycle * nominal) {
+        failInput(source + ": a sample rate of " + formatNumber(rate) + " Hz is too low to measure a grid of " +
+                  textOfNominal(nominal) + ", which needs " + formatNumber(fewestPerCycle * nominal) +
                   " Hz; rt305 signals shows the statistics");
     }
-    if (measurement.assumedRateHz() > mostStretch * rate) {
-        failInput(source + ": a sample rate of " + formatNumber(rate) + " Hz is too low to be resampled to the " +
-                  formatNumber(measurement.assumedRateHz()) + " Hz at which the library measures this, by at most " +
-                  formatNumber(mostStretch) + " times");
-    }
-    if (seconds < shortestSeconds) {
+    if (seconds * nominal < 1.0) {
         failInput(source + ": " + formatNumber(seconds) + " s are too short to be measured; at least " +
-                  formatNumber(shortestSeconds, 3) + " s, a cycle at 60 Hz, are needed");
+                  formatNumber(1.0 / nominal, 3) + " s, a cycle at " + textOfNominal(nominal) + ", are needed");
     }
 }
 
 /// Keeps the chosen part of the segment's samples only.
 void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatters rateMatters,
                     const std::string& source) {
-    if (rateMatters == RateMatters::yes && measurement.settings.resample && !measurement.isAtAssumedRate()) {
+    if (rateMatters == RateMatters::yes && measurement.settings.resample && !measurement.isAtWantedRate()) {
         requireResamplable(measurement, chosen, source);
-        measurement.rateHz = measurement.assumedRateHz();
+        measurement.rateHz = measurement.wantedRateHz();
         measurement.notes.push_back(describeResampling(measurement));
     }
     for (auto& samples : measurement.samples) {
@@ -226,17 +192,29 @@ void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatt
             measurement.length = samples.size();
         }
     }
+    if (rateMatters == RateMatters::yes && measurement.settings.chooseWindow) {
+        chooseWindow(measurement);
+    }
     warnOfGaps(measurement);
 }
 
 }  // namespace
 
 std::string FrequencyWindow::text() const {
-    return formatNumber(lower) + "-" + formatNumber(upper) + " Hz";
+    return formatNumber(lower, 4) + "-" + formatNumber(upper, 4) + " Hz";
 }
 
-bool Measurement::isAtAssumedRate() const {
-    return std::fabs(rateHz - assumedRateHz()) <= 1e-4 * assumedRateHz();
+bool Measurement::isAtWantedRate() const {
+    return std::fabs(rateHz - wantedRateHz()) <= 1e-4 * wantedRateHz();
+}
+
+double Measurement::frequencyScale() const {
+    const double nominalScale = nominalHz / libraryNominalHz;
+    return std::fabs(rateHz - wantedRateHz()) <= 1e-7 * wantedRateHz() ? nominalScale : rateHz / libraryRateHz;
+}
+
+FrequencyWindow Measurement::window() const {
+    return (has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow).scaled(frequencyScale());
 }
 
 void invertForTwoWattmeters(MeasurementSettings& settings) {

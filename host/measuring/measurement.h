@@ -13,19 +13,24 @@
 
 namespace rt305 {
 
-/// The sample rates that the library assumes when it measures frequency, harmonics and spectra, whatever rate a request
-/// names: one for all six channels, one for voltages or currents alone.
-inline constexpr double combinedRateHz = 10000.0;
-inline constexpr double singleKindRateHz = 500.0;
+/// The library takes all six channels as sampled at this rate, and the grid as one of 50 Hz, whatever rate a request
+/// names. So a cycle needs 200 samples, and the frequencies in its texts are real ones only at 10 kHz. RMS, power and
+/// THD do not depend on the scale of time: a grid of any frequency is measured with 200 samples a nominal cycle, and
+/// the frequencies are multiplied by rate / 10000.
+inline constexpr double libraryRateHz = 10000.0;
+inline constexpr double libraryNominalHz = 50.0;
 
-/// The range in which the library accepts a fundamental, without its ends, in Hz.
+/// A range of the fundamental, without its ends, in Hz.
 struct FrequencyWindow {
     double lower;
     double upper;
 
     bool contains(double frequency) const { return lower < frequency && frequency < upper; }
+    FrequencyWindow scaled(double factor) const { return {lower * factor, upper * factor}; }
     std::string text() const;  // "49.6-50.4 Hz"
 };
+
+/// Where the library accepts a fundamental, in its own hertz.
 inline constexpr FrequencyWindow fixedWindow{49.6, 50.4};
 inline constexpr FrequencyWindow controlWindow{10.0, 60.0};
 
@@ -35,13 +40,16 @@ struct MeasurementSettings {
     std::optional<std::size_t> segment;      // from 1; empty: the main one
     double startSeconds = 0.0;               // of the part to measure, after the segment's first sample
     double durationSeconds = 0.0;            // of the part to measure; 0: to the segment's end
-    bool resample = true;                    // to the rate that the library assumes
-    std::optional<std::uint32_t> inputType;  // RT305_4_INPUT_*; empty: by the channels in the recording
+    double nominalHz = 0.0;                  // of the grid; 0: as the file says, else by the fundamental
+    bool resample = true;                    // to 200 samples a nominal cycle
+    bool chooseWindow = true;                // RT305_4_FREQUENCY_CONTROL when a fundamental needs it
+    bool fillIn = true;                      // hand over all six channels: copies for those that are not measured
+    std::optional<std::uint32_t> inputType;  // what to measure, RT305_4_INPUT_*; empty: by the channels there
     std::uint32_t flags = RT305_4_SIMULATED_SOURCE_MASK | RT305_4_FOUR_WIRE;  // struct1_T.measurementFlags
-    bool wiringIsGiven = false;       // otherwise columns named as line voltages clear RT305_4_FOUR_WIRE
-    std::uint32_t spectrumFlags = 0;  // struct1_T.spectrumFlags
-    std::int16_t peaks = 10;          // the largest lines of each spectrum
-    double peakCriterion = 0.0;       // with RT305_4_SPECTRUM_CRITERION
+    bool wiringIsGiven = false;  // otherwise columns named as line voltages clear RT305_4_FOUR_WIRE
+    std::uint32_t spectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN;  // struct1_T.spectrumFlags
+    std::int16_t peaks = 10;                                     // the largest lines of each spectrum
+    double peakCriterion = 0.0;                                  // with RT305_4_SPECTRUM_CRITERION
     PerChannel<double> coefficients{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
     PerChannel<double> gains{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
     PerChannel<double> resistances{};  // ohm
@@ -54,34 +62,43 @@ void invertForTwoWattmeters(MeasurementSettings& settings);
 /// Samples ready to be measured, with their settings.
 struct Measurement {
     MeasurementSettings settings;
-    Assignment assignment{};                    // the column of each channel
-    PerChannel<std::vector<double>> samples{};  // V and A; empty: not measured
+    Assignment assignment{};                             // the column of each channel
+    PerChannel<std::vector<double>> samples{};           // V and A; empty: not measured
+    PerChannel<std::size_t> standIns{0, 1, 2, 3, 4, 5};  // the channel whose samples the library gets
     std::size_t length = 0;
     double rateHz = 0.0;
     double recordedRateHz = 0.0;  // before resampling
-    std::uint32_t inputType = 0;
+    double nominalHz = libraryNominalHz;
+    std::uint32_t inputType = 0;          // as the library is asked to measure
     std::vector<std::string> notes{};     // preparation that the user may not expect
     std::vector<std::string> warnings{};  // what makes results doubtful or missing
 
     bool has(std::uint32_t flag) const { return (settings.flags & flag) == flag; }
-    const FrequencyWindow& window() const { return has(RT305_4_FREQUENCY_CONTROL) ? controlWindow : fixedWindow; }
     std::uint32_t powerFlag() const { return settings.flags & RT305_4_POWER_MASK; }
-    bool hasVoltages() const { return inputType != RT305_4_INPUT_CURRENTS; }
-    bool hasCurrents() const { return inputType != RT305_4_INPUT_VOLTAGES; }
-    bool isCombined() const { return inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS; }
+    bool measures(std::size_t channel) const { return !samples[channel].empty(); }
+    bool hasVoltages() const { return measures(0); }
+    bool hasCurrents() const { return measures(phaseTotal); }
+    bool isCombined() const { return hasVoltages() && hasCurrents(); }
+    bool isThreePhase() const { return measures(1) || measures(phaseTotal + 1); }  // else phase a alone
+    const std::vector<double>& handedOver(std::size_t channel) const { return samples[standIns[channel]]; }
     double durationSeconds() const { return static_cast<double>(length) / rateHz; }
-    double assumedRateHz() const { return isCombined() ? combinedRateHz : singleKindRateHz; }
-    bool isAtAssumedRate() const;  // within 0.01 %
+
+    /// The rate at which the library sees the nominal frequency as its 50 Hz; equal within 0.01 %.
+    double wantedRateHz() const { return libraryRateHz / libraryNominalHz * nominalHz; }
+    bool isAtWantedRate() const;
+
+    /// Real hertz for a hertz of the library.
+    double frequencyScale() const;
+    FrequencyWindow window() const;  // in real hertz
 };
 
 /// Whether results depend on the rate that the library assumes: those of frequencies do, statistics do not.
 enum class RateMatters { no, yes };
 
-/// Takes the channels from one segment of a recording, or from a part of it, and resamples them to the rate that the
-/// library assumes if that matters and the settings allow it; a note says so. A current that is to be rebuilt from the
-/// other two need not be recorded. Fails when the rate is unknown, when there is no such segment or part, when the
-/// channels present make no input type, and on samples to be resampled that are taken below 40 Hz or 1/64 of the new
-/// rate, or last less than 1/60 s.
+/// Takes the channels from one segment of a recording, or from a part of it (see chooseChannels), decides on nominal
+/// frequency and frequency window, and resamples to the rate that the library needs if that matters and the settings
+/// allow it; a note says so. Fails when the rate is unknown, when there is no such segment or part, when channels are
+/// missing, and on samples to be resampled that are fewer than 2.5 a nominal cycle or last less than one.
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings,
                             RateMatters rateMatters = RateMatters::yes);
 

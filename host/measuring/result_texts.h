@@ -59,19 +59,6 @@ struct KindResults {
     std::vector<Channel> channels;
 };
 
-/// The results of both kinds of channels, without a kind that was not measured.
-template <class Channel>
-std::vector<KindResults<Channel>> readKinds(ResultTexts texts, std::vector<Channel> (*read)(const std::string&)) {
-    std::vector<KindResults<Channel>> kinds;
-    for (std::string* const text : {&texts.voltages, &texts.currents}) {
-        if (!text->empty()) {
-            auto channels = read(*text);
-            kinds.push_back({text == &texts.currents, std::move(*text), std::move(channels)});
-        }
-    }
-    return kinds;
-}
-
 /// The parameter of that name; NaN without a unit when there is none.
 NamedValue parameterNamed(const Parameters& parameters, std::string_view name);
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 
+#include "measuring/nominal_frequency.h"
 #include "signal/fundamental.h"
 
 namespace rt305 {
@@ -18,6 +19,9 @@ std::vector<ThdObstacle> unusableChannels(const ThdSet& set, const Measurement& 
     std::vector<ThdObstacle> obstacles;
     for (std::size_t channel = set.firstChannel; channel < set.firstChannel + phaseTotal; ++channel) {
         const auto& samples = measurement.samples[channel];
+        if (samples.empty()) {
+            continue;
+        }
         if (std::any_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); })) {
             obstacles.push_back({Kind::missingSamples, channel});
         } else if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) == samples.end()) {
@@ -29,13 +33,12 @@ std::vector<ThdObstacle> unusableChannels(const ThdSet& set, const Measurement& 
     return obstacles;
 }
 
-/// In Hz at the rate that the library assumes; 0 without a fundamental.
+/// In Hz, 0 where there is no fundamental.
 Frequencies frequenciesOf(const ThdSet& set, const Measurement& measurement) {
     Frequencies frequencies{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         frequencies[phase] =
-            estimateFundamental(measurement.samples[set.firstChannel + phase], measurement.assumedRateHz())
-                .value_or(0.0);
+            estimateFundamental(measurement.handedOver(set.firstChannel + phase), measurement.rateHz).value_or(0.0);
     }
     return frequencies;
 }
@@ -49,14 +52,22 @@ bool accepts(const FrequencyWindow& window, const Frequencies& frequencies) {
            std::all_of(frequencies.begin(), frequencies.end(), [&](double f) { return window.contains(f); });
 }
 
+/// Without the margin in which the library may see a fundamental on the other side of the limit.
+FrequencyWindow surelyInside(const FrequencyWindow& window) {
+    constexpr double margin = 0.0005;
+    return {window.lower * (1.0 + margin), window.upper * (1.0 - margin)};
+}
+
 std::vector<ThdObstacle> outsideWindow(const ThdSet& set, const std::vector<std::size_t>& missing,
-                                       const FrequencyWindow& window, const Frequencies& frequencies) {
-    if (const double mean = meanOf(frequencies); !window.contains(mean)) {
+                                       const Measurement& measurement, const Frequencies& frequencies) {
+    const FrequencyWindow window = surelyInside(measurement.window());
+    const double mean = meanOf(frequencies);
+    if (measurement.isThreePhase() && !window.contains(mean)) {
         return {{Kind::meanOutsideWindow, set.firstChannel, mean}};
     }
     std::vector<ThdObstacle> obstacles;
     for (const std::size_t phase : missing) {
-        const std::size_t judge = set.judges[phase];
+        const std::size_t judge = measurement.isThreePhase() ? set.judges[phase] : phase;
         if (!window.contains(frequencies[judge])) {
             obstacles.push_back({Kind::outsideWindow, set.firstChannel + judge, frequencies[judge], judge != phase});
         }
@@ -69,7 +80,8 @@ std::vector<ThdObstacle> outsideWindow(const ThdSet& set, const std::vector<std:
 MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement) {
     MissingThd missing;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        if (std::isnan(parameterNamed(parameters, set.parameters[phase]).value)) {
+        if (measurement.measures(set.firstChannel + phase) &&
+            std::isnan(parameterNamed(parameters, set.parameters[phase]).value)) {
             missing.phases.push_back(phase);
         }
     }
@@ -78,12 +90,18 @@ MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Mea
     }
     const Frequencies frequencies = frequenciesOf(set, measurement);
     missing.obstacles = unusableChannels(set, measurement);
-    if (missing.obstacles.empty()) {
-        missing.obstacles = outsideWindow(set, missing.phases, measurement.window(), frequencies);
+    if (!missing.obstacles.empty()) {
+        return missing;
     }
-    missing.areOutsideWindow = std::all_of(frequencies.begin(), frequencies.end(), [](double f) { return f > 0.0; }) &&
-                               !accepts(measurement.window(), frequencies);
-    missing.controlWindowAccepts = missing.areOutsideWindow && accepts(controlWindow, frequencies);
+    missing.obstacles = outsideWindow(set, missing.phases, measurement, frequencies);
+    const FrequencyWindow wide = controlWindow.scaled(measurement.frequencyScale());
+    missing.controlWindowAccepts = !missing.obstacles.empty() && !measurement.has(RT305_4_FREQUENCY_CONTROL) &&
+                                   accepts(surelyInside(wide), frequencies);
+    const double nominal = nominalFrequencyFor(meanOf(frequencies));
+    const auto window = fixedWindow.scaled(nominal / libraryNominalHz);
+    if (!missing.obstacles.empty() && nominal != measurement.nominalHz && accepts(window, frequencies)) {
+        missing.betterNominalHz = nominal;
+    }
     return missing;
 }
 

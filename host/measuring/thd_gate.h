@@ -28,15 +28,15 @@ struct ThdObstacle {
 
     Kind kind;
     std::size_t channel;          // not of meanOutsideWindow
-    double frequencyHz = 0.0;     // of the two last kinds, as the library takes the samples
+    double frequencyHz = 0.0;     // of the two last kinds
     bool decidesOnOther = false;  // outsideWindow: the THD of another phase is missing for it
 };
 
 struct MissingThd {
     std::vector<std::size_t> phases;     // empty: none is missing
     std::vector<ThdObstacle> obstacles;  // empty: the tool finds none
-    bool areOutsideWindow = false;       // all three have a fundamental, but not all are accepted
-    bool controlWindowAccepts = false;   // with areOutsideWindow
+    bool controlWindowAccepts = false;   // the narrow window is the obstacle
+    double betterNominalHz = 0.0;        // of which the fundamentals are those; 0: none, or the one in use
 };
 MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement);
 

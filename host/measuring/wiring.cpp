@@ -122,7 +122,7 @@ std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents)
 
 std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamentals& fundamentals,
                                      const DerivedFigures& derived) {
-    if (!full.measurement.hasVoltages()) {
+    if (!full.measurement.hasVoltages() || !full.measurement.isThreePhase()) {
         return {};
     }
     const auto [lowest, highest] =

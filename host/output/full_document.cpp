@@ -40,6 +40,9 @@ ResultTable powerTable(const std::vector<Parameters>& byMethod) {
     for (const QuantityRow& quantity : powerRows) {
         for (std::size_t i = 0; i < quantity.names.size(); ++i) {
             const std::string name = quantity.names[i];
+            if (parameterNamed(byMethod[0], name).unit.empty()) {
+                continue;  // a phase that is not measured
+            }
             std::vector<Cell> cells;
             for (std::size_t method = 0; method < byMethod.size(); ++method) {
                 const bool isGiven = i == 0 || powerMethods[method].givesPhases;
@@ -78,8 +81,9 @@ ResultTable highestHarmonicsTable(const std::vector<KindResults<Harmonics>>& kin
     return table;
 }
 
-std::vector<Cell> byPhase(const PerPhase<double>& values) {
-    return {std::nullopt, values[0], values[1], values[2]};
+std::vector<Cell> byPhase(const PerPhase<double>& values, bool isThreePhase) {
+    return isThreePhase ? std::vector<Cell>{std::nullopt, values[0], values[1], values[2]}
+                        : std::vector<Cell>{std::nullopt, values[0], std::nullopt, std::nullopt};
 }
 
 std::vector<Cell> inTotal(double value) {
@@ -88,16 +92,20 @@ std::vector<Cell> inTotal(double value) {
 
 ResultTable derivedTable(const FullMeasurement& full, const FullResults& results) {
     const DerivedFigures& derived = results.derived;
+    const bool isThreePhase = full.measurement.isThreePhase();
     ResultTable table = phaseTable("derived", "Computed by rt305, not by the library");
-    table.addRow({"fine_frequency", "Fundamental", "Hz", 4}, byPhase(results.fundamentals.frequencies));
+    table.addRow({"fine_frequency", "Fundamental", "Hz", 4}, byPhase(results.fundamentals.frequencies, isThreePhase));
     if (const auto& factors = derived.powerFactors) {
-        table.addRow({"power_factor", "Power factor P / (U I)", "", 4}, {factors->begin(), factors->end()});
+        auto cells = byPhase({(*factors)[1], (*factors)[2], (*factors)[3]}, isThreePhase);
+        cells[0] = (*factors)[0];
+        table.addRow({"power_factor", "Power factor P / (U I)", "", 4}, std::move(cells));
     }
     if (derived.currentLags) {
-        table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags));
+        table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags, isThreePhase));
     }
     if (derived.voltageLags) {
-        table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2}, byPhase(*derived.voltageLags));
+        table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2},
+                     byPhase(*derived.voltageLags, isThreePhase));
     }
     if (const auto& unbalance = derived.voltageUnbalance) {
         table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
@@ -112,23 +120,25 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     if (derived.currentSum) {
         table.addRow({"sum_of_currents", "Sum of the currents", "A"}, inTotal(derived.currentSum->ofSum));
     }
+    removeEmptyColumns(table);
     return table;
 }
 
-/// What all six channels give: parameters and power.
+/// The parameters, and power where there are voltages and currents.
 void addParameters(const FullMeasurement& full, const FullResults& results, ResultDocument& document) {
     const Parameters& parameters = results.parameters[complexThreeWattmeter];
     document.tables.push_back(electricalTable(parameters));
-    document.tables.push_back(powerTable(results.parameters));
-    document.settings = (full.fromLineVoltages ? "three-wire, measured with phase voltages computed by rt305"
-                                               : std::string("four-wire")) +
-                        ", fundamental inside " + full.measurement.window().text();
+    document.settings = describeWiring(full.measurement, full.fromLineVoltages) + ", fundamental inside " +
+                        full.measurement.window().text();
     Measurement measured = full.measurement;
-    measured.settings.flags |= powerMethods[complexThreeWattmeter].flag;
+    if (measured.isCombined()) {
+        document.tables.push_back(powerTable(results.parameters));
+        measured.settings.flags |= powerMethods[complexThreeWattmeter].flag;
+    }
     const auto remarks = remarksOn(parameters, measured);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
     if (!std::isnan(parameterNamed(parameters, "P").value)) {
-        for (std::size_t method = 0; method < std::size(powerMethods); ++method) {
+        for (std::size_t method = 0; method < results.parameters.size(); ++method) {
             const auto& [label, meaning] = powerWordings[method];
             document.remarks.push_back(std::string(label) + " (" + powerMethods[method].name + "): " + meaning);
         }
@@ -144,15 +154,11 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
         document.remarks.push_back("Wiring: " + sentence);
     }
     document.rawTexts = results.parameterTexts;
-    if (measurement.isCombined()) {
-        addParameters(full, results, document);
-    } else {
+    addParameters(full, results, document);
+    if (!measurement.isCombined()) {
         const auto& signals = results.signals.at(0);
         document.rawTexts.push_back(signals.text);
         document.tables.push_back(signalTable("signals", signals.channels));
-        if (const std::string remark = remarkOnLength(measurement); !remark.empty()) {
-            document.remarks.push_back(remark);
-        }
     }
     for (const auto& kind : results.harmonics) {
         document.rawTexts.push_back(kind.text);

@@ -8,8 +8,8 @@
 
 namespace rt305 {
 
-/// The document of `rt305 measure`. Its tables: with all six channels "parameters" and "power", else "signals"; then
-/// "derived" and "highest_harmonics".
+/// The document of `rt305 measure`. Its tables: "parameters"; "power" of voltages and currents, otherwise "signals";
+/// then "derived" and "highest_harmonics".
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results);
 
 }  // namespace rt305

@@ -52,7 +52,8 @@ bool isMissing(const Parameters& parameters, std::string_view name) {
 
 std::string sentenceOf(const ThdObstacle& obstacle, const FrequencyWindow& window) {
     const std::string name(channelNames[obstacle.channel]);
-    const std::string outside = formatFixed(obstacle.frequencyHz, 2) + " Hz, lies outside " + window.text();
+    const std::string outside = formatFixed(obstacle.frequencyHz, 2) + " Hz, lies " +
+                                (window.contains(obstacle.frequencyHz) ? "at a limit of " : "outside ") + window.text();
     switch (obstacle.kind) {
         case ThdObstacle::Kind::missingSamples:
             return name + " has samples that are not numbers";
@@ -80,15 +81,11 @@ std::string reasonOf(const MissingThd& missing, const FrequencyWindow& window) {
     return joined(sentences);
 }
 
-std::string hintOn(const MissingThd& missing, const Measurement& measurement) {
-    std::string hint;
-    if (missing.areOutsideWindow && !measurement.isAtAssumedRate()) {
-        hint += " when the samples are taken as " + formatNumber(measurement.assumedRateHz()) + " a second";
-    }
+std::string hintOn(const MissingThd& missing) {
     if (missing.controlWindowAccepts) {
-        hint += "; try --frequency control";
+        return "; try --frequency control";
     }
-    return hint;
+    return missing.betterNominalHz > 0.0 ? "; try --nominal " + formatNumber(missing.betterNominalHz, 4) : "";
 }
 
 /// Adds a remark when THD of the set is missing, and returns the reason.
@@ -105,7 +102,7 @@ std::string explainThd(const ThdSet& set, const Parameters& parameters, const Me
     const auto& [quantities, allChannels] = isCurrent(set.firstChannel) ? currentWording : voltageWording;
     std::string reason = reasonOf(missing, measurement.window());
     remarks.push_back(std::string(quantities) + " of " + (names.size() == phaseTotal ? allChannels : joined(names)) +
-                      " not given: " + reason + hintOn(missing, measurement) + ".");
+                      " not given: " + reason + hintOn(missing) + ".");
     return reason;
 }
 
@@ -117,8 +114,12 @@ void explainPower(const Parameters& parameters, const Measurement& measurement, 
         remarks.emplace_back("No power: --power was not given.");
         return;
     }
+    if (!measurement.isThreePhase() && !method->givesPhases) {
+        remarks.emplace_back("No power: two wattmeters need three phases; use a three-wattmeter method.");
+        return;
+    }
     if (!thdReason.empty()) {
-        remarks.push_back("No power: it needs THD of all six channels, but " + thdReason + ".");
+        remarks.push_back("No power: it needs THD of all channels, but " + thdReason + ".");
         return;
     }
     if (isMissing(parameters, "Pa")) {
@@ -141,25 +142,55 @@ void explainPower(const Parameters& parameters, const Measurement& measurement, 
 std::string remarkOnLength(const Measurement& measurement) {
     const double cycles = cyclesOf(measurement);
     return isTooShortForThd(cycles)
-               ? "THD and harmonics read too high in records of less than " + formatNumber(cyclesForThd) +
-                     " cycles (2500 samples at 50 Hz and 10000 Hz); this one has " + formatFixed(cycles, 1) + "."
+               ? "THD and harmonics read too high in records of less than " + formatNumber(cyclesForThd) + " cycles (" +
+                     formatNumber(cyclesForThd / measurement.nominalHz, 3) + " s at " +
+                     formatNumber(measurement.nominalHz, 4) + " Hz); this one has " + formatFixed(cycles, 1) + "."
                : "";
 }
 
-std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement) {
-    if (!measurement.isCombined()) {
-        return {"Types 4 and 8 (voltages or currents alone) carry no electrical parameters: give all six channels."};
+std::string remarkOnTexts(const Measurement& measurement, bool areSpectra) {
+    std::vector<std::string> differences;
+    if (const double scale = measurement.frequencyScale(); scale != 1.0) {
+        differences.push_back("frequencies are " + formatNumber(1.0 / scale, 9) + " times what they are");
     }
+    if (areSpectra && (measurement.settings.spectrumFlags & RT305_4_SPECTRUM_WINDOW_MASK) != 0) {
+        differences.emplace_back("amplitudes are not corrected for the gain of the window");
+    }
+    if (areSpectra) {
+        differences.emplace_back("peaks can be side lobes");
+    }
+    if (!measurement.isCombined() || !measurement.isThreePhase()) {
+        differences.emplace_back("channels that are not measured are copies of others");
+    }
+    return differences.empty() ? "" : "the texts are the library's own: " + joined(differences);
+}
+
+std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement) {
+    std::vector<std::string> remarks;
+    for (const ThdSet& set : thdSets) {
+        explainThd(set, parameters, measurement, remarks);
+    }
+    return remarks;
+}
+
+std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement) {
     std::vector<std::string> remarks;
     std::string thdReason;
+    bool isThdGiven = false;
     for (const ThdSet& set : thdSets) {
         const std::string reason = explainThd(set, parameters, measurement, remarks);
         thdReason = thdReason.empty() ? reason : thdReason;
+        isThdGiven = isThdGiven || std::any_of(set.parameters.begin(), set.parameters.end(),
+                                               [&](const char* name) { return !isMissing(parameters, name); });
     }
-    if (const std::string remark = remarkOnLength(measurement); !remark.empty() && thdReason.empty()) {
+    if (const std::string remark = remarkOnLength(measurement); !remark.empty() && isThdGiven) {
         remarks.push_back(remark);
     }
-    explainPower(parameters, measurement, thdReason, remarks);
+    if (measurement.isCombined()) {
+        explainPower(parameters, measurement, thdReason, remarks);
+    } else if (measurement.powerFlag() != RT305_4_POWER_NONE) {
+        remarks.emplace_back("No power: it needs voltages and currents.");
+    }
     return remarks;
 }
 

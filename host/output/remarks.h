@@ -12,6 +12,12 @@ namespace rt305 {
 /// A sentence when the record is too short to measure its harmonics, else nothing.
 std::string remarkOnLength(const Measurement& measurement);
 
+/// In what the library's own texts differ from the results of the tool: one sentence without a full stop, or nothing.
+std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
+
+/// Why THD is missing: one sentence for each set of channels.
+std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement);
+
 /// What a reader of the parameter table must know: one sentence for every group of missing values, with the reason as
 /// far as the tool can find it, and one for every figure that the settings make doubtful.
 std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement);

@@ -13,15 +13,12 @@ namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-std::string inputTypeName(std::uint32_t inputType) {
-    switch (inputType) {
-        case RT305_4_INPUT_VOLTAGES:
-            return "voltages";
-        case RT305_4_INPUT_CURRENTS:
-            return "currents";
-        default:
-            return "voltages and currents";
+std::string contentOf(const Measurement& measurement) {
+    const bool isThreePhase = measurement.isThreePhase();
+    if (measurement.isCombined()) {
+        return isThreePhase ? "voltages and currents" : "voltage and current of one phase";
     }
+    return std::string(measurement.hasVoltages() ? "voltage" : "current") + (isThreePhase ? "s" : " of one phase");
 }
 
 ResultTable::Cell cellAt(const std::vector<double>& values, std::size_t i) {
@@ -49,11 +46,14 @@ void addQuantities(ResultTable& table, const Rows& rows, const Parameters& param
         std::vector<ResultTable::Cell> cells;
         std::string unit;
         for (const std::string_view name : row.names) {
-            const NamedValue parameter = parameterNamed(parameters, name);
-            cells.push_back(name.empty() ? std::nullopt : ResultTable::Cell(parameter.value));
-            unit = parameter.unit == "-" || parameter.unit.empty() ? unit : parameter.unit;
+            const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                            [name](const NamedValue& parameter) { return parameter.name == name; });
+            cells.push_back(found == parameters.end() ? std::nullopt : ResultTable::Cell(found->value));
+            unit = found == parameters.end() || found->unit == "-" ? unit : found->unit;
         }
-        table.addRow({row.key, row.label, unit, row.mostDecimals}, std::move(cells));
+        if (std::any_of(cells.begin(), cells.end(), [](const auto& cell) { return cell.has_value(); })) {
+            table.addRow({row.key, row.label, unit, row.mostDecimals}, std::move(cells));
+        }
     }
 }
 
@@ -65,19 +65,39 @@ ResultDocument documentOf(const Recording& recording, const Measurement& measure
                             .startSeconds = measurement.settings.startSeconds,
                             .samples = measurement.length,
                             .rateHz = measurement.rateHz,
-                            .content = inputTypeName(measurement.inputType),
+                            .content = contentOf(measurement),
                             .library = libraryVersion,
                             .warnings = recording.warnings};
     document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
     return document;
 }
 
+std::string describeWiring(const Measurement& measurement, bool fromLineVoltages) {
+    return !measurement.isThreePhase()          ? "one phase"
+           : fromLineVoltages                   ? "three-wire, measured with phase voltages computed by rt305"
+           : measurement.has(RT305_4_FOUR_WIRE) ? "four-wire"
+                                                : "three-wire";
+}
+
 std::string describeMethods(const Measurement& measurement) {
     const auto* const method =
         std::find_if(std::begin(powerMethods), std::end(powerMethods),
                      [&](const PowerMethod& known) { return known.flag == measurement.powerFlag(); });
-    return std::string(measurement.has(RT305_4_FOUR_WIRE) ? "four-wire" : "three-wire") + ", fundamental inside " +
-           measurement.window().text() + ", power: " + (method == std::end(powerMethods) ? "none" : method->name);
+    return describeWiring(measurement, false) + ", fundamental inside " + measurement.window().text() +
+           ", power: " + (method == std::end(powerMethods) ? "none" : method->name);
+}
+
+void removeEmptyColumns(ResultTable& table) {
+    for (std::size_t column = table.columns.size(); column-- > 0;) {
+        if (std::none_of(table.cells.begin(), table.cells.end(),
+                         [column](const auto& row) { return row[column].has_value(); })) {
+            const auto at = static_cast<std::ptrdiff_t>(column);
+            table.columns.erase(table.columns.begin() + at);
+            for (auto& row : table.cells) {
+                row.erase(row.begin() + at);
+            }
+        }
+    }
 }
 
 ResultTable phaseTable(const std::string& name, const std::string& title) {
@@ -90,13 +110,24 @@ ResultTable phaseTable(const std::string& name, const std::string& title) {
 ResultTable electricalTable(const Parameters& parameters) {
     ResultTable table = phaseTable("parameters");
     addQuantities(table, electricalRows, parameters);
+    removeEmptyColumns(table);
     return table;
 }
 
 ResultTable parameterTable(const Parameters& parameters) {
-    ResultTable table = electricalTable(parameters);
+    ResultTable table = phaseTable("parameters");
+    addQuantities(table, electricalRows, parameters);
     addQuantities(table, powerRows, parameters);
     addQuantities(table, std::array{powerFactorRow}, parameters);
+    removeEmptyColumns(table);
+    return table;
+}
+
+ResultTable distortionTable(const Parameters& parameters) {
+    Parameters kept = parameters;
+    std::erase_if(kept, [](const NamedValue& parameter) { return parameter.name.rfind("THD", 0) != 0; });
+    ResultTable table = electricalTable(kept);
+    table.name = "thd";
     return table;
 }
 

@@ -11,6 +11,9 @@
 
 namespace rt305 {
 
+/// "four-wire" and the like.
+std::string describeWiring(const Measurement& measurement, bool fromLineVoltages);
+
 /// How the parameters were measured, in a few words.
 std::string describeMethods(const Measurement& measurement);
 
@@ -42,12 +45,18 @@ inline constexpr QuantityRow powerRows[] = {
 };
 inline constexpr QuantityRow powerFactorRow{"power_factor", "Power factor", {"Pf", "Pfa", "Pfb", "Pfc"}};
 
+/// Removes the columns of phases and totals that no row has.
+void removeEmptyColumns(ResultTable& table);
+
 /// A table without rows whose columns are total, a, b and c.
 ResultTable phaseTable(const std::string& name, const std::string& title = "");
 
-/// The electrical quantities, and all parameters.
+/// The electrical quantities, and all parameters; only those that are in `parameters`.
 ResultTable electricalTable(const Parameters& parameters);
 ResultTable parameterTable(const Parameters& parameters);
+
+/// THD alone.
+ResultTable distortionTable(const Parameters& parameters);
 
 /// The statistics, the largest spectral lines and the harmonics of one kind of channels, side by side. Empty without
 /// channels.

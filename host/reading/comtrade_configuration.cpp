@@ -58,7 +58,9 @@ public:
         addFact("Station", station[0]);
         addFact("Recorder", station.size() > 1 ? station[1] : "");
         readChannels();
-        addFact("Nominal frequency", nextFields("the nominal frequency")[0]);
+        const std::string_view nominal = nextFields("the nominal frequency")[0];
+        addFact("Nominal frequency", nominal);
+        result_.nominalHz = std::max(0.0, parseNumber(nominal).value_or(0.0));
         readRates();
         readTail();
         return std::move(result_);

@@ -38,6 +38,7 @@ struct ComtradeConfiguration {
     std::size_t announcedLength = 0;  // last sample in the rate lines
     std::optional<SampleForm> form;
     double secondsPerStamp = 1e-6;
+    double nominalHz = 0.0;  // of the grid; 0: not stated
     std::vector<std::pair<std::string, std::string>> facts;
 };
 

@@ -335,6 +335,7 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     recording.format = "COMTRADE, " + std::string(nameOf(*form));
     recording.length = rows.length();
     recording.facts = std::move(configuration.facts);
+    recording.nominalHz = configuration.nominalHz;
     recording.warnings = std::move(rows.warnings);
     if (options.encoding.empty() && !isUtf8(parts.configuration)) {
         recording.warnings.push_back(undecodedText(parts.configurationName));

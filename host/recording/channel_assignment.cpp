@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <tuple>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -362,6 +363,57 @@ void warnOfUnused(const Recording& recording, const Identities& identities, cons
     }
 }
 
+/// The only column of a quantity, by unit or name; nothing for none and for several.
+std::optional<std::size_t> onlyColumnOf(const Recording& recording, Quantity quantity) {
+    std::optional<std::size_t> only;
+    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
+        const Words words = wordsOf(recording.columns[i].name);
+        const Quantity ofUnit = unitOf(recording.columns[i].unit).quantity;
+        const bool isNamed = ofUnit == Quantity::unknown &&
+                             std::any_of(words.begin(), words.end(),
+                                         [quantity](const std::string& word) { return quantityOf(word) == quantity; });
+        const auto named = identifyByName(recording.columns[i].name);
+        const bool isOther = named && (named->quantity != quantity || named->phase.isPair);
+        if (isComputed(words) || isOther || !(ofUnit == quantity || isNamed)) {
+            continue;
+        }
+        if (only) {
+            return std::nullopt;
+        }
+        only = i;
+    }
+    return only;
+}
+
+/// A recording of one phase, such as of a voltage and a current without a phase in their names: takes the only column
+/// of a quantity that has no channel yet, for the phase of the other quantity.
+void guessSinglePhase(const Recording& recording, Assignment& assignment) {
+    const auto assigned = [&assignment](std::size_t first) {
+        std::vector<std::size_t> phases;
+        for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+            if (assignment.columns[first + phase]) {
+                phases.push_back(phase);
+            }
+        }
+        return phases;
+    };
+    const auto voltages = assigned(0);
+    const auto currents = assigned(phaseTotal);
+    if (voltages.size() > 1 || currents.size() > 1) {
+        return;
+    }
+    const std::size_t phase = !voltages.empty() ? voltages[0] : !currents.empty() ? currents[0] : 0;
+    for (const auto& [quantity, first, isThere] : {std::tuple{Quantity::voltage, std::size_t{0}, !voltages.empty()},
+                                                   std::tuple{Quantity::current, phaseTotal, !currents.empty()}}) {
+        const auto column = isThere ? std::nullopt : onlyColumnOf(recording, quantity);
+        if (column) {
+            assignment.columns[first + phase] = column;
+            assignment.reasons[first + phase] =
+                std::string("the only column of a ") + (first == 0 ? "voltage" : "current");
+        }
+    }
+}
+
 /// Readers number the columns of a file without names.
 bool haveNoNames(const Recording& recording) {
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
@@ -422,6 +474,7 @@ Assignment assignColumns(const Recording& recording, const PerChannel<std::strin
     assignment.areLineVoltages = useLineVoltages(identities, assignment);
     guess(recording, identities, {Quantity::voltage, assignment.areLineVoltages}, assignment, mentioned);
     guess(recording, identities, {Quantity::current, false}, assignment, mentioned);
+    guessSinglePhase(recording, assignment);
     for (std::size_t phase = 0; assignment.areLineVoltages && phase < phaseTotal; ++phase) {
         const auto column = assignment.columns[phase];
         if (column && identities[*column] && identities[*column]->phase.isReversed) {

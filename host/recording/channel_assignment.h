@@ -30,8 +30,9 @@ struct Assignment {
 /// by its unit and the phase given in the file. With two phases ("Uab", "U12", "UL1L2", "V_CA", phase "AB") it is a
 /// line voltage. Line voltages are taken, two of them or more, when there are not three phase voltages. Its unit must
 /// be of voltage or current, or missing. If several groups of three columns match that differ only in the rest of their
-/// names, the first group is used. Six columns without names are used in order. A warning names the columns that look
-/// like voltages or currents and are not used.
+/// names, the first group is used. Six columns without names are used in order. Of a recording of one phase, the
+/// only voltage and the only current are used, with or without a phase in their names. A warning names the columns that
+/// look like voltages or currents and are not used.
 ///
 /// Fails when a chosen column does not exist, when two columns outside a group match one channel, and when a column
 /// that is used has a fault.

@@ -42,6 +42,7 @@ struct Recording {
     std::size_t length = 0;                                    // samples in every column without a fault
     std::vector<double> seconds{};                             // time of each sample; empty when unknown
     std::vector<Segment> segments{};                           // all samples in order; empty when the rate is unknown
+    double nominalHz = 0.0;                                    // of the grid, as the file says; 0 when it does not
     std::string rateOrigin{};                                  // "from column ..." and the like
     std::string format{};                                      // "CSV", "COMTRADE, BINARY" and the like
     std::vector<std::pair<std::string, std::string>> facts{};  // other information in the file: label, text

@@ -21,7 +21,7 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
         {"rt305 info v.csv", "Uab V; Uab by its name; Ubc by its name"},
         {"measure --wiring four v.csv", "Ua and Ub not used; no column for Uc"},
         {"generate | sed '1s/Ic/In/' | measure --two-currents c -", "that are not used: ; In"},
-        {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; parameters/frequency/a = 59.9"},
+        {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; derived/fine_frequency/a = 59.9"},
         {"generate | measure --coefficients 2,2,2,10,10,10 -",
          "power/P/two-wattmeter = 69000; parameters/current/c = 50"},
     });
@@ -35,8 +35,9 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
         {"generate --harmonic-u 3:8 --harmonic-u 5:15 --harmonic-u 7:5 --angle 60 | measure -",
          "parameters/thd_voltage/c = 17.72 ~ 0.01; derived/power_factor/a = 0.49233; "
          "highest_harmonics/1 = 5 15 5 15 5 15 ~ 0.01; highest_harmonics/2/Vb_percent = 8 ~ 0.01; \"4\":{}"},
-        {"generate --harmonic-u 3:5 --harmonic-u 11:30 | cut -d, -f1-4 | measure -",  // at its own rate
-         "signals/rms/Vb = 240.405 ~ 0.05; highest_harmonics/1/Vc_percent = 5 ~ 0.01"},
+        {"generate --harmonic-u 3:5 --harmonic-u 38:30 | cut -d, -f1-4 | measure -",
+         "signals/rms/Vb = 240.405 ~ 0.05; highest_harmonics/1 = 38 30 38 30 38 30 ~ 0.01; parameters/thd_voltage/b = "
+         "30.4138; !current; !power"},
         {"generate --frequency 49.7 --duration 0.317 --angle 30 --harmonic-u 3:20:40 --offsets Ua=10 | measure -",
          "derived/current_lag = 30 30 30 ~ 0.05; derived/fine_frequency/b = 49.7; derived/voltage_unbalance_u2 = 0 ~ "
          "0.1"},
@@ -53,13 +54,13 @@ TEST(Measure, ChannelsDecideWhatIsMeasured) {
     expectShown({
         {"generate | cut -d, -f1-4 | signals -", R"("voltages","; !not used)"},
         {"generate | cut -d, -f1,5-7 | signals -", R"("currents",)"},
-        {"generate | cut -d, -f1-5,7 | signals -", R"("voltages","; Ia and Ic not used; Ib"])"},
+        {"generate | cut -d, -f1-5,7 | signals -", R"("voltages and currents",; -(Ia + Ic); signals_i/rms = 5 5 5)"},
+        {"generate | cut -d, -f1-4,6 | signals -", R"("voltages","; Ib not used; Ia and Ic"])"},
         {"generate | cut -d, -f1-5,7 | signals --two-currents b -", R"("voltages and currents",)"},
         {"generate | cut -d, -f1-6 | signals --two-currents b -", R"("voltages","; not used)"},
         {"generate | cut -d, -f1,3-7 | signals -", R"("currents","; Ub and Uc not used)"},
         {"generate | cut -d, -f1,3-6 | rt305 signals -", "Ua and Ic", 3},
-        {"generate | cut -d, -f1-4 | rt305 params --type all -", "no data for one or more phases", 1},
-        {"generate | cut -d, -f1-4 | measure --type all -", "Ia", 3},
+        {"generate | cut -d, -f1-4 | rt305 params --type all -", "Ia, Ib and Ic", 3},
         {"generate | cut -d, -f2- | rt305 signals -", "--rate", 3},
         {"generate | sed '1s/V/kV/g; 1s/A/mA/g' | signals -", "signals_u/rms/Va = 230000; signals_i/rms/Ib = 0.005"},
     });
@@ -83,17 +84,67 @@ TEST(Measure, APartOfASegment) {
     });
 }
 
-/// The library assumes 10000 Hz for six channels and 500 Hz for three.
+/// One phase alone has the figures of a phase of the same load, and no others.
+TEST(Measure, OnePhase) {
+    expectShown({
+        {"generate --angle 60 --harmonic-u 5:10 | cut -d, -f1,3,6 | measure -",
+         "Ub is shown as Ua; voltage and current of one phase; parameters/phase_voltage = 231.147; power/P = 575 575; "
+         "power/Pa = 575 575; derived/power_factor = 0.49752 0.49752; derived/current_lag = 60; parameters/thd_voltage "
+         "= 10; !unbalance; !line_voltage; !two-wattmeter; !Wiring; !Vb"},
+        {"printf 't,U (V),I (A)\n0,1,2\n1,-1,2\n2,1,-2\n3,-1,-2\n' | signals -",
+         "signals_u/rms = 1; signals_i/rms = 2"},
+        {"generate | cut -d, -f1,6 | params --wiring three --two-currents a -",
+         "\"current of one phase\"; parameters/current = 5; parameters/frequency = 50; !total"},
+        {"generate | cut -d, -f1,6 | rt305 spectrum --json-lines --coefficients Ib=3 -", "spectrum_i/1/Ia_A = 21.2132"},
+        {"generate | cut -d, -f1,2,5 | params --power two-wattmeter-phase -", "two wattmeters need three phases"},
+        {"generate | cut -d, -f1-3 | measure -", "Uc, Ia", 3},
+    });
+}
+
+/// A cycle has 200 samples whatever its length, and frequencies are true ones.
+TEST(Measure, GridsOfAnyFrequency) {
+    const std::string distorted =
+        " --angle 30 --harmonic-u 3:8:-70 --harmonic-u 5:15:141 --harmonic-u 7:5:-34 --harmonic-i 3:20:-165 "
+        "--harmonic-i 5:15:234 --harmonic-i 7:10:234 --voltage 100 --current 100 --digits 9 | measure -";
+    // IEEE Std 1459-2010, annex B: by phase
+    const std::string figures =
+        "power/Pa = 8632.7886 8632.7886; power/Sb/three-wattmeter = 10517.4926; power/Qc/three-wattmeter-complex = "
+        "4984.669; parameters/thd_voltage = 17.72 17.72 17.72 ~ 1e-4; parameters/thd_current/c = 26.9258; samples = ";
+    expectShown({
+        {"generate --frequency 16.7 --duration 0.8982" + distorted, figures + "2994; 16.53-16.8 Hz"},
+        {"generate --frequency 50 --duration 0.3 --rate 1000" + distorted, figures + "3000"},
+        {"generate --frequency 60.01 --duration 0.33328 --rate 50000" + distorted, figures + "3999; 59.52-60.48 Hz"},
+        {"generate --frequency 65 --duration 0.30769" + distorted, figures + "3692; 12-72 Hz"},
+        {"generate --frequency 33 --duration 0.60606" + distorted, figures + "4000; 32.74-33.26 Hz"},
+        {"generate --frequency 400 --duration 0.05" + distorted, figures + "4000; derived/fine_frequency/b = 400"},
+        {"generate --frequency 57 | measure --nominal 50 -", "samples = 10000; 10-60 Hz; parameters/frequency/b = 57"},
+        {"generate --frequency 60 | rt305 spectrum --json-lines --peaks 3 -",
+         "spectrum_u/1/Va_Hz = 60; spectrum_u/1/Va_V = 325.269; !\"2\""},
+        {"generate --frequency 60 | rt305 spectrum --raw - 2>&1 >/dev/null", "0.833333333 times"},
+    });
+}
+
 TEST(Measure, ResamplesUnlessToldOtherwise) {
     expectShown({
         {"generate --rate 4000 --harmonic-u 5:3 | params --power three-wattmeter-complex -",
          "resampled from 4000 Hz; 1820 Hz; parameters/phase_voltage/a = 230.103; parameters/thd_voltage/b = 3 ~ 0.001; "
          "parameters/active_power/total = 3450"},
         {"generate --rate 10000.5 | rt305 params -", "!resampled"},
-        {"generate --duration 0.3 | cut -d, -f1-4 | rt305 spectrum --json-lines -", "samples = 150; 500 Hz"},
-        {"generate --duration 0.3 | cut -d, -f1-4 | signals -", "samples = 3000; !resampled"},
-        {"generate --duration 0.3 | cut -d, -f1-4 | rt305 spectrum --no-resample -", "0.05 times"},
+        {"generate --duration 0.3 --rate 8000 | cut -d, -f1-4 | signals -", "samples = 2400; !resampled"},
+        {"generate --rate 50000 --frequency 60 | params --no-resample -",
+         "samples = 50000; fundamental inside 50-300 Hz; parameters/frequency/a = 60"},
     });
+}
+
+/// Two lines and 9.6 cycles.
+TEST(Measure, SpectraHaveLinesAndNoSideLobes) {
+    for (const std::string window : {"rect", "hann", "hamming", "kaiser"}) {
+        expectShown(
+            {{"generate --frequency 48 --voltage 100 --harmonic-u 9:20 --duration 0.2 | cut -d, -f1,3 | "
+              "rt305 spectrum --nominal 50 --json-lines - --window " +
+                  window,
+              "spectrum_u/1 = 48 141.42 ~ 1.5; spectrum_u/2 = 432 28.3 ~ 1; !\"3\""}});
+    }
 }
 
 TEST(Measure, OptionsReachTheLibrary) {
@@ -104,7 +155,7 @@ TEST(Measure, OptionsReachTheLibrary) {
          "parameters/reactive_power/total = -1725"},
         {"generate --frequency 59.9 --duration 10 | params --frequency control --coefficients Ub=2 --map "
          "Ia=Ib,Ib=Ic,Ic=4 -",
-         "parameters/frequency/c = 59.9; parameters/phase_voltage/b = 460"},
+         "12-72 Hz; parameters/frequency/c = 59.88; parameters/phase_voltage/b = 460"},
         {"generate --current 10 --harmonic-u 3:5 --harmonic-i 40:10 --voltage 100 | rt305 spectrum --json-lines "
          "--window hann --db --mode 2 --criterion -30 -",
          "spectrum_u/2/Va_Hz = 150; spectrum_u/2/Vb_dB = -26.02 ~ 0.01; spectrum_u/3/Va_Hz = -; spectrum_i/2/Ia_Hz = "

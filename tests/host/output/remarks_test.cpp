@@ -29,13 +29,12 @@ TEST(Remarks, SayWhyValuesAreMissing) {
     expectShown({
         {"generate --angle 30 | rt305 params --power three-wattmeter-complex -", "!No power:; !not given"},
         {"generate | rt305 params -", "--power was not given; THD of voltage"},
-        {"generate --frequency 59.96 | params --power two-wattmeter-phase -",
-         "of the voltages not given; of the currents not given; 59.96 Hz, lies outside 49.6-50.4 Hz; "
+        {"generate --frequency 50.96 | params --power two-wattmeter-phase --frequency fixed -",
+         "of the voltages not given; of the currents not given; 50.96 Hz, lies outside 49.6-50.4 Hz; "
          "try --frequency control; No power: it needs THD; parameters/frequency/a = -; parameters/active_power = -"},
-        {"generate --frequency 65 | params --power two-wattmeter-phase --frequency control -",
-         "65.00 Hz, lies outside 10-60 Hz; !try"},
-        {"generate --rate 50000 --frequency 60 | params --no-resample -",
-         "12.00 Hz, lies outside; taken as 10000 a second; try --frequency control; 0.2 times"},
+        {"generate --frequency 60 | params --nominal 50 -", "60.00 Hz, lies at a limit of 10-60 Hz; try --nominal 60"},
+        {"generate --frequency 400 | measure --nominal 60Hz -",
+         "400.00 Hz, lies outside 59.52-60.48 Hz; try --nominal 400"},
         {"generate --factors Ib=0 | params --power two-wattmeter-phase -",
          "THD of the currents not given: Ib is dead (0 A); No power: ; !voltages not given"},
         {"generate --angle 30 | params --power two-wattmeter-phase -", "No power per phase; magnitudes"},
@@ -44,10 +43,10 @@ TEST(Remarks, SayWhyValuesAreMissing) {
         {"generate --duration 0.26 | params -", "!12.5 cycles"},
         {"generate --duration 0.2 | cut -d, -f1-4 | measure -", "12.5 cycles"},
         {"generate --duration 0.2 | rt305 distortion -", "has 10.0"},
-        {"generate | cut -d, -f1-4 | rt305 params -", "give all six channels"},
+        {"generate | cut -d, -f1-4 | params --power two-wattmeter-phase -", "needs voltages and currents"},
         // the library judges phase c by the fundamental of b
         {"generate > grid.csv; generate --frequency 50.9 | cut -d, -f3 | paste -d, grid.csv - | params --map Ub=7 "
-         "--power two-wattmeter-phase -",
+         "--power two-wattmeter-phase --frequency fixed -",
          "frequency of Uc not given: the fundamental of Ub, 50.90 Hz; try --frequency control"},
         {"generate --frequency 75 | cut -d, -f3 | paste -d, grid.csv - | params --map Ub=7 -",
          "58.33 Hz, lies outside 49.6-50.4 Hz; !try"},
@@ -56,12 +55,12 @@ TEST(Remarks, SayWhyValuesAreMissing) {
 
 TEST(Results, MissingFiguresInEachForm) {
     expectShown({
-        {"generate | cut -d, -f1-4 | rt305 params --type voltages --plain -", "\tphase_voltage\ta\t\t"},
-        {"generate | cut -d, -f1-4 > u.csv; rt305 params --csv u.csv", "file,start,; u.csv,0,parameters,frequency,a,,"},
+        {"generate --factors Ub=0 | cut -d, -f1-4 > u.csv; rt305 params --plain u.csv", "\tthd_voltage\ta\t\t"},
+        {"rt305 params --csv u.csv", "file,start,; u.csv,0,parameters,frequency,a,,"},
         {"cp u.csv 'a,\"b\".csv'; rt305 signals --csv 'a,\"b\".csv'",
-         R"("a,""b"".csv",0,signals_u,peak2peak,Vb,650.502,V)"},
-        {"rt305 params u.csv", "Phase voltage - - -"},
-        {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion -", "1 50.000 47.23 100.000 - - - 50.000"},
+         R"("a,""b"".csv",0,signals_u,peak2peak,Va,650.538,V)"},
+        {"rt305 params u.csv", "Frequency - - -"},
+        {"rt305 distortion u.csv", "1 50.00 47.23 100.000 - - - 50.00; Ub is dead"},
         {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion --json-lines -", R"("Vb_Hz":null)"},
     });
 }

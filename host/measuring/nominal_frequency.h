@@ -1,0 +1,20 @@
+#ifndef RT305_HOST_MEASURING_NOMINAL_FREQUENCY_H
+#define RT305_HOST_MEASURING_NOMINAL_FREQUENCY_H
+
+#include <vector>
+
+#include "recording/channels.h"
+
+namespace rt305 {
+
+/// The fundamental that most of the voltages have, or of the currents where no voltage has one, in Hz; 0 for none.
+/// Empty channels are left out.
+double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz);
+
+/// The nominal frequency of a grid with this fundamental in Hz: the nearest of 16.7 (50/3), 25, 50, 60 and 400 Hz if it
+/// is within 10 %, otherwise the fundamental itself; 50 Hz for no fundamental (0).
+double nominalFrequencyFor(double fundamentalHz);
+
+}  // namespace rt305
+
+#endif
