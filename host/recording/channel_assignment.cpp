@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <tuple>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -385,32 +384,36 @@ std::optional<std::size_t> onlyColumnOf(const Recording& recording, Quantity qua
     return only;
 }
 
+/// The phases of a quantity that have a column.
+std::vector<std::size_t> assignedPhases(const Assignment& assignment, std::size_t firstChannel) {
+    std::vector<std::size_t> phases;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (assignment.columns[firstChannel + phase]) {
+            phases.push_back(phase);
+        }
+    }
+    return phases;
+}
+
 /// A recording of one phase, such as of a voltage and a current without a phase in their names: takes the only column
 /// of a quantity that has no channel yet, for the phase of the other quantity.
 void guessSinglePhase(const Recording& recording, Assignment& assignment) {
-    const auto assigned = [&assignment](std::size_t first) {
-        std::vector<std::size_t> phases;
-        for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-            if (assignment.columns[first + phase]) {
-                phases.push_back(phase);
-            }
-        }
-        return phases;
-    };
-    const auto voltages = assigned(0);
-    const auto currents = assigned(phaseTotal);
+    const auto voltages = assignedPhases(assignment, 0);
+    const auto currents = assignedPhases(assignment, phaseTotal);
     if (voltages.size() > 1 || currents.size() > 1) {
         return;
     }
-    const std::size_t phase = !voltages.empty() ? voltages[0] : !currents.empty() ? currents[0] : 0;
-    for (const auto& [quantity, first, isThere] : {std::tuple{Quantity::voltage, std::size_t{0}, !voltages.empty()},
-                                                   std::tuple{Quantity::current, phaseTotal, !currents.empty()}}) {
-        const auto column = isThere ? std::nullopt : onlyColumnOf(recording, quantity);
-        if (column) {
-            assignment.columns[first + phase] = column;
-            assignment.reasons[first + phase] =
-                std::string("the only column of a ") + (first == 0 ? "voltage" : "current");
+    const auto take = [&](Quantity quantity, std::size_t channel, const char* reason) {
+        if (const auto column = onlyColumnOf(recording, quantity)) {
+            assignment.columns[channel] = column;
+            assignment.reasons[channel] = reason;
         }
+    };
+    if (voltages.empty()) {
+        take(Quantity::voltage, currents.empty() ? 0 : currents[0], "the only column of a voltage");
+    }
+    if (currents.empty()) {
+        take(Quantity::current, phaseTotal + (voltages.empty() ? 0 : voltages[0]), "the only column of a current");
     }
 }
 
