@@ -23,7 +23,7 @@ TEST(Limits, TimeAndMemoryDependOnTheBytesOfAFile) {
     Shown rows[] = {
         {"rows 20000 1 | rt305 measure -", "1 Hz is too low; needs 125 Hz; rt305 signals", 3},
         {"rows 20000 1 | rt305 signals -", "20000 samples at 1 Hz; !warning"},
-        {"rows 1000 0.01 | rt305 report -", "100 Hz is too low", 3},
+        {"rows 1000 0.01 | rt305 report --nominal 50 -", "100 Hz is too low", 3},
         {"rows 1000 1e-9 | rt305 measure -", "too short to be measured", 3},
         {"rows 1000 1e-300 | rt305 info -", "column \"t\", is 1e+300 Hz; 1 GHz", 3},
         {"rows 1000 1e15 | rt305 info -", "column \"t\", is 1e-15 Hz", 3},
@@ -40,7 +40,7 @@ TEST(Limits, TimeAndMemoryDependOnTheBytesOfAFile) {
         {"yes 1,2,3 | rt305 info -", "out of memory", 5},
         {"mkfifo f.dat; cp a.cfg f.cfg; rt305 info f.cfg", "f.dat: is not a regular file", 3},
         {"truncate -s 3G hole.csv; rt305 info hole.csv", "2147483648 bytes", 3},
-        {"rows 2000 0.0025 | rt305 params --json-lines -", "400 Hz to 10000 Hz"},
+        {"rows 2000 0.0025 | rt305 params --json-lines -", "400 Hz to 12000 Hz"},
         {"(ulimit -v 35000; rows 20000 0.0025 | rt305 measure -)", "out of memory", 5},
     };
     for (Shown& row : rows) {
