@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::array<std::size_t, 6> lengths{500, 2000, 10000, 16384, 100000, 1000000};
+constexpr std::array<std::size_t, 7> lengths{1, 500, 2000, 10000, 16384, 100000, 1000000};
 constexpr std::size_t typicalLength = 10000;
 
 std::string titleOf(std::size_t n) {

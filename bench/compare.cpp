@@ -206,8 +206,9 @@ int main(int argc, char** argv) {
     const support::Process before = support::loadProcess(asPath(argv[1]).c_str());
     const support::Process after = support::loadProcess(asPath(argv[2]).c_str());
     const bool agree = textsAgree(before, after);
-    for (const std::size_t n : {std::size_t{2000}, std::size_t{10000}, std::size_t{16384}}) {
-        addRows("Whole calls, " + std::to_string(n) + " samples", operationsOfLength(n), before, after);
+    for (const std::size_t n : {1U, 500U, 2000U, 10000U, 16384U}) {
+        addRows("Whole calls, " + std::to_string(n) + (n == 1 ? " sample" : " samples"), operationsOfLength(n), before,
+                after);
     }
     addRows("Parameters, type 21, 10000 samples", parameterVariants(), before, after);
     addRows("Spectra, type 21, 10000 samples", spectrumVariants(), before, after);

@@ -167,6 +167,8 @@ void printSearch(std::string_view mode) {
 int main() {
     using namespace calc_modul_K9_web_ns;
     settleHeap();
+    printShares(500, 501);
+    printShares(2000, 201);
     printShares(10000, 51);
     printShares(1000000, 5);
     std::printf("\nFrequency search, three channels of 10000 samples\n");

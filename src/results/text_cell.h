@@ -13,7 +13,7 @@
 // Converts the values of a computation record to the cells of a result table.
 
 inline MatlabCell textCell(std::string_view text) {
-    return MatlabCell(std::string(text));
+    return MatlabCell(text);
 }
 
 inline MatlabCell rowCell(const coder::row& values) {
@@ -33,12 +33,15 @@ inline std::uint64_t columnCount(double variables) {
 /// Fills a table from a record of named values with units: one row each.
 template <class Record>
 void fillNamedValues(MatlabTable& table, const Record& record) {
-    table.resize(columnCount(record.header.variables), record.values.size());
+    constexpr std::size_t columns = 3;
+    std::vector<MatlabCell> cells;
+    cells.reserve(columns * record.values.size());
     for (std::size_t row = 0; row < record.values.size(); ++row) {
-        table.setCell(0, row, textCell(record.names[row]));
-        table.setCell(1, row, MatlabCell(record.values[row]));
-        table.setCell(2, row, textCell(record.units[row]));
+        cells.emplace_back(record.names[row]);
+        cells.emplace_back(record.values[row]);
+        cells.emplace_back(record.units[row]);
     }
+    table.setCells(columns, std::move(cells));
 }
 
 #endif

@@ -11,6 +11,7 @@ std::int64_t MatlabCell::objectsCounter = 0;
 
 namespace {
 
+const std::string noText;
 const MatlabCell::SharedRow noRow;
 const std::vector<double> noDoubles;
 const std::vector<std::int64_t> noInts;
@@ -92,9 +93,6 @@ MatlabCell& MatlabCell::operator=(MatlabCell&& other) noexcept {
     value_ = std::move(value);
     return *this;
 }
-MatlabCell::~MatlabCell() {
-    --objectsCounter;
-}
 
 template <class T>
 const T& MatlabCell::valueOr(const T& fallback, bool* ok) const {
@@ -113,6 +111,9 @@ std::int64_t MatlabCell::toInt(bool* ok) const {
 }
 double MatlabCell::toDouble(bool* ok) const {
     return valueOr(0.0, ok);
+}
+const std::string& MatlabCell::toText(bool* ok) const {
+    return valueOr(noText, ok);
 }
 const std::vector<std::int64_t>& MatlabCell::toIntVector(bool* ok) const {
     return valueOr(noInts, ok);

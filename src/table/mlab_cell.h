@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -34,13 +36,14 @@ public:
     static std::int64_t cellCounter;
     static std::int64_t objectsCounter;
 
-    MatlabCell() : MatlabCell(Value()) {}
-    explicit MatlabCell(const std::string& value) : MatlabCell(Value(value)) {}
-    explicit MatlabCell(unsigned long value) : MatlabCell(Value(std::uint64_t{value})) {}
-    explicit MatlabCell(long value) : MatlabCell(Value(std::int64_t{value})) {}
-    explicit MatlabCell(int value) : MatlabCell(Value(std::int64_t{value})) {}
-    explicit MatlabCell(double value) : MatlabCell(Value(value)) {}
-    explicit MatlabCell(float value) : MatlabCell(Value(double{value})) {}
+    MatlabCell() : MatlabCell(std::in_place_type<std::monostate>) {}
+    explicit MatlabCell(const std::string& value) : MatlabCell(std::string_view(value)) {}
+    explicit MatlabCell(std::string_view value) : MatlabCell(std::in_place_type<std::string>, value) {}
+    explicit MatlabCell(unsigned long value) : MatlabCell(std::in_place_type<std::uint64_t>, value) {}
+    explicit MatlabCell(long value) : MatlabCell(std::in_place_type<std::int64_t>, value) {}
+    explicit MatlabCell(int value) : MatlabCell(std::in_place_type<std::int64_t>, value) {}
+    explicit MatlabCell(double value) : MatlabCell(std::in_place_type<double>, value) {}
+    explicit MatlabCell(float value) : MatlabCell(std::in_place_type<double>, value) {}
     /// A deep copy of the table, made by its virtual clone.
     explicit MatlabCell(const MatlabTable& table);
     /// Takes the table over; not null.
@@ -66,7 +69,7 @@ public:
     MatlabCell(MatlabCell&& other) noexcept;
     MatlabCell& operator=(const MatlabCell& other);
     MatlabCell& operator=(MatlabCell&& other) noexcept;
-    virtual ~MatlabCell();
+    virtual ~MatlabCell() { --objectsCounter; }
 
     /// Typed access. *ok, when given, is set to whether the cell has that type; if not, the result is 0 or empty.
     std::uint64_t toUInt(bool* ok = nullptr) const;
@@ -76,6 +79,7 @@ public:
     const std::vector<std::int64_t>& toIntVector(bool* ok = nullptr) const;
     const std::vector<std::uint64_t>& toUIntVector(bool* ok = nullptr) const;
     const std::vector<double>& toDoubleVector(bool* ok = nullptr) const;
+    const std::string& toText(bool* ok = nullptr) const;
     /// The value as text: numbers by the printf rules %llu, %lld and %.10e, vectors and tables by their size, as in
     /// "[1x3 double]" and "[2x3 table]" (columns first). *ok is false only for a cell without a value.
     std::string toString(bool* ok = nullptr) const;
@@ -104,6 +108,12 @@ private:
     using Value = std::variant<std::monostate, std::string, std::uint64_t, std::int64_t, double, OwnedTable, SharedRow,
                                std::vector<std::int64_t>, std::vector<std::uint64_t>>;
 
+    /// The value is made in place; a table is filled with many cells.
+    template <class T, class... Arguments>
+    explicit MatlabCell(std::in_place_type_t<T> type, Arguments&&... arguments)
+        : value_(type, std::forward<Arguments>(arguments)...), id_(++cellCounter) {
+        ++objectsCounter;
+    }
     explicit MatlabCell(Value value);
 
     template <class T>

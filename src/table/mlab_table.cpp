@@ -82,13 +82,17 @@ void MatlabTable::resize(std::uint64_t cols, std::uint64_t rows) {
     assert(cells_.size() == rows_ * cols_ && columnNames_.size() == cols_);
 }
 
-const MatlabCell* MatlabTable::findCell(std::uint64_t col, std::uint64_t row) const {
-    return col < cols_ && row < rows_ ? &cells_[row * cols_ + col] : nullptr;
-}
-
 MatlabCell MatlabTable::getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const {
     const MatlabCell* const cell = findCell(col, row);
     return cell != nullptr ? *cell : fallback;
+}
+
+void MatlabTable::setCells(std::uint64_t cols, std::vector<MatlabCell> cells) {
+    assert(cols > 0 && !cells.empty() && cells.size() % cols == 0);
+    columnNames_.resize(cols);
+    cells_ = std::move(cells);
+    cols_ = cols;
+    rows_ = cells_.size() / cols;
 }
 
 void MatlabTable::setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell) {

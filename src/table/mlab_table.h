@@ -43,8 +43,12 @@ public:
     /// Keeps the cells that are within both the old and the new size; all others are new and have no value.
     void resize(std::uint64_t cols, std::uint64_t rows);
     /// The cell at a position; null outside the table.
-    const MatlabCell* findCell(std::uint64_t col, std::uint64_t row) const;
+    const MatlabCell* findCell(std::uint64_t col, std::uint64_t row) const {
+        return col < cols_ && row < rows_ ? &cells_[row * cols_ + col] : nullptr;
+    }
     MatlabCell getCell(std::uint64_t col, std::uint64_t row, const MatlabCell& fallback) const;
+    /// Replaces all cells, row by row; their number is a multiple of cols.
+    void setCells(std::uint64_t cols, std::vector<MatlabCell> cells);
     /// Does nothing when the position is outside the table.
     void setCell(std::uint64_t col, std::uint64_t row, MatlabCell cell);
     void setColumnName(std::uint64_t col, const std::string& name);

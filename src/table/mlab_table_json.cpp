@@ -15,18 +15,44 @@ namespace {
 
 using nlohmann::json;
 
+/// Result texts are printable ASCII. Three bytes of the code page of the devices become letters, all others blanks.
+std::string printableAscii(std::string text) {
+    for (char& c : text) {
+        switch (static_cast<unsigned char>(c)) {
+            case 0xC0:
+                c = 'A';
+                break;
+            case 0xC1:
+                c = 'B';
+                break;
+            case 0xF1:
+                c = 'c';
+                break;
+            default:
+                if (c < 0x20 || c > 0x7E) {
+                    c = ' ';
+                }
+        }
+    }
+    return text;
+}
+
 /// Builds a value.
 class ValueSink {
 public:
     explicit ValueSink(json& root) : next_(&root) {}
 
+    using Key = std::string;
+    static Key keyOf(const std::string& name) { return name; }
+
     template <class Value>
     void value(const Value& value) {
         *place() = value;
     }
+    void cellText(const std::string& text) { value(printableAscii(text)); }
     void beginObject() { open(json::object()); }
     void beginArray() { open(json::array()); }
-    void key(const std::string& key) { next_ = &(*open_.back())[key]; }
+    void key(const Key& key) { next_ = &(*open_.back())[key]; }
     void end() {
         assert(!open_.empty());
         open_.pop_back();
@@ -50,19 +76,23 @@ private:
     std::vector<json*> open_;
 };
 
-/// Writes compact text.
+/// Writes compact text; it is complete after flush(). Short pieces are collected and appended together.
 class TextSink {
 public:
     explicit TextSink(std::string& out) : out_(out) {}
 
+    /// The text of a key in quotes, and a colon.
+    using Key = std::string;
+    static Key keyOf(const std::string& name) { return quotedText(name) + ':'; }
+
     void value(double value) {
         separate();
-        char text[roomForJsonNumber];
-        out_.append(text, writeJsonNumber(text, value));
+        collected_ = writeJsonNumber(room(roomForJsonNumber), value);
     }
     /// A row that several cells share, a frequency axis, is formatted once and copied.
     void value(const std::vector<double>& row) {
         separate();
+        flush();
         const std::size_t start = out_.size();
         const auto [known, isNew] = written_.try_emplace(&row, Written{start, 0});
         if (isNew) {
@@ -80,25 +110,35 @@ public:
         }
         end();
     }
-    void value(const std::string& text) {
+    void value(const std::string& text) { plain(quotedText(text)); }
+    void cellText(const std::string& text) {
+        if (!needsNoEscape(text)) {
+            return value(printableAscii(text));
+        }
         separate();
-        appendJson(out_, text);
+        put('"');
+        put(text);
+        put('"');
     }
     void value(std::int64_t value) { plain(std::to_string(value)); }
     void value(std::uint64_t value) { plain(std::to_string(value)); }
     void value(std::nullptr_t) { plain("null"); }
     void beginObject() { open('{', '}'); }
     void beginArray() { open('[', ']'); }
-    void key(const std::string& key) {
-        value(key);
-        out_ += ':';
+    void key(const Key& key) {
+        separate();
+        put(key);
         first_ = true;
     }
     void end() {
         assert(!closing_.empty());
-        out_ += closing_.back();
+        put(closing_.back());
         closing_.pop_back();
         first_ = false;
+    }
+    void flush() {
+        out_.append(buffer_, collected_);
+        collected_ = buffer_;
     }
 
 private:
@@ -122,22 +162,44 @@ private:
     }
     void separate() {
         if (!first_) {
-            out_ += ',';
+            put(',');
         }
         first_ = false;
     }
     void plain(const std::string& text) {
         separate();
-        out_ += text;
+        put(text);
+    }
+    /// Memory for n characters behind those collected, n at most the size of the buffer.
+    char* room(std::size_t n) {
+        assert(n <= sizeof buffer_);
+        if (n > static_cast<std::size_t>(buffer_ + sizeof buffer_ - collected_)) {
+            flush();
+        }
+        return collected_;
+    }
+    void put(char c) {
+        *room(1) = c;
+        ++collected_;
+    }
+    void put(const std::string& text) {
+        if (text.size() > sizeof buffer_) {
+            flush();
+            out_ += text;
+            return;
+        }
+        collected_ = std::copy(text.begin(), text.end(), room(text.size()));
     }
     void open(char opening, char closing) {
         separate();
-        out_ += opening;
+        put(opening);
         closing_ += closing;
         first_ = true;
     }
 
     std::string& out_;
+    char buffer_[512];
+    char* collected_ = buffer_;  // the end of the characters that are not appended yet
     std::string closing_;
     std::map<const std::vector<double>*, Written> written_;  // by address: rows live longer than the sink
     bool first_ = true;
@@ -150,10 +212,14 @@ std::size_t textRoom(const MatlabTable& table) {
     for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
         for (std::uint64_t col = 0; col < table.getColNum(); ++col) {
             const MatlabCell& cell = *table.findCell(col, row);
+            room += keyAndShortValue;
+            if (cell.getDataType() < MatlabCell::CellDataType::table) {
+                continue;
+            }
             const MatlabTable* const nested = cell.toMatlabTable();
             const std::size_t numbers =
                 cell.toDoubleVector().size() + cell.toIntVector().size() + cell.toUIntVector().size();
-            room += keyAndShortValue + numbers * (longestJsonNumber + 1) + (nested != nullptr ? textRoom(*nested) : 0);
+            room += numbers * (longestJsonNumber + 1) + (nested != nullptr ? textRoom(*nested) : 0);
         }
     }
     return room;
@@ -175,28 +241,6 @@ std::map<std::string, std::uint64_t> keysOf(const MatlabTable::Scheme& scheme, s
     return keys;
 }
 
-/// Result texts are printable ASCII. Three bytes of the code page of the devices become letters, all others blanks.
-std::string printableAscii(std::string text) {
-    for (char& c : text) {
-        switch (static_cast<unsigned char>(c)) {
-            case 0xC0:
-                c = 'A';
-                break;
-            case 0xC1:
-                c = 'B';
-                break;
-            case 0xF1:
-                c = 'c';
-                break;
-            default:
-                if (c < 0x20 || c > 0x7E) {
-                    c = ' ';
-                }
-        }
-    }
-    return text;
-}
-
 enum class Place { outermost, nested };
 
 template <class Sink>
@@ -207,7 +251,7 @@ void traverse(const MatlabCell& cell, Place placeOfTables, Sink& sink) {
     using enum MatlabCell::CellDataType;
     switch (cell.getDataType()) {
         case text:
-            return sink.value(printableAscii(cell.toString()));
+            return sink.cellText(cell.toText());
         case unsignedInteger:
             return sink.value(cell.toUInt());
         case signedInteger:
@@ -240,9 +284,12 @@ void traverse(const MatlabTable& table, Place place, Sink& sink) {
     }
     if (place == Place::outermost) {
         sink.beginObject();
-        sink.key(table.getName());
+        sink.key(Sink::keyOf(table.getName()));
     }
-    const auto keys = keysOf(scheme, table.getColNum());
+    std::vector<std::pair<typename Sink::Key, std::uint64_t>> keys;
+    for (const auto& [key, col] : keysOf(scheme, table.getColNum())) {
+        keys.emplace_back(Sink::keyOf(key), col);
+    }
     sink.beginArray();
     for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
         sink.beginObject();
@@ -272,6 +319,7 @@ std::string MatlabTable::toJsonText() const {
     text.reserve(textRoom(*this));
     TextSink sink(text);
     traverse(*this, Place::outermost, sink);
+    sink.flush();
     return text;
 }
 
