@@ -1,15 +1,26 @@
-// The file readers of the tool on arbitrary files. Each reader is one line of the table.
+// The tool on arbitrary files: readers, measurement, every form of output and the page. Each reader is one line of the
+// table.
 
 #include <cmath>
+#include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "base/failure.h"
 #include "base/text_encoding.h"
 #include "bytes.h"
+#include "measuring/full_measurement.h"
+#include "measuring/library.h"
+#include "measuring/measure_all.h"
+#include "output/document.h"
+#include "output/full_document.h"
+#include "output/recording_summary.h"
+#include "page/report.h"
 #include "reading/comtrade_file.h"
 #include "reading/comtrade_reader.h"
 #include "reading/csv_reader.h"
+#include "reading/recording_reader.h"
 #include "reading/sound_reader.h"
 #include "recording/channel_assignment.h"
 #include "recording/recording.h"
@@ -20,6 +31,7 @@ namespace {
 using fuzz::Bytes;
 using fuzz::require;
 using rt305::Column;
+using rt305::OutputForm;
 using rt305::Recording;
 using rt305::Segment;
 
@@ -68,16 +80,46 @@ void requireConsistent(const Recording& recording) {
         const Segment& chosen = recording.segments[mainSegment(recording)];
         require(partOf(recording, chosen, 0.0, 0.0).count == chosen.count, "a segment is a part of itself");
     }
-    assignColumns(recording);
+}
+
+/// Settings by the bits of a number.
+rt305::MeasurementSettings settingsOf(std::size_t bits) {
+    rt305::MeasurementSettings settings;
+    settings.flags ^= bits & 1U ? RT305_4_FOUR_WIRE : 0;
+    settings.flags |= bits & 2U ? RT305_4_TWO_CURRENTS | RT305_4_REBUILT_PHASE_B : 0;
+    settings.resample = (bits & 4U) == 0;
+    settings.durationSeconds = bits & 8U ? 0.02 : 0.0;
+    return settings;
+}
+
+/// Everything that the commands show of a recording.
+void requireShown(const Recording& recording, const rt305::MeasurementSettings& settings) {
+    static const rt305::Library library(RT305_4_LIBRARY_FILE);
+    require(!rt305::reportRecording(recording, {}).empty(), "info shows something");
+    const rt305::FullMeasurement full = rt305::prepare(recording, settings);
+    rt305::FullResults results = rt305::measureAll(full, library);
+    const rt305::ResultDocument document = rt305::fullDocument(recording, full, results);
+    for (const OutputForm form : {OutputForm::text, OutputForm::json, OutputForm::jsonLines, OutputForm::csv,
+                                  OutputForm::plain, OutputForm::raw}) {
+        std::ostringstream out;
+        rt305::write(document, form, form == OutputForm::text, out);
+        const bool isJson = form == OutputForm::json || form == OutputForm::jsonLines;
+        require(!isJson || nlohmann::json::accept(out.str()), "JSON is valid");
+    }
+    rt305::addSpectraAndStatistics(results, full, library);
+    const std::string page = rt305::reportPage(recording, full, results);
+    require(rt305::toUtf8(page) == page, "a page is UTF-8");
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
-    const auto read = readers[bytes.upTo(std::size(readers) - 1)];
+    const std::size_t choice = bytes.upTo(255);
     try {
-        requireConsistent(read(bytes.rest()));
+        const Recording recording = rt305::completed(readers[choice % std::size(readers)](bytes.rest()), {});
+        requireConsistent(recording);
+        requireShown(recording, settingsOf(choice / std::size(readers)));
     } catch (const rt305::Failure& failure) {
         require(failure.what()[0] != '\0', "a refusal has a message");
     }

@@ -9,11 +9,20 @@
 
 namespace rt305 {
 
+namespace {
+
+std::optional<double> parseFinite(std::string_view text) {
+    const auto value = parseNumber(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+}  // namespace
+
 Harmonic parseHarmonic(const std::string& text) {
     const auto fields = split(text, ':');
     const auto order = parseCount(fields[0]);
-    const auto percent = fields.size() > 1 ? parseNumber(fields[1]) : std::nullopt;
-    const auto degrees = fields.size() > 2 ? parseNumber(fields[2]) : 0.0;
+    const auto percent = fields.size() > 1 ? parseFinite(fields[1]) : std::nullopt;
+    const auto degrees = fields.size() > 2 ? parseFinite(fields[2]) : 0.0;
     if (!order || *order < 1 || *order > 10000 || !percent || !degrees || fields.size() > 3) {
         failUsage("the harmonic " + inQuotes(text) + " is not of the form ORDER:PERCENT[:DEGREES]");
     }
@@ -35,7 +44,7 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text) 
     std::vector<std::pair<std::string, double>> gains;
     for (const std::string_view item : split(text, ',')) {
         const std::size_t equals = std::min(item.rfind('='), item.size());
-        const auto factor = parseNumber(trimmed(item.substr(std::min(equals + 1, item.size()))));
+        const auto factor = parseFinite(trimmed(item.substr(std::min(equals + 1, item.size()))));
         if (!factor || equals == 0) {
             failUsage("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
         }
@@ -59,7 +68,7 @@ double parseNominal(const std::string& text) {
 double parseTime(const std::string& option, const std::string& text) {
     const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
     const std::string_view unit = trimmed(std::string_view(text).substr(end));
-    const auto value = parseNumber(std::string_view(text).substr(0, end));
+    const auto value = parseFinite(std::string_view(text).substr(0, end));
     const Unit known = unitOf(unit);
     if (!value || !(*value >= 0.0 && std::isfinite(*value * known.factor)) ||
         !(unit.empty() || known.quantity == Quantity::time)) {

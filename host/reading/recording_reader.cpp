@@ -202,6 +202,10 @@ Recording readRecording(const std::string& path, const ReadOptions& options) {
     if (recording.files.empty() && path != "-") {
         recording.files = {path};
     }
+    return completed(std::move(recording), options);
+}
+
+Recording completed(Recording recording, const ReadOptions& options) {
     const auto isUndecoded = [](const Column& column) { return !isUtf8(column.name) || !isUtf8(column.unit); };
     if (options.encoding.empty() && std::any_of(recording.columns.begin(), recording.columns.end(), isUndecoded)) {
         recording.warnings.push_back(undecodedText(recording.source));

@@ -15,6 +15,10 @@ namespace rt305 {
 /// line or byte at fault if there is one; also on devices, and on recordings beyond the limits of base/limits.h.
 Recording readRecording(const std::string& path, const ReadOptions& options = {});
 
+/// The last step of readRecording, whatever the format: texts in UTF-8, values as the options want them, limits
+/// checked.
+Recording completed(Recording recording, const ReadOptions& options);
+
 }  // namespace rt305
 
 #endif

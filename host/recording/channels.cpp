@@ -1,6 +1,7 @@
 #include "recording/channels.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -42,7 +43,7 @@ PerChannel<double> parsePerChannel(std::string_view option, std::string_view tex
     for (std::size_t i = 0; valid && i < items.size(); ++i) {
         const auto target = named ? parseAssignment(items[i]) : std::pair{i, items[i]};
         const auto value = target ? parseNumber(target->second) : std::nullopt;
-        valid = value.has_value();
+        valid = value && std::isfinite(*value);
         if (valid) {
             values[target->first] = *value;
         }
