@@ -199,6 +199,9 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options) {
             "--nominal", [&options](const std::string& text) { options.settings.nominalHz = parseNominal(text); },
             "nominal frequency of the grid; auto (default): as the file says, else by the fundamental")
         ->type_name("HZ");
+    command.add_flag_function(
+        "--no-deskew", [&options](std::int64_t) { options.settings.deskew = false; },
+        "leave the channels at the times at which a scanning recorder sampled them");
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
     command.add_option("--library", options.library, "library file to use")->type_name("FILE");
 }

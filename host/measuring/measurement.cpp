@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "measuring/channel_choice.h"
 #include "measuring/nominal_frequency.h"
+#include "signal/fractional_delay.h"
 #include "signal/fundamental.h"
+#include "signal/gap_filling.h"
 #include "signal/resampler.h"
 
 namespace rt305 {
@@ -34,32 +37,73 @@ Segment chosenSegment(const Recording& recording, Measurement& measurement) {
     return segments[number];
 }
 
-/// The assigned columns' samples of the segment, in V and A.
-void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
-    const Assignment& assignment = measurement.assignment = assignColumns(recording, measurement.settings.columns);
-    measurement.warnings.insert(measurement.warnings.end(), assignment.warnings.begin(), assignment.warnings.end());
-    double earliest = 0.0;
-    double latest = 0.0;
+/// The longest gap that is interpolated: a tenth of a cycle at 50 Hz, but no more than 8 samples.
+std::size_t longestFilledGap(double rateHz) {
+    constexpr double seconds = 0.002;
+    constexpr double mostSamples = 8.0;
+    return static_cast<std::size_t>(std::min(mostSamples, rateHz * seconds + 1e-6));
+}
+
+/// Shifts the samples of channels that a recorder sampled one after the other to the times of the earliest.
+void alignChannels(const PerChannel<double>& delays, const Segment& segment, Measurement& measurement) {
+    const auto& samples = measurement.samples;
+    double earliest = std::numeric_limits<double>::infinity();
+    double latest = -earliest;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (const auto number = assignment.columns[channel]) {
-            const Column& column = recording.columns[*number];
-            auto samples = samplesInBaseUnit(column);
-            if (assignment.isReversed[channel]) {
-                std::transform(samples.begin(), samples.end(), samples.begin(), std::negate<>());
-            }
-            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(segment.first);
-            measurement.samples[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(segment.count));
-            earliest = std::min(earliest, column.delaySeconds);
-            latest = std::max(latest, column.delaySeconds);
+        if (!samples[channel].empty()) {
+            earliest = std::min(earliest, delays[channel]);
+            latest = std::max(latest, delays[channel]);
         }
     }
     constexpr double degreesPerSecond = 360.0 * 50.0;
-    if (const double degrees = (latest - earliest) * degreesPerSecond; degrees > 0.1) {
-        measurement.warnings.push_back("the recorder sampled these channels up to " +
-                                       formatNumber(1e6 * (latest - earliest)) +
-                                       " us apart, which is not corrected: angles between them are off by up to " +
-                                       formatFixed(degrees, 1) + " degrees at 50 Hz");
+    const double degrees = (latest - earliest) * degreesPerSecond;
+    if (!(degrees > 0.0)) {
+        return;
     }
+    const std::string apart =
+        "the recorder sampled these channels up to " + formatNumber(1e6 * (latest - earliest)) + " us apart, which is ";
+    if (!measurement.settings.deskew) {
+        measurement.warnings.push_back(apart + "not corrected: angles between them are off by up to " +
+                                       formatFixed(degrees, 1) + " degrees at 50 Hz");
+        return;
+    }
+    measurement.notes.push_back(apart + "corrected: up to " + formatFixed(degrees, 1) +
+                                " degrees at 50 Hz; --no-deskew leaves it");
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (!samples[channel].empty() && delays[channel] > earliest) {
+            measurement.samples[channel] = delayed(samples[channel], (delays[channel] - earliest) * segment.rateHz);
+        }
+    }
+}
+
+/// The assigned columns' samples of the segment, in V and A, without short gaps and at common times.
+void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
+    const Assignment& assignment = measurement.assignment = assignColumns(recording, measurement.settings.columns);
+    measurement.warnings.insert(measurement.warnings.end(), assignment.warnings.begin(), assignment.warnings.end());
+    PerChannel<double> delays{};
+    std::vector<std::string> filled;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const auto number = assignment.columns[channel];
+        if (!number) {
+            continue;
+        }
+        const Column& column = recording.columns[*number];
+        auto samples = samplesInBaseUnit(column);
+        if (assignment.isReversed[channel]) {
+            std::transform(samples.begin(), samples.end(), samples.begin(), std::negate<>());
+        }
+        const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(segment.first);
+        auto& taken = measurement.samples[channel];
+        taken.assign(begin, begin + static_cast<std::ptrdiff_t>(segment.count));
+        if (const std::size_t count = fillGaps(taken, longestFilledGap(segment.rateHz)); count > 0) {
+            filled.push_back(std::to_string(count) + " of " + std::string(assignment.nameOf(channel)));
+        }
+        delays[channel] = column.delaySeconds;
+    }
+    if (!filled.empty()) {
+        measurement.warnings.push_back("missing samples in short gaps are interpolated: " + joined(filled));
+    }
+    alignChannels(delays, segment, measurement);
 }
 
 /// "50 Hz", "16.67 Hz".
@@ -88,7 +132,9 @@ void warnOfGaps(Measurement& measurement) {
             const double seconds = static_cast<double>(first - samples.begin()) / measurement.rateHz;
             std::string warning = std::to_string(countMissing(samples));
             warning.append(" samples of ").append(name).append(" are missing, the first after ");
-            warning.append(formatNumber(seconds)).append(" s: values with ").append(name);
+            warning.append(formatNumber(seconds))
+                .append(" s, in gaps too long to interpolate: values with ")
+                .append(name);
             warning.append(" are not given; --start and --duration choose a part without gaps");
             measurement.warnings.push_back(std::move(warning));
         }

@@ -44,6 +44,7 @@ struct MeasurementSettings {
     bool resample = true;                    // to 200 samples a nominal cycle
     bool chooseWindow = true;                // RT305_4_FREQUENCY_CONTROL when a fundamental needs it
     bool fillIn = true;                      // hand over all six channels: copies for those that are not measured
+    bool deskew = true;                      // correct the stated delays of the channels
     std::optional<std::uint32_t> inputType;  // what to measure, RT305_4_INPUT_*; empty: by the channels there
     std::uint32_t flags = RT305_4_SIMULATED_SOURCE_MASK | RT305_4_FOUR_WIRE;  // struct1_T.measurementFlags
     bool wiringIsGiven = false;  // otherwise columns named as line voltages clear RT305_4_FOUR_WIRE
@@ -97,8 +98,9 @@ enum class RateMatters { no, yes };
 
 /// Takes the channels from one segment of a recording, or from a part of it (see chooseChannels), decides on nominal
 /// frequency and frequency window, and resamples to the rate that the library needs if that matters and the settings
-/// allow it; a note says so. Fails when the rate is unknown, when there is no such segment or part, when channels are
-/// missing, and on samples to be resampled that are fewer than 2.5 a nominal cycle or last less than one.
+/// allow it; a note says so. Gaps of up to 8 samples and 2 ms are interpolated, and stated delays corrected. Fails when
+/// the rate is unknown, when there is no such segment or part, when channels are missing, and on samples to be
+/// resampled that are fewer than 2.5 a nominal cycle or last less than one.
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings,
                             RateMatters rateMatters = RateMatters::yes);
 

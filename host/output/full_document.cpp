@@ -95,6 +95,16 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     const bool isThreePhase = full.measurement.isThreePhase();
     ResultTable table = phaseTable("derived", "Computed by rt305, not by the library");
     table.addRow({"fine_frequency", "Fundamental", "Hz", 4}, byPhase(results.fundamentals.frequencies, isThreePhase));
+    const auto offsets = [&full, isThreePhase](std::size_t first) {
+        const auto* const samples = &full.asRecorded.samples[first];
+        return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])}, isThreePhase);
+    };
+    if (full.measurement.hasVoltages()) {
+        table.addRow({"voltage_offset", "Mean of U, which is removed", "V"}, offsets(0));
+    }
+    if (full.measurement.hasCurrents()) {
+        table.addRow({"current_offset", "Mean of I, which is removed", "A"}, offsets(phaseTotal));
+    }
     if (const auto& factors = derived.powerFactors) {
         auto cells = byPhase({(*factors)[1], (*factors)[2], (*factors)[3]}, isThreePhase);
         cells[0] = (*factors)[0];

@@ -77,19 +77,19 @@ std::vector<std::string> rangeCells(const Column& column) {
         smallest = std::fmin(smallest, x);
         largest = std::fmax(largest, x);
     }
-    return TextTable::numbers({smallest, largest});
+    return TextTable::numbers({smallest, largest, meanOf(column.samples)});
 }
 
 std::string reportColumns(const Recording& recording, const Assignment& assignment) {
-    TextTable table("rllrrrrlll");
-    table.add({"No.", "Column", "Unit", "Minimum", "Maximum", "Missing", "Clipped", "Side", "Channel", ""});
+    TextTable table("rllrrrrrlll");
+    table.add({"No.", "Column", "Unit", "Minimum", "Maximum", "Mean", "Missing", "Clipped", "Side", "Channel", ""});
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
         const Column& column = recording.columns[i];
         const auto taken = std::find(assignment.columns.begin(), assignment.columns.end(), i);
         const auto channel = static_cast<std::size_t>(taken - assignment.columns.begin());
         const bool isTaken = channel < channelTotal;
         const auto range = rangeCells(column);
-        table.add({std::to_string(i + 1), column.name, column.unit, range[0], range[1],
+        table.add({std::to_string(i + 1), column.name, column.unit, range[0], range[1], range[2],
                    countOrNothing(countMissing(column.samples)), countOrNothing(countClipped(column.samples)),
                    sideOf(column.transformer), isTaken ? std::string(assignment.nameOf(channel)) : "-",
                    isTaken ? assignment.reasons[channel] : ""});

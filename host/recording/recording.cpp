@@ -159,6 +159,14 @@ std::size_t countMissing(const std::vector<double>& samples) {
         std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); }));
 }
 
+double meanOf(const std::vector<double>& samples) {
+    double sum = 0.0;
+    for (const double x : samples) {
+        sum += std::isnan(x) ? 0.0 : x;
+    }
+    return sum / static_cast<double>(samples.size() - countMissing(samples));
+}
+
 double largestMagnitude(const std::vector<double>& samples) {
     double largest = 0.0;
     for (const double x : samples) {

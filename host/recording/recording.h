@@ -80,6 +80,9 @@ std::size_t countClipped(const std::vector<double>& samples);
 /// Counts missing samples (NaN).
 std::size_t countMissing(const std::vector<double>& samples);
 
+/// The mean of the samples that are not missing; NaN when there are none.
+double meanOf(const std::vector<double>& samples);
+
 /// The largest absolute value. NaN is ignored; 0 when there are no samples.
 double largestMagnitude(const std::vector<double>& samples);
 

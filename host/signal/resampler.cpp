@@ -9,6 +9,7 @@
 #include <new>
 #include <type_traits>
 
+#include "signal/gap_filling.h"
 #include "signal/linear_prediction.h"
 
 namespace rt305 {
@@ -21,28 +22,6 @@ constexpr double sameOffset = 1e-9;           // of a new period; the shorter of
 constexpr std::size_t longestLead = 16;       // times the resampled samples, where these are few
 constexpr std::size_t blockLength = 4096;     // samples given to the converter at once
 constexpr std::size_t converterMemory = 4e6;  // bytes; it takes up to 1.1 MB for blocks of this length
-
-/// Replaces NaN by linear interpolation between the neighbours, or by the only neighbour.
-std::vector<double> bridged(std::vector<double> x) {
-    std::size_t k = 0;
-    while (k < x.size()) {
-        if (!std::isnan(x[k])) {
-            ++k;
-            continue;
-        }
-        const std::size_t start = k;
-        while (k < x.size() && std::isnan(x[k])) {
-            ++k;
-        }
-        const double after = k < x.size() ? x[k] : start > 0 ? x[start - 1] : 0.0;
-        const double before = start > 0 ? x[start - 1] : after;
-        for (std::size_t i = start; i < k; ++i) {
-            const double share = static_cast<double>(i - start + 1) / static_cast<double>(k - start + 1);
-            x[i] = before + share * (after - before);
-        }
-    }
-    return x;
-}
 
 /// `count` samples from `first` on, with `lead` more on either side: those of x, and predicted ones beyond its ends.
 std::vector<double> withSurroundings(const std::vector<double>& x, std::size_t first, std::size_t count,

@@ -75,8 +75,11 @@ TEST(Measure, APartOfASegment) {
         {"rt305 signals --segment 3 two.csv", "segment 3", 3},
         {"rt305 signals --segment 2 --start 2 --duration 3 two.csv", "the part from 2 s", 3},
         {"rt305 signals --segment 2 --start 4 two.csv", "the part from 4 s", 3},
-        {"generate --rate 2000 | sed '621,622s/,[^,]*/,/' | signals --start 0.305 --duration 0.02 -",
-         "2 samples of Ua are missing; 0.0045 s; signals_u/rms/Va = -; signals_u/rms/Vb = 230"},
+        {"generate --rate 2000 | sed '621,629s/,[^,]*/,/' | signals --start 0.305 --duration 0.02 -",
+         "9 samples of Ua are missing; 0.0045 s; signals_u/rms/Va = -; signals_u/rms/Vb = 230"},
+        {"generate --harmonic-u 5:4 --offsets Ua=2,Ib=-0.2 | sed '100,107s/,[^,]*/,/; 300s/,[^,]*/,/' | measure -",
+         "interpolated: 9 of Ua; parameters/thd_voltage = 4 4 4 ~ 0.01; derived/voltage_offset/a = 2 ~ 0.001; "
+         "derived/current_offset/b = -0.2"},
         {"generate --harmonic-u 5:4 > long.csv; figures='sed -e s/rate.*content// -e s/derived.*//'; measure --start "
          "0.4 --duration "
          "0.3 long.csv | $figures > part; measure --window 0.3 --step 0.2 long.csv | sed -n 3p | $figures | cmp - part",

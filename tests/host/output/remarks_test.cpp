@@ -19,7 +19,7 @@ TEST(Remarks, NameWiringFaults) {
         {"generate --angle 30 --factors Uc=0.005,Ib=-1 | measure -", fine},  // too low to be judged
         {"generate --angle 30 --factors Ib=-1,Ic=0.005 | measure -", fine},
         {"generate --angle 30 --factors Ua=0 | measure -", "not judged; derived/current_lag = - 30 30"},
-        {"generate | sed '100s/,[^,]*/,/' | measure -", "1 samples of Ua; not judged"},
+        {"generate | sed '100,120s/,[^,]*/,/' | measure -", "21 samples of Ua; not judged"},
         {"generate | cut -d, -f1-4 | measure -", "Wiring: phase order a-b-c"},
         {"generate --voltage 398.37 --factors Ic=0.5 | measure --wiring three -", "three wires; 50 %"},
     });

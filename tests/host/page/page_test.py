@@ -85,7 +85,7 @@ class ReportPage(unittest.TestCase):
 
     def test_voltages_alone_gaps_and_stdin(self):
         voltages = [",".join(line.split(",")[:4]) for line in LINES]
-        voltages[101] = voltages[101].rsplit(",", 1)[0] + ","
+        voltages[101:141] = [line.rsplit(",", 1)[0] + "," for line in voltages[101:141]]
         page = Page(report("-", input="\n".join(voltages).encode()))
         self.assertEqual((page.faults, [len(group["panels"]) for group in page.groups]), ([], [1, 1]))
         self.assertIn(None, page.groups[0]["panels"][0]["series"][2]["values"])

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "recording/recording.h"
+#include "signal/fractional_delay.h"
 #include "signal/fundamental.h"
+#include "signal/gap_filling.h"
 #include "signal/resampler.h"
 #include "support/signals.h"
 
@@ -43,6 +45,36 @@ TEST(Resampler, MarksAndBridgesMissingSamples) {
         EXPECT_TRUE(k >= 48 && k <= 52 ? std::isnan(y[k]) : std::fabs(y[k] - wanted[3050 + k]) < 1e-3)
             << k << " " << y[k];
     }
+}
+
+TEST(FractionalDelay, ShiftsSinesAndMarksWhatIsMissing) {
+    for (const double delay : {0.3, -0.25, 11.11, -40.5, 0.0}) {  // 11.11 samples: 20 degrees at 50 Hz and 10 kHz
+        auto x = cosine(1000, 1.0, 50.0, 0.4);
+        x[500] = NAN;
+        const auto y = rt305::delayed(x, delay);
+        const auto wanted = cosine(1000, 1.0, 50.0, 0.4 - delay * signals::twoPi / 200.0);
+        for (std::size_t k = 0; k < y.size(); ++k) {
+            const bool isInGap = std::fabs(static_cast<double>(k) - 500.0 - delay) < 1.0;
+            ASSERT_TRUE(isInGap ? std::isnan(y[k]) : std::fabs(y[k] - wanted[k]) < 1e-4) << delay << " " << k;
+        }
+    }
+}
+
+TEST(GapFilling, ContinuesHarmonicsAndLeavesLongGaps) {
+    const auto clean = signals::wave(std::vector<double>(2000, 0.5), {{1.0, 50.0}, {0.3, 650.0, 1.0}});
+    auto x = clean;
+    for (const auto& [first, count] : {std::pair{0, 2}, {100, 8}, {300, 1}, {302, 1}, {700, 9}, {712, 3}, {1998, 2}}) {
+        std::fill_n(x.begin() + first, count, NAN);
+    }
+    EXPECT_EQ(rt305::fillGaps(x, 8), 17U);
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        ASSERT_TRUE(k >= 700 && k < 709 ? std::isnan(x[k]) : std::fabs(x[k] - clean[k]) < 1e-3) << k << " " << x[k];
+    }
+    std::vector<double> few{NAN, 1.0, NAN, 3.0, NAN};
+    EXPECT_EQ(rt305::fillGaps(few, 1), 3U);
+    EXPECT_EQ(few, (std::vector<double>{1.0, 1.0, 2.0, 3.0, 3.0}));
+    std::vector<double> none(3, NAN);
+    EXPECT_EQ(rt305::fillGaps(none, 8), 0U);
 }
 
 TEST(Fundamental, IsFoundUnderNoiseHarmonicsAndOffset) {
