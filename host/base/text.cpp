@@ -147,4 +147,13 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
+std::string inQuotes(std::string_view text) {
+    constexpr std::size_t most = 80;
+    std::size_t end = std::min(text.size(), most);
+    while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+        --end;
+    }
+    return '"' + std::string(text.substr(0, end)) + (end < text.size() ? "...\"" : "\"");
+}
+
 }  // namespace rt305

@@ -41,9 +41,8 @@ std::string wrapped(std::string_view text, std::size_t width);
 /// "Ua, Ub and Uc".
 std::string joined(const std::vector<std::string>& words);
 
-inline std::string inQuotes(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
+/// A text in quotes; of a longer one the first 80 bytes with "...", without a part of a UTF-8 character.
+std::string inQuotes(std::string_view text);
 
 }  // namespace rt305
 

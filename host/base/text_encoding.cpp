@@ -60,6 +60,21 @@ std::string withReplacements(std::string_view bytes) {
     return text;
 }
 
+/// A control character or a byte that is not UTF-8.
+std::string escapeOf(unsigned char code) {
+    switch (code) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            constexpr const char* digits = "0123456789ABCDEF";
+            return std::string("\\x") + digits[code / 16] + digits[code % 16];
+    }
+}
+
 struct CloseConversion {
     void operator()(void* conversion) const { iconv_close(conversion); }
 };
@@ -90,6 +105,24 @@ std::string decoded(std::string_view bytes, const std::string& encoding) {
 }
 
 }  // namespace
+
+std::string shown(std::string_view text, std::size_t most) {
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t length = std::max<std::size_t>(characterLength(text), 1);
+        const auto first = static_cast<unsigned char>(text[0]);
+        const auto last = static_cast<unsigned char>(text[length - 1]);
+        const bool isControl = (length == 1 && (first < 0x20 || first >= 0x7F)) ||
+                               (length == 2 && first == 0xC2 && last < 0xA0);  // U+0080 to U+009F
+        const std::string next = isControl ? escapeOf(last) : std::string(text.substr(0, length));
+        if (result.size() + next.size() > most) {
+            return result + "...";
+        }
+        result += next;
+        text.remove_prefix(length);
+    }
+    return result;
+}
 
 bool isUtf8(std::string_view bytes) {
     while (!bytes.empty()) {

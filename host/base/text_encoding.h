@@ -13,6 +13,11 @@ std::string toUtf8(std::string_view bytes, const std::string& encoding = "");
 /// The warning that a file has text for which `encoding` is needed.
 std::string undecodedText(const std::string& source);
 
+/// A text from a file or its name as people may see it: control characters and bytes that are not UTF-8 are written as
+/// \n, \t, \r or \x1B, so that they command no terminal and begin no line. Longer texts end with "..." after `most`
+/// bytes.
+std::string shown(std::string_view text, std::size_t most = std::string_view::npos);
+
 bool isUtf8(std::string_view bytes);
 
 /// Converts UTF-16 to UTF-8: text with a byte order mark, or of an encoding whose name begins with "UTF-16". Leaves any

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "base/text_encoding.h"
 
 namespace rt305 {
 
@@ -33,6 +34,14 @@ std::vector<std::string> TextTable::numbers(const std::vector<double>& values, i
         cells.push_back(fits ? formatFixed(value, decimals) : formatNumber(value));
     }
     return cells;
+}
+
+void TextTable::add(const std::vector<std::string>& cells) {
+    constexpr std::size_t longestCell = 400;
+    std::vector<std::string>& row = rows_.emplace_back();
+    for (const std::string& cell : cells) {
+        row.push_back(shown(cell, longestCell));
+    }
 }
 
 std::string TextTable::text() const {

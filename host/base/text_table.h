@@ -11,7 +11,8 @@ class TextTable {
 public:
     explicit TextTable(std::string alignment) : alignment_(std::move(alignment)) {}
 
-    void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    /// Adds a row. Cells are shown without control characters, and cut after 400 bytes.
+    void add(const std::vector<std::string>& cells);
 
     /// Formats numbers with the same number of decimals, so that the largest shows six significant digits; at most
     /// `mostDecimals`. NaN is "-".

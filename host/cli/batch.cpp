@@ -108,7 +108,7 @@ public:
         }
         std::string list;
         for (const std::string& name : failed_) {
-            list += "\n  " + name;
+            list += '\n' + name;
         }
         printMessage(std::to_string(failed_.size()) + " of " + std::to_string(done_) + " files failed:" + list);
         return static_cast<int>(ExitCode::partial);

@@ -148,8 +148,10 @@ void showHarmonics(const MeasureOptions& options) {
 }
 
 void writeReport(const ReportOptions& options) {
-    const Recording recording = read(options.measure);
-    refuseInputAsOutput(options.file, recording.files.empty() ? std::vector<std::string>{"-"} : recording.files);
+    MeasureOptions measure = options.measure;
+    measure.reading.withChecksums = true;
+    const Recording recording = read(measure);
+    refuseInputAsOutput(options.file, recording.files);
     const FullMeasurement full = prepare(recording, options.measure.settings);
     std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
     std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);

@@ -85,6 +85,10 @@ private:
         if (left < 0.0) {
             failInput(source + ": the recording is shorter than a window");
         }
+        if (step * measurement.rateHz < 0.999) {
+            failUsage("windows would begin less than one sample apart: give a longer " +
+                      std::string(options_.stepSeconds > 0.0 ? "--step" : "--window"));
+        }
         return static_cast<std::size_t>(left / step) + 1;
     }
 

@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
+
+#include "base/text_encoding.h"
 
 namespace rt305 {
 
@@ -19,7 +22,17 @@ void writeToStderr(std::string_view text) noexcept {
 
 void printMessage(const std::string& message) noexcept {
     try {
-        writeToStderr((isatty(STDERR_FILENO) != 0 ? "\033[K" : "") + ("rt305: " + message + '\n'));
+        std::string lines = std::string(isatty(STDERR_FILENO) != 0 ? "\033[K" : "") + "rt305:";
+        std::string_view indent = " ";
+        for (std::string_view rest = message;; indent = "\n  ") {
+            const std::size_t end = std::min(rest.find('\n'), rest.size());
+            lines.append(indent).append(shown(rest.substr(0, end)));
+            if (end == rest.size()) {
+                break;
+            }
+            rest.remove_prefix(end + 1);
+        }
+        writeToStderr(lines + '\n');
     } catch (const std::bad_alloc&) {
         writeToStderr("rt305: out of memory\n");
     }

@@ -10,7 +10,8 @@ namespace rt305 {
 void writeToStderr(std::string_view text) noexcept;
 
 /// Messages to the user, on stderr. Each is written in one piece, so that those of several processes do not mix, and on
-/// a terminal it replaces a progress bar. Without memory the message says only that.
+/// a terminal it replaces a progress bar. Further lines are indented, and control characters are escaped, so that a
+/// text from a file looks like no other message. Without memory the message says only that.
 void printMessage(const std::string& message) noexcept;
 void warn(const std::string& message);
 void note(const std::string& message);

@@ -119,16 +119,16 @@ mode_t modeOfNewFile() {
 
 }  // namespace
 
-void refuseInputAsOutput(const std::string& target, const std::vector<std::string>& inputs) {
+void refuseInputAsOutput(const std::string& target, const std::vector<SourceFile>& inputs) {
     const auto output = target.empty() ? std::nullopt : statusOf(target);
-    const auto isOutput = [&output](const std::string& file) {
-        const auto input = statusOf(file == "-" ? "/dev/stdin" : file);
+    const auto isOutput = [&output](const SourceFile& file) {
+        const auto input = statusOf(file.isStdin() ? "/dev/stdin" : file.name);
         return input && input->st_dev == output->st_dev && input->st_ino == output->st_ino;
     };
     if (output && S_ISREG(output->st_mode)) {
         if (const auto input = std::find_if(inputs.begin(), inputs.end(), isOutput); input != inputs.end()) {
             failUsage("-o " + target + " is " +
-                      (*input == target ? "an input" : "the input " + (*input == "-" ? "stdin" : *input)) +
+                      (input->name == target ? "an input" : "the input " + (input->isStdin() ? "stdin" : input->name)) +
                       " and would be lost: name another file");
         }
     }

@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "recording/recording.h"
+
 namespace rt305 {
 
-/// Fails when `target` is one of the files in `inputs`, under whatever name: a hard link, a symbolic link. "-" as an
-/// input is the file that stdin reads. An empty target is stdout.
-void refuseInputAsOutput(const std::string& target, const std::vector<std::string>& inputs);
+/// Fails when `target` is one of the files in `inputs`, under whatever name: a hard link, a symbolic link. Stdin is
+/// the file that it reads. An empty target is stdout.
+void refuseInputAsOutput(const std::string& target, const std::vector<SourceFile>& inputs);
 
 /// Writes content to a file, or to stdout if `target` is empty. The file is written beside its target under a temporary
 /// name and then renamed, so that a failure leaves what was there and removes the temporary file. Symbolic links are

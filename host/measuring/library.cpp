@@ -18,11 +18,13 @@ std::string lastLoadError() {
     return message != nullptr ? message : "unknown reason";
 }
 
-/// Where an installation and the build tree put the library, relative to the executable.
+/// Where the library is, relative to the executable: in the folder of an installation or, only beside the files of a
+/// build, in that of the build.
 std::string findNearExecutable() {
     std::error_code ignored;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
-    for (const char* const place : {".", "../lib", "../" RT305_4_LIBRARY_FOLDER, "../src/plugin"}) {
+    const bool isBuild = std::filesystem::exists(folder / "../CMakeCache.txt", ignored);
+    for (const char* const place : {".", isBuild ? "../src/plugin" : "../" RT305_4_LIBRARY_FOLDER}) {
         const auto candidate = folder / place / soname;
         if (std::filesystem::exists(candidate, ignored)) {
             return candidate.lexically_normal().string();
@@ -80,10 +82,10 @@ Call::Call(const Measurement& measurement, std::uint32_t operation) {
 Library::Library(const std::string& file) {
     handle_ = dlopen(chooseFile(file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr) {
-        failEnvironment(
-            "cannot open the measurement library: " + lastLoadError() +
-            "\nrt305 searches its own folder, ../lib and the system; or name the file with --library FILE or in the "
-            "environment variable RT305_4_LIBRARY.");
+        failEnvironment("cannot open the measurement library: " + lastLoadError() +
+                        "\nrt305 searches its own folder, ../" RT305_4_LIBRARY_FOLDER
+                        " and the system; or name the file with --library FILE or in the "
+                        "environment variable RT305_4_LIBRARY.");
     }
     for (const char* const name : {"getVersion", "dataProccess"}) {
         if (find(name) == nullptr) {

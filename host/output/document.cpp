@@ -10,6 +10,7 @@
 #include <ostream>
 
 #include "base/text.h"
+#include "base/text_encoding.h"
 
 namespace rt305 {
 
@@ -53,30 +54,26 @@ json jsonOf(const ResultDocument& document) {
     return object;
 }
 
-/// A field of a CSV line, quoted if necessary (RFC 4180).
+/// A field of a CSV line, quoted if necessary (RFC 4180). A text that a spreadsheet would compute, as its first
+/// character is =, +, - or @, begins with an apostrophe.
 std::string csvField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
+    const bool isFormula = text.find_first_of("=+-@") == 0 && !parseNumber(text);
+    std::string field = isFormula ? '\'' + text : text;
+    if (field.find_first_of(",\"") == std::string::npos) {
+        return field;
     }
     std::string quoted = "\"";
-    for (const char c : text) {
+    for (const char c : field) {
         quoted += c == '"' ? "\"\"" : std::string(1, c);
     }
     return quoted + '"';
-}
-
-/// With blanks for tabs and line ends, which separate fields and lines.
-std::string plainField(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
-    return text;
 }
 
 void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
     const bool csv = form == OutputForm::csv;
     const char* separator = "";
     for (const std::string& field : fields) {
-        out << separator << (csv ? csvField(field) : plainField(field));
+        out << separator << (csv ? csvField(shown(field)) : shown(field));
         separator = csv ? "," : "\t";
     }
     out << '\n';
@@ -97,7 +94,7 @@ void writeFigures(const ResultDocument& document, const ResultTable& table, Outp
 }
 
 void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
-    out << document.file << '\n'
+    out << shown(document.file) << '\n'
         << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz"
         << (document.startSeconds > 0.0 ? " from " + formatNumber(document.startSeconds, 9) + " s on" : "") << ", "
         << document.content << ", library " << document.library << '\n';
@@ -109,7 +106,7 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
     }
     out << (document.remarks.empty() ? "" : "\n");
     for (const std::string& remark : document.remarks) {
-        out << wrapped(remark, 100);
+        out << wrapped(shown(remark), 100);
     }
 }
 

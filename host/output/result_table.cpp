@@ -81,8 +81,8 @@ std::vector<TextCells> cellTexts(const ResultTable& table) {
 std::string textOf(const ResultTable& table, bool styled) {
     const std::string figures(table.columns.size(), 'r');
     TextTable text(table.unitsByColumn ? "r" + figures : "l" + figures + "l");
-    for (TextCells& row : cellTexts(table)) {
-        text.add(std::move(row));
+    for (const TextCells& row : cellTexts(table)) {
+        text.add(row);
     }
     std::string lines = text.text();
     const std::size_t firstEnd = lines.find('\n');

@@ -8,11 +8,11 @@
 #include "base/text_encoding.h"
 #include "output/full_document.h"
 #include "output/result_tables.h"
-#include "page/checksum.h"
 #include "page/diagrams.h"
 #include "page/html.h"
 #include "page/page_files.h"
 #include "page/plots.h"
+#include "page/policy.h"
 
 namespace rt305 {
 
@@ -153,7 +153,7 @@ std::string baseName(const std::string& path) {
 /// Messages with the names of files without their folders, as the page shows them.
 std::vector<std::string> withoutFolder(std::vector<std::string> messages, const Recording& recording) {
     for (std::string& message : messages) {
-        for (const std::string& file : recording.files) {
+        for (const auto& [file, checksum] : recording.files) {
             if (const std::size_t at = message.find(file); at != std::string::npos) {
                 message.replace(at, file.size(), baseName(file));
             }
@@ -168,11 +168,8 @@ Facts recordingFacts(const Recording& recording, const Measurement& recorded) {
     Facts facts{{"Recording", baseName(recording.source)}, {"Format", recording.format}};
     facts.insert(facts.end(), recording.facts.begin(), recording.facts.end());
     facts.emplace_back("Rate", formatNumber(recorded.rateHz, 9) + " Hz, " + recording.rateOrigin);
-    for (const std::string& file : recording.files) {
-        facts.emplace_back("SHA-256 of " + baseName(file), checksumOfFile(file));
-    }
-    if (recording.files.empty()) {
-        facts.emplace_back("SHA-256", "none: read from stdin");
+    for (const SourceFile& file : recording.files) {
+        facts.emplace_back("SHA-256 of " + (file.isStdin() ? "stdin" : baseName(file.name)), file.checksum);
     }
     return facts;
 }

@@ -17,6 +17,7 @@ struct ReadOptions {
     std::vector<std::pair<std::string, double>> gains{};  // column (name or number) and factor
     Transformer::Side side = Transformer::Side::unknown;  // transformer side to convert to; unknown: as in the file
     bool storedAsRms = false;                             // samples are instantaneous values / sqrt(2)
+    bool withChecksums = false;                           // Recording::files gets them
     std::string encoding{};                               // of text that is not UTF-8
     std::string dataFile{};                               // of a COMTRADE record; empty: found beside its configuration
 

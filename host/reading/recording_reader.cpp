@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <new>
 
+#include "base/checksum.h"
 #include "base/failure.h"
 #include "base/limits.h"
 #include "base/text.h"
@@ -26,6 +29,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+[[noreturn]] void failReading(const std::string& name) {
+    if (errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    failInput(name + ": " + std::strerror(errno));
+}
+
 /// Reads a stream of `expected` bytes, or of an unknown number (0), to its end.
 std::string contentOf(std::istream& stream, const std::string& name, std::size_t expected) {
     const std::size_t most = expected > 0 ? largestFile : largestStream;
@@ -39,13 +49,16 @@ std::string contentOf(std::istream& stream, const std::string& name, std::size_t
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
     } while (stream);
-    if (stream.bad()) {
-        failInput(name + ": " + std::strerror(errno));
+    if (stream.bad() || (&stream == &std::cin && std::ferror(stdin) != 0)) {
+        failReading(name);
     }
-    return isGzip(content) ? decompressed(content, name) : content;
+    return content;
 }
 
 std::string contentOf(const std::string& path) {
+    if (path == "-") {
+        return contentOf(std::cin, "stdin", 0);
+    }
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
     if (fs::is_character_file(status) || fs::is_block_file(status) || fs::is_socket(status)) {
@@ -53,10 +66,29 @@ std::string contentOf(const std::string& path) {
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        failInput(path + ": " + std::strerror(errno));
+        failReading(path);
     }
     return contentOf(file, path, fs::is_regular_file(status) ? fs::file_size(path, ignored) : 0);
 }
+
+/// Reads the files of a recording and lists them.
+class SourceFiles {
+public:
+    explicit SourceFiles(bool withChecksums) : withChecksums_(withChecksums) {}
+
+    /// The content of a file, "-" for stdin, decompressed. The checksum is that of the file itself.
+    std::string read(const std::string& path) {
+        std::string content = contentOf(path);
+        files_.push_back({path, withChecksums_ ? checksumOf(content) : ""});
+        return isGzip(content) ? decompressed(content, path == "-" ? "stdin" : path) : content;
+    }
+
+    const std::vector<SourceFile>& all() const { return files_; }
+
+private:
+    bool withChecksums_;
+    std::vector<SourceFile> files_{};
+};
 
 /// A path without the ".gz" of a compressed file.
 fs::path withoutGzip(const fs::path& path) {
@@ -110,28 +142,23 @@ std::string requiredCompanionOf(const std::string& path, std::string_view extens
 }
 
 Recording readComtradePair(const std::string& configurationPath, const std::string& configuration,
-                           const ReadOptions& options) {
+                           const ReadOptions& options, SourceFiles& files) {
     const std::string dataPath =
         options.dataFile.empty() ? requiredCompanionOf(configurationPath, ".dat") : options.dataFile;
     const std::string headerPath = companionOf(configurationPath, ".hdr");
-    const std::string data = contentOf(dataPath);
-    const std::string header = headerPath.empty() ? "" : contentOf(headerPath);
-    Recording recording = readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
-    recording.files = {configurationPath, dataPath};
-    if (!headerPath.empty()) {
-        recording.files.push_back(headerPath);
-    }
-    return recording;
+    const std::string data = files.read(dataPath);
+    const std::string header = headerPath.empty() ? "" : files.read(headerPath);
+    return readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
 }
 
-Recording readByContent(const std::string& path, const ReadOptions& options) {
+Recording readByContent(const std::string& path, const ReadOptions& options, SourceFiles& files) {
     const bool fromStdin = path == "-";
     const std::string extension = extensionOf(path);
     if (!fromStdin && extension == ".dat" && !companionOf(path, ".cfg").empty()) {
-        return readByContent(companionOf(path, ".cfg"), options);
+        return readByContent(companionOf(path, ".cfg"), options, files);
     }
     const std::string source = fromStdin ? "stdin" : path;
-    std::string content = fromStdin ? contentOf(std::cin, source, 0) : contentOf(path);
+    std::string content = files.read(path);
     if (isSound(content)) {
         return readSound(content, source, options);
     }
@@ -144,7 +171,7 @@ Recording readByContent(const std::string& path, const ReadOptions& options) {
         return readComtrade(splitComtradeFile(content, source), options);
     }
     if (isOfPair) {
-        return readComtradePair(path, content, options);
+        return readComtradePair(path, content, options, files);
     }
     if (content.find('\0') != std::string::npos) {
         failInput(source + ": byte " + std::to_string(content.find('\0')) + ": unrecognised binary file" +
@@ -198,10 +225,9 @@ void changeSide(Column& column, Transformer::Side side) {
 }  // namespace
 
 Recording readRecording(const std::string& path, const ReadOptions& options) {
-    Recording recording = readByContent(path, options);
-    if (recording.files.empty() && path != "-") {
-        recording.files = {path};
-    }
+    SourceFiles files(options.withChecksums);
+    Recording recording = readByContent(path, options, files);
+    recording.files = files.all();
     return completed(std::move(recording), options);
 }
 

@@ -34,6 +34,14 @@ struct Segment {
     double rateHz = 0.0;
 };
 
+/// A file of a recording.
+struct SourceFile {
+    std::string name;        // "-": stdin
+    std::string checksum{};  // SHA-256 of the bytes that were read; empty unless wanted
+
+    bool isStdin() const { return name == "-"; }
+};
+
 /// The content of a file of any format, in its own units. Every reader makes one; the rest of the tool uses nothing
 /// else.
 struct Recording {
@@ -47,7 +55,7 @@ struct Recording {
     std::string format{};                                      // "CSV", "COMTRADE, BINARY" and the like
     std::vector<std::pair<std::string, std::string>> facts{};  // other information in the file: label, text
     std::vector<std::string> warnings{};                       // problems that did not prevent reading
-    std::vector<std::string> files{};                          // all files read; empty for stdin
+    std::vector<SourceFile> files{};                           // all files read
 
     /// Makes the recording one segment of evenly spaced samples from time zero.
     void setRate(double rateHz, std::string origin);

@@ -79,6 +79,7 @@ TEST(Tool, RefusesWrongOptions) {
         {"rt305 measure", "FILE", 2},
         {"rt305 measure --window 0.2 --json $sample", "--json-lines", 2},
         {"rt305 measure --step 0.1 $sample", "--window", 2},
+        {"rt305 measure --window 0.2 --step 1e-300 $sample", "less than one sample apart: give a longer --step", 2},
         {"rt305 measure --window 200mA $sample", "\"200mA\"", 2},
         {"rt305 measure - --files-from -", "stdin", 2},
     });
@@ -134,6 +135,29 @@ TEST(Tool, StandardStreamsThatFailAreErrors) {
         {"rt305 --help > /dev/full", "stdout: No space left", 5},
         {"bash -c 'rt305 params $sample | true; exit ${PIPESTATUS[0]}'", "stdout: Broken pipe", 5},
         {"params --rate 9000 $sample 2>&- | sed 's/^{.*}$/whole/'", "whole\n; !warning"},
+    });
+}
+
+TEST(Tool, TextsOfAFileCommandNoReader) {
+    const std::string named =
+        "name=$(printf '=a\\033[31m,\\tb.csv'); (printf 't(s),Ua\\033[2J\\302\\233(V),Ub,Uc\\n'; "
+        "sed 1d $sample | cut -d, -f1-4) > \"$name\"; ";
+    expectShown({
+        {named + "rt305 info \"$name\"", R"(=a\x1B[31m,\tb.csv; Ua\x1B[2J\x9B)"},
+        {named + "rt305 signals \"$name\"", R"(=a\x1B[31m,\tb.csv; !)"
+                                            "\033"},
+        {named + "rt305 signals --plain \"$name\"", R"(=a\x1B[31m,\tb.csv)"
+                                                    "\t0\tsignals_u"},
+        {named + "rt305 signals --csv \"$name\"", R"("'=a\x1B[31m,\tb.csv",0,signals_u)"},
+        {named + "rt305 params --map Ua=9 \"$name\"", R"(rt305: =a\x1B[31m,\tb.csv: ; has "Ua\x1B[2J\x9B")", 3},
+        {"touch \"$(printf 'a\\nrt305: b')\"; rt305 info a*b", "rt305: a\n rt305: b: found", 3},
+        {"rt305 params --map Ua=$(head -c 99999 /dev/zero | tr '\\0' x) $sample 2>&1 | wc -c | sed 's/^...$/short/'",
+         "short"},
+        {"rt305 report - < $sample | grep -c $(sha256sum < $sample | cut -c 1-64)", "1"},
+        {"rt305 report $data/relay.cfg > page; for f in cfg dat hdr; "
+         "do grep -c $(sha256sum < $data/relay.$f | cut -c 1-64) page; done",
+         "1\n1\n1\n"},
+        {"rt305 params - <&-", "stdin: Bad file descriptor", 3},
     });
 }
 

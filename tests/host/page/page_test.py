@@ -89,7 +89,7 @@ class ReportPage(unittest.TestCase):
         page = Page(report("-", input="\n".join(voltages).encode()))
         self.assertEqual((page.faults, [len(group["panels"]) for group in page.groups]), ([], [1, 1]))
         self.assertIn(None, page.groups[0]["panels"][0]["series"][2]["values"])
-        self.assertIn("none: read from stdin", page.texts)
+        self.assertIn("SHA-256 of stdin", page.texts)
 
 
 unittest.main()
