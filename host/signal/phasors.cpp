@@ -18,7 +18,7 @@ Phasor meanOf(const Phasors& x) {
 
 }  // namespace
 
-Phasor phasorOf(const std::vector<double>& samples, double frequencyHz, double rateHz) {
+Phasor phasorOf(std::span<const double> samples, double frequencyHz, double rateHz) {
     const auto count = static_cast<double>(samples.size());
     Phasor sum = 0.0;
     for (std::size_t k = 0; k < samples.size(); ++k) {

@@ -1,0 +1,122 @@
+#include "signal/steadiness.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <iterator>
+#include <numbers>
+
+namespace rt305 {
+
+namespace {
+
+using Trace = std::vector<std::complex<double>>;
+
+constexpr double leastCycles = 4.0;
+constexpr std::size_t cyclesPerWindow = 2;
+constexpr std::size_t windowsPerCycle = 2;
+
+/// The fundamental in each window; window k starts k / windowsPerCycle cycles after the first sample.
+Trace traceOf(std::span<const double> x, double samplesPerCycle, std::size_t windows) {
+    const double step = samplesPerCycle / windowsPerCycle;
+    const auto length = static_cast<std::size_t>(std::llround(samplesPerCycle * cyclesPerWindow));
+    Trace trace;
+    trace.reserve(windows);
+    for (std::size_t window = 0; window < windows; ++window) {
+        const auto first =
+            std::min(static_cast<std::size_t>(std::llround(static_cast<double>(window) * step)), x.size() - length);
+        std::complex<double> sum = 0.0;
+        for (std::size_t k = 0; k < length; ++k) {
+            const double angle = 2.0 * std::numbers::pi / samplesPerCycle;
+            const double weight = 1.0 - std::cos(angle * (static_cast<double>(k) + 0.5) / cyclesPerWindow);
+            sum += weight * x[first + k] * std::polar(1.0, -angle * static_cast<double>(first + k));
+        }
+        trace.push_back(sum * std::numbers::sqrt2 / static_cast<double>(length));
+    }
+    return trace;
+}
+
+double largestOf(const Trace& trace) {
+    double largest = 0.0;
+    for (const auto& phasor : trace) {
+        largest = std::max(largest, std::abs(phasor));
+    }
+    return largest;
+}
+
+LargestChange largestChangeOf(const std::vector<Trace>& traces, double samplesPerCycle) {
+    LargestChange result;
+    constexpr std::size_t separation = cyclesPerWindow * windowsPerCycle;  // windows that do not overlap
+    double largest = 0.0;
+    for (std::size_t channel = 0; channel < traces.size(); ++channel) {
+        const Trace& trace = traces[channel];
+        const double scale = largestOf(trace);
+        for (std::size_t k = separation; k < trace.size(); ++k) {
+            const auto before = trace[k - separation];
+            const double change = std::abs(trace[k] - before);
+            if (change > largest * scale && scale > 0.0) {
+                largest = change / scale;
+                const bool isLive = std::min(std::abs(before), std::abs(trace[k])) > 0.01 * scale;
+                result = {channel, static_cast<std::size_t>(static_cast<double>(k) * samplesPerCycle / windowsPerCycle),
+                          100.0 * (std::abs(trace[k]) - std::abs(before)) / scale,
+                          isLive ? std::arg(trace[k] * std::conj(before)) * 180.0 / std::numbers::pi : 0.0};
+            }
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+Steadiness steadinessOf(const std::vector<std::span<const double>>& channels, double rateHz, double frequencyHz) {
+    const std::size_t length = channels.empty() ? 0 : channels[0].size();
+    const double samplesPerCycle = frequencyHz > 0.0 ? rateHz / frequencyHz : 0.0;
+    const double cycles = samplesPerCycle > 0.0 ? static_cast<double>(length) / samplesPerCycle : 0.0;
+    if (cycles < leastCycles) {
+        return {{{0, length}}, {}, true};
+    }
+    const std::size_t windows = (static_cast<std::size_t>(cycles) - cyclesPerWindow) * windowsPerCycle + 1;
+    std::vector<Trace> traces;
+    for (const auto& channel : channels) {
+        traces.push_back(traceOf(channel, samplesPerCycle, windows));
+    }
+
+    Steadiness result{{}, largestChangeOf(traces, samplesPerCycle), false};
+    std::vector<double> scales;
+    for (const Trace& trace : traces) {
+        scales.push_back(largestOf(trace));
+    }
+    const auto sampleAt = [&](std::size_t window) {
+        return std::min(length, static_cast<std::size_t>(
+                                    std::llround(static_cast<double>(window) * samplesPerCycle / windowsPerCycle)));
+    };
+    for (std::size_t begin = 0; begin < windows;) {
+        std::vector<std::complex<double>> means(traces.size());
+        std::size_t end = begin;
+        const auto belongs = [&](std::size_t k) {
+            for (std::size_t c = 0; c < traces.size(); ++c) {
+                if (std::abs(traces[c][k] - means[c]) > steadyShare * std::max(std::abs(means[c]), 0.2 * scales[c])) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        while (end < windows && (end == begin || belongs(end))) {
+            for (std::size_t c = 0; c < traces.size(); ++c) {
+                means[c] += (traces[c][end] - means[c]) / static_cast<double>(end - begin + 1);
+            }
+            ++end;
+        }
+        if (end - begin >= 2 || windows == 1) {  // one window alone may lie across a change
+            const std::size_t last = end == windows ? length : sampleAt(end - 1 + cyclesPerWindow * windowsPerCycle);
+            result.parts.push_back({sampleAt(begin), last - sampleAt(begin)});
+            std::transform(means.begin(), means.end(), std::back_inserter(result.parts.back().levels),
+                           [](const std::complex<double>& mean) { return std::abs(mean); });
+        }
+        begin = end;
+    }
+    result.isSteady = result.parts.size() == 1 && result.parts[0].count == length;
+    return result;
+}
+
+}  // namespace rt305
