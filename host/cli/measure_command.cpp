@@ -60,6 +60,9 @@ private:
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
         std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
         std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
+        if (!full.unsteadiness.empty()) {
+            warnPrefixed(full.unsteadiness);
+        }
         if (!isOneOfMany_) {
             std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
             if (const std::string remark = remarkOnTexts(full.measurement, false);

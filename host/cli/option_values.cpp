@@ -65,6 +65,19 @@ double parseNominal(const std::string& text) {
     return value.value_or(0.0);
 }
 
+std::optional<double> parseCycles(std::string_view text) {
+    const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
+    const std::string_view unit = trimmed(text.substr(end));
+    if (unit != "cycles" && unit != "cycle") {
+        return std::nullopt;
+    }
+    const auto value = parseNumber(text.substr(0, end));
+    if (!value || !(*value > 0.0)) {
+        failUsage("--duration: " + inQuotes(text) + " is not a number of cycles");
+    }
+    return value;
+}
+
 double parseTime(const std::string& option, const std::string& text) {
     const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
     const std::string_view unit = trimmed(std::string_view(text).substr(end));

@@ -1,7 +1,9 @@
 #ifndef RT305_HOST_CLI_OPTION_VALUES_H
 #define RT305_HOST_CLI_OPTION_VALUES_H
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,6 +24,9 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text);
 
 /// "60", "60Hz", or 0 for "auto".
 double parseNominal(const std::string& text);
+
+/// "10cycles" or "1 cycle" -> a number above 0; nothing when the text has another unit.
+std::optional<double> parseCycles(std::string_view text);
 
 /// "0.2", "0.2s" or "200ms" in seconds.
 double parseTime(const std::string& option, const std::string& text);

@@ -142,8 +142,30 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
     command.add_option("--segment", settings.segment, "segment to measure (default: the longest at the highest rate)")
         ->type_name("N");
     addTimeOption(command, "--start", settings.startSeconds, "start of the part to measure, after the segment's start");
-    addTimeOption(command, "--duration", settings.durationSeconds,
-                  "length of the part to measure (default: to the segment's end)");
+    command
+        .add_option_function<std::string>(
+            "--duration",
+            [&settings](const std::string& text) {
+                const auto cycles = parseCycles(text);
+                settings.durationCycles = cycles.value_or(0.0);
+                settings.durationSeconds = cycles ? 0.0 : parseTime("--duration", text);
+            },
+            "length of the part to measure, such as 0.2s or 10cycles (default: to the segment's end)")
+        ->type_name("TIME");
+}
+
+/// Which part a full measurement takes of the chosen one.
+void addSteadyPartOptions(CLI::App& command, MeasurementSettings& settings) {
+    static const std::map<std::string, Part> parts{{"all", Part::all},
+                                                   {"pre-fault", Part::preFault},
+                                                   {"fault", Part::fault},
+                                                   {"longest-steady", Part::longestSteady}};
+    command
+        .add_option_function<std::string>(
+            "--part", [&settings](const std::string& word) { settings.part = parts.at(word); },
+            "steady part to measure: the first, the one after the largest change, or the longest (default: all)")
+        ->check(CLI::IsMember(parts));
+    command.add_flag("--all-samples", settings.allSamples, "measure all samples, not only whole cycles");
 }
 
 constexpr const char* fileHelp =
@@ -246,6 +268,7 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
         ->type_name("N");
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each);
+    addSteadyPartOptions(command, options.each.settings);
     addFormOptions(command, options.each.form);
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
@@ -255,6 +278,7 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
     addRecordingOptions(command, options.measure);
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
     addCommonOptions(command, options.measure);
+    addSteadyPartOptions(command, options.measure.settings);
     addWiringOption(command, options.measure.settings);
     addTwoCurrentsOption(command, options.measure.settings.flags);
 }

@@ -3,67 +3,174 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace rt305 {
 
 namespace {
 
-std::array<double, 1 + phaseTotal> powerFactors(const Parameters& parameters) {
-    constexpr std::array<std::pair<const char*, const char*>, 1 + phaseTotal> names{
-        {{"P", "S"}, {"Pa", "Sa"}, {"Pb", "Sb"}, {"Pc", "Sc"}}};
-    std::array<double, 1 + phaseTotal> factors{};
-    std::transform(names.begin(), names.end(), factors.begin(), [&parameters](const auto& name) {
-        return parameterNamed(parameters, name.first).value / parameterNamed(parameters, name.second).value;
-    });
-    return factors;
+using Samples = std::vector<double>;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr TotalAndPhases undefined{nan, nan, nan, nan};
+
+/// The mean product of what varies in x and y.
+double meanProduct(const Samples& x, const Samples& y) {
+    const double xMean = meanOf(x);
+    const double yMean = meanOf(y);
+    double sum = 0.0;
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        sum += (x[k] - xMean) * (y[k] - yMean);
+    }
+    return sum / static_cast<double>(x.size());
+}
+
+double rmsOf(const Samples& x) {
+    return std::sqrt(meanProduct(x, x));
+}
+
+/// RMS of x[0] + sign x[1] + ..., without the mean.
+double rmsOfSum(const Samples& x, const Samples& y, double sign, const Samples* z = nullptr) {
+    Samples sum(x.size());
+    for (std::size_t k = 0; k < sum.size(); ++k) {
+        sum[k] = x[k] + sign * y[k] + (z != nullptr ? (*z)[k] : 0.0);
+    }
+    return rmsOf(sum);
+}
+
+TotalAndPhases rmsValues(const Measurement& recorded, std::size_t firstChannel) {
+    TotalAndPhases values = undefined;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const Samples& samples = recorded.samples[firstChannel + phase];
+        values[1 + phase] = samples.empty() ? nan : rmsOf(samples);
+    }
+    return values;
+}
+
+/// Sum of the phases that have a value; NaN when none has.
+double sumOfPhases(const TotalAndPhases& values) {
+    double sum = nan;
+    for (std::size_t phase = 1; phase < values.size(); ++phase) {
+        if (!std::isnan(values[phase])) {
+            sum = std::isnan(sum) ? values[phase] : sum + values[phase];
+        }
+    }
+    return sum;
+}
+
+/// Se = 3 Ue Ie. Four wires: Ue^2 = (3 (Ua^2 + Ub^2 + Uc^2) + Uab^2 + Ubc^2 + Uca^2) / 18 and
+/// Ie^2 = (Ia^2 + Ib^2 + Ic^2 + In^2) / 3; three wires: Ue^2 = (Uab^2 + Ubc^2 + Uca^2) / 9 and no In.
+/// IEEE Std 1459-2010, 3.2.2.8 and 3.2.3.5. NaN unless all six channels are measured.
+double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, const TotalAndPhases& i) {
+    const auto& samples = full.asRecorded.samples;
+    if (std::any_of(samples.begin(), samples.end(), [](const Samples& x) { return x.empty(); })) {
+        return nan;
+    }
+    double phases = 0.0;
+    double lines = 0.0;
+    double currents = 0.0;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const double line = rmsOfSum(samples[phase], samples[(phase + 1) % phaseTotal], -1.0);
+        phases += u[1 + phase] * u[1 + phase];
+        lines += line * line;
+        currents += i[1 + phase] * i[1 + phase];
+    }
+    if (full.fromLineVoltages) {
+        return 3.0 * std::sqrt(lines / 9.0 * currents / 3.0);
+    }
+    const double neutral = rmsOfSum(samples[3], samples[4], 1.0, &samples[5]);
+    return 3.0 * std::sqrt((3.0 * phases + lines) / 18.0 * (currents + neutral * neutral) / 3.0);
+}
+
+/// What is left of `apparent` beside `active`; rounding cannot make it imaginary.
+double nonActive(double apparent, double active) {
+    return std::isnan(apparent) ? nan : std::sqrt(std::max(0.0, apparent * apparent - active * active));
+}
+
+/// NaN for no apparent power.
+double factorOf(double active, double apparent) {
+    return apparent > 0.0 ? active / apparent : nan;
+}
+
+PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamentals, const TotalAndPhases& u,
+                     const TotalAndPhases& i) {
+    PowerFigures power{undefined, undefined, undefined, undefined, undefined, undefined,
+                       undefined, undefined, nan,       nan,       nan};
+    Phasor vectorSum = 0.0;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const Samples& voltage = full.asRecorded.samples[phase];
+        const Samples& current = full.asRecorded.samples[phaseTotal + phase];
+        if (voltage.empty() || current.empty()) {
+            continue;
+        }
+        const std::size_t at = 1 + phase;
+        const Phasor fundamental = fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase]);
+        const bool hasFundamental = fundamentals.frequencyHz > 0.0;
+        power.P[at] = meanProduct(voltage, current);
+        power.S[at] = u[at] * i[at];
+        power.N[at] = nonActive(power.S[at], power.P[at]);
+        power.PF[at] = factorOf(power.P[at], power.S[at]);
+        power.P1[at] = hasFundamental ? fundamental.real() : nan;
+        power.Q1[at] = hasFundamental ? fundamental.imag() : nan;
+        power.S1[at] = hasFundamental ? std::abs(fundamental) : nan;
+        power.DPF[at] = factorOf(power.P1[at], power.S1[at]);
+        vectorSum += Phasor(power.P[at], std::copysign(power.N[at], power.Q1[at]));
+    }
+    power.vectorS = std::abs(vectorSum);
+    power.arithmeticS = sumOfPhases(power.S);
+    power.effectiveS = effectivePower(full, u, i);
+    for (TotalAndPhases* const sums : {&power.P, &power.P1, &power.Q1}) {
+        sums->front() = sumOfPhases(*sums);
+    }
+    power.S[0] = std::isnan(power.effectiveS) ? power.arithmeticS : power.effectiveS;
+    power.N[0] = nonActive(power.S[0], power.P[0]);
+    power.PF[0] = factorOf(power.P[0], power.S[0]);
+    power.S1[0] = std::hypot(power.P1[0], power.Q1[0]);
+    power.DPF[0] = factorOf(power.P1[0], power.S1[0]);
+    return power;
 }
 
 /// NaN where one of the two is zero or NaN.
 PerPhase<double> lags(const Phasors& from, const Phasors& to) {
     PerPhase<double> degrees{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        degrees[phase] = std::abs(to[phase]) > 0.0 && std::abs(from[phase]) > 0.0
-                             ? lagDegrees(from[phase], to[phase])
-                             : std::numeric_limits<double>::quiet_NaN();
+        degrees[phase] =
+            std::abs(to[phase]) > 0.0 && std::abs(from[phase]) > 0.0 ? lagDegrees(from[phase], to[phase]) : nan;
     }
     return degrees;
 }
 
-CurrentSum sumOfCurrents(const Measurement& measurement) {
-    using Samples = std::vector<double>;
-    const auto rms = [](const Samples& x) {
-        return std::sqrt(std::inner_product(x.begin(), x.end(), x.begin(), 0.0) / static_cast<double>(x.size()));
-    };
-    const Samples* const i = &measurement.samples[phaseTotal];
-    Samples sum = i[0];
-    for (const Samples& added : {i[1], i[2]}) {
-        std::transform(sum.begin(), sum.end(), added.begin(), sum.begin(), std::plus<>());
-    }
-    return {rms(sum), std::max({rms(i[0]), rms(i[1]), rms(i[2])})};
+bool areAllMeasured(const Measurement& recorded, std::size_t firstChannel) {
+    const auto first = recorded.samples.begin() + static_cast<std::ptrdiff_t>(firstChannel);
+    return std::none_of(first, first + phaseTotal, [](const Samples& x) { return x.empty(); });
 }
 
 }  // namespace
 
-DerivedFigures derivedFigures(const Measurement& measurement, const Fundamentals& fundamentals,
-                              const Parameters& parameters) {
+DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& fundamentals) {
+    const Measurement& recorded = full.asRecorded;
     const Phasors& voltages = fundamentals.voltages;
     const Phasors& currents = fundamentals.currents;
     DerivedFigures figures;
-    if (measurement.isCombined()) {
-        figures.powerFactors = powerFactors(parameters);
+    if (recorded.hasVoltages()) {
+        figures.voltages = rmsValues(recorded, 0);
+    }
+    if (recorded.hasCurrents()) {
+        figures.currents = rmsValues(recorded, phaseTotal);
+    }
+    if (recorded.isCombined()) {
+        figures.power = powerOf(full, fundamentals, *figures.voltages, *figures.currents);
         figures.currentLags = lags(voltages, currents);
     }
-    if (!measurement.isThreePhase()) {
-        return figures;
-    }
-    if (measurement.hasVoltages()) {
+    if (recorded.hasVoltages() && areAllMeasured(recorded, 0)) {
         figures.voltageLags = lags({voltages[0], voltages[0], voltages[0]}, voltages);
+        figures.voltageSequence = sequenceComponentsOf(voltages);
         figures.voltageUnbalance = unbalanceOf(voltages);
     }
-    if (measurement.hasCurrents()) {
+    if (recorded.hasCurrents() && areAllMeasured(recorded, phaseTotal)) {
+        const Samples* const i = &recorded.samples[phaseTotal];
+        figures.currentSequence = sequenceComponentsOf(currents);
         figures.currentUnbalance = unbalanceOf(currents);
-        figures.currentSum = sumOfCurrents(measurement);
+        figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]), std::max({rmsOf(i[0]), rmsOf(i[1]), rmsOf(i[2])})};
     }
     return figures;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -41,7 +42,9 @@ void formPhaseVoltages(Measurement& measurement) {
 
 Measurement windowOf(const Measurement& measurement, double startSeconds, double durationSeconds) {
     const auto first = static_cast<std::ptrdiff_t>(std::llround(startSeconds * measurement.rateHz));
-    const auto count = static_cast<std::ptrdiff_t>(std::llround(durationSeconds * measurement.rateHz));
+    auto count = static_cast<std::ptrdiff_t>(std::llround(durationSeconds * measurement.rateHz));
+    count -=
+        first + count == static_cast<std::ptrdiff_t>(measurement.length) + 1 ? 1 : 0;  // start and length rounded up
     if (first < 0 || count < 1 || first + count > static_cast<std::ptrdiff_t>(measurement.length)) {
         failInput("a window of " + formatNumber(durationSeconds) + " s from " + formatNumber(startSeconds) +
                   " s exceeds the recording");
@@ -54,6 +57,7 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
                      .recordedRateHz = measurement.recordedRateHz,
                      .nominalHz = measurement.nominalHz,
                      .inputType = measurement.inputType,
+                     .notes = measurement.notes,
                      .warnings = measurement.warnings};
     part.settings.startSeconds += startSeconds;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
@@ -65,10 +69,127 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
     return part;
 }
 
+FullMeasurement sliceOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
+    return {windowOf(full.measurement, startSeconds, durationSeconds),
+            windowOf(full.asRecorded, startSeconds, durationSeconds), full.fromLineVoltages, full.frequencyHz};
+}
+
+/// The longest whole number of cycles from the first sample on.
+FullMeasurement wholeCyclesOf(FullMeasurement full) {
+    const Measurement& recorded = full.asRecorded;
+    if (recorded.settings.allSamples || !(full.frequencyHz > 0.0)) {
+        return full;
+    }
+    constexpr double tolerance = 0.02;  // samples, for the error of the frequency
+    const double samplesPerCycle = recorded.rateHz / full.frequencyHz;
+    const double cycles = std::floor((static_cast<double>(recorded.length) + tolerance) / samplesPerCycle);
+    if (cycles < 1.0) {
+        return full;
+    }
+    std::string unsteadiness = std::move(full.unsteadiness);
+    full = sliceOf(full, 0.0, cycles / full.frequencyHz);
+    full.cycles = static_cast<std::size_t>(cycles);
+    full.unsteadiness = std::move(unsteadiness);
+    return full;
+}
+
+std::string secondsOf(std::size_t samples, const Measurement& recorded) {
+    return formatFixed(static_cast<double>(samples) / recorded.rateHz, 3);
+}
+
+/// What changes most, where, and the parts that are steady; empty for a steady signal.
+std::string describeUnsteadiness(const GridState& state, const Measurement& recorded) {
+    const auto& [parts, change, isSteady] = state.steadiness;
+    if (isSteady || state.channels.empty()) {
+        return {};
+    }
+    std::string text = "the signal is not steady: the fundamental of " +
+                       std::string(channelNames[state.channels[change.channel]]) + " changes by " +
+                       formatFixed(change.percent, 0) + " % in magnitude";
+    if (std::fabs(change.degrees) >= 1.0) {
+        text += " and " + formatFixed(change.degrees, 0) + " degrees in angle";
+    }
+    text += " about " + secondsOf(change.sample, recorded) + " s after the start";
+    constexpr std::size_t mostListed = 4;
+    std::vector<SteadyPart> longest = parts;
+    std::stable_sort(longest.begin(), longest.end(),
+                     [](const SteadyPart& x, const SteadyPart& y) { return x.count > y.count; });
+    longest.resize(std::min(longest.size(), mostListed));
+    std::sort(longest.begin(), longest.end(),
+              [](const SteadyPart& x, const SteadyPart& y) { return x.first < y.first; });
+    std::vector<std::string> ranges;
+    for (const SteadyPart& part : longest) {
+        ranges.push_back(secondsOf(part.first, recorded) + "-" + secondsOf(part.first + part.count, recorded) + " s");
+    }
+    return text + (ranges.empty() ? "; no part of it is steady"
+                                  : "; steady are " + joined(ranges) +
+                                        ": choose with --part pre-fault, fault or longest-steady, or with --start and "
+                                        "--duration");
+}
+
+/// How much a part looks like a fault: large currents and small voltages, in units of those before it.
+double faultMeasure(const SteadyPart& part, const SteadyPart& before, const std::vector<std::size_t>& channels) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const double ratio = part.levels[i] / std::max(before.levels[i], std::numeric_limits<double>::min());
+        sum += isCurrent(channels[i]) ? std::min(ratio, 100.0) : -ratio;
+    }
+    return sum;
+}
+
+/// The steady part that the user asks for: the first, the longest, or the one after the first with the largest currents
+/// and smallest voltages.
+SteadyPart steadyPart(const GridState& state, Part part, const std::string& source) {
+    const auto& parts = state.steadiness.parts;
+    if (parts.empty()) {
+        failInput(source + ": no part of the recording is steady for two and a half cycles");
+    }
+    if (part == Part::preFault) {
+        return parts.front();
+    }
+    if (part == Part::fault) {
+        if (parts.size() < 2) {
+            failInput(source + ": only one part of the recording is steady, so there is no fault to tell from it");
+        }
+        return *std::max_element(parts.begin() + 1, parts.end(), [&](const SteadyPart& x, const SteadyPart& y) {
+            return faultMeasure(x, parts.front(), state.channels) < faultMeasure(y, parts.front(), state.channels);
+        });
+    }
+    return *std::max_element(parts.begin(), parts.end(),
+                             [](const SteadyPart& x, const SteadyPart& y) { return x.count < y.count; });
+}
+
+/// Finds the fundamental, and cuts what the settings choose.
+FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
+    const MeasurementSettings settings = full.asRecorded.settings;
+    GridState state = gridStateOf(full.asRecorded, full.measurement.nominalHz);
+    full.frequencyHz = state.frequencyHz;
+    const auto cut = [&](double startSeconds, double durationSeconds) {
+        full = sliceOf(full, startSeconds, durationSeconds);
+        state = gridStateOf(full.asRecorded, full.frequencyHz);
+        full.frequencyHz = state.frequencyHz;
+    };
+    if (settings.durationCycles > 0.0) {
+        if (!(full.frequencyHz > 0.0)) {
+            failInput(recording.source + ": a length in cycles was asked for, but there is no fundamental");
+        }
+        cut(0.0, settings.durationCycles / full.frequencyHz);
+    }
+    if (settings.part != Part::all) {
+        const SteadyPart part = steadyPart(state, settings.part, recording.source);
+        const double rate = full.asRecorded.rateHz;
+        cut(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
+    }
+    full.unsteadiness = describeUnsteadiness(state, full.asRecorded);
+    return wholeCyclesOf(std::move(full));
+}
+
 }  // namespace
 
 FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings) {
-    MeasurementPair pair = makeMeasurementPair(recording, settings);
+    MeasurementSettings toTheEnd = settings;
+    toTheEnd.durationSeconds = settings.durationCycles > 0.0 ? 0.0 : settings.durationSeconds;
+    MeasurementPair pair = makeMeasurementPair(recording, toTheEnd);
     FullMeasurement full{std::move(pair.resampled), std::move(pair.asRecorded), false};
     full.fromLineVoltages = full.measurement.hasVoltages() && !full.measurement.has(RT305_4_FOUR_WIRE);
     for (Measurement* const each : {&full.measurement, &full.asRecorded}) {
@@ -77,12 +198,15 @@ FullMeasurement prepare(const Recording& recording, const MeasurementSettings& s
             formPhaseVoltages(*each);
         }
     }
-    return full;
+    return chosenPart(std::move(full), recording);
 }
 
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
-    return {windowOf(full.measurement, startSeconds, durationSeconds),
-            windowOf(full.asRecorded, startSeconds, durationSeconds), full.fromLineVoltages};
+    FullMeasurement window = sliceOf(full, startSeconds, durationSeconds);
+    if (!full.unsteadiness.empty()) {
+        window.unsteadiness = describeUnsteadiness(gridStateOf(window.asRecorded, full.frequencyHz), window.asRecorded);
+    }
+    return wholeCyclesOf(std::move(window));
 }
 
 Measurement withLineVoltages(Measurement measurement) {

@@ -1,6 +1,9 @@
 #ifndef RT305_HOST_MEASURING_FULL_MEASUREMENT_H
 #define RT305_HOST_MEASURING_FULL_MEASUREMENT_H
 
+#include <string>
+
+#include "measuring/fundamentals.h"
 #include "measuring/measurement.h"
 
 namespace rt305 {
@@ -9,12 +12,19 @@ namespace rt305 {
 /// assumes, with coefficients applied and the frequency window chosen.
 struct FullMeasurement {
     Measurement measurement;
-    Measurement asRecorded;  // the same samples at their own rate, for statistics and waveforms
-    bool fromLineVoltages;   // the phase voltages are computed from line voltages: no zero sequence is known
+    Measurement asRecorded;      // the same samples at their own rate, for statistics and waveforms
+    bool fromLineVoltages;       // the phase voltages are computed from line voltages: no zero sequence is known
+    double frequencyHz = 0.0;    // of the fundamental; 0: none found
+    std::size_t cycles = 0;      // whole cycles that the samples span; 0: all samples are measured
+    std::string unsteadiness{};  // how the signal changes, and which parts do not; empty: it is steady
 };
+
+/// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are
+/// wanted. Fails when there is no such part.
 FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings);
 
-/// A part of it, from `startSeconds` after its first sample. Fails when it exceeds the samples.
+/// A part of it, from `startSeconds` after its first sample, in whole cycles as above. Fails when it exceeds the
+/// samples.
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds);
 
 /// With the line voltages ab, bc and ca in place of the phase voltages.

@@ -1,5 +1,10 @@
 #include "measuring/measure_all.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "base/text.h"
 #include "measuring/measured_results.h"
 #include "measuring/power_methods.h"
 #include "measuring/wiring.h"
@@ -29,6 +34,39 @@ bool isAsked(const PowerMethod& method, const Measurement& measurement) {
            (measurement.isCombined() && (measurement.isThreePhase() || method.givesPhases));
 }
 
+/// Why the harmonics of a channel rest on something else than its steady fundamental; empty when they do not.
+std::string doubtOn(std::size_t channel, double libraryHz, const FullMeasurement& full,
+                    const Fundamentals& fundamentals) {
+    constexpr double agreement = 0.01;
+    const double frequencyHz = fundamentals.frequencyHz;
+    if (!full.unsteadiness.empty()) {
+        return "the signal is not steady";
+    }
+    if (!fundamentals.hasSignal[channel]) {
+        return "there is hardly a fundamental";
+    }
+    if (libraryHz > 0.0 && !(std::fabs(libraryHz - frequencyHz) <= agreement * frequencyHz)) {
+        return "the library found a fundamental of " + formatFixed(libraryHz, 2) + " Hz, but it is at " +
+               formatFixed(frequencyHz, 2) + " Hz";
+    }
+    return {};
+}
+
+/// Finds the channels whose harmonics are in doubt, and removes those.
+void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) {
+    for (auto& kind : results.harmonics) {
+        for (std::size_t phase = 0; phase < kind.channels.size(); ++phase) {
+            Harmonics& harmonics = kind.channels[phase];
+            const std::size_t channel = phase + (kind.areCurrents ? phaseTotal : 0);
+            const double libraryHz = harmonics.frequencies.empty() ? 0.0 : harmonics.frequencies[0];
+            results.distortionDoubts[channel] = doubtOn(channel, libraryHz, full, results.fundamentals);
+            if (!results.distortionDoubts[channel].empty()) {
+                std::fill(harmonics.levels.begin(), harmonics.levels.end(), std::numeric_limits<double>::quiet_NaN());
+            }
+        }
+    }
+}
+
 }  // namespace
 
 FullResults measureAll(const FullMeasurement& full, const Library& library) {
@@ -45,9 +83,9 @@ FullResults measureAll(const FullMeasurement& full, const Library& library) {
         results.signals = signalsOf(full, library);
     }
     results.harmonics = measuredHarmonics(library.measure(measurement, RT305_4_OPERATION_DISTORTION), measurement);
-    results.fundamentals = fundamentalsOf(measurement, results.harmonics);
-    results.derived = derivedFigures(measurement, results.fundamentals,
-                                     measurement.isCombined() ? results.parameters[plainThreeWattmeter] : Parameters{});
+    results.fundamentals = fundamentalsOf(full.asRecorded, full.frequencyHz);
+    removeDoubtfulHarmonics(results, full);
+    results.derived = derivedFigures(full, results.fundamentals);
     results.wiring = judgeWiring(full, results.fundamentals, results.derived);
     return results;
 }

@@ -25,6 +25,8 @@ struct FullResults {
     std::vector<KindResults<Spectrum>> spectra{};
     Fundamentals fundamentals{};
     DerivedFigures derived{};
+    PerChannel<std::string>
+        distortionDoubts{};             // why the harmonics and THD of a channel are not to be trusted; or empty
     std::vector<std::string> wiring{};  // the verdict, in sentences
 };
 

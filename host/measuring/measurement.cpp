@@ -269,6 +269,9 @@ void invertForTwoWattmeters(MeasurementSettings& settings) {
 }
 
 Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
+    if (settings.durationCycles > 0.0) {
+        failUsage("rt305 measure and rt305 report take a --duration in cycles; give it in seconds here");
+    }
     ChosenPart chosen = choosePart(recording, settings);
     cutAndResample(chosen.measurement, chosen, rateMatters, recording.source);
     return std::move(chosen.measurement);

@@ -34,12 +34,18 @@ struct FrequencyWindow {
 inline constexpr FrequencyWindow fixedWindow{49.6, 50.4};
 inline constexpr FrequencyWindow controlWindow{10.0, 60.0};
 
+/// Which part of an unsteady recording to measure.
+enum class Part { all, preFault, fault, longestSteady };
+
 /// What the user chooses.
 struct MeasurementSettings {
     PerChannel<std::string> columns;         // name or number of the column; empty: assigned by name
     std::optional<std::size_t> segment;      // from 1; empty: the main one
     double startSeconds = 0.0;               // of the part to measure, after the segment's first sample
     double durationSeconds = 0.0;            // of the part to measure; 0: to the segment's end
+    double durationCycles = 0.0;             // the same in cycles of the fundamental; 0: by seconds
+    Part part = Part::all;                   // by steadiness, inside the above
+    bool allSamples = false;                 // not only whole cycles
     double nominalHz = 0.0;                  // of the grid; 0: as the file says, else by the fundamental
     bool resample = true;                    // to 200 samples a nominal cycle
     bool chooseWindow = true;                // RT305_4_FREQUENCY_CONTROL when a fundamental needs it

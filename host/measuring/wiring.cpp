@@ -125,10 +125,13 @@ std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamen
     if (!full.measurement.hasVoltages() || !full.measurement.isThreePhase()) {
         return {};
     }
-    const auto [lowest, highest] =
-        std::minmax_element(fundamentals.frequencies.begin(), fundamentals.frequencies.end());
-    if (!(*highest - *lowest < 0.02 * *highest)) {
-        return {"not judged, as the voltages have no common fundamental."};
+    if (!full.unsteadiness.empty()) {
+        return {"not judged, because the signal is not steady."};
+    }
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (!fundamentals.hasSignal[phase]) {
+            return {"not judged, because " + std::string(channelNames[phase]) + " has no fundamental."};
+        }
     }
     auto verdict = wiringFaults(fundamentals.voltages, fundamentals.currents);
     if (verdict.empty()) {

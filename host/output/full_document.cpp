@@ -1,8 +1,12 @@
 #include "output/full_document.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
+#include "base/text.h"
 #include "measuring/power_methods.h"
+#include "measuring/thd_gate.h"
 #include "output/remarks.h"
 #include "output/result_tables.h"
 
@@ -90,11 +94,64 @@ std::vector<Cell> inTotal(double value) {
     return {value, std::nullopt, std::nullopt, std::nullopt};
 }
 
+/// 0 stands for a frequency that was not found.
+double orNan(double frequencyHz) {
+    return frequencyHz > 0.0 ? frequencyHz : std::numeric_limits<double>::quiet_NaN();
+}
+
+/// A row without the cells that are not defined for any phase.
+void addRow(ResultTable& table, ResultTable::Line line, const TotalAndPhases& values) {
+    std::vector<Cell> cells{values.begin(), values.end()};
+    if (std::isnan(values[0])) {
+        cells[0] = std::nullopt;
+    }
+    table.addRow(std::move(line), std::move(cells));
+}
+
+void addPowerRows(ResultTable& table, const PowerFigures& power) {
+    addRow(table, {"P", "Active power P", "W"}, power.P);
+    addRow(table, {"S", "Apparent power S = U I", "VA"}, power.S);
+    addRow(table, {"N", "Non-active power N", "var"}, power.N);
+    addRow(table, {"PF", "Power factor P / S", "", 4}, power.PF);
+    addRow(table, {"P1", "Fundamental P1", "W"}, power.P1);
+    addRow(table, {"Q1", "Fundamental Q1", "var"}, power.Q1);
+    addRow(table, {"S1", "Fundamental S1", "VA"}, power.S1);
+    addRow(table, {"DPF", "Displacement factor P1 / S1", "", 4}, power.DPF);
+    table.addRow({"S_vector", "Vector S", "VA"}, inTotal(power.vectorS));
+    table.addRow({"S_arithmetic", "Arithmetic S", "VA"}, inTotal(power.arithmeticS));
+    table.addRow({"S_effective", "Effective S", "VA"}, inTotal(power.effectiveS));
+}
+
+/// Magnitudes of the symmetrical components, and their angles against the first phase.
+void addSequenceRows(ResultTable& table, char quantity, const SequenceComponents& components, const Phasor& reference,
+                     bool withoutZero) {
+    const std::pair<const char*, Phasor> sequences[] = {
+        {"1", components.forward}, {"2", components.backward}, {"0", components.zero}};
+    for (const auto& [order, component] : sequences) {
+        if (withoutZero && *order == '0') {
+            continue;
+        }
+        const std::string name = quantity + std::string(order);
+        table.addRow({name, "Symmetrical component " + name, quantity == 'U' ? "V" : "A"},
+                     inTotal(std::abs(component)));
+        table.addRow({name + "_angle", "Angle of " + name, "deg", 2}, inTotal(lagDegrees(component, reference)));
+    }
+}
+
 ResultTable derivedTable(const FullMeasurement& full, const FullResults& results) {
     const DerivedFigures& derived = results.derived;
     const bool isThreePhase = full.measurement.isThreePhase();
     ResultTable table = phaseTable("derived", "Computed by rt305, not by the library");
-    table.addRow({"fine_frequency", "Fundamental", "Hz", 4}, byPhase(results.fundamentals.frequencies, isThreePhase));
+    const Fundamentals& fundamentals = results.fundamentals;
+    table.addRow({"frequency", "Frequency", "Hz", 4},
+                 {orNan(fundamentals.frequencyHz), orNan(fundamentals.frequencies[0]),
+                  orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
+    if (derived.voltages) {
+        addRow(table, {"U", "Voltage U", "V"}, *derived.voltages);
+    }
+    if (derived.currents) {
+        addRow(table, {"I", "Current I", "A"}, *derived.currents);
+    }
     const auto offsets = [&full, isThreePhase](std::size_t first) {
         const auto* const samples = &full.asRecorded.samples[first];
         return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])}, isThreePhase);
@@ -105,10 +162,15 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     if (full.measurement.hasCurrents()) {
         table.addRow({"current_offset", "Mean of I, which is removed", "A"}, offsets(phaseTotal));
     }
-    if (const auto& factors = derived.powerFactors) {
-        auto cells = byPhase({(*factors)[1], (*factors)[2], (*factors)[3]}, isThreePhase);
-        cells[0] = (*factors)[0];
-        table.addRow({"power_factor", "Power factor P / (U I)", "", 4}, std::move(cells));
+    if (derived.power) {
+        addPowerRows(table, *derived.power);
+    }
+    const Phasor& reference = full.measurement.hasVoltages() ? fundamentals.voltages[0] : fundamentals.currents[0];
+    if (derived.voltageSequence) {
+        addSequenceRows(table, 'U', *derived.voltageSequence, reference, full.fromLineVoltages);
+    }
+    if (derived.currentSequence) {
+        addSequenceRows(table, 'I', *derived.currentSequence, reference, false);
     }
     if (derived.currentLags) {
         table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags, isThreePhase));
@@ -117,27 +179,86 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
         table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2},
                      byPhase(*derived.voltageLags, isThreePhase));
     }
-    if (const auto& unbalance = derived.voltageUnbalance) {
+    const bool isSteady = full.unsteadiness.empty();
+    if (const auto& unbalance = derived.voltageUnbalance; unbalance && isSteady && fundamentals.anySignal(0)) {
         table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
         if (!full.fromLineVoltages) {
             table.addRow({"voltage_unbalance_u0", "Unbalance U0 / U1", "%", 3}, inTotal(unbalance->zeroPercent));
         }
     }
-    if (const auto& unbalance = derived.currentUnbalance) {
+    if (const auto& unbalance = derived.currentUnbalance; unbalance && isSteady && fundamentals.anySignal(phaseTotal)) {
         table.addRow({"current_unbalance_i2", "Unbalance I2 / I1", "%", 3}, inTotal(unbalance->negativePercent));
         table.addRow({"current_unbalance_i0", "Unbalance I0 / I1", "%", 3}, inTotal(unbalance->zeroPercent));
     }
     if (derived.currentSum) {
         table.addRow({"sum_of_currents", "Sum of the currents", "A"}, inTotal(derived.currentSum->ofSum));
     }
+    if (!isThreePhase) {
+        for (auto& row : table.cells) {
+            row[2] = row[3] = std::nullopt;
+        }
+    }
     removeEmptyColumns(table);
     return table;
+}
+
+/// The parameters without the THD of channels whose harmonics are in doubt.
+Parameters withoutDoubtfulThd(Parameters parameters, const PerChannel<std::string>& doubts) {
+    for (const ThdSet& set : thdSets) {
+        for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+            for (NamedValue& parameter : parameters) {
+                if (parameter.name == set.parameters[phase] && !doubts[set.firstChannel + phase].empty()) {
+                    parameter.value = std::numeric_limits<double>::quiet_NaN();
+                }
+            }
+        }
+    }
+    return parameters;
+}
+
+/// One sentence for each reason why harmonics are not shown.
+std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) {
+    std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (doubts[channel].empty()) {
+            continue;
+        }
+        auto known = std::find_if(byReason.begin(), byReason.end(),
+                                  [&](const auto& entry) { return entry.first == doubts[channel]; });
+        if (known == byReason.end()) {
+            known = byReason.insert(byReason.end(), {doubts[channel], {}});
+        }
+        known->second.emplace_back(channelNames[channel]);
+    }
+    std::vector<std::string> remarks;
+    for (const auto& [reason, names] : byReason) {
+        remarks.push_back("THD and harmonics of " + joined(names) + " not shown: " + reason + ".");
+    }
+    return remarks;
+}
+
+/// When the active powers by the methods that measure it truly differ by more than a tenth.
+std::string remarkOnDisagreement(const std::vector<Parameters>& byMethod) {
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = -lowest;
+    for (std::size_t method = 0; method < byMethod.size(); ++method) {
+        const double active = parameterNamed(byMethod[method], "P").value;
+        if (!std::isnan(active)) {
+            lowest = std::min(lowest, active);
+            highest = std::max(highest, active);
+        }
+    }
+    if (!(highest - lowest > 0.1 * std::max(std::fabs(lowest), std::fabs(highest)))) {
+        return {};
+    }
+    return "The methods disagree on P by more than a tenth. Trust the three-wattmeter figures, which are the mean of "
+           "u i; two wattmeters miss what flows through a neutral, and err when signals are distorted or not steady.";
 }
 
 /// The parameters, and power where there are voltages and currents.
 void addParameters(const FullMeasurement& full, const FullResults& results, ResultDocument& document) {
     const Parameters& parameters = results.parameters[complexThreeWattmeter];
-    document.tables.push_back(electricalTable(parameters));
+    document.tables.push_back(electricalTable(withoutDoubtfulThd(parameters, results.distortionDoubts)));
     document.settings = describeWiring(full.measurement, full.fromLineVoltages) + ", fundamental inside " +
                         full.measurement.window().text();
     Measurement measured = full.measurement;
@@ -147,6 +268,9 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
     }
     const auto remarks = remarksOn(parameters, measured);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
+    if (const std::string remark = remarkOnDisagreement(results.parameters); !remark.empty()) {
+        document.remarks.push_back(remark);
+    }
     if (!std::isnan(parameterNamed(parameters, "P").value)) {
         for (std::size_t method = 0; method < results.parameters.size(); ++method) {
             const auto& [label, meaning] = powerWordings[method];
@@ -155,11 +279,32 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
     }
 }
 
+/// Which samples are measured.
+std::string describeSamples(const FullMeasurement& full) {
+    const Measurement& recorded = full.asRecorded;
+    const double start = recorded.settings.startSeconds;
+    const std::string range = std::to_string(recorded.length) + " samples at " + formatNumber(recorded.rateHz, 9) +
+                              " Hz, from " + formatFixed(start, 4) + " s to " +
+                              formatFixed(start + recorded.durationSeconds(), 4) + " s";
+    if (full.cycles == 0) {
+        return "Measured: " + range + ".";
+    }
+    return "Measured: " + std::to_string(full.cycles) + (full.cycles == 1 ? " cycle" : " whole cycles") + " of " +
+           formatFixed(full.frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
+}
+
 }  // namespace
 
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
     const Measurement& measurement = full.measurement;
     ResultDocument document = documentOf(recording, measurement, results.libraryVersion);
+    if (!full.unsteadiness.empty()) {
+        document.warnings.push_back(full.unsteadiness);
+    }
+    document.remarks.push_back(describeSamples(full));
+    for (const std::string& remark : remarksOnDoubts(results.distortionDoubts)) {
+        document.remarks.push_back(remark);
+    }
     for (const std::string& sentence : results.wiring) {
         document.remarks.push_back("Wiring: " + sentence);
     }

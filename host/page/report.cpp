@@ -126,7 +126,7 @@ PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
 
 /// Nothing when there is no fundamental.
 std::string phasorFigure(const Fundamentals& fundamentals) {
-    if (*std::max_element(fundamentals.frequencies.begin(), fundamentals.frequencies.end()) == 0.0) {
+    if (fundamentals.frequencyHz == 0.0) {
         return {};
     }
     return figure(phasorDiagram(fundamentals),

@@ -334,6 +334,7 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options) {
     recording.source = parts.configurationName;
     recording.format = "COMTRADE, " + std::string(nameOf(*form));
     recording.length = rows.length();
+    recording.nominalHz = configuration.nominalHz;
     recording.facts = std::move(configuration.facts);
     recording.nominalHz = configuration.nominalHz;
     recording.warnings = std::move(rows.warnings);
