@@ -131,11 +131,15 @@ Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz) {
     if (const double frequency = combined(fits, nearHz); frequency > 0.0) {
         result.frequencyHz = frequency;
     }
-    for (const std::size_t channel : channels) {
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const auto& samples = recorded.samples[channel];
+        if (!isGapless(samples)) {
+            continue;
+        }
         const Phasor phasor = phasorAt(samples, recorded.rateHz, result.frequencyHz);
         (isCurrent(channel) ? result.currents : result.voltages)[channel % phaseTotal] = phasor;
-        result.hasSignal[channel] = std::abs(phasor) >= leastFundamentalShare * variationOf(samples);
+        result.hasSignal[channel] = std::find(channels.begin(), channels.end(), channel) != channels.end() &&
+                                    std::abs(phasor) >= leastFundamentalShare * variationOf(samples);
     }
     return result;
 }

@@ -6,7 +6,7 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
     expectShown({
         {"generate --angle 60 | measure -",
          "power/P = 1725 1725 1725 1725; power/Q = 2987.79 2987.79 2987.79 2987.79; power/Sb = 1150 1150; "
-         "parameters/line_voltage/b = 398.372; derived/power_factor/total = 0.5; derived/current_lag = 60 60 60"},
+         "parameters/line_voltage/b = 398.372; derived/PF/total = 0.5; derived/current_lag = 60 60 60"},
         {"generate --angle -45 | measure -", "power/Q = -2439.52 2439.52 -2439.52 2439.52"},
         // line voltages lead the phase voltages by 30 degrees
         {"generate --voltage 398.37168574 --angle 60 | measure --wiring three -",
@@ -33,16 +33,27 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
         "derived/voltage_unbalance_u2/total = 14.99; derived/voltage_unbalance_u0/total = 8.9373";
     expectShown({
         {"generate --harmonic-u 3:8 --harmonic-u 5:15 --harmonic-u 7:5 --angle 60 | measure -",
-         "parameters/thd_voltage/c = 17.72 ~ 0.01; derived/power_factor/a = 0.49233; "
+         "parameters/thd_voltage/c = 17.72 ~ 0.01; derived/PF/a = 0.49233; "
          "highest_harmonics/1 = 5 15 5 15 5 15 ~ 0.01; highest_harmonics/2/Vb_percent = 8 ~ 0.01; \"4\":{}"},
         {"generate --harmonic-u 3:5 --harmonic-u 38:30 | cut -d, -f1-4 | measure -",
          "signals/rms/Vb = 240.405 ~ 0.05; highest_harmonics/1 = 38 30 38 30 38 30 ~ 0.01; parameters/thd_voltage/b = "
          "30.4138; !current; !power"},
         {"generate --frequency 49.7 --duration 0.317 --angle 30 --harmonic-u 3:20:40 --offsets Ua=10 | measure -",
-         "derived/current_lag = 30 30 30 ~ 0.05; derived/fine_frequency/b = 49.7; derived/voltage_unbalance_u2 = 0 ~ "
+         "derived/current_lag = 30 30 30 ~ 0.05; derived/frequency/b = 49.7; derived/voltage_unbalance_u2 = 0 ~ "
          "0.1"},
         {odd + " -", unbalance + "; derived/voltage_lag/b = 100"},
         {odd + ",Ub=Uc,Uc=Ub -", unbalance},
+        // a resistor between a and b: the example of IEEE Std 1459, 3.2.2.8
+        {"generate --voltage 127 --current 22.73 --angle -30 --factors Ic=0 | "
+         "measure --map Ib=Ia --coefficients Ib=-1 -",
+         "derived/S_vector/total = 5000 ~ 1; derived/S_arithmetic/total = 5773.4 ~ 1; "
+         "derived/S_effective/total = 7070.9 ~ 1; derived/PF/total = 0.7071 ~ 0.0001"},
+        {"generate --frequency 50.13 --offsets Ia=2 | measure --duration 10.4cycles -",
+         "10 whole cycles of 50.1300 Hz; derived/U = 230 230 230; derived/I/a = 5; derived/frequency/total = 50.13"},
+        {"generate --dropout Ia:4000:2000 > dropout.csv; measure dropout.csv",
+         "not steady: the fundamental of Ia; THD and harmonics of Ua; !unbalance"},
+        {"measure --part pre-fault dropout.csv", "derived/I/a = 5; 20 whole cycles"},
+        {"measure --part longest-steady dropout.csv", "nothing odd; samples = 4000 ~ 150"},
         {"generate --factors Ic=0 | measure -",
          "derived/sum_of_currents/total = 5; derived/current_unbalance_i0/total = 50; derived/current_lag = 0 0 -"},
         {"generate --angle 30 | cut -d, -f1-4,6,7 | measure --two-currents a -",

@@ -16,7 +16,7 @@ TEST(Remarks, NameWiringFaults) {
         {"generate --angle 30 | measure --map Ub=Uc,Uc=Ub -", "a-c-b; Wiring: Ub and Uc, or Ib and Ic "},
         {"generate --angle 30 --factors Ib=-1 | measure --map Ia=Ib,Ib=Ia -", "Wiring: The angles; !Wiring: I"},
         {"generate --angle 30 | measure --map Ub=Ua,Uc=Ua -", "Wiring: The voltages; !Wiring: I"},
-        {"generate --angle 30 --factors Uc=0.005,Ib=-1 | measure -", fine},  // too low to be judged
+        {"generate --angle 30 --factors Uc=0.005,Ib=-1 | measure -", "not judged, because Uc"},
         {"generate --angle 30 --factors Ib=-1,Ic=0.005 | measure -", fine},
         {"generate --angle 30 --factors Ua=0 | measure -", "not judged; derived/current_lag = - 30 30"},
         {"generate | sed '100,120s/,[^,]*/,/' | measure -", "21 samples of Ua; not judged"},

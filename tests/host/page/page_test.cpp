@@ -38,7 +38,7 @@ TEST(Page, DiagramsLeaveOutWhatIsMissing) {
         }
         return found;
     };
-    const std::string phasors = rt305::phasorDiagram({{}, {{{0.0, 230.0}, {199.0, -115.0}, {NAN, NAN}}}, {}});
+    const std::string phasors = rt305::phasorDiagram({.voltages = {{{0.0, 230.0}, {199.0, -115.0}, {NAN, NAN}}}});
     EXPECT_EQ(count(phasors, "<polygon"), 2U);
     EXPECT_EQ(count(phasors, R"(x="334.0" y="184.0" text-anchor="middle">Ua<)"), 1U) << "Ua points to the right";
     EXPECT_EQ(count(phasors, R"(x="103.0" y="317.3" text-anchor="middle">Ub<)"), 1U) << "Ub follows clockwise";
