@@ -80,14 +80,14 @@ FullMeasurement wholeCyclesOf(FullMeasurement full) {
     if (recorded.settings.allSamples || !(full.frequencyHz > 0.0)) {
         return full;
     }
-    constexpr double tolerance = 0.02;  // samples, for the error of the frequency
+    constexpr double tolerance = 0.5;  // samples: a cycle need not end at one
     const double samplesPerCycle = recorded.rateHz / full.frequencyHz;
     const double cycles = std::floor((static_cast<double>(recorded.length) + tolerance) / samplesPerCycle);
     if (cycles < 1.0) {
         return full;
     }
     std::string unsteadiness = std::move(full.unsteadiness);
-    full = sliceOf(full, 0.0, cycles / full.frequencyHz);
+    full = sliceOf(full, 0.0, std::min(cycles / full.frequencyHz, recorded.durationSeconds()));
     full.cycles = static_cast<std::size_t>(cycles);
     full.unsteadiness = std::move(unsteadiness);
     return full;

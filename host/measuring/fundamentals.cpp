@@ -114,6 +114,14 @@ double frequencyOfLongestPart(const Measurement& recorded, const std::vector<std
     return combined(fits, median(std::move(frequencies)));
 }
 
+std::size_t longestOf(const std::vector<SteadyPart>& parts) {
+    std::size_t longest = 0;
+    for (const SteadyPart& part : parts) {
+        longest = std::max(longest, part.count);
+    }
+    return longest;
+}
+
 }  // namespace
 
 Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz) {
@@ -155,12 +163,24 @@ GridState gridStateOf(const Measurement& recorded, double nominalHz) {
     for (const std::size_t channel : state.channels) {
         samples.emplace_back(recorded.samples[channel]);
     }
-    // The strongest line of a record with a fault can be far from the grid's frequency, the file's own figure is not.
-    state.frequencyHz = nominalHz > 0.0 ? nominalHz : roughFrequency(recorded, leading);
-    for (int pass = 0; pass < 2; ++pass) {  // the second with a better frequency, in which phasors do not turn
-        state.steadiness = steadinessOf(samples, recorded.rateHz, state.frequencyHz);
+    // The strongest line of a record with a fault can be far from the grid's frequency, and a grid far from its nominal
+    // frequency: the one at which more of the record is steady counts.
+    for (const double start : {nominalHz, roughFrequency(recorded, leading)}) {
+        if (!(start > 0.0)) {
+            continue;
+        }
+        const Steadiness steadiness = steadinessOf(samples, recorded.rateHz, start);
+        if (state.frequencyHz == 0.0 || longestOf(steadiness.parts) > longestOf(state.steadiness.parts)) {
+            state.frequencyHz = start;
+            state.steadiness = steadiness;
+        }
+    }
+    if (state.frequencyHz > 0.0) {  // once more with the frequency that is found, at which phasors do not turn
         const double found = frequencyOfLongestPart(recorded, leading, state.steadiness.parts, state.frequencyHz);
         state.frequencyHz = found > 0.0 ? found : state.frequencyHz;
+        state.steadiness = steadinessOf(samples, recorded.rateHz, state.frequencyHz);
+        const double refined = frequencyOfLongestPart(recorded, leading, state.steadiness.parts, state.frequencyHz);
+        state.frequencyHz = refined > 0.0 ? refined : state.frequencyHz;
     }
     return state;
 }

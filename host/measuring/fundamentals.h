@@ -39,8 +39,8 @@ struct GridState {
     std::vector<std::size_t> channels;
 };
 
-/// Looks for the fundamental within a fifth of `nominalHz`; when that is 0, between 10 Hz and a third of the sample
-/// rate, at most 450 Hz.
+/// Looks for the fundamental near `nominalHz`, unless that is 0, and near the strongest line between 10 Hz and a third
+/// of the sample rate, at most 450 Hz.
 GridState gridStateOf(const Measurement& recorded, double nominalHz);
 
 }  // namespace rt305

@@ -9,6 +9,7 @@
 
 #include "signal/gap_filling.h"
 #include "signal/linear_prediction.h"
+#include "toolkit/bessel.h"
 
 namespace rt305 {
 
@@ -26,7 +27,7 @@ std::array<double, 2 * reach> sincWeights(double fraction) {
         const double r = distance / static_cast<double>(reach);
         const double angle = std::numbers::pi * distance;
         const double sinc = distance == 0.0 ? 1.0 : std::sin(angle) / angle;
-        const double window = std::cyl_bessel_i(0.0, kaiserBeta * std::sqrt(std::max(0.0, 1.0 - r * r)));
+        const double window = coder::besseli(kaiserBeta * std::sqrt(std::max(0.0, 1.0 - r * r)));
         weights[static_cast<std::size_t>(i)] = sinc * window;
         sum += sinc * window;
     }

@@ -44,7 +44,8 @@ Lines processState() {
     }
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("Umask:") || line.starts_with("Threads:") || line.starts_with("Sig")) {
+        if (line.starts_with("Umask:") || line.starts_with("Threads:") ||
+            (line.starts_with("Sig") && !line.starts_with("SigQ:"))) {  // SigQ counts the signals of all processes
             state.push_back(line);
         }
     }

@@ -21,7 +21,7 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
         {"rt305 info v.csv", "Uab V; Uab by its name; Ubc by its name"},
         {"measure --wiring four v.csv", "Ua and Ub not used; no column for Uc"},
         {"generate | sed '1s/Ic/In/' | measure --two-currents c -", "that are not used: ; In"},
-        {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; derived/fine_frequency/a = 59.9"},
+        {"generate --frequency 59.9 | measure -", "power/P/two-wattmeter = 3450 ~ 1; derived/frequency/a = 59.9"},
         {"generate | measure --coefficients 2,2,2,10,10,10 -",
          "power/P/two-wattmeter = 69000; parameters/current/c = 50"},
     });
@@ -103,7 +103,7 @@ TEST(Measure, OnePhase) {
     expectShown({
         {"generate --angle 60 --harmonic-u 5:10 | cut -d, -f1,3,6 | measure -",
          "Ub is shown as Ua; voltage and current of one phase; parameters/phase_voltage = 231.147; power/P = 575 575; "
-         "power/Pa = 575 575; derived/power_factor = 0.49752 0.49752; derived/current_lag = 60; parameters/thd_voltage "
+         "power/Pa = 575 575; derived/PF = 0.49752 0.49752; derived/current_lag = 60; parameters/thd_voltage "
          "= 10; !unbalance; !line_voltage; !two-wattmeter; !Wiring; !Vb"},
         {"printf 't,U (V),I (A)\n0,1,2\n1,-1,2\n2,1,-2\n3,-1,-2\n' | signals -",
          "signals_u/rms = 1; signals_i/rms = 2"},
@@ -130,7 +130,7 @@ TEST(Measure, GridsOfAnyFrequency) {
         {"generate --frequency 60.01 --duration 0.33328 --rate 50000" + distorted, figures + "3999; 59.52-60.48 Hz"},
         {"generate --frequency 65 --duration 0.30769" + distorted, figures + "3692; 12-72 Hz"},
         {"generate --frequency 33 --duration 0.60606" + distorted, figures + "4000; 32.74-33.26 Hz"},
-        {"generate --frequency 400 --duration 0.05" + distorted, figures + "4000; derived/fine_frequency/b = 400"},
+        {"generate --frequency 400 --duration 0.05" + distorted, figures + "4000; derived/frequency/b = 400"},
         {"generate --frequency 57 | measure --nominal 50 -", "samples = 10000; 10-60 Hz; parameters/frequency/b = 57"},
         {"generate --frequency 60 | rt305 spectrum --json-lines --peaks 3 -",
          "spectrum_u/1/Va_Hz = 60; spectrum_u/1/Va_V = 325.269; !\"2\""},
