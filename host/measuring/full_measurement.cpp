@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "base/failure.h"
@@ -118,9 +119,9 @@ std::string describeUnsteadiness(const GridState& state, const Measurement& reco
     std::sort(longest.begin(), longest.end(),
               [](const SteadyPart& x, const SteadyPart& y) { return x.first < y.first; });
     std::vector<std::string> ranges;
-    for (const SteadyPart& part : longest) {
-        ranges.push_back(secondsOf(part.first, recorded) + "-" + secondsOf(part.first + part.count, recorded) + " s");
-    }
+    std::transform(longest.begin(), longest.end(), std::back_inserter(ranges), [&](const SteadyPart& part) {
+        return secondsOf(part.first, recorded) + "-" + secondsOf(part.first + part.count, recorded) + " s";
+    });
     return text + (ranges.empty() ? "; no part of it is steady"
                                   : "; steady are " + joined(ranges) +
                                         ": choose with --part pre-fault, fault or longest-steady, or with --start and "

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "base/text.h"
@@ -85,9 +86,8 @@ ResultTable highestHarmonicsTable(const std::vector<KindResults<Harmonics>>& kin
     return table;
 }
 
-std::vector<Cell> byPhase(const PerPhase<double>& values, bool isThreePhase) {
-    return isThreePhase ? std::vector<Cell>{std::nullopt, values[0], values[1], values[2]}
-                        : std::vector<Cell>{std::nullopt, values[0], std::nullopt, std::nullopt};
+std::vector<Cell> byPhase(const PerPhase<double>& values) {
+    return {std::nullopt, values[0], values[1], values[2]};
 }
 
 std::vector<Cell> inTotal(double value) {
@@ -138,34 +138,55 @@ void addSequenceRows(ResultTable& table, char quantity, const SequenceComponents
     }
 }
 
-ResultTable derivedTable(const FullMeasurement& full, const FullResults& results) {
-    const DerivedFigures& derived = results.derived;
-    const bool isThreePhase = full.measurement.isThreePhase();
-    ResultTable table = phaseTable("derived", "Computed by rt305, not by the library");
+/// Frequency, RMS values and removed means.
+void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
     const Fundamentals& fundamentals = results.fundamentals;
     table.addRow({"frequency", "Frequency", "Hz", 4},
                  {orNan(fundamentals.frequencyHz), orNan(fundamentals.frequencies[0]),
                   orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
-    if (derived.voltages) {
-        addRow(table, {"U", "Voltage U", "V"}, *derived.voltages);
-    }
-    if (derived.currents) {
-        addRow(table, {"I", "Current I", "A"}, *derived.currents);
-    }
-    const auto offsets = [&full, isThreePhase](std::size_t first) {
+    const auto offsets = [&full](std::size_t first) {
         const auto* const samples = &full.asRecorded.samples[first];
-        return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])}, isThreePhase);
+        return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])});
     };
-    if (full.measurement.hasVoltages()) {
+    if (results.derived.voltages) {
+        addRow(table, {"U", "Voltage U", "V"}, *results.derived.voltages);
         table.addRow({"voltage_offset", "Mean of U, which is removed", "V"}, offsets(0));
     }
-    if (full.measurement.hasCurrents()) {
+    if (results.derived.currents) {
+        addRow(table, {"I", "Current I", "A"}, *results.derived.currents);
         table.addRow({"current_offset", "Mean of I, which is removed", "A"}, offsets(phaseTotal));
     }
+}
+
+/// Unbalance of what is steady and has a signal, and the sum of the currents.
+void addUnbalanceRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
+    const DerivedFigures& derived = results.derived;
+    const bool isSteady = full.unsteadiness.empty();
+    if (const auto& unbalance = derived.voltageUnbalance; unbalance && isSteady && results.fundamentals.anySignal(0)) {
+        table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
+        if (!full.fromLineVoltages) {
+            table.addRow({"voltage_unbalance_u0", "Unbalance U0 / U1", "%", 3}, inTotal(unbalance->zeroPercent));
+        }
+    }
+    if (const auto& unbalance = derived.currentUnbalance;
+        unbalance && isSteady && results.fundamentals.anySignal(phaseTotal)) {
+        table.addRow({"current_unbalance_i2", "Unbalance I2 / I1", "%", 3}, inTotal(unbalance->negativePercent));
+        table.addRow({"current_unbalance_i0", "Unbalance I0 / I1", "%", 3}, inTotal(unbalance->zeroPercent));
+    }
+    if (derived.currentSum) {
+        table.addRow({"sum_of_currents", "Sum of the currents", "A"}, inTotal(derived.currentSum->ofSum));
+    }
+}
+
+ResultTable derivedTable(const FullMeasurement& full, const FullResults& results) {
+    const DerivedFigures& derived = results.derived;
+    const Fundamentals& fundamentals = results.fundamentals;
+    const Phasor& reference = full.measurement.hasVoltages() ? fundamentals.voltages[0] : fundamentals.currents[0];
+    ResultTable table = phaseTable("derived", "Computed by rt305, not by the library");
+    addSignalRows(table, full, results);
     if (derived.power) {
         addPowerRows(table, *derived.power);
     }
-    const Phasor& reference = full.measurement.hasVoltages() ? fundamentals.voltages[0] : fundamentals.currents[0];
     if (derived.voltageSequence) {
         addSequenceRows(table, 'U', *derived.voltageSequence, reference, full.fromLineVoltages);
     }
@@ -173,27 +194,13 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
         addSequenceRows(table, 'I', *derived.currentSequence, reference, false);
     }
     if (derived.currentLags) {
-        table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags, isThreePhase));
+        table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags));
     }
     if (derived.voltageLags) {
-        table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2},
-                     byPhase(*derived.voltageLags, isThreePhase));
+        table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2}, byPhase(*derived.voltageLags));
     }
-    const bool isSteady = full.unsteadiness.empty();
-    if (const auto& unbalance = derived.voltageUnbalance; unbalance && isSteady && fundamentals.anySignal(0)) {
-        table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
-        if (!full.fromLineVoltages) {
-            table.addRow({"voltage_unbalance_u0", "Unbalance U0 / U1", "%", 3}, inTotal(unbalance->zeroPercent));
-        }
-    }
-    if (const auto& unbalance = derived.currentUnbalance; unbalance && isSteady && fundamentals.anySignal(phaseTotal)) {
-        table.addRow({"current_unbalance_i2", "Unbalance I2 / I1", "%", 3}, inTotal(unbalance->negativePercent));
-        table.addRow({"current_unbalance_i0", "Unbalance I0 / I1", "%", 3}, inTotal(unbalance->zeroPercent));
-    }
-    if (derived.currentSum) {
-        table.addRow({"sum_of_currents", "Sum of the currents", "A"}, inTotal(derived.currentSum->ofSum));
-    }
-    if (!isThreePhase) {
+    addUnbalanceRows(table, full, results);
+    if (!full.measurement.isThreePhase()) {
         for (auto& row : table.cells) {
             row[2] = row[3] = std::nullopt;
         }
@@ -231,9 +238,9 @@ std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) 
         known->second.emplace_back(channelNames[channel]);
     }
     std::vector<std::string> remarks;
-    for (const auto& [reason, names] : byReason) {
-        remarks.push_back("THD and harmonics of " + joined(names) + " not shown: " + reason + ".");
-    }
+    std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {
+        return "THD and harmonics of " + joined(entry.second) + " not shown: " + entry.first + ".";
+    });
     return remarks;
 }
 
@@ -241,8 +248,8 @@ std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) 
 std::string remarkOnDisagreement(const std::vector<Parameters>& byMethod) {
     double lowest = std::numeric_limits<double>::infinity();
     double highest = -lowest;
-    for (std::size_t method = 0; method < byMethod.size(); ++method) {
-        const double active = parameterNamed(byMethod[method], "P").value;
+    for (const Parameters& parameters : byMethod) {
+        const double active = parameterNamed(parameters, "P").value;
         if (!std::isnan(active)) {
             lowest = std::min(lowest, active);
             highest = std::max(highest, active);

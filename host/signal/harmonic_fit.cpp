@@ -1,7 +1,6 @@
 #include "signal/harmonic_fit.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
 #include <complex>
 #include <numbers>
@@ -62,42 +61,57 @@ public:
         }
     }
 
-    /// Solves for the first `count` unknowns, the others being zero, by Cholesky's method. False when they cannot be
-    /// told apart. `inverseOfLast` becomes the last diagonal element of the inverse matrix.
-    bool solve(std::size_t count, std::vector<double>& x, double& inverseOfLast) const {
-        assert(count >= 1 && count <= n_);
-        std::vector<double> factor(count * count);
-        for (std::size_t i = 0; i < count; ++i) {
-            for (std::size_t j = 0; j <= i; ++j) {
-                double sum = matrix_[i * n_ + j];
-                for (std::size_t k = 0; k < j; ++k) {
-                    sum -= factor[i * count + k] * factor[j * count + k];
-                }
-                if (i == j && !(sum > 1e-12 * matrix_[i * n_ + i])) {
-                    return false;
-                }
-                factor[i * count + j] = i == j ? std::sqrt(sum) : sum / factor[j * count + j];
-            }
+    /// Solves by Cholesky's method. False when the unknowns cannot be told apart. `inverseOfLast` becomes the last
+    /// diagonal element of the inverse matrix.
+    bool solve(std::vector<double>& x, double& inverseOfLast) {
+        if (!factorise()) {
+            return false;
         }
-        x.assign(right_.begin(), right_.begin() + static_cast<std::ptrdiff_t>(count));
-        for (std::size_t i = 0; i < count; ++i) {
+        x = right_;
+        for (std::size_t i = 0; i < n_; ++i) {
             for (std::size_t k = 0; k < i; ++k) {
-                x[i] -= factor[i * count + k] * x[k];
+                x[i] -= at(i, k) * x[k];
             }
-            x[i] /= factor[i * count + i];
+            x[i] /= at(i, i);
         }
-        for (std::size_t i = count; i-- > 0;) {
-            for (std::size_t k = i + 1; k < count; ++k) {
-                x[i] -= factor[k * count + i] * x[k];
+        for (std::size_t i = n_; i-- > 0;) {
+            for (std::size_t k = i + 1; k < n_; ++k) {
+                x[i] -= at(k, i) * x[k];
             }
-            x[i] /= factor[i * count + i];
+            x[i] /= at(i, i);
         }
-        const double last = factor[count * count - 1];
-        inverseOfLast = 1.0 / (last * last);
+        inverseOfLast = 1.0 / (at(n_ - 1, n_ - 1) * at(n_ - 1, n_ - 1));
         return true;
     }
 
 private:
+    double& at(std::size_t row, std::size_t column) { return matrix_[row * n_ + column]; }
+
+    /// The product of the first `count` elements of two rows.
+    double product(std::size_t i, std::size_t j, std::size_t count) {
+        double sum = 0.0;
+        for (std::size_t k = 0; k < count; ++k) {
+            sum += at(i, k) * at(j, k);
+        }
+        return sum;
+    }
+
+    /// Replaces the matrix by its Cholesky factor. False when it is singular but for rounding.
+    bool factorise() {
+        constexpr double leastPivot = 1e-12;
+        for (std::size_t i = 0; i < n_; ++i) {
+            for (std::size_t j = 0; j < i; ++j) {
+                at(i, j) = (at(i, j) - product(i, j, j)) / at(j, j);
+            }
+            const double pivot = at(i, i) - product(i, i, i);
+            if (!(pivot > leastPivot * at(i, i))) {
+                return false;
+            }
+            at(i, i) = std::sqrt(pivot);
+        }
+        return true;
+    }
+
     std::size_t n_;
     std::vector<double> matrix_;  // the lower triangle
     std::vector<double> right_;
@@ -170,7 +184,7 @@ private:
             equations.add(row, groups_.means[k], weight);
         }
         residual_ = std::sqrt(squares / weights);
-        return equations.solve(count, solution_, inverse_);
+        return equations.solve(solution_, inverse_);
     }
 
     /// One row of the model at u half lengths from the centre; gives the value of the present solution there.

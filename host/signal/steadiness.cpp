@@ -66,6 +66,41 @@ LargestChange largestChangeOf(const std::vector<Trace>& traces, double samplesPe
     return result;
 }
 
+/// Windows in which no channel leaves the mean of the run.
+struct Run {
+    std::size_t begin;
+    std::size_t end;
+    std::vector<std::complex<double>> means{};  // by channel
+
+    bool admits(const std::vector<Trace>& traces, const std::vector<double>& scales) const {
+        constexpr double leastScale = 0.2;  // of a channel's largest magnitude: below it changes count as at it
+        for (std::size_t c = 0; c < traces.size(); ++c) {
+            const double reference = std::max(std::abs(means[c]), leastScale * scales[c]);
+            if (std::abs(traces[c][end] - means[c]) > steadyShare * reference) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void extend(const std::vector<Trace>& traces) {
+        ++end;
+        for (std::size_t c = 0; c < traces.size(); ++c) {
+            means[c] += (traces[c][end - 1] - means[c]) / static_cast<double>(end - begin);
+        }
+    }
+};
+
+/// The longest run from a window on.
+Run runFrom(std::size_t begin, std::size_t windows, const std::vector<Trace>& traces,
+            const std::vector<double>& scales) {
+    Run run{begin, begin, std::vector<std::complex<double>>(traces.size())};
+    do {
+        run.extend(traces);
+    } while (run.end < windows && run.admits(traces, scales));
+    return run;
+}
+
 }  // namespace
 
 Steadiness steadinessOf(const std::vector<std::span<const double>>& channels, double rateHz, double frequencyHz) {
@@ -73,47 +108,30 @@ Steadiness steadinessOf(const std::vector<std::span<const double>>& channels, do
     const double samplesPerCycle = frequencyHz > 0.0 ? rateHz / frequencyHz : 0.0;
     const double cycles = samplesPerCycle > 0.0 ? static_cast<double>(length) / samplesPerCycle : 0.0;
     if (cycles < leastCycles) {
-        return {{{0, length}}, {}, true};
+        return {{{0, length, std::vector<double>(channels.size())}}, {}, true};
     }
     const std::size_t windows = (static_cast<std::size_t>(cycles) - cyclesPerWindow) * windowsPerCycle + 1;
     std::vector<Trace> traces;
-    for (const auto& channel : channels) {
-        traces.push_back(traceOf(channel, samplesPerCycle, windows));
-    }
+    std::transform(channels.begin(), channels.end(), std::back_inserter(traces),
+                   [=](const auto& channel) { return traceOf(channel, samplesPerCycle, windows); });
+    std::vector<double> scales;
+    std::transform(traces.begin(), traces.end(), std::back_inserter(scales), largestOf);
+    const auto sampleAt = [=](std::size_t window) {
+        const double place = static_cast<double>(window) * samplesPerCycle / windowsPerCycle;
+        return std::min(length, static_cast<std::size_t>(std::llround(place)));
+    };
 
     Steadiness result{{}, largestChangeOf(traces, samplesPerCycle), false};
-    std::vector<double> scales;
-    for (const Trace& trace : traces) {
-        scales.push_back(largestOf(trace));
-    }
-    const auto sampleAt = [&](std::size_t window) {
-        return std::min(length, static_cast<std::size_t>(
-                                    std::llround(static_cast<double>(window) * samplesPerCycle / windowsPerCycle)));
-    };
     for (std::size_t begin = 0; begin < windows;) {
-        std::vector<std::complex<double>> means(traces.size());
-        std::size_t end = begin;
-        const auto belongs = [&](std::size_t k) {
-            for (std::size_t c = 0; c < traces.size(); ++c) {
-                if (std::abs(traces[c][k] - means[c]) > steadyShare * std::max(std::abs(means[c]), 0.2 * scales[c])) {
-                    return false;
-                }
-            }
-            return true;
-        };
-        while (end < windows && (end == begin || belongs(end))) {
-            for (std::size_t c = 0; c < traces.size(); ++c) {
-                means[c] += (traces[c][end] - means[c]) / static_cast<double>(end - begin + 1);
-            }
-            ++end;
-        }
-        if (end - begin >= 2 || windows == 1) {  // one window alone may lie across a change
-            const std::size_t last = end == windows ? length : sampleAt(end - 1 + cyclesPerWindow * windowsPerCycle);
+        const Run run = runFrom(begin, windows, traces, scales);
+        if (run.end - begin >= 2) {  // one window alone may lie across a change
+            const std::size_t last =
+                run.end == windows ? length : sampleAt(run.end - 1 + cyclesPerWindow * windowsPerCycle);
             result.parts.push_back({sampleAt(begin), last - sampleAt(begin)});
-            std::transform(means.begin(), means.end(), std::back_inserter(result.parts.back().levels),
+            std::transform(run.means.begin(), run.means.end(), std::back_inserter(result.parts.back().levels),
                            [](const std::complex<double>& mean) { return std::abs(mean); });
         }
-        begin = end;
+        begin = run.end;
     }
     result.isSteady = result.parts.size() == 1 && result.parts[0].count == length;
     return result;

@@ -71,7 +71,7 @@ Value addLastBlocks(Value total, std::size_t from, std::size_t n, Term term) {
 template <std::size_t chains = 10, class Term>
 auto blockedSum(std::size_t n, Term term) {
     using Value = decltype(term(std::size_t{}));
-    constexpr std::size_t valuesOfTerm = sizeof(Value) / sizeof(double);
+    constexpr std::size_t valuesOfTerm = sizeof(Value) / sizeof(double);  // NOLINT(bugprone-sizeof-expression): values
     constexpr std::size_t lanes = (chains + valuesOfTerm - 1) / valuesOfTerm;
     Value total = n == 0 ? Value{} : -Value{};
     std::size_t from = 0;
