@@ -4,6 +4,7 @@
 #include "signal/fractional_delay.h"
 #include "signal/fundamental.h"
 #include "signal/gap_filling.h"
+#include "signal/harmonic_fit.h"
 #include "signal/resampler.h"
 #include "support/signals.h"
 
@@ -94,6 +95,39 @@ TEST(Recording, CountsClippedSamples) {
     EXPECT_EQ(clipped(2.0, 0.01), 0) << "the rounded crest of a coarse converter";
     EXPECT_EQ(rt305::countClipped(std::vector<double>(9, 1.0)), 0U);
     EXPECT_NEAR(clipped(0.8, 1e-12), 200.0 * 4.0 * std::acos(0.8) / signals::twoPi, 10.0);
+}
+
+/// RMS error of the frequency under 1 % noise, at 50 Hz and 10 kHz; the Cramer-Rao bound of ten cycles is 0.62 mHz.
+TEST(HarmonicFit, FindsTheFundamentalNearTheCramerRaoBound) {
+    struct Case {
+        double cycles, harmonics, interharmonic, offset, largestMilliHz;
+    };
+    for (const Case& c : {Case{3, 0.05, 0.0, 0.0, 7.0},
+                          {10, 0.0, 0.0, 0.0, 1.0},
+                          {10, 0.05, 0.0, 0.0, 1.0},
+                          {10, 0.05, 0.02, 0.0, 1.5},
+                          {10, 0.05, 0.0, 0.5, 1.5},
+                          {100, 0.05, 0.02, 0.5, 0.05}}) {
+        double squares = 0.0;
+        constexpr int trials = 40;
+        for (int trial = 0; trial < trials; ++trial) {
+            const double f = 49.0 + 0.05 * trial;
+            const auto n = static_cast<std::size_t>(c.cycles / f * 10000.0);
+            auto x = signals::wave(signals::noise(n, static_cast<std::uint64_t>(trial), 0.0, 0.01 / std::sqrt(2.0)),
+                                   {{1.0, f, 0.3 * trial},
+                                    {c.harmonics, 3.0 * f, 1.0},
+                                    {c.harmonics, 5.0 * f, 2.0},
+                                    {c.interharmonic, 2.37 * f, 0.5}});
+            for (std::size_t k = 0; k < n; ++k) {
+                x[k] += c.offset * std::exp(-static_cast<double>(k) / 400.0);
+            }
+            const auto line = rt305::strongestLine(x, 10000.0, 10.0, 100.0);
+            const auto fit = rt305::fitFundamental(x, 10000.0, line.value_or(0.0));
+            ASSERT_TRUE(fit) << c.cycles << " cycles";
+            squares += 1e6 * (fit->frequencyHz - f) * (fit->frequencyHz - f);
+        }
+        EXPECT_LE(std::sqrt(squares / trials), c.largestMilliHz) << c.cycles << " cycles, offset " << c.offset;
+    }
 }
 
 }  // namespace
