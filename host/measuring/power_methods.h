@@ -22,8 +22,7 @@ inline constexpr PowerMethod powerMethods[] = {
     {"two-wattmeter", RT305_4_POWER_TWO_WATTMETER, false, false},
     {"two-wattmeter-phase", RT305_4_POWER_TWO_WATTMETER_PHASE, false, true},
 };
-inline constexpr std::size_t complexThreeWattmeter = 0;  // places in powerMethods
-inline constexpr std::size_t plainThreeWattmeter = 1;
+inline constexpr std::size_t complexThreeWattmeter = 0;  // its place in powerMethods
 
 }  // namespace rt305
 
