@@ -34,7 +34,7 @@ inline constexpr std::string_view scaleLevel = "win_log";
 }  // namespace option
 
 /// A phase of a three-phase set, or none of them.
-enum class PhaseChoice : std::uint8_t { none = 0, a = 1, b = 2, c = 3 };
+enum class PhaseChoice : std::uint8_t { none, a, b, c };
 
 /// A phase by its index, with the indexes of the two others.
 struct PhaseWithOthers {

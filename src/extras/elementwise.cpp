@@ -1,11 +1,9 @@
 #include "extras/elementwise.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "toolkit/broadcasting.h"
 #include "toolkit/extremes.h"
-#include "toolkit/non_finite.h"
 #include "toolkit/ranges.h"
 #include "toolkit/sums.h"
 
@@ -32,16 +30,7 @@ void bsxfun(const column& a, const column& b, column& c) {
 }
 
 bool iseq(double a, double b) {
-    const double half = std::fabs(b / 2.0);
-    double spacing = rtNaN;
-    if (half <= 2.2250738585072014e-308) {
-        spacing = 4.9406564584124654e-324;
-    } else if (std::isfinite(half)) {
-        int exponent = 0;
-        std::frexp(half, &exponent);
-        spacing = std::ldexp(1.0, exponent - 53);
-    }
-    return std::fabs(b - a) < spacing || (std::isinf(a) && a == b);
+    return a == b;
 }
 
 creal_T sum(const complex_row& x) {

@@ -11,7 +11,8 @@ void diff(const column& x, column& y);
 /// Element-wise product of two columns with singleton expansion.
 void bsxfun(const column& a, const column& b, column& c);
 
-/// True when |b - a| is less than the spacing of doubles at |b/2|, or both are the same infinity.
+/// True when |b - a| is less than the spacing of doubles at |b/2|, or both are the same infinity. No two different
+/// doubles are that close, so this is a == b.
 bool iseq(double a, double b);
 
 /// Sum of a complex row in blocks of 1024, as blockedSum; 0 + 0i when empty.

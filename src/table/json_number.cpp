@@ -74,25 +74,13 @@ constexpr std::uint64_t scaledPowers[]{
     // clang-format on
 };
 
-constexpr std::uint64_t powersOfTen[]{
-    1,
-    10,
-    100,
-    1000,
-    10000,
-    100000,
-    1000000,
-    10000000,
-    100000000,
-    1000000000,
-    10000000000,
-    100000000000,
-    1000000000000,
-    10000000000000,
-    100000000000000,
-    1000000000000000,
-    10000000000000000,
-};
+constexpr auto powersOfTen = [] {
+    std::array<std::uint64_t, 17> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+        powers[i] = 10 * powers[i - 1];
+    }
+    return powers;
+}();
 
 constexpr std::uint64_t high(Wide x) {
     return static_cast<std::uint64_t>(x >> 64U);

@@ -16,24 +16,20 @@ namespace {
 using nlohmann::json;
 
 /// Result texts are printable ASCII. Three bytes of the code page of the devices become letters, all others blanks.
-std::string printableAscii(std::string text) {
-    for (char& c : text) {
-        switch (static_cast<unsigned char>(c)) {
-            case 0xC0:
-                c = 'A';
-                break;
-            case 0xC1:
-                c = 'B';
-                break;
-            case 0xF1:
-                c = 'c';
-                break;
-            default:
-                if (c < 0x20 || c > 0x7E) {
-                    c = ' ';
-                }
-        }
+char printableAscii(char c) {
+    switch (static_cast<unsigned char>(c)) {
+        case 0xC0:
+            return 'A';
+        case 0xC1:
+            return 'B';
+        case 0xF1:
+            return 'c';
+        default:
+            return c < 0x20 || c > 0x7E ? ' ' : c;
     }
+}
+std::string printableAscii(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char c) { return printableAscii(c); });
     return text;
 }
 

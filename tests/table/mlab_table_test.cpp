@@ -124,6 +124,7 @@ TEST(MatlabTable, SizesBoundsAndNames) {
     EXPECT_EQ(table.getCell(1, 2, MatlabCell()).toInt(), 21) << "the column comes first";
     EXPECT_EQ(table.getCell(2, 0, MatlabCell(-1)).toInt() + table.getCell(0, 3, MatlabCell(-1)).toInt(), -2);
     table.setColumnName(0, "given");
+    table.setColumnName(1U << 20U, "beyond the last column");
     EXPECT_EQ(table.getColumnName(0), "") << "names come from the scheme alone";
     MatlabParamTable named(1, 4);
     named.setCell(0, 0, MatlabCell(50.0));

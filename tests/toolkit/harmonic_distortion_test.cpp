@@ -124,14 +124,15 @@ TEST(HarmonicDistortion, OfASpectrumByHand) {
 }
 
 TEST(Periodogram, HoldsTheMeanSquareOfATone) {
-    for (const int n : {999, 1000}) {
+    for (const int n : {1, 999, 1000}) {
         column rectangle;
         rectangle.set_size(n);
         std::fill(rectangle.begin(), rectangle.end(), 1.0);
         coder::Periodogram periodogram(rectangle, 10.0);
         EXPECT_DOUBLE_EQ(periodogram.noiseBandwidth(), 10.0 / n);
         EXPECT_EQ(periodogram.frequencies().back(), n / 2 * 10.0 / n);
-        for (const int bin : {1, 100, n / 2}) {
+        EXPECT_EQ(std::ssize(periodogram.frequencies()), n / 2 + 1);
+        for (const int bin : n == 1 ? std::vector<int>{} : std::vector{1, 100, n / 2}) {
             const double meanSquare = 2 * bin == n ? 1.0 : 0.5;
             column pxx;
             periodogram.density(signals::wave(Samples(static_cast<std::size_t>(n), 4.0), {{1.0, double(bin)}}, n), pxx);
