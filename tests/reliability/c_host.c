@@ -11,33 +11,14 @@
 #include <string.h>
 #include <time.h>
 
+#include "interposed_malloc.h"
 #include "rt305_4/easy.h"
-
-void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void* __libc_realloc(void* block, size_t size);
-void* __libc_memalign(size_t alignment, size_t size);
 
 static _Thread_local int limited; /* whether the allocations of this thread are limited */
 static _Thread_local long left;   /* how many of them still succeed */
 
 static int mayAllocate(void) {
     return !limited || left-- > 0;
-}
-void* malloc(size_t size) {
-    return mayAllocate() ? __libc_malloc(size) : NULL;
-}
-void* calloc(size_t count, size_t size) {
-    return mayAllocate() ? __libc_calloc(count, size) : NULL;
-}
-void* realloc(void* block, size_t size) {
-    return mayAllocate() ? __libc_realloc(block, size) : NULL;
-}
-void* memalign(size_t alignment, size_t size) {
-    return mayAllocate() ? __libc_memalign(alignment, size) : NULL;
-}
-void* aligned_alloc(size_t alignment, size_t size) {
-    return memalign(alignment, size);
 }
 
 static void check(int holds, const char* what) {

@@ -7,10 +7,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void* __libc_realloc(void* block, size_t size);
-void* __libc_memalign(size_t alignment, size_t size);
+#include "interposed_malloc.h"
 
 static long failAt = -1, countTo = -1, forGood, count;
 
@@ -36,23 +33,4 @@ static int mayAllocate(void) {
         errno = ENOMEM;
     }
     return !fails;
-}
-void* malloc(size_t size) {
-    return mayAllocate() ? __libc_malloc(size) : NULL;
-}
-void* calloc(size_t number, size_t size) {
-    return mayAllocate() ? __libc_calloc(number, size) : NULL;
-}
-void* realloc(void* block, size_t size) {
-    return mayAllocate() ? __libc_realloc(block, size) : NULL;
-}
-void* memalign(size_t alignment, size_t size) {
-    return mayAllocate() ? __libc_memalign(alignment, size) : NULL;
-}
-void* aligned_alloc(size_t alignment, size_t size) {
-    return memalign(alignment, size);
-}
-int posix_memalign(void** block, size_t alignment, size_t size) {
-    *block = memalign(alignment, size);
-    return *block != NULL ? 0 : ENOMEM;
 }
