@@ -10,9 +10,6 @@ double rt_atan2d_snf(double y, double x) {
     if (std::isnan(y) || std::isnan(x)) {
         return rtNaN;
     }
-    if (std::isinf(y) && std::isinf(x)) {
-        return std::atan2(std::copysign(1.0, y), std::copysign(1.0, x));
-    }
     if (x == 0.0) {
         return y == 0.0 ? 0.0 : std::copysign(pi / 2.0, y);
     }
