@@ -1,12 +1,15 @@
 #include "signal/harmonic_fit.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <numeric>
 #include <vector>
 
 #include "toolkit/fft.h"
+#include "toolkit/simd.h"
 
 namespace rt305 {
 
@@ -17,25 +20,46 @@ using std::numbers::pi;
 constexpr std::size_t longestSpectrum = 65536;
 constexpr double leastCycles = 2.0;
 constexpr double groupsPerCycle = 32.0;  // enough for ten harmonics
-constexpr int mostHarmonics = 10;
+constexpr std::size_t mostHarmonics = 10;
 constexpr int mostSteps = 30;
+constexpr std::size_t block = 8;               // pairs of groups that are added side by side
+constexpr std::size_t blocksPerRotation = 16;  // after which the angles are computed afresh
 
-/// Samples averaged in groups of neighbours, which costs no accuracy and saves most of the work at high rates.
+/// Samples averaged in groups of neighbours, which costs no accuracy and saves most of the work at high rates. Two
+/// groups at the same distance from the centre make a pair, as a model of even and odd functions has equal values there
+/// but for signs. A group in the centre is a pair of its own, of half the weight.
 struct Groups {
-    std::vector<double> means;
+    std::size_t count;  // of groups
     std::size_t size;
-    double rateHz;  // of the means
+    double rateHz;                      // of the groups
+    double halfSeconds;                 // half the length
+    std::vector<double> places{};       // of each pair from the centre on, in half lengths; padded to whole blocks
+    std::vector<double> weights{};      // a Hann window, 0 for padding
+    std::vector<double> sums{};         // of the means in a pair
+    std::vector<double> differences{};  // the later less the earlier
 
     Groups(std::span<const double> samples, double samplesPerSecond, double nearHz)
-        : size(std::max<std::size_t>(1, static_cast<std::size_t>(samplesPerSecond / (groupsPerCycle * nearHz)))),
-          rateHz(samplesPerSecond / static_cast<double>(size)) {
-        means.reserve(samples.size() / size);
-        for (std::size_t first = 0; first + size <= samples.size(); first += size) {
-            double sum = 0.0;
-            for (const double x : samples.subspan(first, size)) {
-                sum += x;
-            }
-            means.push_back(sum / static_cast<double>(size));
+        : count(0),
+          size(std::max<std::size_t>(1, static_cast<std::size_t>(samplesPerSecond / (groupsPerCycle * nearHz)))),
+          rateHz(samplesPerSecond / static_cast<double>(size)),
+          halfSeconds(0.0) {
+        count = samples.size() / size;
+        halfSeconds = 0.5 * static_cast<double>(count) / rateHz;
+        const std::size_t pairs = (count + 1) / 2;
+        const std::size_t padded = (pairs + block - 1) / block * block;
+        for (std::vector<double>* const each : {&places, &weights, &sums, &differences}) {
+            each->resize(padded);
+        }
+        for (std::size_t i = 0; i < pairs; ++i) {
+            const std::size_t later = count / 2 + i;
+            const std::size_t earlier = count - 1 - later;
+            places[i] =
+                (2.0 * static_cast<double>(later) - static_cast<double>(count - 1)) / static_cast<double>(count);
+            weights[i] = (0.5 + 0.5 * std::cos(pi * places[i])) * (later == earlier ? 0.5 : 1.0);
+            const double x = meanOf(samples.subspan(earlier * size, size));
+            const double y = meanOf(samples.subspan(later * size, size));
+            sums[i] = y + x;
+            differences[i] = y - x;
         }
     }
 
@@ -44,22 +68,135 @@ struct Groups {
         const double half = pi * frequencyHz / (rateHz * static_cast<double>(size));
         return std::sin(half * static_cast<double>(size)) / (static_cast<double>(size) * std::sin(half));
     }
+
+    static double meanOf(std::span<const double> samples) {
+        return std::accumulate(samples.begin(), samples.end(), 0.0) / static_cast<double>(samples.size());
+    }
 };
 
-/// The weighted normal equations of a linear model, one observation at a time.
-class NormalEquations {
-public:
-    explicit NormalEquations(std::size_t unknowns) : n_(unknowns), matrix_(n_ * n_), right_(n_) {}
+using Block = std::array<double, block>;
 
-    void add(const std::vector<double>& row, double observed, double weight) {
-        for (std::size_t i = 0; i < n_; ++i) {
-            const double weighted = weight * row[i];
-            for (std::size_t j = 0; j <= i; ++j) {
-                matrix_[i * n_ + j] += weighted * row[j];
-            }
-            right_[i] += weighted * observed;
+/// Weighted sums over the groups for a model of the fundamental and its harmonics. With z = e^(j angle) at the place u,
+/// and the sum s and the difference d of the means in a pair, each has one value for a power m of z. Value: double, or
+/// Block to add up several pairs side by side.
+template <class Value>
+struct Moments {
+    std::array<Value, 2 * mostHarmonics + 1> cosine{};             // 2 Re z^m
+    std::array<Value, 2 * mostHarmonics + 1> placeSine{};          // 2 u Im z^m
+    std::array<Value, 2 * mostHarmonics + 1> squareCosine{};       // 2 u^2 Re z^m
+    std::array<Value, mostHarmonics + 1> sumCosine{};              // s Re z^m
+    std::array<Value, mostHarmonics + 1> sumPlaceSine{};           // s u Im z^m
+    std::array<Value, mostHarmonics + 1> differenceSine{};         // d Im z^m
+    std::array<Value, mostHarmonics + 1> differencePlaceCosine{};  // d u Re z^m
+};
+
+template <std::size_t count>
+std::array<double, count> totals(const std::array<Block, count>& blocks) {
+    std::array<double, count> sums;
+    std::transform(blocks.begin(), blocks.end(), sums.begin(),
+                   [](const Block& each) { return std::accumulate(each.begin(), each.end(), 0.0); });
+    return sums;
+}
+
+ALWAYS_INLINE inline Block product(const Block& x, const Block& y, double factor = 1.0) {
+    Block result;
+    for (std::size_t i = 0; i < block; ++i) {
+        result[i] = factor * x[i] * y[i];
+    }
+    return result;
+}
+
+ALWAYS_INLINE inline void addProduct(const Block& x, const Block& y, Block& sums) {
+    for (std::size_t i = 0; i < block; ++i) {
+        sums[i] += x[i] * y[i];
+    }
+}
+
+ALWAYS_INLINE inline Block blockAt(const std::vector<double>& values, std::size_t first) {
+    Block result;
+    std::copy_n(values.data() + first, block, result.data());
+    return result;
+}
+
+/// The turns of a block of pairs.
+struct Turns {
+    Block real;
+    Block imaginary;
+
+    ALWAYS_INLINE void multiply(const Turns& by) {
+        for (std::size_t i = 0; i < block; ++i) {
+            const double product = real[i] * by.real[i] - imaginary[i] * by.imaginary[i];
+            imaginary[i] = real[i] * by.imaginary[i] + imaginary[i] * by.real[i];
+            real[i] = product;
         }
     }
+};
+
+Turns turnsBy(const Block& angles) {
+    Turns turns;
+    for (std::size_t i = 0; i < block; ++i) {
+        const auto z = std::polar(1.0, angles[i]);
+        turns.real[i] = z.real();
+        turns.imaginary[i] = z.imag();
+    }
+    return turns;
+}
+
+/// Calls visit(first pair, turns) for each block; the angle at the place u is u `angle`.
+template <class Visit>
+ALWAYS_INLINE inline void forBlocks(const Groups& groups, double angle, Visit visit) {
+    Block ones;
+    ones.fill(1.0);
+    Block step;
+    step.fill(angle * 2.0 * static_cast<double>(block) / static_cast<double>(groups.count));
+    const Turns stepTurns = turnsBy(step);
+    Turns turns{};
+    for (std::size_t first = 0; first < groups.places.size(); first += block) {
+        if (first / block % blocksPerRotation == 0) {
+            turns = turnsBy(product(blockAt(groups.places, first), ones, angle));
+        } else {
+            turns.multiply(stepTurns);
+        }
+        visit(first, turns);
+    }
+}
+
+ALWAYS_INLINE inline void addMoments(const Groups* groups, double angle, std::size_t harmonics,
+                                     Moments<Block>* moments) {
+    forBlocks(*groups, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
+        const Block u = blockAt(groups->places, first);
+        const Block weight = blockAt(groups->weights, first);
+        const Block one = product(weight, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0}, 2.0);
+        const Block place = product(one, u);
+        const Block square = product(place, u);
+        const Block sum = product(weight, blockAt(groups->sums, first));
+        const Block difference = product(weight, blockAt(groups->differences, first));
+        const Block sumPlace = product(sum, u);
+        const Block differencePlace = product(difference, u);
+        Turns power = {{1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0}, {}};
+        for (std::size_t m = 0; m <= 2 * harmonics; ++m) {
+            addProduct(one, power.real, moments->cosine[m]);
+            addProduct(place, power.imaginary, moments->placeSine[m]);
+            addProduct(square, power.real, moments->squareCosine[m]);
+            if (m <= harmonics) {
+                addProduct(sum, power.real, moments->sumCosine[m]);
+                addProduct(sumPlace, power.imaginary, moments->sumPlaceSine[m]);
+                addProduct(difference, power.imaginary, moments->differenceSine[m]);
+                addProduct(differencePlace, power.real, moments->differencePlaceCosine[m]);
+            }
+            power.multiply(turns);
+        }
+    });
+}
+
+/// Normal equations. The first `evenCount` unknowns do not meet the next `evenCount`; one more meets all of them.
+class NormalEquations {
+public:
+    NormalEquations(std::size_t unknowns, std::size_t evenCount)
+        : right(unknowns), n_(unknowns), evenCount_(evenCount), matrix_(n_ * n_) {}
+
+    /// An element of the lower triangle.
+    double& at(std::size_t row, std::size_t column) { return matrix_[row * n_ + column]; }
 
     /// Solves by Cholesky's method. False when the unknowns cannot be told apart. `inverseOfLast` becomes the last
     /// diagonal element of the inverse matrix.
@@ -67,9 +204,9 @@ public:
         if (!factorise()) {
             return false;
         }
-        x = right_;
+        x = right;
         for (std::size_t i = 0; i < n_; ++i) {
-            for (std::size_t k = 0; k < i; ++k) {
+            for (std::size_t k = firstOf(i); k < i; ++k) {
                 x[i] -= at(i, k) * x[k];
             }
             x[i] /= at(i, i);
@@ -84,13 +221,16 @@ public:
         return true;
     }
 
+    std::vector<double> right;
+
 private:
-    double& at(std::size_t row, std::size_t column) { return matrix_[row * n_ + column]; }
+    /// The first column with an element in a row.
+    std::size_t firstOf(std::size_t row) const { return row < evenCount_ || row >= 2 * evenCount_ ? 0 : evenCount_; }
 
     /// The product of the first `count` elements of two rows.
     double product(std::size_t i, std::size_t j, std::size_t count) {
         double sum = 0.0;
-        for (std::size_t k = 0; k < count; ++k) {
+        for (std::size_t k = std::max(firstOf(i), firstOf(j)); k < count; ++k) {
             sum += at(i, k) * at(j, k);
         }
         return sum;
@@ -100,7 +240,7 @@ private:
     bool factorise() {
         constexpr double leastPivot = 1e-12;
         for (std::size_t i = 0; i < n_; ++i) {
-            for (std::size_t j = 0; j < i; ++j) {
+            for (std::size_t j = firstOf(i); j < i; ++j) {
                 at(i, j) = (at(i, j) - product(i, j, j)) / at(j, j);
             }
             const double pivot = at(i, i) - product(i, i, i);
@@ -113,25 +253,26 @@ private:
     }
 
     std::size_t n_;
-    std::vector<double> matrix_;  // the lower triangle
-    std::vector<double> right_;
+    std::size_t evenCount_;
+    std::vector<double> matrix_;
 };
 
-/// The model and where its fit has got to. Unknowns: offset, drift over half the length, then cosine and sine of each
-/// harmonic, and last the correction of the frequency in units of 1 / half the length.
+/// The model and where its fit has got to. Unknowns: offset and the cosine of each harmonic; drift over half the length
+/// and the sine of each; and last the correction of the frequency in units of 1 / half the length. Sums of products of
+/// sines and cosines are those of their sums and differences, so the matrix takes 20 powers of a turn for each group.
 class Fit {
 public:
     Fit(const Groups& groups, double nearHz)
         : groups_(groups),
-          center_(0.5 * static_cast<double>(groups.means.size() - 1)),
-          halfSeconds_((center_ + 0.5) / groups.rateHz),
           frequency_(nearHz),
-          harmonics_(
-              static_cast<std::size_t>(std::clamp(static_cast<int>(0.45 * groups.rateHz / nearHz), 1, mostHarmonics))) {
-    }
+          harmonics_(static_cast<std::size_t>(
+              std::clamp(static_cast<int>(0.45 * groups.rateHz / nearHz), 1, static_cast<int>(mostHarmonics)))) {}
 
     /// Fits everything but the frequency. False when there are too few samples.
-    bool runAtFixedFrequency() { return step(2 + 2 * harmonics_); }
+    bool runAtFixedFrequency() {
+        findMoments();
+        return step(false);
+    }
 
     /// Fits the frequency too. False when it does not settle.
     bool run() {
@@ -139,87 +280,138 @@ public:
         if (!runAtFixedFrequency()) {
             return false;
         }
+        const double halfSeconds = groups_.halfSeconds;
         const double start = frequency_;
-        double change = 1.0;
-        while (std::fabs(change) > 1e-8 * frequency_) {
-            if (++steps > mostSteps || !step(3 + 2 * harmonics_)) {
+        for (double change = frequency_; std::fabs(change) > 1e-8 * frequency_;) {
+            if (steps > 0) {
+                findMoments();
+            }
+            if (++steps > mostSteps || !step(true)) {
                 return false;
             }
-            change = std::clamp(solution_.back() / halfSeconds_, -0.25 / halfSeconds_, 0.25 / halfSeconds_);
+            change = std::clamp(solution_.back() / halfSeconds, -0.25 / halfSeconds, 0.25 / halfSeconds);
             frequency_ += change;
-            if (!(std::fabs(frequency_ - start) < 1.0 / halfSeconds_) || !(frequency_ > 0.0)) {
+            if (!(std::fabs(frequency_ - start) < 1.0 / halfSeconds) || !(frequency_ > 0.0)) {
                 return false;
             }
         }
         return true;
     }
 
-    FundamentalFit result() const {
-        const double gain = groups_.gain(frequency_);
-        const double firstSample =
-            -(center_ * static_cast<double>(groups_.size) + 0.5 * static_cast<double>(groups_.size - 1)) /
-            (groups_.rateHz * static_cast<double>(groups_.size));
+    Phasor phasor() const {
+        const double firstSample = 0.5 / (groups_.rateHz * static_cast<double>(groups_.size)) - groups_.halfSeconds;
         // a cos + b sin = Re((a - jb) e^(j w t)); a sine has the angle of j times that
-        const Phasor atCenter = Phasor(0.0, 1.0) * Phasor(solution_[2], -solution_[3]) / (std::numbers::sqrt2 * gain);
-        const double variance = residual_ * residual_;
+        const Phasor atCenter = Phasor(0.0, 1.0) * Phasor(solution_[1], -solution_[sineOf(1)]) /
+                                (std::numbers::sqrt2 * groups_.gain(frequency_));
+        return atCenter * std::polar(1.0, 2.0 * pi * frequency_ * firstSample);
+    }
+
+    FundamentalFit result() const {
+        const double residual = residualOf();
         constexpr double hannNoise = 0.75;  // sum of squares over sum of the weights
-        return {frequency_, std::sqrt(variance * hannNoise * inverse_) / halfSeconds_,
-                atCenter * std::polar(1.0, 2.0 * pi * frequency_ * firstSample), residual_};
+        return {frequency_, std::sqrt(residual * residual * hannNoise * inverse_) / groups_.halfSeconds, phasor(),
+                residual};
     }
 
 private:
-    /// Solves for the first `count` unknowns with the present frequency.
-    bool step(std::size_t count) {
-        NormalEquations equations(count);
-        std::vector<double> row(count);
-        double weights = 0.0;
-        double squares = 0.0;
-        for (std::size_t k = 0; k < groups_.means.size(); ++k) {
-            const double u = (static_cast<double>(k) - center_) / (center_ + 0.5);
-            const double weight = 0.5 + 0.5 * std::cos(pi * u);
-            const double model = fillRow(u, row);
-            const double rest = groups_.means[k] - model;
-            weights += weight;
-            squares += weight * rest * rest;
-            equations.add(row, groups_.means[k], weight);
+    /// The place of the sine of a harmonic among the unknowns; of the drift for 0.
+    std::size_t sineOf(std::size_t harmonic) const { return harmonics_ + 1 + harmonic; }
+    double angle() const { return 2.0 * pi * frequency_ * groups_.halfSeconds; }
+
+    void findMoments() {
+        Moments<Block> sums;
+        coder::vectorized<addMoments>(&groups_, angle(), harmonics_, &sums);
+        moments_ = {totals(sums.cosine),
+                    totals(sums.placeSine),
+                    totals(sums.squareCosine),
+                    totals(sums.sumCosine),
+                    totals(sums.sumPlaceSine),
+                    totals(sums.differenceSine),
+                    totals(sums.differencePlaceCosine)};
+    }
+
+    /// Solves for the unknowns, or for all but the last, with the moments of the present frequency.
+    bool step(bool withFrequency) {
+        const std::size_t evenCount = harmonics_ + 1;
+        NormalEquations equations(2 * evenCount + (withFrequency ? 1 : 0), evenCount);
+        for (std::size_t h = 0; h <= harmonics_; ++h) {
+            for (std::size_t k = 0; k <= h; ++k) {
+                const double near = moments_.cosine[h - k];
+                const double far = moments_.cosine[h + k];
+                equations.at(h, k) = 0.5 * (near + far);
+                equations.at(sineOf(h), sineOf(k)) = 0.5 * (near - far);
+            }
+            equations.at(sineOf(h), sineOf(0)) = moments_.placeSine[h];
+            equations.right[h] = moments_.sumCosine[h];
+            equations.right[sineOf(h)] = moments_.differenceSine[h];
         }
-        residual_ = std::sqrt(squares / weights);
+        equations.at(sineOf(0), sineOf(0)) = moments_.squareCosine[0];
+        equations.right[sineOf(0)] = moments_.differencePlaceCosine[0];
+        if (withFrequency) {
+            addFrequency(equations);
+        }
         return equations.solve(solution_, inverse_);
     }
 
-    /// One row of the model at u half lengths from the centre; gives the value of the present solution there.
-    double fillRow(double u, std::vector<double>& row) const {
-        const std::complex<double> turn = std::polar(1.0, 2.0 * pi * frequency_ * halfSeconds_ * u);
-        std::complex<double> z = 1.0;
-        row[0] = 1.0;
-        row[1] = u;
-        double slope = 0.0;
+    /// The last row, of 2 pi u times the sum of h (b cos - a sin), where a and b are the present solution.
+    void addFrequency(NormalEquations& equations) const {
+        const std::size_t last = 2 * (harmonics_ + 1);
+        const auto a = [this](std::size_t h) { return 2.0 * pi * static_cast<double>(h) * solution_[h]; };
+        const auto b = [this](std::size_t h) { return 2.0 * pi * static_cast<double>(h) * solution_[sineOf(h)]; };
         for (std::size_t h = 1; h <= harmonics_; ++h) {
-            z *= turn;
-            row[2 * h] = z.real();
-            row[2 * h + 1] = z.imag();
-            if (!solution_.empty()) {
-                slope += static_cast<double>(h) * (solution_[2 * h + 1] * z.real() - solution_[2 * h] * z.imag());
+            equations.at(last, 0) -= a(h) * moments_.placeSine[h];
+            equations.at(last, sineOf(0)) += b(h) * moments_.squareCosine[h];
+            for (std::size_t k = 1; k <= harmonics_; ++k) {
+                const double sum = moments_.placeSine[h + k];
+                const double difference = placeSineOfDifference(h, k);
+                equations.at(last, k) -= 0.5 * a(h) * (sum + difference);
+                equations.at(last, sineOf(k)) += 0.5 * b(h) * (sum - difference);
+                const double far = moments_.squareCosine[h + k];
+                const double near = moments_.squareCosine[std::max(h, k) - std::min(h, k)];
+                equations.at(last, last) += 0.5 * (b(h) * b(k) * (near + far) + a(h) * a(k) * (near - far));
             }
+            equations.right[last] += b(h) * moments_.differencePlaceCosine[h] - a(h) * moments_.sumPlaceSine[h];
         }
-        if (row.size() > 2 + 2 * harmonics_) {
-            row.back() = 2.0 * pi * u * slope;
-        }
-        double value = 0.0;
-        for (std::size_t i = 0; i < std::min(solution_.size(), 2 + 2 * harmonics_); ++i) {
-            value += solution_[i] * row[i];
-        }
-        return value;
+    }
+
+    /// The moment of u Im z^(h - k).
+    double placeSineOfDifference(std::size_t h, std::size_t k) const {
+        return h >= k ? moments_.placeSine[h - k] : -moments_.placeSine[k - h];
+    }
+
+    /// The weighted RMS of what the solution leaves.
+    double residualOf() const {
+        double squares = 0.0;
+        double weights = 0.0;
+        forBlocks(groups_, angle(), [&](std::size_t first, const Turns& turns) {
+            Turns power = turns;
+            Block even = blockAt(groups_.sums, first);
+            Block odd = blockAt(groups_.differences, first);
+            for (std::size_t i = 0; i < block; ++i) {
+                even[i] = 0.5 * even[i] - solution_[0];
+                odd[i] = 0.5 * odd[i] - solution_[sineOf(0)] * groups_.places[first + i];
+            }
+            for (std::size_t h = 1; h <= harmonics_; ++h, power.multiply(turns)) {
+                for (std::size_t i = 0; i < block; ++i) {
+                    even[i] -= solution_[h] * power.real[i];
+                    odd[i] -= solution_[sineOf(h)] * power.imaginary[i];
+                }
+            }
+            for (std::size_t i = 0; i < block; ++i) {
+                const double weight = groups_.weights[first + i];
+                weights += weight;
+                squares += weight * (even[i] * even[i] + odd[i] * odd[i]);
+            }
+        });
+        return std::sqrt(squares / weights);
     }
 
     const Groups& groups_;
-    double center_;       // of the groups, in groups
-    double halfSeconds_;  // half the length
-    double frequency_;    // Hz
+    double frequency_;  // Hz
     std::size_t harmonics_;
+    Moments<double> moments_{};
     std::vector<double> solution_{};
     double inverse_ = 0.0;
-    double residual_ = 0.0;
 };
 
 bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
@@ -288,7 +480,7 @@ Phasor phasorAt(std::span<const double> samples, double rateHz, double frequency
         const Groups groups(samples, rateHz, frequencyHz);
         Fit fit(groups, frequencyHz);
         if (fit.runAtFixedFrequency()) {
-            return fit.result().phasor;
+            return fit.phasor();
         }
     }
     return phasorOf(samples, frequencyHz, rateHz);

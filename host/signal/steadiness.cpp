@@ -1,10 +1,12 @@
 #include "signal/steadiness.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
 #include <iterator>
 #include <numbers>
+#include <numeric>
 
 namespace rt305 {
 
@@ -16,22 +18,52 @@ constexpr double leastCycles = 4.0;
 constexpr std::size_t cyclesPerWindow = 2;
 constexpr std::size_t windowsPerCycle = 2;
 
+/// A two-cycle Hann window times the turn back of the fundamental, from its first sample on.
+struct Correlator {
+    std::vector<double> cosine;
+    std::vector<double> sine;
+
+    explicit Correlator(double samplesPerCycle) {
+        const auto length = static_cast<std::size_t>(std::llround(samplesPerCycle * cyclesPerWindow));
+        const double angle = 2.0 * std::numbers::pi / samplesPerCycle;
+        for (std::size_t k = 0; k < length; ++k) {
+            const double weight = 1.0 - std::cos(angle * (static_cast<double>(k) + 0.5) / cyclesPerWindow);
+            cosine.push_back(weight * std::cos(angle * static_cast<double>(k)));
+            sine.push_back(-weight * std::sin(angle * static_cast<double>(k)));
+        }
+    }
+
+    std::complex<double> operator()(std::span<const double> x) const {
+        constexpr std::size_t chains = 4;  // sums side by side
+        std::array<double, chains> real{};
+        std::array<double, chains> imaginary{};
+        const std::size_t last = x.size() / chains * chains;
+        for (std::size_t k = 0; k < x.size(); k += chains) {
+            for (std::size_t c = 0; c < (k < last ? chains : x.size() - last); ++c) {
+                real[c] += cosine[k + c] * x[k + c];
+                imaginary[c] += sine[k + c] * x[k + c];
+            }
+        }
+        return {std::accumulate(real.begin(), real.end(), 0.0),
+                std::accumulate(imaginary.begin(), imaginary.end(), 0.0)};
+    }
+
+    std::size_t length() const { return cosine.size(); }
+};
+
 /// The fundamental in each window; window k starts k / windowsPerCycle cycles after the first sample.
-Trace traceOf(std::span<const double> x, double samplesPerCycle, std::size_t windows) {
+Trace traceOf(std::span<const double> x, const Correlator& correlator, double samplesPerCycle, std::size_t windows) {
     const double step = samplesPerCycle / windowsPerCycle;
-    const auto length = static_cast<std::size_t>(std::llround(samplesPerCycle * cyclesPerWindow));
+    const std::size_t length = correlator.length();
+    const double angle = 2.0 * std::numbers::pi / samplesPerCycle;
     Trace trace;
     trace.reserve(windows);
     for (std::size_t window = 0; window < windows; ++window) {
         const auto first =
             std::min(static_cast<std::size_t>(std::llround(static_cast<double>(window) * step)), x.size() - length);
-        std::complex<double> sum = 0.0;
-        for (std::size_t k = 0; k < length; ++k) {
-            const double angle = 2.0 * std::numbers::pi / samplesPerCycle;
-            const double weight = 1.0 - std::cos(angle * (static_cast<double>(k) + 0.5) / cyclesPerWindow);
-            sum += weight * x[first + k] * std::polar(1.0, -angle * static_cast<double>(first + k));
-        }
-        trace.push_back(sum * std::numbers::sqrt2 / static_cast<double>(length));
+        const std::complex<double> turn = std::polar(1.0, -angle * static_cast<double>(first));
+        trace.push_back(turn * correlator(x.subspan(first, length)) * std::numbers::sqrt2 /
+                        static_cast<double>(length));
     }
     return trace;
 }
@@ -111,9 +143,10 @@ Steadiness steadinessOf(const std::vector<std::span<const double>>& channels, do
         return {{{0, length, std::vector<double>(channels.size())}}, {}, true};
     }
     const std::size_t windows = (static_cast<std::size_t>(cycles) - cyclesPerWindow) * windowsPerCycle + 1;
+    const Correlator correlator(samplesPerCycle);
     std::vector<Trace> traces;
     std::transform(channels.begin(), channels.end(), std::back_inserter(traces),
-                   [=](const auto& channel) { return traceOf(channel, samplesPerCycle, windows); });
+                   [&](const auto& channel) { return traceOf(channel, correlator, samplesPerCycle, windows); });
     std::vector<double> scales;
     std::transform(traces.begin(), traces.end(), std::back_inserter(scales), largestOf);
     const auto sampleAt = [=](std::size_t window) {
