@@ -52,6 +52,15 @@ std::optional<std::int64_t> parseDate(std::string_view text, bool monthFirst) {
     return std::nullopt;
 }
 
+std::string twoDigits(std::int64_t number) {
+    return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+std::string isoDate(const std::chrono::year_month_day& date) {
+    return std::to_string(static_cast<int>(date.year())) + "-" + twoDigits(static_cast<unsigned>(date.month())) + "-" +
+           twoDigits(static_cast<unsigned>(date.day()));
+}
+
 /// Parses decimals of a second, with the point, into ns: ".25" -> 250 000 000.
 std::optional<std::int64_t> parseFraction(std::string_view decimals) {
     if (decimals.empty()) {
@@ -141,6 +150,48 @@ std::optional<std::int64_t> parseTimeStamp(std::string_view text) {
         return std::nullopt;
     }
     return (days * 24 * 60 - *offset) * 60 * nanosecondsPerSecond + *clock;
+}
+
+std::string isoTime(std::int64_t stamp) {
+    using std::chrono::days;
+    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(stamp)};
+    const auto day = std::chrono::floor<days>(time);
+    if (stamp < std::chrono::nanoseconds(days(1)).count()) {
+        return {};
+    }
+    const std::chrono::hh_mm_ss clock{time - day};
+    std::string text = isoDate(day) + "T" + twoDigits(clock.hours().count()) + ":" +
+                       twoDigits(clock.minutes().count()) + ":" + twoDigits(clock.seconds().count());
+    if (const auto nanoseconds = clock.subseconds().count(); nanoseconds > 0) {
+        std::string decimals = std::to_string(nanosecondsPerSecond + nanoseconds);
+        decimals.erase(decimals.find_last_not_of('0') + 1);
+        text += "." + decimals.substr(1);
+    }
+    return text;
+}
+
+std::string isoTimeOfComtrade(std::string_view text) {
+    const std::size_t comma = std::min(text.find(','), text.size());
+    const auto fields = parseThree(trimmed(text.substr(0, comma)), '/');
+    const std::string_view clock = trimmed(text.substr(std::min(comma + 1, text.size())));
+    if (!fields || !parseClock(clock, HalfDay::none)) {
+        return std::string(text);
+    }
+    auto [first, second, year] = std::array{(*fields)[0], (*fields)[1], (*fields)[2]};
+    const bool isShort = year < 100;
+    if (isShort) {
+        year += year < 70 ? 2000 : 1900;
+        std::swap(first, second);
+    }
+    for (const auto& [day, month] : {std::pair{first, second}, std::pair{second, first}}) {
+        const std::chrono::year_month_day date{std::chrono::year(year),
+                                               std::chrono::month(static_cast<unsigned>(month)),
+                                               std::chrono::day(static_cast<unsigned>(day))};
+        if (date.ok()) {
+            return isoDate(date) + (clock[1] == ':' ? "T0" : "T") + std::string(clock);
+        }
+    }
+    return std::string(text);
 }
 
 }  // namespace rt305

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace rt305 {
@@ -15,6 +16,16 @@ namespace rt305 {
 ///
 /// Integers, because seconds since 1970 in a double have a resolution of only 0.2 us.
 std::optional<std::int64_t> parseTimeStamp(std::string_view text);
+
+/// A time stamp with a date, in ns since 1970, by ISO 8601: "2020-02-24T18:15:21.499998208", without zeros at the end
+/// of its decimals. Empty without a date.
+std::string isoTime(std::int64_t stamp);
+
+/// A date and time of a COMTRADE record by ISO 8601, with the decimals of the file: "02/12/11,11:41:11.081315" is
+/// "2011-02-12T11:41:11.081315". With a year of two digits (1991) the month comes first, with one of four (since 1999)
+/// the day, unless only the other order gives a valid date. Years below 70 are of this century. Another text is
+/// unchanged.
+std::string isoTimeOfComtrade(std::string_view text);
 
 }  // namespace rt305
 

@@ -25,7 +25,7 @@ namespace rt305 {
 namespace {
 
 Recording read(const MeasureOptions& options) {
-    Recording recording = readRecording(options.file, options.reading);
+    Recording recording = readRecording(options.file, readOptionsOf(options));
     std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
     return recording;
 }
@@ -77,21 +77,32 @@ void show(const MeasureOptions& options, const ResultDocument& document) {
     write(document, options.form, stdoutTakesStyle(), std::cout);
 }
 
-/// Shows the results of both kinds as tables, the name followed by "_u" or "_i".
+/// Shows the results of both kinds as tables. Lists share their name; of others it is followed by "_u" or "_i".
 template <class Channel>
 void showKinds(const MeasureOptions& options, ResultDocument& document, std::vector<KindResults<Channel>> kinds,
                const std::string& name, ResultTable (*tabulate)(const std::string&, const std::vector<Channel>&)) {
     for (auto& kind : kinds) {
         document.rawTexts.push_back(std::move(kind.text));
-        document.tables.push_back(tabulate(name + (kind.areCurrents ? "_i" : "_u"), kind.channels));
+        ResultTable table = tabulate(name, kind.channels);
+        table.name += table.isList() ? "" : kind.areCurrents ? "_i" : "_u";
+        document.tables.push_back(std::move(table));
     }
     show(options, document);
 }
 
 }  // namespace
 
+ReadOptions readOptionsOf(const MeasureOptions& options) {
+    ReadOptions reading = options.reading;
+    reading.withChecksums =
+        reading.withChecksums || options.form == OutputForm::json || options.form == OutputForm::jsonLines;
+    return reading;
+}
+
 void showRecording(const MeasureOptions& options) {
-    std::cout << reportRecording(read(options), options.settings.columns);
+    const Recording recording = read(options);
+    std::cout << (options.form == OutputForm::json ? recordingDocument(recording, options.settings.columns)
+                                                   : reportRecording(recording, options.settings.columns));
 }
 
 void showParameters(const MeasureOptions& options) {

@@ -21,6 +21,9 @@ struct MeasureOptions {
     OutputForm form = OutputForm::text;
 };
 
+/// How to read the recording for the form of output: JSON has the checksums of files.
+ReadOptions readOptionsOf(const MeasureOptions& options);
+
 /// Full measurements of many files and windows.
 struct BatchOptions {
     std::vector<std::string> files;

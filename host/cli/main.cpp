@@ -48,8 +48,8 @@ int runCommandLine(int argc, char** argv) {
         added->final_callback([run, &options] { run(options); });
         return added;
     };
-    addRecordingOptions(*command("info", "show what a recording contains; needs no library", showRecording, measure),
-                        measure);
+    addInfoOptions(*command("info", "show what a recording contains; needs no library", showRecording, measure),
+                   measure);
     const auto runBatch = [&exitCode](const BatchOptions& options) { exitCode = measureEverything(options); };
     addBatchOptions(*command("measure", "measure all quantities, of many files and windows", runBatch, batch), batch);
     addReportOptions(*command("report", "write a report as one HTML page", writeReport, report), report);

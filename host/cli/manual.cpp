@@ -7,6 +7,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/version.h"
 
 namespace rt305 {
 
@@ -217,7 +218,7 @@ std::string zshCompletion(const std::vector<CommandText>& commands) {
 std::string manualPage(const CLI::App& app) {
     const auto commands = commandsOf(app);
     std::ostringstream page;
-    page << ".TH RT305 1 \"\" \"rt305 " RT305_4_PROJECT_VERSION "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\nrt305 \\- "
+    page << ".TH RT305 1 \"\" \"rt305 " << toolVersion << "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\nrt305 \\- "
          << "measure sampled three\\-phase voltages and currents\n.SH SYNOPSIS\n";
     for (const CommandText& command : commands) {
         page << (&command == commands.data() ? "" : ".br\n") << roffEscaped(synopsis(command)) << '\n';

@@ -54,7 +54,7 @@ public:
 
 private:
     void measure(const std::string& file) {
-        const Recording recording = readRecording(file, options_.each.reading);
+        const Recording recording = readRecording(file, readOptionsOf(options_.each));
         const FullMeasurement full = prepare(recording, options_.each.settings);
         const std::string prefix = isOneOfMany_ ? file + ": " : "";
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };

@@ -235,6 +235,12 @@ void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
     addColumnOptions(command, options);
 }
 
+void addInfoOptions(CLI::App& command, MeasureOptions& options) {
+    addRecordingOptions(command, options);
+    command.add_flag_function(
+        "--json", [&options](std::int64_t) { options.form = OutputForm::json; }, "one JSON document");
+}
+
 void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
     addCommonOptions(command, options);

@@ -10,7 +10,8 @@ namespace rt305 {
 /// The options of the subcommands. Each function adds to a command the options that fill in the given settings.
 
 void addRecordingOptions(CLI::App& command, MeasureOptions& options);  // the file and how it is read
-void addMeasureOptions(CLI::App& command, MeasureOptions& options);    // of all commands for a single operation
+void addInfoOptions(CLI::App& command, MeasureOptions& options);
+void addMeasureOptions(CLI::App& command, MeasureOptions& options);  // of all commands for a single operation
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings);
 void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings);
 void addBatchOptions(CLI::App& command, BatchOptions& options);

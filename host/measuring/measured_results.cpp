@@ -55,6 +55,9 @@ std::vector<KindResults<Channel>> measuredKinds(ResultTexts texts, const Measure
         if (!text->empty() && (areCurrents ? measurement.hasCurrents() : measurement.hasVoltages())) {
             auto channels = read(*text);
             channels.erase(channels.begin() + (measurement.isThreePhase() ? phaseTotal : 1), channels.end());
+            for (std::size_t phase = 0; phase < channels.size(); ++phase) {
+                channels[phase].channel = measurement.nameOf(phase + (areCurrents ? phaseTotal : 0));
+            }
             kinds.push_back({areCurrents, std::move(*text), std::move(channels)});
         }
     }
@@ -119,6 +122,7 @@ Parameters measuredParameters(const std::string& text, const Measurement& measur
     std::erase_if(parameters, [&](const NamedValue& parameter) { return !isMeasured(parameter.name, measurement); });
     for (NamedValue& parameter : parameters) {
         parameter.value *= parameter.unit == "Hz" ? measurement.frequencyScale() : 1.0;
+        parameter.unit = parameter.unit == "VAR" ? "var" : parameter.unit;
     }
     return measurement.isThreePhase() ? parameters : ofOnePhase(parameters);
 }

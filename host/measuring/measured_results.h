@@ -9,9 +9,9 @@
 
 namespace rt305 {
 
-/// The library's texts as results of a measurement: frequencies in real hertz, and only the channels that are measured,
-/// not those that stand in for others. Spectra have amplitudes corrected for the gain of the window, and the lines that
-/// the tool finds in them in place of the library's peaks (see findLines).
+/// The library's texts as results of a measurement: the tool's names of channels and units, frequencies in real hertz,
+/// and only the channels that are measured, not those that stand in for others. Spectra have amplitudes corrected for
+/// the gain of the window, and the lines that the tool finds in them in place of the library's peaks (see findLines).
 
 /// With one phase the totals are those of phase a.
 Parameters measuredParameters(const std::string& text, const Measurement& measurement);

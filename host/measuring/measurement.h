@@ -82,6 +82,10 @@ struct Measurement {
 
     bool has(std::uint32_t flag) const { return (settings.flags & flag) == flag; }
     std::uint32_t powerFlag() const { return settings.flags & RT305_4_POWER_MASK; }
+    /// "Ua", or "Uab" where the samples are those of line voltages.
+    std::string_view nameOf(std::size_t channel) const {
+        return isCurrent(channel) || has(RT305_4_FOUR_WIRE) ? channelNames[channel] : lineVoltageNames[channel];
+    }
     bool measures(std::size_t channel) const { return !samples[channel].empty(); }
     bool hasVoltages() const { return measures(0); }
     bool hasCurrents() const { return measures(phaseTotal); }

@@ -1,7 +1,9 @@
 #ifndef RT305_HOST_MEASURING_POWER_METHODS_H
 #define RT305_HOST_MEASURING_POWER_METHODS_H
 
+#include <algorithm>
 #include <cstdint>
+#include <string>
 
 #include "rt305_4/rt305_4.h"
 
@@ -9,7 +11,7 @@ namespace rt305 {
 
 /// A way to measure power.
 struct PowerMethod {
-    const char* name;            // in options, JSON and CSV
+    const char* name;            // in options
     std::uint32_t flag;          // RT305_4_POWER_*
     bool givesPhases;            // powers of each phase in addition to the total
     bool requiresPhaseVoltages;  // otherwise line voltages
@@ -23,6 +25,13 @@ inline constexpr PowerMethod powerMethods[] = {
     {"two-wattmeter-phase", RT305_4_POWER_TWO_WATTMETER_PHASE, false, true},
 };
 inline constexpr std::size_t complexThreeWattmeter = 0;  // its place in powerMethods
+
+/// The name of a method in JSON and CSV: "three_wattmeter".
+inline std::string keyOf(const PowerMethod& method) {
+    std::string key = method.name;
+    std::replace(key.begin(), key.end(), '-', '_');
+    return key;
+}
 
 }  // namespace rt305
 

@@ -6,31 +6,21 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "base/text.h"
 #include "base/text_encoding.h"
+#include "output/json.h"
 
 namespace rt305 {
 
 namespace {
 
-using json = nlohmann::ordered_json;
-
-/// Replaces what is not UTF-8, which file names may contain.
-std::string dumped(const json& document, int indent = -1) {
-    return document.dump(indent, ' ', false, json::error_handler_t::replace) + '\n';
-}
-
 /// {"rms": {"unit": "V", "Ua": 230.2, ...}, ...}; a missing value is null.
-json jsonOf(const ResultTable& table) {
-    json rows = json::object();
+Json rowsOf(const ResultTable& table) {
+    Json rows = Json::object();
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
-        json& row = rows[table.rows[r].key] = json::object();
-        if (!table.unitsByColumn) {
-            row["unit"] = table.rows[r].unit;
-        }
+        Json& row = rows[table.rows[r].key] = Json{{"unit", table.rows[r].unit}};
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
             if (table.cells[r][c]) {
                 row[table.columns[c].key] = *table.cells[r][c];
@@ -40,14 +30,53 @@ json jsonOf(const ResultTable& table) {
     return rows;
 }
 
-json jsonOf(const ResultDocument& document) {
-    json object{{"file", document.file},   {"start", document.startSeconds}, {"samples", document.samples},
-                {"rate", document.rateHz}, {"content", document.content},    {"library", document.library}};
-    if (!document.settings.empty()) {
-        object["settings"] = document.settings;
+/// Adds the entries of the channel whose columns are those from `first` to before `last`.
+void addEntries(const ResultTable& table, std::size_t first, std::size_t last, Json& list) {
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        Json entry{{"channel", table.columns[first].channel}};
+        if (!table.rowKey.empty()) {
+            entry[table.rowKey] = r + 1;
+        }
+        const std::size_t unmeasured = entry.size();
+        for (std::size_t c = first; c < last; ++c) {
+            if (const auto& figure = table.cells[r][c]) {
+                const bool isWhole = table.columns[c].mostDecimals == 0 && !std::isnan(*figure);
+                entry[table.columns[c].key] = isWhole ? Json(std::lround(*figure)) : Json(*figure);
+            }
+        }
+        if (entry.size() > unmeasured) {
+            list.push_back(std::move(entry));
+        }
     }
+}
+
+/// [{"channel": "Ua", "order": 5, "percent": 2.1}, ...], channel after channel.
+void addList(const ResultTable& table, Json& list) {
+    const auto& columns = table.columns;
+    for (std::size_t first = 0, last = 0; first < columns.size(); first = last) {
+        while (last < columns.size() && columns[last].channel == columns[first].channel) {
+            ++last;
+        }
+        addEntries(table, first, last, list);
+    }
+}
+
+Json jsonOf(const ResultDocument& document) {
+    Json object{{"tool", jsonOfTool(document.library)},
+                {"recording", jsonOf(document.recording)},
+                {"measured",
+                 {{"start", document.startSeconds},
+                  {"samples", document.samples},
+                  {"rate", document.rateHz},
+                  {"content", document.content},
+                  {"settings", document.settings.empty() ? Json() : Json(document.settings)}}}};
     for (const ResultTable& table : document.tables) {
-        object[table.name] = jsonOf(table);
+        if (table.isList()) {  // voltages and currents share one
+            Json& list = object.emplace(table.name, Json::array()).first.value();
+            addList(table, list);
+        } else {
+            object[table.name] = rowsOf(table);
+        }
     }
     object["remarks"] = document.remarks;
     object["warnings"] = document.warnings;
@@ -84,17 +113,18 @@ void writeFigures(const ResultDocument& document, const ResultTable& table, Outp
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
             if (const auto& figure = table.cells[r][c]) {
-                writeFields({document.file, formatNumber(document.startSeconds, 12), table.name, table.rows[r].key,
-                             table.columns[c].key, std::isnan(*figure) ? "" : formatNumber(*figure, 15),
-                             table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
-                            form, out);
+                writeFields(
+                    {document.recording.file, formatNumber(document.startSeconds, 12), table.name, table.rows[r].key,
+                     table.columns[c].csvKey(), std::isnan(*figure) ? "" : formatNumber(*figure, 15),
+                     table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
+                    form, out);
             }
         }
     }
 }
 
 void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
-    out << shown(document.file) << '\n'
+    out << shown(document.recording.file) << '\n'
         << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz"
         << (document.startSeconds > 0.0 ? " from " + formatNumber(document.startSeconds, 9) + " s on" : "") << ", "
         << document.content << ", library " << document.library << '\n';
@@ -102,7 +132,7 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
         out << document.settings << '\n';
     }
     for (const ResultTable& table : document.tables) {
-        out << '\n' << textOf(table, styled);
+        out << (table.rows.empty() ? "" : '\n' + textOf(table, styled));
     }
     out << (document.remarks.empty() ? "" : "\n");
     for (const std::string& remark : document.remarks) {
@@ -128,7 +158,7 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
             return writeText(document, styled, out);
         case OutputForm::json:
         case OutputForm::jsonLines:
-            out << dumped(jsonOf(document), form == OutputForm::json ? 2 : -1);
+            out << dumped(jsonOf(document), form == OutputForm::json);
             return;
         case OutputForm::csv:
         case OutputForm::plain:
@@ -144,7 +174,7 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
 }
 
 void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out) {
-    out << dumped(json{{"file", file}, {"error", message}, {"exit_code", exitCode}});
+    out << dumped(Json{{"recording", {{"file", file}}}, {"error", message}, {"exit_code", exitCode}}, false);
 }
 
 bool stdoutTakesStyle() {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "output/recording_facts.h"
 #include "output/result_table.h"
 
 namespace rt305 {
@@ -22,7 +23,7 @@ enum class OutputForm {
 
 /// The results of one recording, or of one window of it.
 struct ResultDocument {
-    std::string file{};
+    RecordingFacts recording{};
     double startSeconds = 0.0;  // after the first sample of the segment
     std::size_t samples = 0;
     double rateHz = 0.0;
@@ -43,7 +44,7 @@ void writeHeading(OutputForm form, std::ostream& out);
 
 void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out);
 
-/// The line in place of a document that could not be made: {"file":...,"error":...,"exit_code":...}.
+/// The line in place of a document that could not be made: {"recording":{"file":...},"error":...,"exit_code":...}.
 void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out);
 
 /// Whether stdout is a terminal that shows styled text: not with NO_COLOR in the environment (no-color.org), nor on a

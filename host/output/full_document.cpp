@@ -39,7 +39,7 @@ static_assert(std::size(powerWordings) == std::size(powerMethods));
 ResultTable powerTable(const std::vector<Parameters>& byMethod) {
     ResultTable table{.name = "power", .title = "Power by method"};
     for (std::size_t method = 0; method < byMethod.size(); ++method) {
-        table.columns.push_back({powerMethods[method].name, powerWordings[method].label, ""});
+        table.columns.push_back({keyOf(powerMethods[method]), powerWordings[method].label, ""});
     }
     const char* const where[] = {"", ", a", ", b", ", c"};
     for (const QuantityRow& quantity : powerRows) {
@@ -66,12 +66,14 @@ ResultTable highestHarmonicsTable(const std::vector<KindResults<Harmonics>>& kin
                       .title = "Highest harmonics, order and % of the fundamental",
                       .unitsByColumn = true};
     std::vector<std::vector<Cell>> rows(harmonicsListed);
+    std::size_t longest = 0;
     for (const auto& kind : kinds) {
         for (const Harmonics& channel : kind.channels) {
-            table.columns.push_back({channel.channel + "_order", channel.channel, "", 0});
-            table.columns.push_back({channel.channel + "_percent", "%", "%", 2});
+            table.columns.push_back({"order", channel.channel, "", 0, channel.channel});
+            table.columns.push_back({"percent", "%", "%", 2, channel.channel});
             const auto percents = percentsOf(channel);
             const auto orders = largestHarmonics(channel, harmonicsListed);
+            longest = std::max(longest, orders.size());
             for (std::size_t rank = 0; rank < harmonicsListed; ++rank) {
                 const bool isGiven = rank < orders.size();
                 rows[rank].push_back(isGiven ? Cell(static_cast<double>(orders[rank])) : std::nullopt);
@@ -79,7 +81,7 @@ ResultTable highestHarmonicsTable(const std::vector<KindResults<Harmonics>>& kin
             }
         }
     }
-    for (std::size_t rank = 0; rank < harmonicsListed; ++rank) {
+    for (std::size_t rank = 0; rank < longest; ++rank) {
         const std::string number = std::to_string(rank + 1);
         table.addRow({number, number, ""}, std::move(rows[rank]));
     }

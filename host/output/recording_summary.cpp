@@ -3,18 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "base/text.h"
 #include "base/text_table.h"
+#include "output/json.h"
 #include "recording/channel_assignment.h"
 
 namespace rt305 {
 
 namespace {
-
-double durationOf(const Segment& segment) {
-    return static_cast<double>(segment.count) / segment.rateHz;
-}
 
 std::string reportFacts(const Recording& recording) {
     TextTable facts("ll");
@@ -28,11 +26,22 @@ std::string reportFacts(const Recording& recording) {
         facts.add({"Rate", "unknown: no time column, give --rate HZ"});
     } else if (recording.segments.size() == 1) {
         facts.add({"Rate", formatNumber(recording.segments[0].rateHz, 9) + " Hz, " + recording.rateOrigin});
-        facts.add({"Duration", formatNumber(durationOf(recording.segments[0])) + " s"});
+        facts.add({"Duration", formatNumber(recording.segments[0].durationSeconds()) + " s"});
     } else {
         facts.add({"Rates", recording.rateOrigin});
     }
     return facts.text();
+}
+
+/// The time between the segment before and this one, in s; 0 below half a sample.
+double gapBefore(const Recording& recording, std::size_t i) {
+    if (i == 0) {
+        return 0.0;
+    }
+    const Segment& previous = recording.segments[i - 1];
+    const double lost =
+        recording.seconds[recording.segments[i].first] - recording.seconds[previous.first] - previous.durationSeconds();
+    return std::fabs(lost) * recording.segments[i].rateHz > 0.5 ? lost : 0.0;
 }
 
 /// A row for each of several segments, with the gap before it.
@@ -45,15 +54,10 @@ std::string reportSegments(const Recording& recording) {
     table.add({"Segment", "First", "Samples", "Rate, Hz", "Start, s", "Gap before, s", ""});
     for (std::size_t i = 0; i < recording.segments.size(); ++i) {
         const Segment& segment = recording.segments[i];
-        const double start = recording.seconds[segment.first];
-        std::string gap;
-        if (i > 0) {
-            const Segment& previous = recording.segments[i - 1];
-            const double lost = start - recording.seconds[previous.first] - durationOf(previous);
-            gap = std::fabs(lost) * segment.rateHz > 0.5 ? formatNumber(lost) : "";
-        }
+        const double gap = gapBefore(recording, i);
         table.add({std::to_string(i + 1), std::to_string(segment.first + 1), std::to_string(segment.count),
-                   formatNumber(segment.rateHz), formatNumber(start), gap, i == measured ? "measured by default" : ""});
+                   formatNumber(segment.rateHz), formatNumber(recording.seconds[segment.first]),
+                   gap == 0.0 ? "" : formatNumber(gap), i == measured ? "measured by default" : ""});
     }
     return '\n' + table.text();
 }
@@ -70,14 +74,22 @@ std::string countOrNothing(std::size_t count) {
     return count == 0 ? "" : std::to_string(count);
 }
 
-std::vector<std::string> rangeCells(const Column& column) {
+/// Smallest, largest and mean sample; NaN without samples.
+std::vector<double> rangeOf(const Column& column) {
     double smallest = std::numeric_limits<double>::quiet_NaN();
     double largest = smallest;
     for (const double x : column.samples) {
         smallest = std::fmin(smallest, x);
         largest = std::fmax(largest, x);
     }
-    return TextTable::numbers({smallest, largest, meanOf(column.samples)});
+    return {smallest, largest, meanOf(column.samples)};
+}
+
+/// The channel that a column is assigned to.
+std::optional<std::size_t> channelOf(std::size_t column, const Assignment& assignment) {
+    const auto taken = std::find(assignment.columns.begin(), assignment.columns.end(), column);
+    const auto channel = static_cast<std::size_t>(taken - assignment.columns.begin());
+    return channel < channelTotal ? std::optional(channel) : std::nullopt;
 }
 
 std::string reportColumns(const Recording& recording, const Assignment& assignment) {
@@ -85,16 +97,59 @@ std::string reportColumns(const Recording& recording, const Assignment& assignme
     table.add({"No.", "Column", "Unit", "Minimum", "Maximum", "Mean", "Missing", "Clipped", "Side", "Channel", ""});
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
         const Column& column = recording.columns[i];
-        const auto taken = std::find(assignment.columns.begin(), assignment.columns.end(), i);
-        const auto channel = static_cast<std::size_t>(taken - assignment.columns.begin());
-        const bool isTaken = channel < channelTotal;
-        const auto range = rangeCells(column);
+        const auto channel = channelOf(i, assignment);
+        const auto range = TextTable::numbers(rangeOf(column));
         table.add({std::to_string(i + 1), column.name, column.unit, range[0], range[1], range[2],
                    countOrNothing(countMissing(column.samples)), countOrNothing(countClipped(column.samples)),
-                   sideOf(column.transformer), isTaken ? std::string(assignment.nameOf(channel)) : "-",
-                   isTaken ? assignment.reasons[channel] : ""});
+                   sideOf(column.transformer), channel ? std::string(assignment.nameOf(*channel)) : "-",
+                   channel ? assignment.reasons[*channel] : ""});
     }
     return '\n' + table.text();
+}
+
+Json segmentsOf(const Recording& recording) {
+    Json segments = Json::array();
+    for (std::size_t i = 0; i < recording.segments.size(); ++i) {
+        const Segment& segment = recording.segments[i];
+        segments.push_back({{"segment", i + 1},
+                            {"first", segment.first + 1},
+                            {"samples", segment.count},
+                            {"rate", segment.rateHz},
+                            {"start", recording.seconds.empty() ? 0.0 : recording.seconds[segment.first]},
+                            {"gap_before", gapBefore(recording, i)}});
+    }
+    return segments;
+}
+
+Json transformerOf(const Transformer& transformer) {
+    if (transformer.side == Transformer::Side::unknown) {
+        return {};
+    }
+    return {{"side", transformer.side == Transformer::Side::primary ? "primary" : "secondary"},
+            {"primary", transformer.primary},
+            {"secondary", transformer.secondary}};
+}
+
+Json columnsOf(const Recording& recording, const Assignment& assignment) {
+    Json columns = Json::array();
+    for (std::size_t i = 0; i < recording.columns.size(); ++i) {
+        const Column& column = recording.columns[i];
+        const auto channel = channelOf(i, assignment);
+        const auto range = rangeOf(column);
+        columns.push_back({{"number", i + 1},
+                           {"name", column.name},
+                           {"unit", column.unit},
+                           {"minimum", range[0]},
+                           {"maximum", range[1]},
+                           {"mean", range[2]},
+                           {"missing", countMissing(column.samples)},
+                           {"clipped", countClipped(column.samples)},
+                           {"transformer", transformerOf(column.transformer)},
+                           {"channel", channel ? Json(assignment.nameOf(*channel)) : Json()},
+                           {"reason", channel ? Json(assignment.reasons[*channel]) : Json()},
+                           {"fault", column.fault.empty() ? Json() : Json(column.fault)}});
+    }
+    return columns;
 }
 
 }  // namespace
@@ -107,6 +162,17 @@ std::string reportRecording(const Recording& recording, const PerChannel<std::st
     }
     return reportFacts(recording) + reportSegments(recording) + reportColumns(recording, assignment) +
            (faults.empty() ? "" : "\nNot readable as samples:\n" + faults);
+}
+
+std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns) {
+    return dumped({{"tool", jsonOfTool("")},
+                   {"recording", jsonOf(factsOf(recording, std::nullopt, recording.nominalHz))},
+                   {"samples", recording.length},
+                   {"rate_origin", recording.rateOrigin.empty() ? Json() : Json(recording.rateOrigin)},
+                   {"segments", segmentsOf(recording)},
+                   {"columns", columnsOf(recording, assignColumns(recording, chosenColumns))},
+                   {"warnings", recording.warnings}},
+                  true);
 }
 
 }  // namespace rt305

@@ -12,6 +12,9 @@ namespace rt305 {
 /// missing and clipped samples, and the channel that each is assigned to and why.
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
+/// The same as a JSON document.
+std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns);
+
 }  // namespace rt305
 
 #endif

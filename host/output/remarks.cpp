@@ -50,8 +50,9 @@ bool isMissing(const Parameters& parameters, std::string_view name) {
     return std::isnan(parameterNamed(parameters, name).value);
 }
 
-std::string sentenceOf(const ThdObstacle& obstacle, const FrequencyWindow& window) {
-    const std::string name(channelNames[obstacle.channel]);
+std::string sentenceOf(const ThdObstacle& obstacle, const Measurement& measurement) {
+    const FrequencyWindow window = measurement.window();
+    const std::string name(measurement.nameOf(obstacle.channel));
     const std::string outside = formatFixed(obstacle.frequencyHz, 2) + " Hz, lies " +
                                 (window.contains(obstacle.frequencyHz) ? "at a limit of " : "outside ") + window.text();
     switch (obstacle.kind) {
@@ -70,13 +71,13 @@ std::string sentenceOf(const ThdObstacle& obstacle, const FrequencyWindow& windo
            (obstacle.decidesOnOther ? ", and the library judges b by c and c by b" : "");
 }
 
-std::string reasonOf(const MissingThd& missing, const FrequencyWindow& window) {
+std::string reasonOf(const MissingThd& missing, const Measurement& measurement) {
     if (missing.obstacles.empty()) {
         return "the record may be too short or too distorted to find its fundamental";
     }
     std::vector<std::string> sentences;
     for (const ThdObstacle& obstacle : missing.obstacles) {
-        sentences.push_back(sentenceOf(obstacle, window));
+        sentences.push_back(sentenceOf(obstacle, measurement));
     }
     return joined(sentences);
 }
@@ -97,10 +98,10 @@ std::string explainThd(const ThdSet& set, const Parameters& parameters, const Me
     }
     std::vector<std::string> names;
     for (const std::size_t phase : missing.phases) {
-        names.emplace_back(channelNames[set.firstChannel + phase]);
+        names.emplace_back(measurement.nameOf(set.firstChannel + phase));
     }
     const auto& [quantities, allChannels] = isCurrent(set.firstChannel) ? currentWording : voltageWording;
-    std::string reason = reasonOf(missing, measurement.window());
+    std::string reason = reasonOf(missing, measurement);
     remarks.push_back(std::string(quantities) + " of " + (names.size() == phaseTotal ? allChannels : joined(names)) +
                       " not given: " + reason + hintOn(missing) + ".");
     return reason;

@@ -13,6 +13,18 @@ namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
+/// A statistic by the library's name.
+struct StatisticRow {
+    std::string_view name;
+    const char* key;
+    const char* label;
+    bool isRatio;  // though the text gives it a unit
+};
+constexpr StatisticRow statisticRows[] = {{"mean", "mean", "Mean", false},
+                                          {"rms", "rms", "RMS", false},
+                                          {"peak2rms", "crest_factor", "Crest factor", true},
+                                          {"peak2peak", "peak_to_peak", "Peak to peak", false}};
+
 std::string contentOf(const Measurement& measurement) {
     const bool isThreePhase = measurement.isThreePhase();
     if (measurement.isCombined()) {
@@ -61,7 +73,7 @@ void addQuantities(ResultTable& table, const Rows& rows, const Parameters& param
 
 ResultDocument documentOf(const Recording& recording, const Measurement& measurement,
                           const std::string& libraryVersion) {
-    ResultDocument document{.file = recording.source,
+    ResultDocument document{.recording = factsOf(recording, measurement.settings.segment, measurement.nominalHz),
                             .startSeconds = measurement.settings.startSeconds,
                             .samples = measurement.length,
                             .rateHz = measurement.rateHz,
@@ -143,8 +155,11 @@ ResultTable signalTable(const std::string& name, const std::vector<SignalStatist
             cells.emplace_back(i < signal.statistics.size() ? signal.statistics[i].value : nan);
         }
         const NamedValue& first = signals[0].statistics[i];
-        const bool isRatio = first.name == "peak2rms";  // though the text gives it a unit
-        table.addRow({first.name, first.name, isRatio ? "" : first.unit}, std::move(cells));
+        const auto* const row = std::find_if(std::begin(statisticRows), std::end(statisticRows),
+                                             [&first](const StatisticRow& known) { return known.name == first.name; });
+        if (row != std::end(statisticRows)) {
+            table.addRow({row->key, row->label, row->isRatio ? "" : first.unit}, std::move(cells));
+        }
     }
     return table;
 }
@@ -161,9 +176,10 @@ ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& 
         }
         columns.push_back(std::move(frequencies));
         columns.push_back(std::move(values));
-        table.columns.push_back({spectrum.channel + "_Hz", spectrum.channel + ", Hz", "Hz", 3});
+        const bool isLevel = spectrum.unit == "dB";
+        table.columns.push_back({"frequency", spectrum.channel + ", Hz", "Hz", 3, spectrum.channel});
         table.columns.push_back(
-            {spectrum.channel + "_" + spectrum.unit, spectrum.unit, spectrum.unit, spectrum.unit == "dB" ? 2 : 6});
+            {isLevel ? "level" : "amplitude", spectrum.unit, spectrum.unit, isLevel ? 2 : 6, spectrum.channel});
     }
     addNumbered(table, columns);
     if (!spectra.empty()) {
@@ -176,13 +192,13 @@ ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& 
 }
 
 ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics) {
-    ResultTable table{.name = name, .corner = "Order", .unitsByColumn = true};
+    ResultTable table{.name = name, .corner = "Order", .rowKey = "order", .unitsByColumn = true};
     std::vector<std::vector<double>> columns;
     for (const Harmonics& channel : harmonics) {
         columns.insert(columns.end(), {channel.frequencies, channel.levels, percentsOf(channel)});
-        table.columns.push_back({channel.channel + "_Hz", channel.channel + ", Hz", "Hz", 3});
-        table.columns.push_back({channel.channel + "_dB", "dB", "dB", 2});
-        table.columns.push_back({channel.channel + "_percent", "%", "%", 3});
+        table.columns.push_back({"frequency", channel.channel + ", Hz", "Hz", 3, channel.channel});
+        table.columns.push_back({"level", "dB", "dB", 2, channel.channel});
+        table.columns.push_back({"percent", "%", "%", 3, channel.channel});
     }
     addNumbered(table, columns);
     return table;

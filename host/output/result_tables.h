@@ -58,8 +58,8 @@ ResultTable parameterTable(const Parameters& parameters);
 /// THD alone.
 ResultTable distortionTable(const Parameters& parameters);
 
-/// The statistics, the largest spectral lines and the harmonics of one kind of channels, side by side. Empty without
-/// channels.
+/// The statistics, the largest spectral lines and the harmonics of one kind of channels, side by side; the last two are
+/// lists. Empty without channels.
 ResultTable signalTable(const std::string& name, const std::vector<SignalStatistics>& signals);
 ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& spectra);
 ResultTable harmonicTable(const std::string& name, const std::vector<Harmonics>& harmonics);

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "base/text_encoding.h"
+#include "base/version.h"
 #include "output/full_document.h"
 #include "output/result_tables.h"
 #include "page/diagrams.h"
@@ -192,7 +193,7 @@ Facts settingFacts(const ResultDocument& document, const Measurement& recorded) 
                          formatNumber(recorded.settings.startSeconds, 9) + " s on, " + document.content},
         {"Handed over", std::to_string(document.samples) + " samples at " + formatNumber(document.rateHz) + " Hz"},
         {"Spectra", "Hann window, dB below the largest line"},
-        {"Tool", "rt305 " RT305_4_PROJECT_VERSION},
+        {"Tool", std::string("rt305 ") + toolVersion},
         {"Library", document.library}};
     if (!document.settings.empty()) {
         facts.emplace_back("Settings", document.settings);
@@ -289,17 +290,18 @@ std::string reportPage(const Recording& recording, const FullMeasurement& full, 
                                         originSection(recording, full, document)};
     const std::string length =
         formatNumber(recorded.durationSeconds()) + " s at " + formatNumber(recorded.rateHz) + " Hz";
-    return filled(page::html, {{"title", escaped("Measurement of " + baseName(recording.source))},
-                               {"summary", escaped(length + ", " + document.content)},
-                               {"generator", escaped("rt305 " RT305_4_PROJECT_VERSION ", library " + document.library)},
-                               {"navigation", navigationOf(sections)},
-                               {"sections", htmlOf(sections)},
-                               {"data", plotData({waveforms, lines})},
-                               {"style", std::string(page::style)},
-                               {"script", std::string(page::script)},
-                               {"plot-library", std::string(page::plotLibrary)},
-                               {"style-hash", policyHashOf(page::style)},
-                               {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+    return filled(page::html,
+                  {{"title", escaped("Measurement of " + baseName(recording.source))},
+                   {"summary", escaped(length + ", " + document.content)},
+                   {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
+                   {"navigation", navigationOf(sections)},
+                   {"sections", htmlOf(sections)},
+                   {"data", plotData({waveforms, lines})},
+                   {"style", std::string(page::style)},
+                   {"script", std::string(page::script)},
+                   {"plot-library", std::string(page::plotLibrary)},
+                   {"style-hash", policyHashOf(page::style)},
+                   {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
 }
 
 }  // namespace rt305

@@ -8,6 +8,7 @@
 #include "base/limits.h"
 #include "base/lines.h"
 #include "base/text.h"
+#include "base/time_stamp.h"
 #include "base/units.h"
 
 namespace rt305 {
@@ -193,7 +194,7 @@ private:
             if (result_.form || line.empty() || dates == std::size(dateLabels)) {
                 continue;
             }
-            addFact(dateLabels[dates++], line);
+            addFact(dateLabels[dates++], isoTimeOfComtrade(line));
             const std::size_t point = line.find('.');
             if (point != std::string_view::npos && line.size() - point - 1 >= nanosecondDecimals) {
                 result_.secondsPerStamp = 1e-9;

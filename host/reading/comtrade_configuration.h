@@ -43,8 +43,8 @@ struct ComtradeConfiguration {
 };
 
 /// Reads a configuration in UTF-8. The number of fields in a line decides how it is read, not the revision year. Dates
-/// are kept as text. Fails, with file and line, on errors that make the samples unreadable: channel counts, factors,
-/// rates.
+/// become those of ISO 8601. Fails, with file and line, on errors that make the samples unreadable: channel counts,
+/// factors, rates.
 ComtradeConfiguration parseComtradeConfiguration(std::string_view text, const std::string& source);
 
 /// Whether a text begins like a configuration.

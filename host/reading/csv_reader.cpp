@@ -320,6 +320,9 @@ private:
         }
         recording_.seconds = std::move(time_.seconds);
         recording_.rateOrigin = "from column " + inQuotes(time_.name);
+        if (const std::string start = isoTime(time_.firstStamp.value_or(0)); !start.empty()) {
+            recording_.facts.emplace_back("Start", start);
+        }
     }
 
     /// Times without a unit are in s, unless no signal then has a plausible fundamental, and one has it in ms, us or

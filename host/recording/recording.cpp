@@ -73,6 +73,11 @@ double smallestStepIn(const std::vector<double>& samples) {
 
 }  // namespace
 
+std::string Recording::fact(std::string_view label) const {
+    const auto found = std::find_if(facts.begin(), facts.end(), [label](const auto& f) { return f.first == label; });
+    return found == facts.end() ? "" : found->second;
+}
+
 void Recording::setRate(double rateHz, std::string origin) {
     seconds.resize(length);
     for (std::size_t k = 0; k < length; ++k) {

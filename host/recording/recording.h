@@ -2,6 +2,7 @@
 #define RT305_HOST_RECORDING_RECORDING_H
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,8 @@ struct Segment {
     std::size_t first = 0;
     std::size_t count = 0;
     double rateHz = 0.0;
+
+    double durationSeconds() const { return static_cast<double>(count) / rateHz; }
 };
 
 /// A file of a recording.
@@ -56,6 +59,9 @@ struct Recording {
     std::vector<std::pair<std::string, std::string>> facts{};  // other information in the file: label, text
     std::vector<std::string> warnings{};                       // problems that did not prevent reading
     std::vector<SourceFile> files{};                           // all files read
+
+    /// The information with that label; empty when the file has none.
+    std::string fact(std::string_view label) const;
 
     /// Makes the recording one segment of evenly spaced samples from time zero.
     void setRate(double rateHz, std::string origin);

@@ -58,10 +58,11 @@ TEST(Results, MissingFiguresInEachForm) {
         {"generate --factors Ub=0 | cut -d, -f1-4 > u.csv; rt305 params --plain u.csv", "\tthd_voltage\ta\t\t"},
         {"rt305 params --csv u.csv", "file,start,; u.csv,0,parameters,frequency,a,,"},
         {"cp u.csv 'a,\"b\".csv'; rt305 signals --csv 'a,\"b\".csv'",
-         R"("a,""b"".csv",0,signals_u,peak2peak,Va,650.538,V)"},
+         R"("a,""b"".csv",0,signals_u,peak_to_peak,Ua,650.538,V)"},
         {"rt305 params u.csv", "Frequency - - -"},
         {"rt305 distortion u.csv", "1 50.00 47.23 100.000 - - - 50.00; Ub is dead"},
-        {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion --json-lines -", R"("Vb_Hz":null)"},
+        {"generate --factors Ub=0 | cut -d, -f1-4 | rt305 distortion --json-lines -",
+         R"("channel":"Ub","order":1,"frequency":null,"level":null)"},
     });
 }
 

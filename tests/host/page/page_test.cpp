@@ -43,7 +43,7 @@ TEST(Page, DiagramsLeaveOutWhatIsMissing) {
     EXPECT_EQ(count(phasors, R"(x="334.0" y="184.0" text-anchor="middle">Ua<)"), 1U) << "Ua points to the right";
     EXPECT_EQ(count(phasors, R"(x="103.0" y="317.3" text-anchor="middle">Ub<)"), 1U) << "Ub follows clockwise";
     const std::string bars = rt305::harmonicBars(
-        {{"Va", {50, 100, 150, 200}, {40, 20, NAN, 0}}, {"Vb", {50, 100}, {40, 26}}, {"Vc", {NAN, NAN}, {NAN, NAN}}});
+        {{"Ua", {50, 100, 150, 200}, {40, 20, NAN, 0}}, {"Ub", {50, 100}, {40, 26}}, {"Uc", {NAN, NAN}, {NAN, NAN}}});
     EXPECT_EQ(count(bars, "<rect"), 3U);
     EXPECT_EQ(count(bars, ">20 %<"), 1U) << "26 dB - 40 dB is 19.95 %, which the axis rounds up";
     EXPECT_EQ(count(phasors + bars + rt305::harmonicBars({}) + rt305::phasorDiagram({}), "nan"), 0U);

@@ -1,0 +1,50 @@
+#include "output/json.h"
+
+#include "base/version.h"
+
+namespace rt305 {
+
+namespace {
+
+Json orNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+Json orNull(double value) {
+    return value > 0.0 ? Json(value) : Json();
+}
+
+}  // namespace
+
+std::string dumped(const Json& document, bool indented) {
+    return document.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+Json jsonOfTool(const std::string& libraryVersion) {
+    Json tool{{"name", "rt305"}, {"version", toolVersion}};
+    if (!libraryVersion.empty()) {
+        tool["library"] = libraryVersion;
+    }
+    return tool;
+}
+
+Json jsonOf(const RecordingFacts& facts) {
+    Json others = Json::array();
+    for (const SourceFile& file : facts.otherFiles) {
+        others.push_back({{"file", file.name}, {"sha256", orNull(file.checksum)}});
+    }
+    return {{"file", facts.file},
+            {"sha256", orNull(facts.checksum)},
+            {"other_files", others},
+            {"format", facts.format},
+            {"station", orNull(facts.station)},
+            {"recorder", orNull(facts.recorder)},
+            {"start", orNull(facts.start)},
+            {"trigger", orNull(facts.trigger)},
+            {"segment", facts.segment == 0 ? Json() : Json(facts.segment)},
+            {"rate", orNull(facts.rateHz)},
+            {"duration", orNull(facts.durationSeconds)},
+            {"nominal", orNull(facts.nominalHz)}};
+}
+
+}  // namespace rt305
