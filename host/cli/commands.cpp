@@ -166,7 +166,7 @@ void writeReport(const ReportOptions& options) {
     const FullMeasurement full = prepare(recording, options.measure.settings);
     std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
     std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);
-    if (!full.unsteadiness.empty()) {
+    if (!full.isSteady()) {
         warn(full.unsteadiness);
     }
     const Library library(options.measure.library);

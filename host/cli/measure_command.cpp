@@ -60,7 +60,7 @@ private:
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
         std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
         std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
-        if (!full.unsteadiness.empty()) {
+        if (!full.isSteady()) {
             warnPrefixed(full.unsteadiness);
         }
         if (!isOneOfMany_) {

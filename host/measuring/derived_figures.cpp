@@ -91,6 +91,17 @@ double factorOf(double active, double apparent) {
     return apparent > 0.0 ? active / apparent : nan;
 }
 
+/// P + jQ of the fundamentals on average over the record.
+Phasor meanPower(const Samples& voltage, const Samples& current, const FullMeasurement& full) {
+    const auto u = fundamentalTrace(voltage, full.asRecorded.rateHz, full.frequencyHz);
+    const auto i = fundamentalTrace(current, full.asRecorded.rateHz, full.frequencyHz);
+    Phasor sum = 0.0;
+    for (std::size_t window = 0; window < u.size(); ++window) {
+        sum += u[window] * std::conj(i[window]);
+    }
+    return sum / static_cast<double>(u.size());
+}
+
 PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamentals, const TotalAndPhases& u,
                      const TotalAndPhases& i) {
     PowerFigures power{undefined, undefined, undefined, undefined, undefined, undefined,
@@ -103,8 +114,10 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
             continue;
         }
         const std::size_t at = 1 + phase;
-        const Phasor fundamental = fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase]);
         const bool hasFundamental = fundamentals.frequencyHz > 0.0;
+        const Phasor fundamental = full.isSteady() || !hasFundamental
+                                       ? fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase])
+                                       : meanPower(voltage, current, full);
         power.P[at] = meanProduct(voltage, current);
         power.S[at] = u[at] * i[at];
         power.N[at] = nonActive(power.S[at], power.P[at]);
@@ -144,12 +157,37 @@ bool areAllMeasured(const Measurement& recorded, std::size_t firstChannel) {
     return std::none_of(first, first + phaseTotal, [](const Samples& x) { return x.empty(); });
 }
 
+/// The phasors of a kind, 0 for channels without a signal.
+Phasors livePhasors(const Fundamentals& fundamentals, std::size_t firstChannel) {
+    Phasors phasors = isCurrent(firstChannel) ? fundamentals.currents : fundamentals.voltages;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        phasors[phase] *= fundamentals.hasSignal[firstChannel + phase] ? 1.0 : 0.0;
+    }
+    return phasors;
+}
+
+/// What belongs to a steady fundamental.
+void addAnglesAndComponents(DerivedFigures& figures, const Measurement& recorded, const Fundamentals& fundamentals) {
+    const Phasors& voltages = fundamentals.voltages;
+    const Phasors& currents = fundamentals.currents;
+    if (recorded.isCombined()) {
+        figures.currentLags = lags(livePhasors(fundamentals, 0), livePhasors(fundamentals, phaseTotal));
+    }
+    if (areAllMeasured(recorded, 0) && fundamentals.anySignal(0)) {
+        figures.voltageLags = lags({voltages[0], voltages[0], voltages[0]}, voltages);
+        figures.voltageSequence = sequenceComponentsOf(voltages);
+        figures.voltageUnbalance = unbalanceOf(voltages);
+    }
+    if (areAllMeasured(recorded, phaseTotal) && fundamentals.anySignal(phaseTotal)) {
+        figures.currentSequence = sequenceComponentsOf(currents);
+        figures.currentUnbalance = unbalanceOf(currents);
+    }
+}
+
 }  // namespace
 
 DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& fundamentals) {
     const Measurement& recorded = full.asRecorded;
-    const Phasors& voltages = fundamentals.voltages;
-    const Phasors& currents = fundamentals.currents;
     DerivedFigures figures;
     if (recorded.hasVoltages()) {
         figures.voltages = rmsValues(recorded, 0);
@@ -159,18 +197,13 @@ DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& f
     }
     if (recorded.isCombined()) {
         figures.power = powerOf(full, fundamentals, *figures.voltages, *figures.currents);
-        figures.currentLags = lags(voltages, currents);
     }
-    if (recorded.hasVoltages() && areAllMeasured(recorded, 0)) {
-        figures.voltageLags = lags({voltages[0], voltages[0], voltages[0]}, voltages);
-        figures.voltageSequence = sequenceComponentsOf(voltages);
-        figures.voltageUnbalance = unbalanceOf(voltages);
-    }
-    if (recorded.hasCurrents() && areAllMeasured(recorded, phaseTotal)) {
+    if (areAllMeasured(recorded, phaseTotal)) {
         const Samples* const i = &recorded.samples[phaseTotal];
-        figures.currentSequence = sequenceComponentsOf(currents);
-        figures.currentUnbalance = unbalanceOf(currents);
         figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]), std::max({rmsOf(i[0]), rmsOf(i[1]), rmsOf(i[2])})};
+    }
+    if (full.isSteady()) {
+        addAnglesAndComponents(figures, recorded, fundamentals);
     }
     return figures;
 }

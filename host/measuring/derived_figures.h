@@ -15,7 +15,7 @@ using TotalAndPhases = std::array<double, 1 + phaseTotal>;
 /// Power by IEEE Std 1459-2010, from the samples without their means. By phase P is the mean of u i, S = U I,
 /// N = sqrt(S^2 - P^2), PF = P / S; P1, Q1 and S1 belong to the fundamental, Q1 positive when the current lags, and
 /// DPF = P1 / S1. In total P, P1 and Q1 are sums; S is the effective apparent power, N and PF belong to it; S1 is the
-/// magnitude of P1 + j Q1.
+/// magnitude of P1 + j Q1. When the signal is not steady, P1 + j Q1 by phase is the mean over the cycles.
 struct PowerFigures {
     TotalAndPhases P, S, N, PF, P1, Q1, S1, DPF;  // W, VA, var
     double vectorS;                               // |sum of P + j sum of Q|, Q of a phase being N with the sign of Q1
@@ -30,7 +30,7 @@ struct CurrentSum {
 };
 
 /// What the tool computes itself from the samples at their own rate. Empty where the channels for it are not measured;
-/// NaN where they give no value.
+/// NaN where they give no value. Symmetrical components and angles need a steady fundamental.
 struct DerivedFigures {
     std::optional<TotalAndPhases> voltages{};  // RMS without the mean, V
     std::optional<TotalAndPhases> currents{};  // A

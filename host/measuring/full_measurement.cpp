@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <optional>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -72,7 +73,11 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
 
 FullMeasurement sliceOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
     return {windowOf(full.measurement, startSeconds, durationSeconds),
-            windowOf(full.asRecorded, startSeconds, durationSeconds), full.fromLineVoltages, full.frequencyHz};
+            windowOf(full.asRecorded, startSeconds, durationSeconds),
+            full.fromLineVoltages,
+            full.frequencyHz,
+            full.isFrequencyMeasured,
+            full.frequencySource};
 }
 
 /// The longest whole number of cycles from the first sample on.
@@ -98,6 +103,11 @@ std::string secondsOf(std::size_t samples, const Measurement& recorded) {
     return formatFixed(static_cast<double>(samples) / recorded.rateHz, 3);
 }
 
+/// "0.100-0.200 s"
+std::string rangeOf(std::size_t first, std::size_t count, const Measurement& recorded) {
+    return secondsOf(first, recorded) + "-" + secondsOf(first + count, recorded) + " s";
+}
+
 /// What changes most, where, and the parts that are steady; empty for a steady signal.
 std::string describeUnsteadiness(const GridState& state, const Measurement& recorded) {
     const auto& [parts, change, isSteady] = state.steadiness;
@@ -119,16 +129,16 @@ std::string describeUnsteadiness(const GridState& state, const Measurement& reco
     std::sort(longest.begin(), longest.end(),
               [](const SteadyPart& x, const SteadyPart& y) { return x.first < y.first; });
     std::vector<std::string> ranges;
-    std::transform(longest.begin(), longest.end(), std::back_inserter(ranges), [&](const SteadyPart& part) {
-        return secondsOf(part.first, recorded) + "-" + secondsOf(part.first + part.count, recorded) + " s";
-    });
+    std::transform(longest.begin(), longest.end(), std::back_inserter(ranges),
+                   [&](const SteadyPart& part) { return rangeOf(part.first, part.count, recorded); });
     return text + (ranges.empty() ? "; no part of it is steady"
                                   : "; steady are " + joined(ranges) +
                                         ": choose with --part pre-fault, fault or longest-steady, or with --start and "
                                         "--duration");
 }
 
-/// How much a part looks like a fault: large currents and small voltages, in units of those before it.
+/// How much a part looks like a fault: large currents and small voltages, in units of those before it. The part before
+/// has the number of currents less that of voltages.
 double faultMeasure(const SteadyPart& part, const SteadyPart& before, const std::vector<std::size_t>& channels) {
     double sum = 0.0;
     for (std::size_t i = 0; i < channels.size(); ++i) {
@@ -138,48 +148,120 @@ double faultMeasure(const SteadyPart& part, const SteadyPart& before, const std:
     return sum;
 }
 
-/// The steady part that the user asks for: the first, the longest, or the one after the first with the largest currents
-/// and smallest voltages.
-SteadyPart steadyPart(const GridState& state, Part part, const std::string& source) {
+/// A part and how much it looks like a fault.
+struct Candidate {
+    SteadyPart part;
+    double measure;
+};
+
+/// The longest of those parts behind `before` that look most like a fault, within a fifth.
+std::optional<Candidate> mostFaulty(const std::vector<SteadyPart>& parts, const SteadyPart& before,
+                                    const std::vector<std::size_t>& channels) {
+    const double usual = faultMeasure(before, before, channels);
+    std::vector<Candidate> candidates;
+    double most = 0.0;
+    for (const SteadyPart& part : parts) {
+        if (part.first > before.first) {
+            candidates.push_back({part, faultMeasure(part, before, channels) - usual});
+            most = std::max(most, candidates.back().measure);
+        }
+    }
+    std::erase_if(candidates, [=](const Candidate& candidate) { return candidate.measure < 0.8 * most; });
+    const auto longest =
+        std::max_element(candidates.begin(), candidates.end(),
+                         [](const Candidate& x, const Candidate& y) { return x.part.count < y.part.count; });
+    return longest == candidates.end() ? std::nullopt : std::optional(*longest);
+}
+
+/// The part that looks most like a fault. A brief one counts when it does so clearly more than the steady ones.
+SteadyPart faultPart(const GridState& state, const Measurement& recorded, const std::string& source) {
+    constexpr double leastMeasure = 0.5;
+    constexpr double clearly = 1.5;
+    const SteadyPart& before = state.steadiness.parts.front();
+    auto best = mostFaulty(state.steadiness.parts, before, state.channels);
+    const auto brief = mostFaulty(
+        state.steadiness.isSteady ? std::vector<SteadyPart>()
+                                  : briefPartsOf(spansOf(recorded, state.channels), recorded.rateHz, state.frequencyHz),
+        before, state.channels);
+    if (brief && (!best || brief->measure > clearly * best->measure)) {
+        best = brief;
+    }
+    if (!best || best->measure < leastMeasure) {
+        failInput(source + ": no part has larger currents or smaller voltages than the first steady one, so there is " +
+                  "no fault to tell from it");
+    }
+    return best->part;
+}
+
+/// The part that the user asks for: the first steady one, the longest, or the fault.
+SteadyPart partFor(const GridState& state, const Measurement& recorded, const std::string& source) {
     const auto& parts = state.steadiness.parts;
     if (parts.empty()) {
         failInput(source + ": no part of the recording is steady for two and a half cycles");
     }
-    if (part == Part::preFault) {
-        return parts.front();
+    switch (recorded.settings.part) {
+        case Part::preFault:
+            return parts.front();
+        case Part::fault:
+            return faultPart(state, recorded, source);
+        default:
+            return *std::max_element(parts.begin(), parts.end(),
+                                     [](const SteadyPart& x, const SteadyPart& y) { return x.count < y.count; });
     }
-    if (part == Part::fault) {
-        if (parts.size() < 2) {
-            failInput(source + ": only one part of the recording is steady, so there is no fault to tell from it");
-        }
-        return *std::max_element(parts.begin() + 1, parts.end(), [&](const SteadyPart& x, const SteadyPart& y) {
-            return faultMeasure(x, parts.front(), state.channels) < faultMeasure(y, parts.front(), state.channels);
-        });
+}
+
+/// Where the frequency of a state is from, when not from all samples.
+std::string sourceOf(const GridState& state, const Measurement& recorded) {
+    if (!state.source) {
+        return "not measured, as there are no two steady cycles; the figures of the fundamental are those at " +
+               formatNumber(state.frequencyHz, 5) + " Hz (--nominal gives another)";
     }
-    return *std::max_element(parts.begin(), parts.end(),
-                             [](const SteadyPart& x, const SteadyPart& y) { return x.count < y.count; });
+    const auto& [first, count, levels] = *state.source;
+    return count == recorded.length ? "" : "that of the longest steady part, " + rangeOf(first, count, recorded);
+}
+
+void takeFrequency(FullMeasurement& full, const GridState& state) {
+    full.frequencyHz = state.frequencyHz;
+    full.isFrequencyMeasured = state.source.has_value();
+    full.frequencySource = sourceOf(state, full.asRecorded);
+}
+
+/// A part of less than four cycles is too short to measure its frequency, and to see whether it is steady.
+void takeBriefPart(FullMeasurement& full, const SteadyPart& part) {
+    const std::string range = rangeOf(part.first, part.count, full.asRecorded);
+    const double rate = full.asRecorded.rateHz;
+    const double cycles = static_cast<double>(part.count) / rate * full.frequencyHz;
+    full = sliceOf(full, static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
+    full.measurement.warnings.push_back("the fault is steady for " + formatFixed(cycles, 1) + " cycles only, " + range +
+                                        ": too short for its frequency, THD and harmonics; a decaying offset can be "
+                                        "part of its RMS values and powers");
 }
 
 /// Finds the fundamental, and cuts what the settings choose.
 FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
     const MeasurementSettings settings = full.asRecorded.settings;
     GridState state = gridStateOf(full.asRecorded, full.measurement.nominalHz);
-    full.frequencyHz = state.frequencyHz;
     const auto cut = [&](double startSeconds, double durationSeconds) {
         full = sliceOf(full, startSeconds, durationSeconds);
-        state = gridStateOf(full.asRecorded, full.frequencyHz);
-        full.frequencyHz = state.frequencyHz;
+        state = gridStateOf(full.asRecorded, state.frequencyHz);
     };
     if (settings.durationCycles > 0.0) {
-        if (!(full.frequencyHz > 0.0)) {
+        if (!(state.frequencyHz > 0.0)) {
             failInput(recording.source + ": a length in cycles was asked for, but there is no fundamental");
         }
-        cut(0.0, settings.durationCycles / full.frequencyHz);
+        cut(0.0, settings.durationCycles / state.frequencyHz);
     }
+    takeFrequency(full, state);
     if (settings.part != Part::all) {
-        const SteadyPart part = steadyPart(state, settings.part, recording.source);
+        const SteadyPart part = partFor(state, full.asRecorded, recording.source);
         const double rate = full.asRecorded.rateHz;
+        constexpr double fewestCycles = 4.0;
+        if (settings.part == Part::fault && static_cast<double>(part.count) * state.frequencyHz < fewestCycles * rate) {
+            takeBriefPart(full, part);
+            return wholeCyclesOf(std::move(full));
+        }
         cut(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
+        takeFrequency(full, state);
     }
     full.unsteadiness = describeUnsteadiness(state, full.asRecorded);
     return wholeCyclesOf(std::move(full));
@@ -204,8 +286,10 @@ FullMeasurement prepare(const Recording& recording, const MeasurementSettings& s
 
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
     FullMeasurement window = sliceOf(full, startSeconds, durationSeconds);
-    if (!full.unsteadiness.empty()) {
-        window.unsteadiness = describeUnsteadiness(gridStateOf(window.asRecorded, full.frequencyHz), window.asRecorded);
+    if (!full.isSteady()) {
+        const GridState state = gridStateOf(window.asRecorded, full.frequencyHz);
+        takeFrequency(window, state);
+        window.unsteadiness = describeUnsteadiness(state, window.asRecorded);
     }
     return wholeCyclesOf(std::move(window));
 }

@@ -12,11 +12,16 @@ namespace rt305 {
 /// assumes, with coefficients applied and the frequency window chosen.
 struct FullMeasurement {
     Measurement measurement;
-    Measurement asRecorded;      // the same samples at their own rate, for statistics and waveforms
-    bool fromLineVoltages;       // the phase voltages are computed from line voltages: no zero sequence is known
-    double frequencyHz = 0.0;    // of the fundamental; 0: none found
-    std::size_t cycles = 0;      // whole cycles that the samples span; 0: all samples are measured
-    std::string unsteadiness{};  // how the signal changes, and which parts do not; empty: it is steady
+    Measurement asRecorded;           // the same samples at their own rate, for statistics and waveforms
+    bool fromLineVoltages;            // the phase voltages are computed from line voltages: no zero sequence is known
+    double frequencyHz = 0.0;         // of the fundamental; 0: none found
+    bool isFrequencyMeasured = true;  // otherwise it is assumed
+    std::string frequencySource{};    // where it is from, if not from the measured samples
+    std::size_t cycles = 0;           // whole cycles that the samples span; 0: all samples are measured
+    std::string unsteadiness{};       // how the signal changes, and which parts do not; empty: it is steady
+
+    bool isSteady() const { return unsteadiness.empty(); }
+    double cyclesThere() const { return asRecorded.durationSeconds() * frequencyHz; }
 };
 
 /// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <numeric>
 
+#include "measuring/nominal_frequency.h"
+
 namespace rt305 {
 
 namespace {
 
-constexpr double lowestHz = 10.0;
-constexpr double highestHz = 450.0;
 constexpr double nominalTolerance = 0.2;
 constexpr double leastShareOfKind = 0.01;
 constexpr double leastFundamentalShare = 0.5;  // of a channel's RMS
@@ -81,34 +81,37 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-/// The strongest line that most of the leading channels agree on.
-double roughFrequency(const Measurement& recorded, const std::vector<std::size_t>& leading) {
-    std::vector<double> lines;
-    for (const std::size_t channel : leading) {
-        if (const auto line = strongestLine(recorded.samples[channel], recorded.rateHz, lowestHz,
-                                            std::min(highestHz, recorded.rateHz / 3.0))) {
-            lines.push_back(*line);
+/// The longest part in which one of the first `leading` channels has a fifth of its largest fundamental; null for none.
+const SteadyPart* longestLivePart(const std::vector<SteadyPart>& parts, std::size_t leading) {
+    constexpr double liveShare = 0.2;
+    const SteadyPart* longest = nullptr;
+    for (const SteadyPart& part : parts) {
+        bool isLive = false;
+        for (std::size_t channel = 0; channel < leading; ++channel) {
+            const auto largest = std::max_element(
+                parts.begin(), parts.end(),
+                [channel](const SteadyPart& x, const SteadyPart& y) { return x.levels[channel] < y.levels[channel]; });
+            isLive = isLive || part.levels[channel] >= liveShare * largest->levels[channel];
+        }
+        if (isLive && (longest == nullptr || part.count > longest->count)) {
+            longest = &part;
         }
     }
-    return median(std::move(lines));
+    return longest;
 }
 
-/// The frequency of the leading channels in the longest steady part, found near `nearHz`; 0 for none.
-double frequencyOfLongestPart(const Measurement& recorded, const std::vector<std::size_t>& leading,
-                              const std::vector<SteadyPart>& parts, double nearHz) {
-    const auto longest = std::max_element(parts.begin(), parts.end(),
-                                          [](const SteadyPart& x, const SteadyPart& y) { return x.count < y.count; });
+/// The frequency of the leading channels in a part, found near `nearHz`; 0 for none.
+double frequencyIn(const SteadyPart& part, const Measurement& recorded, const std::vector<std::size_t>& leading,
+                   double nearHz) {
     std::vector<std::optional<FundamentalFit>> fits;
-    for (std::size_t i = 0; i < leading.size() && longest != parts.end(); ++i) {
-        const auto samples = std::span(recorded.samples[leading[i]]).subspan(longest->first, longest->count);
-        const auto line = strongestLine(samples, recorded.rateHz, nearHz * (1.0 - nominalTolerance),
-                                        nearHz * (1.0 + nominalTolerance));
-        fits.push_back(line ? fitFundamental(samples, recorded.rateHz, *line) : std::nullopt);
-    }
     std::vector<double> frequencies;
-    for (const auto& fit : fits) {
-        if (fit) {
-            frequencies.push_back(fit->frequencyHz);
+    for (const std::size_t channel : leading) {
+        const auto samples = std::span(recorded.samples[channel]).subspan(part.first, part.count);
+        const auto found = findFundamental(samples, recorded.rateHz, nearHz * (1.0 - nominalTolerance),
+                                           nearHz * (1.0 + nominalTolerance));
+        fits.push_back(found ? fitFundamental(samples, recorded.rateHz, found->frequencyHz) : std::nullopt);
+        if (fits.back()) {
+            frequencies.push_back(fits.back()->frequencyHz);
         }
     }
     return combined(fits, median(std::move(frequencies)));
@@ -124,17 +127,17 @@ std::size_t longestOf(const std::vector<SteadyPart>& parts) {
 
 }  // namespace
 
-Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz) {
+Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool measureFrequency) {
     Fundamentals result{.frequencyHz = nearHz};
     const auto channels = varyingChannels(recorded);
     if (channels.empty() || !(nearHz > 0.0)) {
         return {};
     }
     std::vector<std::optional<FundamentalFit>> fits;
-    for (const std::size_t channel : leadingChannels(channels)) {
+    for (const std::size_t channel : measureFrequency ? leadingChannels(channels) : std::vector<std::size_t>()) {
         fits.push_back(fitFundamental(recorded.samples[channel], recorded.rateHz, nearHz));
         const bool agrees = fits.back() && std::fabs(fits.back()->frequencyHz - nearHz) <= largestDisagreement * nearHz;
-        result.frequencies[channel % phaseTotal] = agrees ? fits.back()->frequencyHz : nearHz;
+        result.frequencies[channel % phaseTotal] = agrees ? fits.back()->frequencyHz : 0.0;
     }
     if (const double frequency = combined(fits, nearHz); frequency > 0.0) {
         result.frequencyHz = frequency;
@@ -152,35 +155,55 @@ Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz) {
     return result;
 }
 
+std::vector<std::span<const double>> spansOf(const Measurement& recorded, const std::vector<std::size_t>& channels) {
+    std::vector<std::span<const double>> spans;
+    std::transform(channels.begin(), channels.end(), std::back_inserter(spans),
+                   [&recorded](std::size_t channel) { return std::span<const double>(recorded.samples[channel]); });
+    return spans;
+}
+
+/// Those of `channels` whose cycles have most of their variation in the fundamental; all where none has.
+std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, const std::vector<std::size_t>& channels,
+                                                 double frequencyHz) {
+    std::vector<std::size_t> kept;
+    for (const std::size_t channel : channels) {
+        const auto trace = fundamentalTrace(recorded.samples[channel], recorded.rateHz, frequencyHz);
+        double square = 0.0;
+        for (const Phasor& cycle : trace) {
+            square += std::norm(cycle) / static_cast<double>(trace.size());
+        }
+        if (std::sqrt(square) >= leastFundamentalShare * variationOf(recorded.samples[channel])) {
+            kept.push_back(channel);
+        }
+    }
+    return kept.empty() ? channels : kept;
+}
+
 GridState gridStateOf(const Measurement& recorded, double nominalHz) {
+    const auto varying = varyingChannels(recorded);
     GridState state;
-    state.channels = varyingChannels(recorded);
-    if (state.channels.empty()) {
-        return state;
-    }
-    const auto leading = leadingChannels(state.channels);
-    std::vector<std::span<const double>> samples;
-    for (const std::size_t channel : state.channels) {
-        samples.emplace_back(recorded.samples[channel]);
-    }
     // The strongest line of a record with a fault can be far from the grid's frequency, and a grid far from its nominal
     // frequency: the one at which more of the record is steady counts.
-    for (const double start : {nominalHz, roughFrequency(recorded, leading)}) {
-        if (!(start > 0.0)) {
+    for (const double start : {nominalHz, commonFundamental(recorded.samples, recorded.rateHz)}) {
+        if (!(start > 0.0) || varying.empty()) {
             continue;
         }
-        const Steadiness steadiness = steadinessOf(samples, recorded.rateHz, start);
+        const auto channels = channelsWithFundamental(recorded, varying, start);
+        const Steadiness steadiness = steadinessOf(spansOf(recorded, channels), recorded.rateHz, start);
         if (state.frequencyHz == 0.0 || longestOf(steadiness.parts) > longestOf(state.steadiness.parts)) {
-            state.frequencyHz = start;
-            state.steadiness = steadiness;
+            state = {start, {}, steadiness, channels};
         }
     }
-    if (state.frequencyHz > 0.0) {  // once more with the frequency that is found, at which phasors do not turn
-        const double found = frequencyOfLongestPart(recorded, leading, state.steadiness.parts, state.frequencyHz);
-        state.frequencyHz = found > 0.0 ? found : state.frequencyHz;
-        state.steadiness = steadinessOf(samples, recorded.rateHz, state.frequencyHz);
-        const double refined = frequencyOfLongestPart(recorded, leading, state.steadiness.parts, state.frequencyHz);
-        state.frequencyHz = refined > 0.0 ? refined : state.frequencyHz;
+    const auto leading = leadingChannels(state.channels);
+    for (int pass = 0; pass < 2; ++pass) {  // once more with the frequency that is found, at which phasors do not turn
+        const SteadyPart* const part = longestLivePart(state.steadiness.parts, leading.size());
+        const double found = part != nullptr ? frequencyIn(*part, recorded, leading, state.frequencyHz) : 0.0;
+        if (found > 0.0) {
+            state.frequencyHz = found;
+            state.source = *part;
+            state.steadiness =
+                pass == 0 ? steadinessOf(spansOf(recorded, state.channels), recorded.rateHz, found) : state.steadiness;
+        }
     }
     return state;
 }

@@ -2,6 +2,7 @@
 #define RT305_HOST_MEASURING_FUNDAMENTALS_H
 
 #include <array>
+#include <optional>
 
 #include "measuring/measurement.h"
 #include "signal/harmonic_fit.h"
@@ -16,7 +17,7 @@ using PerPhase = std::array<T, phaseTotal>;
 /// The fundamentals of voltages and currents; 0 for a channel that is not measured.
 struct Fundamentals {
     double frequencyHz = 0.0;        // of all channels; 0: there is none
-    PerPhase<double> frequencies{};  // Hz, of the voltages, or of the currents alone; 0 for a channel without signal
+    PerPhase<double> frequencies{};  // Hz, of the voltages, or of the currents alone; 0 where it is not measured
     Phasors voltages{};              // at `frequencyHz`
     Phasors currents{};
     PerChannel<bool>
@@ -28,19 +29,23 @@ struct Fundamentals {
     }
 };
 
-/// From the samples at their own rate. `nearHz` is the frequency of the recording around them, 0 when unknown. A record
-/// of less than two cycles, or without a fit, gets `nearHz` itself.
-Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz);
+/// From the samples at their own rate. The frequency is measured near `nearHz`, or `nearHz` itself if that is not
+/// wanted or no fit settles, as in less than two cycles. 0: there is none.
+Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool measureFrequency);
 
-/// The frequency of a recording and how steady its channels are. The frequency is that of the longest steady part.
+/// The samples of some channels.
+std::vector<std::span<const double>> spansOf(const Measurement& recorded, const std::vector<std::size_t>& channels);
+
+/// The frequency of a recording and how steady its channels are. The frequency is that of the longest steady part in
+/// which the voltages, or the currents alone, have a fifth of their largest fundamental or more.
 struct GridState {
-    double frequencyHz = 0.0;  // 0: there is none
-    Steadiness steadiness;     // of the channels below
-    std::vector<std::size_t> channels;
+    double frequencyHz = 0.0;            // 0: there is none
+    std::optional<SteadyPart> source{};  // where it is measured; else it is `nominalHz` or that of a line
+    Steadiness steadiness;               // of the channels below
+    std::vector<std::size_t> channels;   // those with a fundamental
 };
 
-/// Looks for the fundamental near `nominalHz`, unless that is 0, and near the strongest line between 10 Hz and a third
-/// of the sample rate, at most 450 Hz.
+/// Looks for the fundamental near `nominalHz`, unless that is 0, and near commonFundamental().
 GridState gridStateOf(const Measurement& recorded, double nominalHz);
 
 }  // namespace rt305

@@ -38,9 +38,13 @@ bool isAsked(const PowerMethod& method, const Measurement& measurement) {
 std::string doubtOn(std::size_t channel, double libraryHz, const FullMeasurement& full,
                     const Fundamentals& fundamentals) {
     constexpr double agreement = 0.01;
+    constexpr double fewestCycles = 5.0;  // of which a pure sine reads 13 %
     const double frequencyHz = fundamentals.frequencyHz;
-    if (!full.unsteadiness.empty()) {
+    if (!full.isSteady()) {
         return "the signal is not steady";
+    }
+    if (full.cyclesThere() < fewestCycles - 0.05) {
+        return formatFixed(full.cyclesThere(), 1) + " cycles are too few";
     }
     if (!fundamentals.hasSignal[channel]) {
         return "there is hardly a fundamental";
@@ -67,6 +71,17 @@ void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) 
     }
 }
 
+/// The harmonics that the library gives, from what lies at their frequencies alone.
+std::vector<double> plainHarmonicsOf(const std::vector<double>& samples, const FullMeasurement& full) {
+    constexpr std::size_t orders = 40;
+    auto percents = harmonicLevels(samples, full.asRecorded.rateHz, full.frequencyHz, orders);
+    const double fundamental = percents[0];
+    for (double& percent : percents) {
+        percent *= 100.0 / fundamental;
+    }
+    return percents;
+}
+
 }  // namespace
 
 FullResults measureAll(const FullMeasurement& full, const Library& library) {
@@ -83,8 +98,13 @@ FullResults measureAll(const FullMeasurement& full, const Library& library) {
         results.signals = signalsOf(full, library);
     }
     results.harmonics = measuredHarmonics(library.measure(measurement, RT305_4_OPERATION_DISTORTION), measurement);
-    results.fundamentals = fundamentalsOf(full.asRecorded, full.frequencyHz);
+    results.fundamentals = fundamentalsOf(full.asRecorded, full.frequencyHz, full.frequencySource.empty());
     removeDoubtfulHarmonics(results, full);
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (full.asRecorded.measures(channel) && results.distortionDoubts[channel].empty()) {
+            results.plainHarmonics[channel] = plainHarmonicsOf(full.asRecorded.samples[channel], full);
+        }
+    }
     results.derived = derivedFigures(full, results.fundamentals);
     results.wiring = judgeWiring(full, results.fundamentals, results.derived);
     return results;

@@ -10,7 +10,6 @@
 #include "measuring/channel_choice.h"
 #include "measuring/nominal_frequency.h"
 #include "signal/fractional_delay.h"
-#include "signal/fundamental.h"
 #include "signal/gap_filling.h"
 #include "signal/resampler.h"
 
@@ -183,7 +182,7 @@ void chooseWindow(Measurement& measurement) {
     const FrequencyWindow narrow = fixedWindow.scaled(measurement.frequencyScale());
     const FrequencyWindow wide = controlWindow.scaled(measurement.frequencyScale());
     for (const auto& samples : measurement.samples) {
-        const double fundamental = estimateFundamental(samples, measurement.rateHz).value_or(0.0);
+        const double fundamental = fundamentalOf(samples, measurement.rateHz);
         const bool isSafe =
             narrow.contains(fundamental * (1.0 - windowMargin)) && narrow.contains(fundamental * (1.0 + windowMargin));
         if (!isSafe && wide.contains(fundamental)) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "signal/fundamental.h"
+#include "signal/harmonic_fit.h"
 
 namespace rt305 {
 
@@ -12,23 +12,41 @@ namespace {
 constexpr double standardFrequencies[] = {50.0 / 3.0, 25.0, 50.0, 60.0, 400.0};
 constexpr double nearby = 0.1;
 
-/// The middle one of the fundamentals of three channels; 0 for none.
-double medianFundamental(const PerChannel<std::vector<double>>& samples, std::size_t firstChannel, double rateHz) {
-    std::vector<double> found;
-    for (std::size_t channel = firstChannel; channel < firstChannel + phaseTotal; ++channel) {
-        if (const auto fundamental = estimateFundamental(samples[channel], rateHz)) {
-            found.push_back(*fundamental);
-        }
-    }
-    std::sort(found.begin(), found.end());
-    return found.empty() ? 0.0 : found[found.size() / 2];
+constexpr double lowestHz = 10.0;
+
+double highestHz(double rateHz) {
+    return std::min(1100.0, rateHz / 3.0);
+}
+
+double strongestLineOf(const std::vector<double>& samples, double rateHz) {
+    constexpr double fewestCycles = 2.0;
+    const double line = strongestLine(samples, rateHz, lowestHz, highestHz(rateHz)).value_or(0.0);
+    return line * static_cast<double>(samples.size()) >= fewestCycles * rateHz ? line : 0.0;
 }
 
 }  // namespace
 
+double fundamentalOf(const std::vector<double>& samples, double rateHz) {
+    const auto fit = findFundamental(samples, rateHz, lowestHz, highestHz(rateHz));
+    return fit ? fit->frequencyHz : 0.0;
+}
+
 double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz) {
-    const double ofVoltages = medianFundamental(samples, 0, rateHz);
-    return ofVoltages > 0.0 ? ofVoltages : medianFundamental(samples, phaseTotal, rateHz);
+    for (const auto& estimate : {fundamentalOf, strongestLineOf}) {
+        for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
+            std::vector<double> found;
+            for (std::size_t channel = first; channel < first + phaseTotal; ++channel) {
+                if (const double frequency = estimate(samples[channel], rateHz); frequency > 0.0) {
+                    found.push_back(frequency);
+                }
+            }
+            if (!found.empty()) {
+                std::sort(found.begin(), found.end());
+                return found[found.size() / 2];
+            }
+        }
+    }
+    return 0.0;
 }
 
 double nominalFrequencyFor(double fundamentalHz) {

@@ -7,8 +7,12 @@
 
 namespace rt305 {
 
-/// The fundamental that most of the voltages have, or of the currents where no voltage has one, in Hz; 0 for none.
-/// Empty channels are left out.
+/// The fundamental of one channel in Hz, by findFundamental() from 10 Hz to a third of the rate, at most 1100 Hz; 0 for
+/// none, as in records of less than two cycles.
+double fundamentalOf(const std::vector<double>& samples, double rateHz);
+
+/// The middle one of the fundamentals of the voltages, or of the currents where no voltage has one, in Hz. Where no
+/// channel has one, of the strongest lines of two cycles or more; 0 for none. Empty channels are left out.
 double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz);
 
 /// The nominal frequency of a grid with this fundamental in Hz: the nearest of 16.7 (50/3), 25, 50, 60 and 400 Hz if it

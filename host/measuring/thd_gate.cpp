@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <utility>
 
 #include "measuring/nominal_frequency.h"
-#include "signal/fundamental.h"
 
 namespace rt305 {
 
@@ -26,7 +26,7 @@ std::vector<ThdObstacle> unusableChannels(const ThdSet& set, const Measurement& 
             obstacles.push_back({Kind::missingSamples, channel});
         } else if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) == samples.end()) {
             obstacles.push_back({Kind::dead, channel});
-        } else if (!estimateFundamental(samples, measurement.rateHz)) {
+        } else if (fundamentalOf(samples, measurement.rateHz) == 0.0) {
             obstacles.push_back({Kind::noFundamental, channel});
         }
     }
@@ -37,8 +37,7 @@ std::vector<ThdObstacle> unusableChannels(const ThdSet& set, const Measurement& 
 Frequencies frequenciesOf(const ThdSet& set, const Measurement& measurement) {
     Frequencies frequencies{};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        frequencies[phase] =
-            estimateFundamental(measurement.handedOver(set.firstChannel + phase), measurement.rateHz).value_or(0.0);
+        frequencies[phase] = fundamentalOf(measurement.handedOver(set.firstChannel + phase), measurement.rateHz);
     }
     return frequencies;
 }
@@ -106,8 +105,25 @@ MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Mea
 }
 
 double cyclesOf(const Measurement& measurement) {
-    const auto& samples = measurement.samples[measurement.hasVoltages() ? 0 : phaseTotal];
-    return measurement.durationSeconds() * estimateFundamental(samples, measurement.rateHz).value_or(0.0);
+    constexpr double tolerance = 0.2;
+    const double nominal = measurement.nominalHz;
+    const double fundamental = commonFundamental(measurement.samples, measurement.rateHz);
+    const bool isPlausible = std::fabs(fundamental - nominal) <= tolerance * nominal;
+    return measurement.durationSeconds() * (isPlausible ? fundamental : nominal);
+}
+
+double thdOfPureSine(double cycles) {
+    // measured by scripts/accuracy for all phases
+    static constexpr std::pair<double, double> measured[] = {
+        {10.0, 0.0005}, {9.5, 0.003}, {9.0, 0.011}, {8.5, 0.04}, {8.0, 0.12}, {7.5, 0.32}, {7.0, 0.78},
+        {6.5, 1.8},     {6.0, 3.7},   {5.5, 7.1},   {5.0, 13.0}, {4.0, 32.0}, {3.0, 61.0}};
+    constexpr double rounding = 0.05;  // cycles
+    if (!isTooShortForThd(cycles)) {
+        return 0.0;
+    }
+    const auto* const found = std::find_if(std::begin(measured), std::end(measured),
+                                           [=](const auto& row) { return row.first <= cycles + rounding; });
+    return found == std::end(measured) ? 100.0 : found->second;
 }
 
 }  // namespace rt305

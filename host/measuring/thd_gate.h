@@ -10,8 +10,8 @@
 namespace rt305 {
 
 /// When the library gives THD, frequency and power: the fundamentals of three voltages or three currents must lie
-/// inside the frequency window, first their mean and then each of them. The tool estimates the fundamentals from zero
-/// crossings, so it can explain most missing values, but not all.
+/// inside the frequency window, first their mean and then each of them. The tool fits the fundamentals itself, so it
+/// can explain most missing values, but not those where the library finds another one.
 
 /// Three channels whose THD the library gives or refuses together.
 struct ThdSet {
@@ -40,9 +40,13 @@ struct MissingThd {
 };
 MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement);
 
-/// The length from which a pure sine reads no THD, and the length of a measurement by its first channel.
+/// The length from which a pure sine reads no THD, and the length of a measurement, of its nominal frequency if it has
+/// no fundamental near that.
 inline constexpr double cyclesForThd = 12.5;
 double cyclesOf(const Measurement& measurement);
+
+/// The largest THD in % that the library gives for a pure sine of so many cycles, to the next half cycle below.
+double thdOfPureSine(double cycles);
 inline bool isTooShortForThd(double cycles) {
     return !(cycles >= cyclesForThd - 0.05);
 }

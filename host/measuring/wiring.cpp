@@ -125,15 +125,20 @@ std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamen
     if (!full.measurement.hasVoltages() || !full.measurement.isThreePhase()) {
         return {};
     }
-    if (!full.unsteadiness.empty()) {
+    if (!full.isSteady()) {
         return {"not judged, because the signal is not steady."};
+    }
+    if (full.asRecorded.settings.part == Part::fault) {
+        return {"not judged in a fault."};
     }
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         if (!fundamentals.hasSignal[phase]) {
             return {"not judged, because " + std::string(channelNames[phase]) + " has no fundamental."};
         }
     }
-    auto verdict = wiringFaults(fundamentals.voltages, fundamentals.currents);
+    const auto* const ofCurrents = fundamentals.hasSignal.begin() + phaseTotal;
+    const bool areLive = std::all_of(ofCurrents, fundamentals.hasSignal.end(), [](bool live) { return live; });
+    auto verdict = wiringFaults(fundamentals.voltages, areLive ? fundamentals.currents : Phasors{});
     if (verdict.empty()) {
         verdict.emplace_back(full.measurement.isCombined() ? "nothing odd in the order and the angles."
                                                            : "phase order a-b-c, about 120 degrees apart.");

@@ -143,9 +143,10 @@ void addSequenceRows(ResultTable& table, char quantity, const SequenceComponents
 /// Frequency, RMS values and removed means.
 void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
     const Fundamentals& fundamentals = results.fundamentals;
-    table.addRow({"frequency", "Frequency", "Hz", 4},
-                 {orNan(fundamentals.frequencyHz), orNan(fundamentals.frequencies[0]),
-                  orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
+    table.addRow(
+        {"frequency", "Frequency", "Hz", 4},
+        {full.isFrequencyMeasured ? orNan(fundamentals.frequencyHz) : orNan(0.0), orNan(fundamentals.frequencies[0]),
+         orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
     const auto offsets = [&full](std::size_t first) {
         const auto* const samples = &full.asRecorded.samples[first];
         return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])});
@@ -160,18 +161,16 @@ void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullRe
     }
 }
 
-/// Unbalance of what is steady and has a signal, and the sum of the currents.
+/// Unbalance, and the sum of the currents.
 void addUnbalanceRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
     const DerivedFigures& derived = results.derived;
-    const bool isSteady = full.unsteadiness.empty();
-    if (const auto& unbalance = derived.voltageUnbalance; unbalance && isSteady && results.fundamentals.anySignal(0)) {
+    if (const auto& unbalance = derived.voltageUnbalance) {
         table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
         if (!full.fromLineVoltages) {
             table.addRow({"voltage_unbalance_u0", "Unbalance U0 / U1", "%", 3}, inTotal(unbalance->zeroPercent));
         }
     }
-    if (const auto& unbalance = derived.currentUnbalance;
-        unbalance && isSteady && results.fundamentals.anySignal(phaseTotal)) {
+    if (const auto& unbalance = derived.currentUnbalance) {
         table.addRow({"current_unbalance_i2", "Unbalance I2 / I1", "%", 3}, inTotal(unbalance->negativePercent));
         table.addRow({"current_unbalance_i0", "Unbalance I0 / I1", "%", 3}, inTotal(unbalance->zeroPercent));
     }
@@ -211,14 +210,22 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     return table;
 }
 
-/// The parameters without the THD of channels whose harmonics are in doubt.
-Parameters withoutDoubtfulThd(Parameters parameters, const PerChannel<std::string>& doubts) {
+/// The parameters without THD and frequency of channels whose harmonics are in doubt. Frequencies are those of the
+/// voltages, or of currents alone.
+Parameters withoutDoubtful(Parameters parameters, const PerChannel<std::string>& doubts, bool hasVoltages) {
+    const auto remove = [&parameters](std::string_view name) {
+        for (NamedValue& parameter : parameters) {
+            if (parameter.name == name) {
+                parameter.value = std::numeric_limits<double>::quiet_NaN();
+            }
+        }
+    };
+    static constexpr std::string_view frequencies[] = {"Fa", "Fb", "Fc"};
     for (const ThdSet& set : thdSets) {
         for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-            for (NamedValue& parameter : parameters) {
-                if (parameter.name == set.parameters[phase] && !doubts[set.firstChannel + phase].empty()) {
-                    parameter.value = std::numeric_limits<double>::quiet_NaN();
-                }
+            if (!doubts[set.firstChannel + phase].empty()) {
+                remove(set.parameters[phase]);
+                remove(isCurrent(set.firstChannel) && hasVoltages ? "" : frequencies[phase]);
             }
         }
     }
@@ -241,33 +248,62 @@ std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) 
     }
     std::vector<std::string> remarks;
     std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {
-        return "THD and harmonics of " + joined(entry.second) + " not shown: " + entry.first + ".";
+        return "THD, harmonics and frequency by the library not shown for " + joined(entry.second) + ": " +
+               entry.first + ".";
     });
     return remarks;
 }
 
-/// When the active powers by the methods that measure it truly differ by more than a tenth.
-std::string remarkOnDisagreement(const std::vector<Parameters>& byMethod) {
-    double lowest = std::numeric_limits<double>::infinity();
-    double highest = -lowest;
-    for (const Parameters& parameters : byMethod) {
-        const double active = parameterNamed(parameters, "P").value;
-        if (!std::isnan(active)) {
-            lowest = std::min(lowest, active);
-            highest = std::max(highest, active);
+/// Where the library's harmonics, which count all that lies around them, differ from those alone.
+std::string remarkOnNoise(const FullResults& results) {
+    constexpr double agreement = 0.2;  // percentage points
+    std::vector<std::string> figures;
+    for (const auto& kind : results.harmonics) {
+        for (std::size_t phase = 0; phase < kind.channels.size(); ++phase) {
+            const std::size_t channel = phase + (kind.areCurrents ? phaseTotal : 0);
+            const auto& plain = results.plainHarmonics[channel];
+            const auto percents = percentsOf(kind.channels[phase]);
+            double difference = 0.0;
+            double squares = 0.0;
+            for (std::size_t i = 1; i < std::min(plain.size(), percents.size()); ++i) {
+                difference = std::fmax(difference, std::fabs(plain[i] - percents[i]));
+                squares += plain[i] * plain[i];
+            }
+            const double thd = parameterNamed(results.parameters[0], thdSets[kind.areCurrents].parameters[phase]).value;
+            if (std::fmax(difference, std::fabs(std::sqrt(squares) - thd)) > agreement && squares > 0.0) {
+                figures.push_back(formatNumber(std::sqrt(squares), 3) + " % for " + std::string(channelNames[channel]));
+            }
         }
     }
-    if (!(highest - lowest > 0.1 * std::max(std::fabs(lowest), std::fabs(highest)))) {
+    return figures.empty() ? ""
+                           : "The library's harmonics count noise and interharmonics around them, the more the shorter "
+                             "the record; THD of the harmonics alone is " +
+                                 joined(figures) + ".";
+}
+
+/// When the active powers by the methods differ by more than one percent; one method gives magnitudes.
+std::string remarkOnDisagreement(const std::vector<Parameters>& byMethod) {
+    constexpr double agreement = 0.01;
+    const double active = parameterNamed(byMethod[0], "P").value;
+    double largest = 0.0;
+    for (std::size_t method = 1; method < byMethod.size(); ++method) {
+        const double other = parameterNamed(byMethod[method], "P").value;
+        const bool isMagnitude = powerMethods[method].flag == RT305_4_POWER_TWO_WATTMETER_PHASE;
+        largest = std::fmax(largest, std::fabs(other - (isMagnitude ? std::fabs(active) : active)));
+    }
+    if (!(largest > agreement * std::fabs(active))) {
         return {};
     }
-    return "The methods disagree on P by more than a tenth. Trust the three-wattmeter figures, which are the mean of "
-           "u i; two wattmeters miss what flows through a neutral, and err when signals are distorted or not steady.";
+    return "The methods disagree on P by " + formatFixed(100.0 * largest / std::fabs(active), 0) +
+           " %. Trust the three-wattmeter figures, which are the mean of u i; two wattmeters miss what flows through a "
+           "neutral, and err when signals are distorted or not steady.";
 }
 
 /// The parameters, and power where there are voltages and currents.
 void addParameters(const FullMeasurement& full, const FullResults& results, ResultDocument& document) {
     const Parameters& parameters = results.parameters[complexThreeWattmeter];
-    document.tables.push_back(electricalTable(withoutDoubtfulThd(parameters, results.distortionDoubts)));
+    document.tables.push_back(
+        electricalTable(withoutDoubtful(parameters, results.distortionDoubts, full.measurement.hasVoltages())));
     document.settings = describeWiring(full.measurement, full.fromLineVoltages) + ", fundamental inside " +
                         full.measurement.window().text();
     Measurement measured = full.measurement;
@@ -275,10 +311,12 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
         document.tables.push_back(powerTable(results.parameters));
         measured.settings.flags |= powerMethods[complexThreeWattmeter].flag;
     }
-    const auto remarks = remarksOn(parameters, measured);
+    const auto remarks = remarksOn(parameters, measured, results.distortionDoubts);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
-    if (const std::string remark = remarkOnDisagreement(results.parameters); !remark.empty()) {
-        document.remarks.push_back(remark);
+    for (const std::string& remark : {remarkOnNoise(results), remarkOnDisagreement(results.parameters)}) {
+        if (!remark.empty()) {
+            document.remarks.push_back(remark);
+        }
     }
     if (!std::isnan(parameterNamed(parameters, "P").value)) {
         for (std::size_t method = 0; method < results.parameters.size(); ++method) {
@@ -296,7 +334,12 @@ std::string describeSamples(const FullMeasurement& full) {
                               " Hz, from " + formatFixed(start, 4) + " s to " +
                               formatFixed(start + recorded.durationSeconds(), 4) + " s";
     if (full.cycles == 0) {
-        return "Measured: " + range + ".";
+        const bool isPart = full.cyclesThere() < 0.95;
+        return "Measured: " + range +
+               (isPart
+                    ? "; this is less than one cycle: RMS values, powers and the means that are removed are those of "
+                      "these samples, not of the signals."
+                    : ".");
     }
     return "Measured: " + std::to_string(full.cycles) + (full.cycles == 1 ? " cycle" : " whole cycles") + " of " +
            formatFixed(full.frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
@@ -307,10 +350,18 @@ std::string describeSamples(const FullMeasurement& full) {
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
     const Measurement& measurement = full.measurement;
     ResultDocument document = documentOf(recording, measurement, results.libraryVersion);
-    if (!full.unsteadiness.empty()) {
+    if (!full.isSteady()) {
         document.warnings.push_back(full.unsteadiness);
     }
     document.remarks.push_back(describeSamples(full));
+    if (!full.frequencySource.empty()) {
+        document.remarks.push_back("Frequency: " + full.frequencySource + ".");
+    }
+    if (!full.isSteady()) {
+        document.remarks.emplace_back(
+            "Symmetrical components and angles not shown, and P1 and Q1 are means over the cycles: the signal is not "
+            "steady.");
+    }
     for (const std::string& remark : remarksOnDoubts(results.distortionDoubts)) {
         document.remarks.push_back(remark);
     }

@@ -53,15 +53,17 @@ bool isMissing(const Parameters& parameters, std::string_view name) {
 std::string sentenceOf(const ThdObstacle& obstacle, const Measurement& measurement) {
     const FrequencyWindow window = measurement.window();
     const std::string name(measurement.nameOf(obstacle.channel));
+    const auto isAt = [&obstacle](double limit) { return std::fabs(obstacle.frequencyHz - limit) < 0.001 * limit; };
     const std::string outside = formatFixed(obstacle.frequencyHz, 2) + " Hz, lies " +
-                                (window.contains(obstacle.frequencyHz) ? "at a limit of " : "outside ") + window.text();
+                                (isAt(window.lower) || isAt(window.upper) ? "at a limit of " : "outside ") +
+                                window.text();
     switch (obstacle.kind) {
         case ThdObstacle::Kind::missingSamples:
             return name + " has samples that are not numbers";
         case ThdObstacle::Kind::dead:
             return name + " is dead (0 " + (isCurrent(obstacle.channel) ? "A" : "V") + ")";
         case ThdObstacle::Kind::noFundamental:
-            return "there is no fundamental in " + name;
+            return "there is no steady fundamental in " + name;
         case ThdObstacle::Kind::meanOutsideWindow:
             return "the fundamental on average, " + outside;
         case ThdObstacle::Kind::outsideWindow:
@@ -73,7 +75,7 @@ std::string sentenceOf(const ThdObstacle& obstacle, const Measurement& measureme
 
 std::string reasonOf(const MissingThd& missing, const Measurement& measurement) {
     if (missing.obstacles.empty()) {
-        return "the record may be too short or too distorted to find its fundamental";
+        return "the library finds another fundamental; the record may be too short, too distorted or not steady";
     }
     std::vector<std::string> sentences;
     for (const ThdObstacle& obstacle : missing.obstacles) {
@@ -89,12 +91,17 @@ std::string hintOn(const MissingThd& missing) {
     return missing.betterNominalHz > 0.0 ? "; try --nominal " + formatNumber(missing.betterNominalHz, 4) : "";
 }
 
-/// Adds a remark when THD of the set is missing, and returns the reason.
+/// Adds a remark when THD of the set is missing and the reason is not in `doubts`, and returns the reason.
 std::string explainThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement,
-                       std::vector<std::string>& remarks) {
+                       const PerChannel<std::string>& doubts, std::vector<std::string>& remarks) {
     const MissingThd missing = missingThd(set, parameters, measurement);
     if (missing.phases.empty()) {
         return "";
+    }
+    const auto doubtOn = [&](std::size_t phase) { return doubts[set.firstChannel + phase]; };
+    if (std::none_of(missing.phases.begin(), missing.phases.end(),
+                     [&](std::size_t phase) { return doubtOn(phase).empty(); })) {
+        return doubtOn(missing.phases[0]);
     }
     std::vector<std::string> names;
     for (const std::size_t phase : missing.phases) {
@@ -145,7 +152,8 @@ std::string remarkOnLength(const Measurement& measurement) {
     return isTooShortForThd(cycles)
                ? "THD and harmonics read too high in records of less than " + formatNumber(cyclesForThd) + " cycles (" +
                      formatNumber(cyclesForThd / measurement.nominalHz, 3) + " s at " +
-                     formatNumber(measurement.nominalHz, 4) + " Hz); this one has " + formatFixed(cycles, 1) + "."
+                     formatNumber(measurement.nominalHz, 4) + " Hz); this one has " + formatFixed(cycles, 1) +
+                     ", of which a pure sine reads up to " + formatNumber(thdOfPureSine(cycles), 3) + " %."
                : "";
 }
 
@@ -169,22 +177,20 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra) {
 std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement) {
     std::vector<std::string> remarks;
     for (const ThdSet& set : thdSets) {
-        explainThd(set, parameters, measurement, remarks);
+        explainThd(set, parameters, measurement, {}, remarks);
     }
     return remarks;
 }
 
-std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement) {
+std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement,
+                                   const PerChannel<std::string>& doubts) {
     std::vector<std::string> remarks;
     std::string thdReason;
-    bool isThdGiven = false;
     for (const ThdSet& set : thdSets) {
-        const std::string reason = explainThd(set, parameters, measurement, remarks);
+        const std::string reason = explainThd(set, parameters, measurement, doubts, remarks);
         thdReason = thdReason.empty() ? reason : thdReason;
-        isThdGiven = isThdGiven || std::any_of(set.parameters.begin(), set.parameters.end(),
-                                               [&](const char* name) { return !isMissing(parameters, name); });
     }
-    if (const std::string remark = remarkOnLength(measurement); !remark.empty() && isThdGiven) {
+    if (const std::string remark = remarkOnLength(measurement); !remark.empty()) {
         remarks.push_back(remark);
     }
     if (measurement.isCombined()) {

@@ -125,9 +125,9 @@ PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
     return group;
 }
 
-/// Nothing when there is no fundamental.
-std::string phasorFigure(const Fundamentals& fundamentals) {
-    if (fundamentals.frequencyHz == 0.0) {
+/// Nothing when there is no steady fundamental.
+std::string phasorFigure(const FullMeasurement& full, const Fundamentals& fundamentals) {
+    if (fundamentals.frequencyHz == 0.0 || !full.isSteady()) {
         return {};
     }
     return figure(phasorDiagram(fundamentals),
@@ -207,10 +207,10 @@ struct Section {
     std::string content;
 };
 
-Section overviewSection(const Recording& recording, const ResultDocument& document, const FullResults& results) {
+Section overviewSection(const Recording& recording, const ResultDocument& document, const std::string& phasors) {
     return {"overview", "Overview",
             notices(R"(class="notices")", withoutFolder(document.warnings, recording)) +
-                resultTables(document, {"parameters", "signals"}, phasorFigure(results.fundamentals))};
+                resultTables(document, {"parameters", "signals"}, phasors)};
 }
 
 /// Of voltages or currents alone, the overview has the statistics.
@@ -282,7 +282,7 @@ std::string reportPage(const Recording& recording, const FullMeasurement& full, 
     const ResultDocument document = fullDocument(recording, full, results);
     const PlotGroup waveforms = waveformPlots(recorded);
     const PlotGroup lines = spectrumPlots(results.spectra);
-    const std::vector<Section> sections{overviewSection(recording, document, results),
+    const std::vector<Section> sections{overviewSection(recording, document, phasorFigure(full, results.fundamentals)),
                                         signalSection(results, waveforms, recorded.isCombined()),
                                         resultSection(document),
                                         spectrumSection(results, lines),

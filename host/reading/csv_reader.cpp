@@ -13,7 +13,7 @@
 #include "base/units.h"
 #include "reading/csv_layout.h"
 #include "reading/sampling_intervals.h"
-#include "signal/fundamental.h"
+#include "signal/harmonic_fit.h"
 
 namespace rt305 {
 
@@ -334,8 +334,8 @@ private:
         const double rateHz = 1.0 / evenTimesOf(time_.seconds, 0, time_.seconds.size()).period;
         std::vector<double> fundamentals;
         for (const Column& column : recording_.columns) {
-            if (const auto fundamental = estimateFundamental(column.samples, rateHz)) {
-                fundamentals.push_back(*fundamental);
+            if (const auto line = strongestLine(column.samples, rateHz, 0.0, rateHz / 3.0)) {
+                fundamentals.push_back(*line);
             }
         }
         for (const auto& [unit, factor] : {std::pair{"s", 1.0}, {"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}}) {

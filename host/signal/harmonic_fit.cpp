@@ -17,7 +17,7 @@ namespace {
 
 using std::numbers::pi;
 
-constexpr std::size_t longestSpectrum = 65536;
+constexpr std::size_t mostSamples = 65536;
 constexpr double leastCycles = 2.0;
 constexpr double groupsPerCycle = 32.0;  // enough for ten harmonics
 constexpr std::size_t mostHarmonics = 10;
@@ -34,11 +34,13 @@ struct Groups {
     double rateHz;                      // of the groups
     double halfSeconds;                 // half the length
     std::vector<double> places{};       // of each pair from the centre on, in half lengths; padded to whole blocks
-    std::vector<double> weights{};      // a Hann window, 0 for padding
+    std::vector<double> weights{};      // 0 for padding
     std::vector<double> sums{};         // of the means in a pair
     std::vector<double> differences{};  // the later less the earlier
 
-    Groups(std::span<const double> samples, double samplesPerSecond, double nearHz)
+    enum class Weight { hann, equal };
+
+    Groups(std::span<const double> samples, double samplesPerSecond, double nearHz, Weight weight)
         : count(0),
           size(std::max<std::size_t>(1, static_cast<std::size_t>(samplesPerSecond / (groupsPerCycle * nearHz)))),
           rateHz(samplesPerSecond / static_cast<double>(size)),
@@ -55,7 +57,8 @@ struct Groups {
             const std::size_t earlier = count - 1 - later;
             places[i] =
                 (2.0 * static_cast<double>(later) - static_cast<double>(count - 1)) / static_cast<double>(count);
-            weights[i] = (0.5 + 0.5 * std::cos(pi * places[i])) * (later == earlier ? 0.5 : 1.0);
+            weights[i] =
+                (weight == Weight::hann ? 0.5 + 0.5 * std::cos(pi * places[i]) : 1.0) * (later == earlier ? 0.5 : 1.0);
             const double x = meanOf(samples.subspan(earlier * size, size));
             const double y = meanOf(samples.subspan(later * size, size));
             sums[i] = y + x;
@@ -189,7 +192,7 @@ ALWAYS_INLINE inline void addMoments(const Groups* groups, double angle, std::si
     });
 }
 
-/// Normal equations. The first `evenCount` unknowns do not meet the next `evenCount`; one more meets all of them.
+/// Normal equations. The first `evenCount` unknowns do not meet the next `evenCount`; others meet all.
 class NormalEquations {
 public:
     NormalEquations(std::size_t unknowns, std::size_t evenCount)
@@ -414,6 +417,29 @@ private:
     double inverse_ = 0.0;
 };
 
+/// Least squares of offset and sine.
+Phasor sineIn(std::span<const double> samples, double rateHz, double frequencyHz) {
+    NormalEquations equations(3, 0);
+    for (std::size_t k = 0; k < samples.size(); ++k) {
+        const Phasor z = std::polar(1.0, 2.0 * pi * frequencyHz * static_cast<double>(k) / rateHz);
+        const std::array<double, 3> row{1.0, z.real(), z.imag()};
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            for (std::size_t j = 0; j <= i; ++j) {
+                equations.at(i, j) += row[i] * row[j];
+            }
+            equations.right[i] += row[i] * samples[k];
+        }
+    }
+    std::vector<double> solution;
+    double unused = 0.0;
+    return equations.solve(solution, unused) ? Phasor(solution[2], solution[1]) / std::numbers::sqrt2 : 0.0;
+}
+
+std::span<const double> middleOf(std::span<const double> samples) {
+    const std::size_t count = std::min(samples.size(), mostSamples);
+    return samples.subspan((samples.size() - count) / 2, count);
+}
+
 bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
     return nearHz > 0.0 && rateHz > 4.0 * nearHz && static_cast<double>(count) / rateHz * nearHz >= leastCycles;
 }
@@ -421,11 +447,11 @@ bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
 }  // namespace
 
 std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz) {
-    const std::size_t count = std::min(samples.size(), longestSpectrum);
+    const auto middle = middleOf(samples);
+    const std::size_t count = middle.size();
     if (count < 4) {
         return std::nullopt;
     }
-    const auto middle = samples.subspan((samples.size() - count) / 2, count);
     double mean = 0.0;
     for (const double x : middle) {
         mean += x / static_cast<double>(count);
@@ -450,7 +476,8 @@ std::optional<double> strongestLine(std::span<const double> samples, double rate
         std::clamp(std::floor(highestHz / binHz) + 1.0, 0.0, static_cast<double>(bins.size() - 1)));
     std::size_t best = 0;
     for (std::size_t k = first; k < end; ++k) {
-        best = magnitude(k) > (best == 0 ? 0.0 : magnitude(best)) ? k : best;
+        const bool isPeak = magnitude(k) >= magnitude(k - 1) && magnitude(k) >= magnitude(k + 1);
+        best = isPeak && magnitude(k) > (best == 0 ? 0.0 : magnitude(best)) ? k : best;
     }
     if (best == 0) {
         return std::nullopt;
@@ -467,7 +494,7 @@ std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, do
     if (!canBeFitted(samples.size(), rateHz, nearHz)) {
         return std::nullopt;
     }
-    const Groups groups(samples, rateHz, nearHz);
+    const Groups groups(samples, rateHz, nearHz, Groups::Weight::hann);
     Fit fit(groups, nearHz);
     if (!fit.run()) {
         return std::nullopt;
@@ -475,15 +502,45 @@ std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, do
     return fit.result();
 }
 
+std::optional<FundamentalFit> findFundamental(std::span<const double> samples, double rateHz, double lowestHz,
+                                              double highestHz) {
+    const auto line = strongestLine(samples, rateHz, lowestHz, highestHz);
+    auto fit = line ? fitFundamental(middleOf(samples), rateHz, *line) : std::nullopt;
+    return fit && fit->residual <= std::abs(fit->phasor) ? fit : std::nullopt;
+}
+
 Phasor phasorAt(std::span<const double> samples, double rateHz, double frequencyHz) {
     if (canBeFitted(samples.size(), rateHz, frequencyHz)) {
-        const Groups groups(samples, rateHz, frequencyHz);
+        const Groups groups(samples, rateHz, frequencyHz, Groups::Weight::equal);
         Fit fit(groups, frequencyHz);
         if (fit.runAtFixedFrequency()) {
             return fit.phasor();
         }
     }
-    return phasorOf(samples, frequencyHz, rateHz);
+    return sineIn(samples, rateHz, frequencyHz);
+}
+
+std::vector<double> harmonicLevels(std::span<const double> samples, double rateHz, double frequencyHz,
+                                   std::size_t orders) {
+    const auto count = static_cast<double>(samples.size());
+    const double mean = std::accumulate(samples.begin(), samples.end(), 0.0) / count;
+    std::vector<Phasor> sums(orders);
+    for (std::size_t k = 0; k < samples.size(); ++k) {
+        const double place = static_cast<double>(k) + 0.5;
+        const double weighted = (1.0 - std::cos(2.0 * pi * place / count)) * (samples[k] - mean);
+        const Phasor turn = std::polar(1.0, -2.0 * pi * frequencyHz * place / rateHz);
+        Phasor z = weighted;
+        for (Phasor& sum : sums) {
+            z *= turn;
+            sum += z;
+        }
+    }
+    std::vector<double> levels(orders);
+    for (std::size_t order = 1; order <= orders; ++order) {
+        const bool isThere = static_cast<double>(order) * frequencyHz < 0.5 * rateHz;
+        levels[order - 1] = isThere ? std::abs(sums[order - 1]) * std::numbers::sqrt2 / count : 0.0;
+    }
+    return levels;
 }
 
 }  // namespace rt305

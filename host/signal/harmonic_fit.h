@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "signal/phasors.h"
 
@@ -16,8 +17,8 @@ struct FundamentalFit {
     double residual;     // RMS of what is neither offset, drift nor one of the fitted harmonics
 };
 
-/// The strongest line between two frequencies in Hz, to a fraction of a bin: under a Hann window, the largest bin and
-/// a parabola through the logarithms of its neighbours. Nothing when the range holds no bin, or when the samples are
+/// The strongest line between two frequencies in Hz, to a fraction of a bin: under a Hann window, the largest peak and
+/// a parabola through the logarithms of its neighbours. Nothing when the range holds no peak, or when the samples are
 /// constant or hold NaN. Of a long signal the middle 65536 samples are looked at.
 std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz);
 
@@ -29,9 +30,21 @@ std::optional<double> strongestLine(std::span<const double> samples, double rate
 /// Nothing when they do not, when the fit does not settle, and for a signal with NaN or without a fundamental.
 std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, double rateHz, double nearHz);
 
-/// The phasor that the same fit gives at a frequency that is known. For records of less than two cycles, or when the
-/// fit fails, the correlation of phasorOf().
+/// The same fit from the strongest line between two frequencies. Of a long signal the middle 65536 samples are fitted.
+/// Nothing when no fit from there settles within a bin of the line, or when it leaves more than it explains.
+std::optional<FundamentalFit> findFundamental(std::span<const double> samples, double rateHz, double lowestHz,
+                                              double highestHz);
+
+/// The phasor at a frequency that is known, with the angle of the sine at the first sample: by least squares of the
+/// same model with equal weights, so that it belongs to the same samples as their RMS. In records of less than two
+/// cycles or four samples a cycle the model is offset and sine alone; 0 when the samples are too few for that too.
 Phasor phasorAt(std::span<const double> samples, double rateHz, double frequencyHz);
+
+/// RMS values of the harmonics 1 to `orders` of a frequency, each correlated alone under a Hann window: over five
+/// cycles or more they do not disturb one another, and what lies two cycles per length beside them does not count.
+/// Orders above half the rate have 0.
+std::vector<double> harmonicLevels(std::span<const double> samples, double rateHz, double frequencyHz,
+                                   std::size_t orders);
 
 }  // namespace rt305
 

@@ -18,16 +18,6 @@ Phasor meanOf(const Phasors& x) {
 
 }  // namespace
 
-Phasor phasorOf(std::span<const double> samples, double frequencyHz, double rateHz) {
-    const auto count = static_cast<double>(samples.size());
-    Phasor sum = 0.0;
-    for (std::size_t k = 0; k < samples.size(); ++k) {
-        const double weight = 1.0 - std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / count);
-        sum += weight * samples[k] * std::polar(1.0, -2.0 * pi * frequencyHz * static_cast<double>(k) / rateHz);
-    }
-    return sum / count * Phasor(0.0, std::numbers::sqrt2);  // times j: the phase of a sine, not of a cosine
-}
-
 SequenceComponents sequenceComponentsOf(const Phasors& x) {
     return {meanOf({x[0], a * x[1], a * a * x[2]}), meanOf({x[0], a * a * x[1], a * x[2]}), meanOf(x)};
 }

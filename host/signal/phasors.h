@@ -3,18 +3,14 @@
 
 #include <array>
 #include <complex>
-#include <span>
 
 #include "recording/channels.h"
 
 namespace rt305 {
 
+/// RMS magnitude and angle of a sine.
 using Phasor = std::complex<double>;
 using Phasors = std::array<Phasor, phaseTotal>;
-
-/// The fundamental of a signal: its RMS, and the phase of its sine at the first sample. Correlates under a Hann window,
-/// so the record need not hold whole cycles; over five cycles or more the error is below 0.1 %. NaN samples give NaN.
-Phasor phasorOf(std::span<const double> samples, double frequencyHz, double rateHz);
 
 /// Symmetrical components of three phasors (C. L. Fortescue, AIEE Trans. 37 (1918), p. 1027): the one with phase order
 /// a-b-c, the one with phase order a-c-b, and the zero-sequence component.

@@ -5,9 +5,11 @@
 #include <span>
 #include <vector>
 
+#include "signal/phasors.h"
+
 namespace rt305 {
 
-/// A run of cycles in which no channel's fundamental changes by more than `steadyShare`.
+/// A run of cycles in which no channel's fundamental changes much.
 struct SteadyPart {
     std::size_t first;  // samples
     std::size_t count;
@@ -24,7 +26,7 @@ struct LargestChange {
 
 /// How steady a recording is.
 struct Steadiness {
-    std::vector<SteadyPart> parts;  // in order of time, each of two and a half cycles or more
+    std::vector<SteadyPart> parts;  // in order of time, each of two and a half cycles or more, with a signal
     LargestChange change;
     bool isSteady;  // one part reaches from the first cycle to the last
 };
@@ -34,9 +36,17 @@ inline constexpr double steadyShare = 0.05;
 
 /// Follows the fundamental of each channel in two-cycle Hann windows, half a cycle apart. `frequencyHz` is that of the
 /// signals; an error of it turns the phasors by 3.6 degrees a cycle for each percent. Channels are of one length and
-/// without NaN; those that are much smaller than the largest of their kind should not be given. Less than four cycles
-/// are too few to judge: one part, steady.
+/// without NaN; those that are much smaller than the largest of their kind should not be given. Parts in which all
+/// channels are below 1 % of their largest are left out. Less than four cycles are too few to judge: one part, steady.
 Steadiness steadinessOf(const std::vector<std::span<const double>>& channels, double rateHz, double frequencyHz);
+
+/// The parts of 1.25 cycles or more in which each channel stays within a tenth of their mean, as a short fault does:
+/// by one-cycle windows, an eighth of a cycle apart. None in less than four cycles.
+std::vector<SteadyPart> briefPartsOf(const std::vector<std::span<const double>>& channels, double rateHz,
+                                     double frequencyHz);
+
+/// The fundamental in each cycle, with RMS magnitudes and angles against one clock.
+std::vector<Phasor> fundamentalTrace(std::span<const double> samples, double rateHz, double frequencyHz);
 
 }  // namespace rt305
 

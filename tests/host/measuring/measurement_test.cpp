@@ -52,7 +52,18 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
         {"generate --frequency 50.13 --offsets Ia=2 | measure --duration 10.4cycles -",
          "10 whole cycles of 50.1300 Hz; derived/U = 230 230 230; derived/I/a = 5; derived/frequency/total = 50.13"},
         {"generate --dropout Ia:4000:2000 > dropout.csv; measure dropout.csv",
-         "not steady: the fundamental of Ia; THD and harmonics of Ua; !unbalance"},
+         "not steady: the fundamental of Ia; not shown for Ua; !unbalance; !voltage_lag; derived/P1/a = 920; "
+         "derived/frequency = 50 - - -; longest steady part, 0.000-0.400 s; parameters/frequency = - - -"},
+        {"generate --offsets Ua=3 | awk -F, 'BEGIN {OFS = FS} NR > 4000 && NR < 4421 {$4 *= 0.5; $7 *= 9} NR > 4420 "
+         "{$5 = $6 = $7 = 0} 1' > fault.csv; measure --part fault fault.csv",
+         "steady for 2.; 2 whole cycles; derived/I/c = 45 ~ 0.1; derived/U/c = 115 ~ 0.1; not judged in a fault; "
+         "derived/Q1/c = 0 ~ 5; derived/frequency/a = -; 2.0 cycles are too few"},
+        {"generate | rt305 measure --part fault -", "no fault to tell from it", 3},
+        {"generate --duration 0.018 --angle 60 | measure -",
+         "less than one cycle; derived/frequency = - - -; derived/P1/a = 575; derived/voltage_unbalance_u2 = 0"},
+        {"generate | cut -d, -f1-4 > u.csv; generate --noise 900 | cut -d, -f5-7 | paste -d, u.csv - | measure -",
+         "for Ia, Ib and Ic: there is hardly a fundamental; parameters/thd_voltage/a = 0; Wiring: nothing odd; "
+         "derived/current_lag = - - -; !I0"},
         {"measure --part pre-fault dropout.csv", "derived/I/a = 5; 20 whole cycles"},
         {"measure --part longest-steady dropout.csv", "nothing odd; measured/samples = 4000 ~ 150"},
         {"generate --factors Ic=0 | measure -",

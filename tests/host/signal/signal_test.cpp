@@ -2,7 +2,6 @@
 
 #include "recording/recording.h"
 #include "signal/fractional_delay.h"
-#include "signal/fundamental.h"
 #include "signal/gap_filling.h"
 #include "signal/harmonic_fit.h"
 #include "signal/resampler.h"
@@ -78,11 +77,6 @@ TEST(GapFilling, ContinuesHarmonicsAndLeavesLongGaps) {
     EXPECT_EQ(rt305::fillGaps(none, 8), 0U);
 }
 
-TEST(Fundamental, IsFoundUnderNoiseHarmonicsAndOffset) {
-    const auto x = signals::wave(signals::noise(10000, 1, 2.0, 0.03), {{1.0, 10.7}, {0.1, 32.1, 1.0}});
-    EXPECT_NEAR(rt305::estimateFundamental(x, 1e4).value_or(0.0), 10.7, 0.05);
-}
-
 TEST(Recording, CountsClippedSamples) {
     const auto clipped = [](double limit, double step) {
         auto x = cosine(200, 1.0, 50.0, -signals::twoPi / 4.0, 50.0 * signals::twoPi / 0.1);
@@ -121,8 +115,7 @@ TEST(HarmonicFit, FindsTheFundamentalNearTheCramerRaoBound) {
             for (std::size_t k = 0; k < n; ++k) {
                 x[k] += c.offset * std::exp(-static_cast<double>(k) / 400.0);
             }
-            const auto line = rt305::strongestLine(x, 10000.0, 10.0, 100.0);
-            const auto fit = rt305::fitFundamental(x, 10000.0, line.value_or(0.0));
+            const auto fit = rt305::findFundamental(x, 10000.0, 10.0, 1000.0);
             ASSERT_TRUE(fit) << c.cycles << " cycles";
             squares += 1e6 * (fit->frequencyHz - f) * (fit->frequencyHz - f);
         }
