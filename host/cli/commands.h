@@ -6,6 +6,8 @@
 
 #include "measuring/measurement.h"
 #include "output/document.h"
+#include "output/quality_document.h"
+#include "output/quality_settings.h"
 #include "reading/read_options.h"
 #include "recording/generator.h"
 
@@ -24,14 +26,27 @@ struct MeasureOptions {
 /// How to read the recording for the form of output: JSON has the checksums of files.
 ReadOptions readOptionsOf(const MeasureOptions& options);
 
-/// Full measurements of many files and windows.
-struct BatchOptions {
+/// The files of a command that works on many.
+struct FileOptions {
     std::vector<std::string> files;
-    std::string filesFrom;       // a file that lists more, one a line; "-": stdin; empty: none
+    std::string filesFrom;  // a file that lists more, one a line; "-": stdin; empty: none
+    std::size_t jobs = 1;   // processes
+    MeasureOptions each;    // how each file is read and measured
+
+    bool isMany() const { return files.size() > 1 || !filesFrom.empty(); }
+};
+
+/// Full measurements of many files and windows.
+struct BatchOptions : FileOptions {
     double windowSeconds = 0.0;  // 0: the whole recording at once
     double stepSeconds = 0.0;    // from the start of one window to the next; 0: the length of a window
-    std::size_t jobs = 1;        // processes
-    MeasureOptions each;         // how each file is read and measured
+};
+
+/// Power quality of many files.
+struct QualityOptions : FileOptions {
+    QualityChoice choice{};
+    std::string limitsFile;  // empty: no verdict
+    QualityRows rows = QualityRows::cycles;
 };
 
 /// A full measurement of one recording as an HTML page.
@@ -54,6 +69,7 @@ void showRecording(const MeasureOptions& options);
 
 /// Reports the failures of single files itself. Returns the exit code.
 int measureEverything(const BatchOptions& options);
+int analyseQuality(const QualityOptions& options);
 
 void writeReport(const ReportOptions& options);
 void showParameters(const MeasureOptions& options);

@@ -40,6 +40,7 @@ int runCommandLine(int argc, char** argv) {
     int exitCode = static_cast<int>(ExitCode::success);
     MeasureOptions measure;
     BatchOptions batch;
+    QualityOptions quality;
     ReportOptions report;
     CheckOptions check;
     GenerateOptions generate;
@@ -52,6 +53,10 @@ int runCommandLine(int argc, char** argv) {
                    measure);
     const auto runBatch = [&exitCode](const BatchOptions& options) { exitCode = measureEverything(options); };
     addBatchOptions(*command("measure", "measure all quantities, of many files and windows", runBatch, batch), batch);
+    const auto runQuality = [&exitCode](const QualityOptions& options) { exitCode = analyseQuality(options); };
+    addQualityOptions(
+        *command("quality", "find events, and measure power quality over time, of many files", runQuality, quality),
+        quality);
     addReportOptions(*command("report", "write a report as one HTML page", writeReport, report), report);
     CLI::App* const params = command("params", "measure the electrical parameters", showParameters, measure);
     addMeasureOptions(*params, measure);

@@ -1,24 +1,17 @@
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <climits>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <iostream>
-#include <optional>
 
 #include "base/failure.h"
-#include "cli/batch.h"
-#include "cli/commands.h"
+#include "cli/file_batch.h"
 #include "cli/messages.h"
-#include "cli/process.h"
 #include "cli/progress.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
 #include "measuring/measure_all.h"
 #include "output/full_document.h"
+#include "output/quality_document.h"
+#include "output/quality_settings.h"
 #include "output/remarks.h"
 #include "reading/recording_reader.h"
 
@@ -29,30 +22,9 @@ namespace {
 /// Measures recordings, and writes a document for each window of a recording.
 class Measurer {
 public:
-    Measurer(const BatchOptions& options, bool isOneOfMany)
-        : options_(options), isOneOfMany_(isOneOfMany), library_(options.each.library) {}
+    explicit Measurer(const BatchOptions& options)
+        : options_(options), isOneOfMany_(options.isMany()), library_(options.each.library) {}
 
-    /// Reports failures and returns the exit code.
-    int operator()(const std::string& file) {
-        try {
-            measure(file);
-            return static_cast<int>(ExitCode::success);
-        } catch (const std::exception& error) {
-            const Ending end = endingOf(error);
-            return fail(file, end.message, end.code);
-        }
-    }
-
-    int fail(const std::string& file, const std::string& message, ExitCode code) const {
-        const bool isNamed = !isOneOfMany_ || message.find(file) != std::string::npos;
-        printMessage(isNamed ? message : file + ": " + message);
-        if (options_.each.form == OutputForm::jsonLines) {
-            writeErrorLine(file, message, static_cast<int>(code), std::cout);
-        }
-        return static_cast<int>(code);
-    }
-
-private:
     void measure(const std::string& file) {
         const Recording recording = readRecording(file, readOptionsOf(options_.each));
         const FullMeasurement full = prepare(recording, options_.each.settings);
@@ -82,6 +54,7 @@ private:
         }
     }
 
+private:
     std::size_t countWindows(const Measurement& measurement, double step, const std::string& source) const {
         const double left =
             (measurement.durationSeconds() - options_.windowSeconds) * (1.0 + 1e-12) + 0.25 / measurement.rateHz;
@@ -100,8 +73,22 @@ private:
         if (form == OutputForm::text && documents_++ > 0) {
             std::cout << '\n';
         }
-        write(fullDocument(recording, full, measureAll(full, library_)), form, styled_, std::cout);
+        ResultDocument document = fullDocument(recording, full, measureAll(full, library_));
+        const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
+        if (!events.empty()) {
+            document.remarks.push_back(events);
+        }
+        write(document, form, styled_, std::cout);
         std::cout.flush();
+    }
+
+    /// A remark when there were events; empty when there were none.
+    static std::string eventsIn(const Recording& recording, const FullMeasurement& full) {
+        const auto settings = qualitySettingsOf(recording, full);
+        if (!settings) {
+            return {};
+        }
+        return remarkOnEvents(analyse(full.asRecorded.samples, *settings, KeepTraces::no));
     }
 
     const BatchOptions& options_;
@@ -111,79 +98,7 @@ private:
     std::size_t documents_ = 0;
 };
 
-/// The files of the command line, then those in the list.
-class Names {
-public:
-    explicit Names(const BatchOptions& options)
-        : files_(options.files),
-          listName_(options.filesFrom == "-" ? "stdin" : options.filesFrom),
-          list_(options.filesFrom == "-" ? &std::cin : nullptr) {
-        if (!listName_.empty() && list_ == nullptr) {
-            file_.open(listName_);
-            list_ = &file_;
-            if (!file_) {
-                failList();
-            }
-        }
-    }
-
-    /// The next name; nothing after the last, or where the list cannot be read any further.
-    std::optional<std::string> next() {
-        if (given_ < files_.size()) {
-            return files_[given_++];
-        }
-        while (list_ != nullptr && list_->getline(line_.data(), static_cast<std::streamsize>(line_.size()))) {
-            ++lineNumber_;
-            const std::string_view name = trimmedEnd(line_.data());
-            if (!name.empty()) {
-                return std::string(name);
-            }
-        }
-        return std::nullopt;
-    }
-
-    /// Fails unless the list has been read to its end.
-    void requireEnd() const {
-        if (list_ != nullptr && (list_->bad() || (list_ == &std::cin && std::ferror(stdin) != 0))) {
-            failList();
-        }
-        if (list_ != nullptr && !list_->eof()) {
-            failInput(listName_ + ": line " + std::to_string(lineNumber_ + 1) + " is too long for the name of a file");
-        }
-    }
-
-private:
-    [[noreturn]] void failList() const { failInput(listName_ + ": " + std::strerror(errno)); }
-
-    /// Without the carriage return of a list with DOS line ends.
-    static std::string_view trimmedEnd(std::string_view line) {
-        return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
-    }
-
-    const std::vector<std::string>& files_;
-    std::size_t given_ = 0;
-    std::string listName_;
-    std::ifstream file_{};
-    std::istream* list_;
-    std::array<char, PATH_MAX + 2> line_{};
-    std::size_t lineNumber_ = 0;
-};
-
-void checkOptions(const BatchOptions& options) {
-    const bool isMany = options.files.size() > 1 || !options.filesFrom.empty() || options.windowSeconds > 0.0;
-    const auto fromStdin = std::count(options.files.begin(), options.files.end(), "-") + (options.filesFrom == "-");
-    if (isMany && options.windowSeconds == 0.0 && !options.each.reading.dataFile.empty()) {
-        failUsage("--dat is the data file of one recording; give one FILE");
-    }
-    if (options.files.empty() && options.filesFrom.empty()) {
-        failUsage("no FILE to measure; see rt305 measure --help");
-    }
-    if (fromStdin > 1) {
-        failUsage("stdin can be one recording or one list of names, not both");
-    }
-    if (isMany && options.each.form == OutputForm::json) {
-        failUsage("--json writes one document; --json-lines writes one for each file and window");
-    }
+void checkWindows(const BatchOptions& options) {
     if (options.stepSeconds > 0.0 && options.windowSeconds == 0.0) {
         failUsage("--step needs --window");
     }
@@ -192,17 +107,11 @@ void checkOptions(const BatchOptions& options) {
 }  // namespace
 
 int measureEverything(const BatchOptions& options) {
-    checkOptions(options);
-    Names names(options);
-    Measurer measurer(options, options.files.size() > 1 || !options.filesFrom.empty());
+    checkWindows(options);
+    Measurer measurer(options);
     writeHeading(options.each.form, std::cout);
-    const std::size_t total = options.filesFrom.empty() ? options.files.size() : 0;
-    const Work work{[&measurer](const std::string& file) { return measurer(file); },
-                    [&measurer](const auto&... failure) { return measurer.fail(failure...); },
-                    options.each.form == OutputForm::text ? "\n" : ""};
-    const int exitCode = runBatch([&names] { return names.next(); }, total, options.jobs, work);
-    names.requireEnd();
-    return exitCode;
+    return runFiles(options, options.isMany() || options.windowSeconds > 0.0,
+                    [&measurer](const std::string& file) { measurer.measure(file); });
 }
 
 }  // namespace rt305

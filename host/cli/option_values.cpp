@@ -65,6 +65,21 @@ double parseNominal(const std::string& text) {
     return value.value_or(0.0);
 }
 
+double parseDeclared(const std::string& text) {
+    const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
+    const std::string_view unit = trimmed(std::string_view(text).substr(end));
+    const auto value = parseFinite(std::string_view(text).substr(0, end));
+    const Unit known = unitOf(unit);
+    const bool isVoltage = unit.empty() || known.quantity == Quantity::voltage;
+    if (lowerCase(trimmed(text)) == "auto") {
+        return 0.0;
+    }
+    if (!value || !(*value > 0.0) || !isVoltage) {
+        failUsage("--declared: " + inQuotes(text) + " is neither auto nor a voltage such as 230 or 20kV");
+    }
+    return *value * known.factor;
+}
+
 std::optional<double> parseCycles(std::string_view text) {
     const std::size_t end = std::min(text.find_last_of("0123456789.") + 1, text.size());
     const std::string_view unit = trimmed(text.substr(end));

@@ -25,6 +25,9 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text);
 /// "60", "60Hz", or 0 for "auto".
 double parseNominal(const std::string& text);
 
+/// "230", "230V", "20kV" in V, or 0 for "auto".
+double parseDeclared(const std::string& text);
+
 /// "10cycles" or "1 cycle" -> a number above 0; nothing when the text has another unit.
 std::optional<double> parseCycles(std::string_view text);
 

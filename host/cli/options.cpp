@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 
 #include "base/failure.h"
 #include "base/limits.h"
@@ -180,25 +181,34 @@ void addColumnOptions(CLI::App& command, MeasureOptions& options) {
     addReadOptions(command, options.reading);
 }
 
-void addFormOptions(CLI::App& command, OutputForm& form) {
-    struct FormSwitch {
-        const char* name;
-        OutputForm form;
-        const char* help;
-    };
-    constexpr FormSwitch switches[] = {
-        {"--json", OutputForm::json, "one JSON document with all figures"},
-        {"--json-lines", OutputForm::jsonLines, "one JSON document a line, for each file and window"},
-        {"--csv", OutputForm::csv, "one figure a line: file,start,table,quantity,column,value,unit"},
-        {"--plain", OutputForm::plain, "like --csv, but with tabs between the fields and no heading"},
-        {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
-    };
+struct FormSwitch {
+    const char* name;
+    OutputForm form;
+    const char* help;
+};
+constexpr FormSwitch measureForms[] = {
+    {"--json", OutputForm::json, "one JSON document with all figures"},
+    {"--json-lines", OutputForm::jsonLines, "one JSON document a line, for each file and window"},
+    {"--csv", OutputForm::csv, "one figure a line: file,start,table,quantity,column,value,unit"},
+    {"--plain", OutputForm::plain, "like --csv, but with tabs between the fields and no heading"},
+    {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
+};
+constexpr FormSwitch qualityForms[] = {
+    {"--json", OutputForm::json, "one JSON document with events, statistics, 10-minute values and verdict"},
+    {"--json-lines", OutputForm::jsonLines, "one JSON document a line, for each interval and event"},
+    {"--csv", OutputForm::csv, "one interval a line, with a column for each quantity"},
+};
+
+void addFormOptions(CLI::App& command, OutputForm& form, std::span<const FormSwitch> switches = measureForms) {
+    std::vector<std::string> names;
+    std::transform(switches.begin(), switches.end(), std::back_inserter(names),
+                   [](const FormSwitch& one) { return std::string(one.name); });
     for (const FormSwitch& one : switches) {
         command.add_flag_function(
             one.name,
-            [&form, to = one.form](std::int64_t) {
+            [&form, names, to = one.form](std::int64_t) {
                 if (form != OutputForm::text) {
-                    failUsage("give one of --json, --json-lines, --csv, --plain and --raw");
+                    failUsage("give one of " + joined(names));
                 }
                 form = to;
             },
@@ -206,7 +216,9 @@ void addFormOptions(CLI::App& command, OutputForm& form) {
     }
 }
 
-void addCommonOptions(CLI::App& command, MeasureOptions& options) {
+enum class UsesLibrary { no, yes };
+
+void addCommonOptions(CLI::App& command, MeasureOptions& options, UsesLibrary usesLibrary = UsesLibrary::yes) {
     addPartOptions(command, options.settings);
     static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
                                                             {"currents", RT305_4_INPUT_CURRENTS},
@@ -225,7 +237,55 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options) {
         "--no-deskew", [&options](std::int64_t) { options.settings.deskew = false; },
         "leave the channels at the times at which a scanning recorder sampled them");
     addPerChannelOption(command, "--coefficients", "factors on the samples, default 1", options.settings.coefficients);
-    command.add_option("--library", options.library, "library file to use")->type_name("FILE");
+    if (usesLibrary == UsesLibrary::yes) {
+        command.add_option("--library", options.library, "library file to use")->type_name("FILE");
+    }
+}
+
+void addFileOptions(CLI::App& command, FileOptions& options) {
+    command.add_option("FILE", options.files, fileHelp)->type_name("");
+    command
+        .add_option("--files-from", options.filesFrom,
+                    "also measure the files listed in this one, one a line; - reads the list from stdin")
+        ->type_name("FILE");
+    command.add_option("--jobs", options.jobs, "number of processes that measure files at the same time")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str()
+        ->type_name("N");
+}
+
+/// The declared voltage, the thresholds of events and the lamp.
+void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
+    QualitySettings& settings = choice.settings;
+    command
+        .add_option_function<std::string>(
+            "--declared", [&settings](const std::string& text) { settings.declaredVolts = parseDeclared(text); },
+            "declared voltage, phase to neutral; auto (default): that of the first steady part")
+        ->type_name("V");
+    command.add_flag("--sliding", settings.isSlidingReference,
+                     "thresholds of events in percent of the voltage of the last minute, not of the declared one");
+    for (const auto& [name, help, percent] :
+         {std::tuple{"--dip", "a dip begins below this", &settings.dipPercent},
+          std::tuple{"--swell", "a swell begins above this", &settings.swellPercent},
+          std::tuple{"--interruption", "an interruption begins below this, in all phases",
+                     &settings.interruptionPercent},
+          std::tuple{"--hysteresis", "these events end this much inside", &settings.hysteresisPercent},
+          std::tuple{"--change", "a rapid voltage change differs by this from the mean of a second",
+                     &settings.changePercent},
+          std::tuple{"--transient", "a transient differs by this share of the crest from the cycles before",
+                     &settings.transientPercent}}) {
+        command.add_option(name, *percent, help)
+            ->check(CLI::PositiveNumber)
+            ->capture_default_str()
+            ->type_name("PERCENT");
+    }
+    static const std::map<std::string, std::optional<Lamp>> lamps{
+        {"auto", std::nullopt}, {"230", Lamp::of230V}, {"120", Lamp::of120V}};
+    command
+        .add_option_function<std::string>(
+            "--lamp", [&choice](const std::string& word) { choice.lamp = lamps.at(word); },
+            "lamp of the flicker values; auto (default): 230 V below 55 Hz, else 120 V")
+        ->check(CLI::IsMember(lamps));
 }
 
 }  // namespace
@@ -260,22 +320,35 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
 }
 
 void addBatchOptions(CLI::App& command, BatchOptions& options) {
-    command.add_option("FILE", options.files, fileHelp)->type_name("");
-    command
-        .add_option("--files-from", options.filesFrom,
-                    "also measure the files listed in this one, one a line; - reads the list from stdin")
-        ->type_name("FILE");
+    addFileOptions(command, options);
     addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms");
     addTimeOption(command, "--step", options.stepSeconds,
                   "time from the start of one window to the next (default: its length)");
-    command.add_option("--jobs", options.jobs, "number of processes that measure files at the same time")
-        ->check(CLI::Range(1, 1024))
-        ->capture_default_str()
-        ->type_name("N");
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each);
     addSteadyPartOptions(command, options.each.settings);
     addFormOptions(command, options.each.form);
+    addWiringOption(command, options.each.settings);
+    addTwoCurrentsOption(command, options.each.settings.flags);
+}
+
+void addQualityOptions(CLI::App& command, QualityOptions& options) {
+    addFileOptions(command, options);
+    addDeclaredOptions(command, options.choice);
+    static const std::map<std::string, QualityRows> rows{{"half-cycle", QualityRows::halfCycles},
+                                                         {"cycles", QualityRows::cycles},
+                                                         {"3s", QualityRows::threeSeconds},
+                                                         {"10min", QualityRows::tenMinutes}};
+    command
+        .add_option_function<std::string>(
+            "--interval", [&options](const std::string& word) { options.rows = rows.at(word); },
+            "lines of --csv and --json-lines: of each half cycle, of 10 or 12 cycles (default), 3 s or 10 minutes")
+        ->check(CLI::IsMember(rows));
+    command.add_option("--limits", options.limitsFile, "judge the recording by the limits in this file")
+        ->type_name("FILE");
+    addColumnOptions(command, options.each);
+    addCommonOptions(command, options.each, UsesLibrary::no);
+    addFormOptions(command, options.each.form, qualityForms);
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
 }

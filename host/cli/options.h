@@ -15,6 +15,7 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options);  // of all c
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings);
 void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings);
 void addBatchOptions(CLI::App& command, BatchOptions& options);
+void addQualityOptions(CLI::App& command, QualityOptions& options);
 void addReportOptions(CLI::App& command, ReportOptions& options);
 void addGenerateOptions(CLI::App& command, GenerateOptions& options);
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "signal/effective_power.h"
+
 namespace rt305 {
 
 namespace {
@@ -57,9 +59,7 @@ double sumOfPhases(const TotalAndPhases& values) {
     return sum;
 }
 
-/// Se = 3 Ue Ie. Four wires: Ue^2 = (3 (Ua^2 + Ub^2 + Uc^2) + Uab^2 + Ubc^2 + Uca^2) / 18 and
-/// Ie^2 = (Ia^2 + Ib^2 + Ic^2 + In^2) / 3; three wires: Ue^2 = (Uab^2 + Ubc^2 + Uca^2) / 9 and no In.
-/// IEEE Std 1459-2010, 3.2.2.8 and 3.2.3.5. NaN unless all six channels are measured.
+/// That of IEEE Std 1459-2010. NaN unless all six channels are measured.
 double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, const TotalAndPhases& i) {
     const auto& samples = full.asRecorded.samples;
     if (std::any_of(samples.begin(), samples.end(), [](const Samples& x) { return x.empty(); })) {
@@ -74,11 +74,8 @@ double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, cons
         lines += line * line;
         currents += i[1 + phase] * i[1 + phase];
     }
-    if (full.fromLineVoltages) {
-        return 3.0 * std::sqrt(lines / 9.0 * currents / 3.0);
-    }
     const double neutral = rmsOfSum(samples[3], samples[4], 1.0, &samples[5]);
-    return 3.0 * std::sqrt((3.0 * phases + lines) / 18.0 * (currents + neutral * neutral) / 3.0);
+    return effectiveApparentPower({phases, lines, currents, neutral * neutral}, !full.fromLineVoltages);
 }
 
 /// What is left of `apparent` beside `active`; rounding cannot make it imaginary.

@@ -267,20 +267,31 @@ FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
     return wholeCyclesOf(std::move(full));
 }
 
+/// Phase voltages and currents with coefficients applied. Whether the phase voltages are formed from line voltages.
+bool makePhases(Measurement& measurement) {
+    const bool fromLineVoltages = measurement.hasVoltages() && !measurement.has(RT305_4_FOUR_WIRE);
+    applyCoefficients(measurement);
+    if (fromLineVoltages) {
+        formPhaseVoltages(measurement);
+    }
+    return fromLineVoltages;
+}
+
 }  // namespace
+
+RecordedPhases recordedPhases(const Recording& recording, const MeasurementSettings& settings) {
+    RecordedPhases phases{makeMeasurement(recording, settings, RateMatters::no), false};
+    phases.fromLineVoltages = makePhases(phases.measurement);
+    return phases;
+}
 
 FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings) {
     MeasurementSettings toTheEnd = settings;
     toTheEnd.durationSeconds = settings.durationCycles > 0.0 ? 0.0 : settings.durationSeconds;
     MeasurementPair pair = makeMeasurementPair(recording, toTheEnd);
     FullMeasurement full{std::move(pair.resampled), std::move(pair.asRecorded), false};
-    full.fromLineVoltages = full.measurement.hasVoltages() && !full.measurement.has(RT305_4_FOUR_WIRE);
-    for (Measurement* const each : {&full.measurement, &full.asRecorded}) {
-        applyCoefficients(*each);
-        if (full.fromLineVoltages) {
-            formPhaseVoltages(*each);
-        }
-    }
+    full.fromLineVoltages = makePhases(full.measurement);
+    makePhases(full.asRecorded);
     return chosenPart(std::move(full), recording);
 }
 

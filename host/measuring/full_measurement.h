@@ -28,6 +28,13 @@ struct FullMeasurement {
 /// wanted. Fails when there is no such part.
 FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings);
 
+/// The part that the settings choose at its own rate: phase voltages and currents in V and A with coefficients applied.
+struct RecordedPhases {
+    Measurement measurement;
+    bool fromLineVoltages;
+};
+RecordedPhases recordedPhases(const Recording& recording, const MeasurementSettings& settings);
+
 /// A part of it, from `startSeconds` after its first sample, in whole cycles as above. Fails when it exceeds the
 /// samples.
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds);

@@ -1,7 +1,6 @@
 #ifndef RT305_HOST_MEASURING_FUNDAMENTALS_H
 #define RT305_HOST_MEASURING_FUNDAMENTALS_H
 
-#include <array>
 #include <optional>
 
 #include "measuring/measurement.h"
@@ -10,9 +9,6 @@
 #include "signal/steadiness.h"
 
 namespace rt305 {
-
-template <class T>
-using PerPhase = std::array<T, phaseTotal>;
 
 /// The fundamentals of voltages and currents; 0 for a channel that is not measured.
 struct Fundamentals {

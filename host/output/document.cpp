@@ -83,21 +83,6 @@ Json jsonOf(const ResultDocument& document) {
     return object;
 }
 
-/// A field of a CSV line, quoted if necessary (RFC 4180). A text that a spreadsheet would compute, as its first
-/// character is =, +, - or @, begins with an apostrophe.
-std::string csvField(const std::string& text) {
-    const bool isFormula = text.find_first_of("=+-@") == 0 && !parseNumber(text);
-    std::string field = isFormula ? '\'' + text : text;
-    if (field.find_first_of(",\"") == std::string::npos) {
-        return field;
-    }
-    std::string quoted = "\"";
-    for (const char c : field) {
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    }
-    return quoted + '"';
-}
-
 void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
     const bool csv = form == OutputForm::csv;
     const char* separator = "";
@@ -141,6 +126,19 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
 }
 
 }  // namespace
+
+std::string csvField(const std::string& text) {
+    const bool isFormula = text.find_first_of("=+-@") == 0 && !parseNumber(text);
+    std::string field = isFormula ? '\'' + text : text;
+    if (field.find_first_of(",\"") == std::string::npos) {
+        return field;
+    }
+    std::string quoted = "\"";
+    for (const char c : field) {
+        quoted += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return quoted + '"';
+}
 
 const ResultTable* ResultDocument::table(std::string_view name) const {
     const auto found =

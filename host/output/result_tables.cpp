@@ -25,14 +25,6 @@ constexpr StatisticRow statisticRows[] = {{"mean", "mean", "Mean", false},
                                           {"peak2rms", "crest_factor", "Crest factor", true},
                                           {"peak2peak", "peak_to_peak", "Peak to peak", false}};
 
-std::string contentOf(const Measurement& measurement) {
-    const bool isThreePhase = measurement.isThreePhase();
-    if (measurement.isCombined()) {
-        return isThreePhase ? "voltages and currents" : "voltage and current of one phase";
-    }
-    return std::string(measurement.hasVoltages() ? "voltage" : "current") + (isThreePhase ? "s" : " of one phase");
-}
-
 ResultTable::Cell cellAt(const std::vector<double>& values, std::size_t i) {
     return i < values.size() ? ResultTable::Cell(values[i]) : std::nullopt;
 }
@@ -82,6 +74,14 @@ ResultDocument documentOf(const Recording& recording, const Measurement& measure
                             .warnings = recording.warnings};
     document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
     return document;
+}
+
+std::string contentOf(const Measurement& measurement) {
+    const bool isThreePhase = measurement.isThreePhase();
+    if (measurement.isCombined()) {
+        return isThreePhase ? "voltages and currents" : "voltage and current of one phase";
+    }
+    return std::string(measurement.hasVoltages() ? "voltage" : "current") + (isThreePhase ? "s" : " of one phase");
 }
 
 std::string describeWiring(const Measurement& measurement, bool fromLineVoltages) {

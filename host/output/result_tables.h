@@ -11,6 +11,9 @@
 
 namespace rt305 {
 
+/// "voltages and currents" and the like.
+std::string contentOf(const Measurement& measurement);
+
 /// "four-wire" and the like.
 std::string describeWiring(const Measurement& measurement, bool fromLineVoltages);
 

@@ -190,4 +190,40 @@ std::string harmonicBars(const std::vector<Harmonics>& channels) {
     return drawing("bars", 720.0, 224.0, "Harmonics in percent of the fundamental", content);
 }
 
+std::string eventDiagram(const QualityResults& results) {
+    constexpr double left = 56.0, right = 416.0, top = 12.0, bottom = 212.0;
+    constexpr double shortest = 0.01, longest = 60.0;  // s
+    double highest = 125.0;                            // %
+    for (const Event& event : results.events) {
+        highest = event.isVoltageEvent() ? std::fmax(highest, event.percent) : highest;
+    }
+    const auto x = [=](double seconds) {
+        const double share = std::log(std::clamp(seconds, shortest, longest) / shortest) / std::log(longest / shortest);
+        return left + share * (right - left);
+    };
+    const auto y = [=](double percent) { return bottom - percent / highest * (bottom - top); };
+    std::string content;
+    for (const auto& [seconds, text] :
+         {std::pair{0.01, "10 ms"}, {0.1, "100 ms"}, {1.0, "1 s"}, {10.0, "10 s"}, {60.0, "60 s"}}) {
+        content += line("grid", {x(seconds), top}, {x(seconds), bottom}) +
+                   label("tick", {x(seconds), bottom + 16.0}, "middle", text);
+    }
+    const QualitySettings& settings = results.settings;
+    for (const double percent : {0.0, settings.interruptionPercent, 50.0, settings.dipPercent, settings.swellPercent}) {
+        content += line("grid", {left, y(percent)}, {right, y(percent)}) +
+                   label("tick", {left - 6.0, y(percent) + 4.0}, "end", formatNumber(percent) + " %");
+    }
+    for (const Event& event : results.events) {
+        if (event.isVoltageEvent()) {
+            content += element("circle",
+                               attributes({{"class", "event"},
+                                           {"cx", at(x(event.durationSeconds))},
+                                           {"cy", at(y(event.percent))},
+                                           {"r", "5"}}),
+                               "");
+        }
+    }
+    return drawing("events", 432.0, 236.0, "Duration and voltage of the events", content);
+}
+
 }  // namespace rt305

@@ -6,6 +6,7 @@
 
 #include "measuring/fundamentals.h"
 #include "measuring/result_texts.h"
+#include "quality/results.h"
 
 namespace rt305 {
 
@@ -17,6 +18,10 @@ std::string phasorDiagram(const Fundamentals& fundamentals);
 
 /// The harmonics from the second on in percent of the fundamental, channels side by side at each order.
 std::string harmonicBars(const std::vector<Harmonics>& channels);
+
+/// Duration, on a logarithmic axis from 10 ms to a minute, and residual or largest voltage of each dip, swell and
+/// interruption, with the thresholds as lines.
+std::string eventDiagram(const QualityResults& results);
 
 }  // namespace rt305
 

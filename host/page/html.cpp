@@ -79,6 +79,14 @@ std::string htmlTable(const std::string& caption, const ResultTable& table) {
                       element("thead", "", head) + element("tbody", "", body), footnote);
 }
 
+std::string htmlTexts(const std::string& caption, const std::vector<std::vector<std::string>>& rows) {
+    std::string body;
+    for (std::size_t r = 1; r < rows.size(); ++r) {
+        body += htmlRow(rows[r], false);
+    }
+    return scrollable(caption, "", element("thead", "", htmlRow(rows.at(0), true)) + element("tbody", "", body));
+}
+
 std::string htmlFacts(const std::string& caption, const std::vector<std::pair<std::string, std::string>>& facts) {
     std::string rows;
     for (const auto& [name, text] : facts) {

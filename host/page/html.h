@@ -23,6 +23,9 @@ std::string filled(std::string_view text, const std::map<std::string_view, std::
 /// A table of results with a caption.
 std::string htmlTable(const std::string& caption, const ResultTable& table);
 
+/// A table of texts; the first row is the heading.
+std::string htmlTexts(const std::string& caption, const std::vector<std::vector<std::string>>& rows);
+
 /// A table of names and texts, without heading.
 std::string htmlFacts(const std::string& caption, const std::vector<std::pair<std::string, std::string>>& facts);
 

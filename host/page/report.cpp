@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/version.h"
 #include "output/full_document.h"
+#include "output/quality_document.h"
+#include "output/quality_settings.h"
 #include "output/result_tables.h"
 #include "page/diagrams.h"
 #include "page/html.h"
@@ -23,6 +26,7 @@ namespace {
 constexpr double waveformPointsPerSecond = 2000.0;
 constexpr double mostWaveformPoints = 20000.0;
 constexpr std::size_t mostSpectrumPoints = 1500;
+constexpr std::size_t mostTracePoints = 4000;
 constexpr double lowestLevelDb = -140.0;
 constexpr double firstShownSeconds = 0.2;
 
@@ -229,6 +233,62 @@ Section resultSection(const ResultDocument& document) {
             resultTables(document, {"power", "derived", "highest_harmonics"}, "") + notices("", document.remarks)};
 }
 
+PlotPanel tracesOf(const QualityTraces& traces, std::size_t firstChannel) {
+    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
+                    .start = traces.startSeconds,
+                    .step = traces.stepSeconds};
+    double largest = 0.0;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const auto& rms = traces.rms[firstChannel + phase];
+        if (std::any_of(rms.begin(), rms.end(), [](double x) { return !std::isnan(x); })) {
+            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, rms});
+            largest = std::fmax(largest, largestMagnitude(rms));
+        }
+    }
+    panel.decimals = decimalsFor(largest, 5);
+    return panel;
+}
+
+/// RMS of each cycle and the frequency over time.
+PlotGroup qualityPlots(const QualityTraces& traces) {
+    PlotGroup group{.name = "traces", .axis = "Time, s", .decimals = 3, .mostPoints = mostTracePoints, .shown = 0.0};
+    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
+        if (PlotPanel panel = tracesOf(traces, first); !panel.curves.empty()) {
+            group.panels.push_back(std::move(panel));
+        }
+    }
+    if (!group.panels.empty()) {
+        group.panels.push_back({.axis = "Frequency, Hz",
+                                .decimals = 3,
+                                .start = traces.startSeconds,
+                                .step = traces.stepSeconds,
+                                .curves = {{"f", 0, traces.frequency}}});
+    }
+    return group;
+}
+
+/// Events and traces of cycles; nothing when there are no voltages to follow.
+Section qualitySection(const std::optional<QualityResults>& quality, const PlotGroup& traces) {
+    if (!quality) {
+        return {"events", "Events", paragraph("", "The voltages cannot be followed from cycle to cycle.")};
+    }
+    const auto cells = eventCells(*quality);
+    const std::string events =
+        cells.empty()
+            ? paragraph("", "There are no events.")
+            : element("div", R"(class="beside")",
+                      htmlTexts("Events", cells) +
+                          figure(eventDiagram(*quality),
+                                 "Duration and residual or largest voltage of dips, swells and interruptions."));
+    return {"events", "Events",
+            events + plotElements(traces) +
+                paragraph(
+                    R"(class="remark")",
+                    "RMS of one cycle, refreshed each half cycle; percentages and thresholds refer to " +
+                        formatFixed(quality->settings.declaredVolts, decimalsFor(quality->settings.declaredVolts, 5)) +
+                        " V, the RMS of the first steady part. rt305 quality has more.")};
+}
+
 Section spectrumSection(const FullResults& results, const PlotGroup& lines) {
     return {"lines", "Spectra",
             plotElements(lines) +
@@ -282,9 +342,15 @@ std::string reportPage(const Recording& recording, const FullMeasurement& full, 
     const ResultDocument document = fullDocument(recording, full, results);
     const PlotGroup waveforms = waveformPlots(recorded);
     const PlotGroup lines = spectrumPlots(results.spectra);
+    std::optional<QualityResults> quality;
+    if (const auto settings = qualitySettingsOf(recording, full)) {
+        quality = analyse(recorded.samples, *settings, KeepTraces::yes);
+    }
+    const PlotGroup traces = quality ? qualityPlots(quality->traces) : PlotGroup{};
     const std::vector<Section> sections{overviewSection(recording, document, phasorFigure(full, results.fundamentals)),
                                         signalSection(results, waveforms, recorded.isCombined()),
                                         resultSection(document),
+                                        qualitySection(quality, traces),
                                         spectrumSection(results, lines),
                                         harmonicSection(results),
                                         originSection(recording, full, document)};
@@ -296,7 +362,7 @@ std::string reportPage(const Recording& recording, const FullMeasurement& full, 
                    {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
                    {"navigation", navigationOf(sections)},
                    {"sections", htmlOf(sections)},
-                   {"data", plotData({waveforms, lines})},
+                   {"data", plotData({waveforms, traces, lines})},
                    {"style", std::string(page::style)},
                    {"script", std::string(page::script)},
                    {"plot-library", std::string(page::plotLibrary)},

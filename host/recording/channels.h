@@ -25,6 +25,8 @@ std::optional<std::size_t> findChannel(std::string_view name);
 
 template <class T>
 using PerChannel = std::array<T, channelTotal>;
+template <class T>
+using PerPhase = std::array<T, phaseTotal>;
 
 /// Parses a number per channel: six numbers "1,1,1,20,20,20", or "Ia=20,Ib=20" with `otherwise` for the other channels.
 /// Fails on any other text, naming the option.

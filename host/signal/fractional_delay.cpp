@@ -1,7 +1,6 @@
 #include "signal/fractional_delay.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -15,12 +14,23 @@ namespace rt305 {
 
 namespace {
 
-constexpr std::ptrdiff_t reach = 32;  // samples to each side
+constexpr std::ptrdiff_t usualReach = 32;  // samples to each side
 constexpr double kaiserBeta = 9.0;
 
-/// The weights of x[n - reach + 1] ... x[n + reach] in x(n + fraction), 0 <= fraction < 1.
-std::array<double, 2 * reach> sincWeights(double fraction) {
-    std::array<double, 2 * reach> weights{};
+/// `before` predicted samples, x, and `behind` predicted ones.
+std::vector<double> extended(const std::vector<double>& x, std::ptrdiff_t before, std::ptrdiff_t behind) {
+    std::vector<double> y = predicted({x.rbegin(), x.rend()}, static_cast<std::size_t>(before));
+    std::reverse(y.begin(), y.end());
+    y.insert(y.end(), x.begin(), x.end());
+    const auto tail = predicted(x, static_cast<std::size_t>(behind));
+    y.insert(y.end(), tail.begin(), tail.end());
+    return y;
+}
+
+}  // namespace
+
+std::vector<double> sincWeights(double fraction, std::ptrdiff_t reach) {
+    std::vector<double> weights(static_cast<std::size_t>(2 * reach));
     double sum = 0.0;
     for (std::ptrdiff_t i = 0; i < 2 * reach; ++i) {
         const double distance = static_cast<double>(i - reach + 1) - fraction;
@@ -37,30 +47,18 @@ std::array<double, 2 * reach> sincWeights(double fraction) {
     return weights;
 }
 
-/// `before` predicted samples, x, and `behind` predicted ones.
-std::vector<double> extended(const std::vector<double>& x, std::ptrdiff_t before, std::ptrdiff_t behind) {
-    std::vector<double> y = predicted({x.rbegin(), x.rend()}, static_cast<std::size_t>(before));
-    std::reverse(y.begin(), y.end());
-    y.insert(y.end(), x.begin(), x.end());
-    const auto tail = predicted(x, static_cast<std::size_t>(behind));
-    y.insert(y.end(), tail.begin(), tail.end());
-    return y;
-}
-
-}  // namespace
-
 std::vector<double> delayed(const std::vector<double>& x, double delay) {
     const auto count = static_cast<std::ptrdiff_t>(x.size());
     const double place = std::clamp(-delay, -static_cast<double>(count), static_cast<double>(count));
     const auto whole = static_cast<std::ptrdiff_t>(std::floor(place));
-    const auto weights = sincWeights(place - static_cast<double>(whole));
-    const std::ptrdiff_t before = std::max<std::ptrdiff_t>(0, reach - 1 - whole);
-    const std::ptrdiff_t behind = std::max<std::ptrdiff_t>(0, reach + whole);
+    const auto weights = sincWeights(place - static_cast<double>(whole), usualReach);
+    const std::ptrdiff_t before = std::max<std::ptrdiff_t>(0, usualReach - 1 - whole);
+    const std::ptrdiff_t behind = std::max<std::ptrdiff_t>(0, usualReach + whole);
     const std::vector<double> around = extended(bridged(x), before, behind);
 
     std::vector<double> y(x.size());
     for (std::ptrdiff_t k = 0; k < count; ++k) {
-        const double* const from = around.data() + (k + whole + before - reach + 1);
+        const double* const from = around.data() + (k + whole + before - usualReach + 1);
         double sum = 0.0;
         for (std::size_t i = 0; i < weights.size(); ++i) {
             sum += weights[i] * from[i];

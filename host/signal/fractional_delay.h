@@ -1,9 +1,15 @@
 #ifndef RT305_HOST_SIGNAL_FRACTIONAL_DELAY_H
 #define RT305_HOST_SIGNAL_FRACTIONAL_DELAY_H
 
+#include <cstddef>
 #include <vector>
 
 namespace rt305 {
+
+/// The weights of x[n - reach + 1] ... x[n + reach] in x(n + fraction), 0 <= fraction < 1: a sinc under a Kaiser
+/// window, scaled to keep constants. With a reach of 16 the error is below 1e-4 of the amplitude up to 0.7 of half the
+/// rate.
+std::vector<double> sincWeights(double fraction, std::ptrdiff_t reach);
 
 /// The signal `delay` samples later: y[k] = x(k - delay), as long as x. Negative delays move it forward.
 /// A sinc of 64 samples under a Kaiser window, scaled to keep constants: up to 0.8 of half the rate the error is below

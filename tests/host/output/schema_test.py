@@ -26,6 +26,10 @@ RUNS = [
     *((f"measure --json-lines {DATA / name}", "", "measurement") for name in ("relay.cfg", "swing.CFG", "logger.csv")),
     *((f"info --json {DATA / name}", "", "info") for name in ("relay.cfg", "segments.cfg", "single.cff", "sound.wav")),
     ("info --json -", "Ua,Ub,x\n1,2,-\n3,4,-\n", "info"),
+    (f"quality --json --limits {SOURCE}/examples/limits/en50160-low-voltage.csv -", SAMPLE, "quality"),
+    *((f"quality --json {DATA / name}", "", "quality") for name in ("relay.cfg", "swing.CFG")),
+    *((f"quality --json-lines --interval {interval} {DATA / 'relay.cfg'}", "", "qualityLine")
+      for interval in ("half-cycle", "cycles", "3s", "10min")),
     ("measure --json-lines missing.csv", "", "failure"),
 ]
 

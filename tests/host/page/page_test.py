@@ -64,9 +64,9 @@ class ReportPage(unittest.TestCase):
             allowed.setdefault(tag + "-src", []).append(f"'sha256-{digest}'")
         directives = (directive.split() for directive in page.policy.split(";"))
         self.assertEqual({name: sources for name, *sources in directives}, allowed)
-        for group, name in zip(page.groups, ("waveforms", "spectra"), strict=True):
-            self.assertEqual((group["name"], len(group["panels"]), name in page.ids), (name, 2, True))
-            for panel in group["panels"]:
+        for group, (name, panels) in zip(page.groups, (("waveforms", 2), ("traces", 3), ("spectra", 2)), strict=True):
+            self.assertEqual((group["name"], len(group["panels"]), name in page.ids), (name, panels, True))
+            for panel in group["panels"][:2]:
                 self.assertEqual([series["phase"] for series in panel["series"]], ["a", "b", "c"])
                 self.assertEqual({len(series["values"]) for series in panel["series"]}, {len(panel["index"])})
 
@@ -87,7 +87,7 @@ class ReportPage(unittest.TestCase):
         voltages = [",".join(line.split(",")[:4]) for line in LINES]
         voltages[101:141] = [line.rsplit(",", 1)[0] + "," for line in voltages[101:141]]
         page = Page(report("-", input="\n".join(voltages).encode()))
-        self.assertEqual((page.faults, [len(group["panels"]) for group in page.groups]), ([], [1, 1]))
+        self.assertEqual((page.faults, [len(group["panels"]) for group in page.groups]), ([], [1, 2, 1]))
         self.assertIn(None, page.groups[0]["panels"][0]["series"][2]["values"])
         self.assertIn("SHA-256 of stdin", page.texts)
 

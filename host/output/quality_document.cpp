@@ -1,0 +1,342 @@
+#include "output/quality_document.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+#include "base/text.h"
+#include "base/text_encoding.h"
+#include "base/text_table.h"
+#include "output/json.h"
+
+namespace rt305 {
+
+namespace {
+
+using Cells = std::vector<std::vector<std::string>>;
+
+std::vector<std::string> phasesOf(const Event& event) {
+    std::vector<std::string> names;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (event.phases[phase]) {
+            names.emplace_back(channelNames[phase]);
+        }
+    }
+    return names;
+}
+
+/// The name as people read it.
+std::string wordsFor(EventKind kind) {
+    return kind == EventKind::rapidChange ? "rapid change" : std::string(nameOf(kind));
+}
+
+Json jsonOf(const Event& event) {
+    Json object{{"kind", nameOf(event.kind)}, {"start", event.startSeconds}, {"duration", event.durationSeconds},
+                {"volts", event.volts},       {"percent", event.percent},    {"phases", phasesOf(event)},
+                {"cut", event.isCut}};
+    object["phase_jump"] = event.jumpDegrees;
+    object["steady_percent"] = event.steadyPercent;
+    return object;
+}
+
+/// Missing values are left out.
+Json valuesOf(const std::vector<Quantity>& quantities, const Interval& interval) {
+    Json values = Json::object();
+    for (std::size_t i = 0; i < interval.values.size(); ++i) {
+        if (!std::isnan(interval.values[i])) {
+            values[quantities[i].key] = interval.values[i];
+        }
+    }
+    return values;
+}
+
+Json jsonOf(const std::vector<Quantity>& quantities, const std::vector<Interval>& intervals) {
+    Json list = Json::array();
+    for (const Interval& interval : intervals) {
+        list.push_back({{"start", interval.startSeconds},
+                        {"duration", interval.durationSeconds},
+                        {"flagged", interval.isFlagged},
+                        {"partial", interval.isPartial},
+                        {"values", valuesOf(quantities, interval)}});
+    }
+    return list;
+}
+
+Json jsonOf(const Verdict& verdict) {
+    Json object{{"quantity", verdict.limit.quantity}, {"percent", verdict.limit.percent}};
+    for (const auto& [name, limit] : {std::pair{"lower", verdict.limit.lower}, {"upper", verdict.limit.upper}}) {
+        object[name] = limit ? Json(*limit) : Json();
+    }
+    object["worst"] = verdict.channel;
+    object["intervals"] = verdict.intervals;
+    object["inside_percent"] = verdict.intervals > 0 ? Json(verdict.insidePercent) : Json();
+    object["kept"] = verdict.intervals > 0 ? Json(verdict.isKept()) : Json();
+    return object;
+}
+
+Json verdictOf(const QualityDocument& document) {
+    Json limits = Json::array();
+    for (const Verdict& verdict : document.verdicts) {
+        limits.push_back(jsonOf(verdict));
+    }
+    constexpr double secondsOfDay = 86400.0;
+    return {{"name", document.limits.name},
+            {"long_enough", document.results.durationSeconds >= document.limits.days * secondsOfDay},
+            {"limits", limits}};
+}
+
+Json jsonOf(const QualityDocument& document) {
+    const QualityResults& results = document.results;
+    const QualitySettings& settings = results.settings;
+    Json object{{"tool", jsonOfTool("")},
+                {"recording", jsonOf(document.recording)},
+                {"measured",
+                 {{"start", settings.startSeconds},
+                  {"duration", results.durationSeconds},
+                  {"content", document.content},
+                  {"declared", settings.hasVoltages() ? Json(settings.declaredVolts) : Json()},
+                  {"intervals", results.intervals},
+                  {"flagged", results.flagged}}}};
+    object["events"] = Json::array();
+    for (const Event& event : results.events) {
+        object["events"].push_back(jsonOf(event));
+    }
+    object["statistics"] = Json::object();
+    for (std::size_t i = 0; i < results.values.size(); ++i) {
+        if (const Statistics s = statisticsOf(results.values[i]); s.count > 0) {
+            object["statistics"][results.quantities[i].key] = {{"unit", results.quantities[i].unit},
+                                                               {"lowest", s.lowest},
+                                                               {"mean", s.mean},
+                                                               {"highest_95", s.highest95},
+                                                               {"highest", s.highest}};
+        }
+    }
+    object["ten_minutes"] = jsonOf(results.quantities, results.tenMinutes);
+    object["ten_seconds"] = jsonOf(results.quantities, results.tenSeconds);
+    object["verdict"] = document.limits.limits.empty() ? Json() : verdictOf(document);
+    object["remarks"] = document.remarks;
+    object["warnings"] = document.warnings;
+    return object;
+}
+
+std::string textOf(const Cells& cells, const std::string& alignment) {
+    TextTable table(alignment);
+    for (const auto& row : cells) {
+        table.add(row);
+    }
+    return table.text();
+}
+
+std::string limitText(const std::optional<double>& limit) {
+    return limit ? formatNumber(*limit) : "";
+}
+
+}  // namespace
+
+std::string remarkOnEvents(const QualityResults& results) {
+    const auto worst = std::find_if(results.events.begin(), results.events.end(),
+                                    [](const Event& event) { return event.isVoltageEvent(); });
+    if (results.events.empty()) {
+        return {};
+    }
+    const Event& shown = worst == results.events.end() ? results.events.front() : *worst;
+    const std::size_t others = results.events.size() - 1;
+    return "There was an event: " + describe(shown) + (others == 0 ? "" : ", and " + std::to_string(others) + " more") +
+           ". rt305 quality lists events.";
+}
+
+std::string describe(const Event& event) {
+    return wordsFor(event.kind) + " of " + joined(phasesOf(event)) + (event.isVoltageEvent() ? " to " : " by ") +
+           formatFixed(event.percent, 1) + " % for " + formatFixed(event.durationSeconds, 3) + " s at " +
+           formatFixed(event.startSeconds, 3) + " s";
+}
+
+Cells eventCells(const QualityResults& results) {
+    Cells cells{{"Event", "Start, s", "Duration, s", "Phases", "V", "%", "Jump, deg", ""}};
+    for (const Event& event : results.events) {
+        const int decimals = decimalsFor(results.settings.declaredVolts, 5);
+        cells.push_back({wordsFor(event.kind), formatFixed(event.startSeconds, 4),
+                         formatFixed(event.durationSeconds, 4), joined(phasesOf(event)),
+                         formatFixed(event.volts, decimals), formatFixed(event.percent, 1),
+                         std::isnan(event.jumpDegrees) ? "" : formatFixed(event.jumpDegrees, 1),
+                         event.isCut ? "not all of it is recorded" : ""});
+    }
+    return results.events.empty() ? Cells{} : cells;
+}
+
+ResultTable statisticsTable(const QualityResults& results) {
+    ResultTable table{
+        .name = "statistics",
+        .title = "Intervals of " + std::to_string(results.settings.cyclesPerInterval()) + " cycles",
+        .columns = {
+            {"lowest", "lowest", ""}, {"mean", "mean", ""}, {"highest_95", "95 %", ""}, {"highest", "highest", ""}}};
+    for (std::size_t i = 0; i < results.values.size(); ++i) {
+        const Quantity& quantity = results.quantities[i];
+        if (const Statistics s = statisticsOf(results.values[i]); s.count > 0) {
+            table.addRow({quantity.key, quantity.key, quantity.unit == "1" ? "" : quantity.unit},
+                         {s.lowest, s.mean, s.highest95, s.highest});
+        }
+    }
+    return table;
+}
+
+Cells verdictCells(const QualityDocument& document) {
+    Cells cells{{"Quantity", "Lower", "Upper", "Wanted, %", "Inside, %", "Intervals", "Worst", ""}};
+    for (const Verdict& verdict : document.verdicts) {
+        const bool hasValues = verdict.intervals > 0;
+        cells.push_back({verdict.limit.quantity, limitText(verdict.limit.lower), limitText(verdict.limit.upper),
+                         formatNumber(verdict.limit.percent), hasValues ? formatFixed(verdict.insidePercent, 2) : "-",
+                         std::to_string(verdict.intervals), hasValues ? verdict.channel : "",
+                         !hasValues         ? "not measured"
+                         : verdict.isKept() ? "kept"
+                                            : "NOT KEPT"});
+    }
+    return cells;
+}
+
+std::vector<std::string> qualityRemarks(const QualityDocument& document) {
+    std::vector<std::string> remarks;
+    const QualityResults& results = document.results;
+    constexpr double tenMinutes = 600.0;
+    constexpr double secondsOfDay = 86400.0;
+    if (results.durationSeconds < tenMinutes && results.settings.hasVoltages()) {
+        remarks.emplace_back(
+            "The recording is shorter than 10 minutes: what is given for 10 minutes (mean values, Pst, Plt) is that of "
+            "all of it" +
+            std::string(results.durationSeconds < 10.0 ? "; flicker needs more than 10 s." : "."));
+    }
+    if (const double days = document.limits.days; results.durationSeconds < days * secondsOfDay) {
+        remarks.push_back("A verdict by " + document.limits.name + " needs " + formatNumber(days) +
+                          " days; this recording is too short for one and judged on what it has, " +
+                          formatNumber(results.durationSeconds / 3600.0, 4) + " hours.");
+    }
+    return remarks;
+}
+
+void writeQuality(const QualityDocument& document, OutputForm form, bool styled, std::ostream& out) {
+    if (form == OutputForm::json) {
+        out << dumped(jsonOf(document), true);
+        return;
+    }
+    const QualityResults& results = document.results;
+    const QualitySettings& settings = results.settings;
+    out << shown(document.recording.file) << '\n'
+        << formatNumber(results.durationSeconds, 9) << " s at " << formatNumber(settings.rateHz) << " Hz"
+        << (settings.startSeconds > 0.0 ? " from " + formatNumber(settings.startSeconds, 9) + " s on" : "") << ", "
+        << document.content << '\n';
+    out << formatNumber(settings.nominalHz, 4) << " Hz";
+    if (settings.hasVoltages()) {
+        out << ", declared " << formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) << " V"
+            << (document.isDeclaredKnown ? "" : " as its first steady part has; --declared V if that is wrong");
+    }
+    out << "\n\n"
+        << (results.events.empty() ? std::string("No events\n") : textOf(eventCells(results), "lrrlrrrl")) << '\n'
+        << textOf(statisticsTable(results), styled) << results.intervals << " intervals, " << results.flagged
+        << " of them flagged: an event touches them\n";
+    if (!document.verdicts.empty()) {
+        out << '\n' << shown(document.limits.name) << '\n' << textOf(verdictCells(document), "lrrrrrll");
+    }
+    out << (document.remarks.empty() ? "" : "\n");
+    for (const std::string& remark : document.remarks) {
+        out << wrapped(shown(remark), 100);
+    }
+}
+
+QualityRowWriter::QualityRowWriter(std::string file, QualityRows rows, OutputForm form, const QualitySettings& settings,
+                                   std::ostream& out)
+    : file_(std::move(file)), rows_(rows), isCsv_(form == OutputForm::csv), settings_(settings), out_(out) {
+    if (rows_ == QualityRows::halfCycles) {
+        keys_ = {"frequency", "rocof"};
+        for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+            if (settings_.measures(channel)) {
+                keys_.emplace_back(channelNames[channel]);
+            }
+        }
+    } else {
+        for (const Quantity& quantity : quantitiesOf(settings_)) {
+            keys_.push_back(quantity.key);
+        }
+    }
+    if (isCsv_) {
+        out_ << "file,kind,start,duration,flagged,partial";
+        for (const std::string& key : keys_) {
+            out_ << ',' << key;
+        }
+        out_ << '\n';
+    }
+}
+
+void QualityRowWriter::writeRow(const std::string& kind, double start, double duration,
+                                const std::vector<double>& values, const Interval* interval) {
+    if (isCsv_) {
+        out_ << csvField(shown(file_)) << ',' << kind << ',' << formatNumber(start, 12) << ','
+             << formatNumber(duration, 9) << ',' << (interval != nullptr && interval->isFlagged) << ','
+             << (interval != nullptr && interval->isPartial);
+        for (const double value : values) {
+            out_ << ',' << (std::isnan(value) ? "" : formatNumber(value, 7));
+        }
+        out_ << '\n';
+        return;
+    }
+    Json line{{"recording", {{"file", file_}}}, {"kind", kind}, {"start", start}, {"duration", duration}};
+    if (interval != nullptr) {
+        line["flagged"] = interval->isFlagged;
+        line["partial"] = interval->isPartial;
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (!std::isnan(values[i])) {
+            line[keys_[i]] = values[i];
+        }
+    }
+    out_ << dumped(line, false);
+}
+
+void QualityRowWriter::write(const HalfCycle& cycle) {
+    std::vector<double> values{cycle.frequencyHz, cycle.rocof};
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (settings_.measures(channel)) {
+            values.push_back(cycle.rms[channel]);
+        }
+    }
+    writeRow("half_cycle", cycle.seconds - cycle.cycleSeconds / 2.0, cycle.cycleSeconds, values, nullptr);
+}
+
+void QualityRowWriter::write(const Interval& interval) {
+    const bool isWanted =
+        (interval.length == IntervalLength::cycles && rows_ == QualityRows::cycles) ||
+        (interval.length == IntervalLength::threeSeconds && rows_ == QualityRows::threeSeconds) ||
+        (interval.length == IntervalLength::tenMinutes && rows_ == QualityRows::tenMinutes) ||
+        (interval.length == IntervalLength::tenSeconds && !isCsv_ && rows_ != QualityRows::halfCycles);
+    if (isWanted) {
+        writeRow(std::string(nameOf(interval.length)), interval.startSeconds, interval.durationSeconds, interval.values,
+                 &interval);
+    }
+}
+
+QualityListener QualityRowWriter::listener() {
+    QualityListener listener;
+    listener.interval = [this](const Interval& interval) { write(interval); };
+    if (rows_ == QualityRows::halfCycles) {
+        listener.halfCycle = [this](const HalfCycle& cycle) { write(cycle); };
+    }
+    if (!isCsv_) {
+        listener.event = [this](const Event& event) {
+            Json line{{"recording", {{"file", file_}}}};
+            line.update(jsonOf(event));
+            line["kind"] = "event";
+            line["event"] = nameOf(event.kind);
+            out_ << dumped(line, false);
+        };
+    }
+    return listener;
+}
+
+void QualityRowWriter::finish(const QualityDocument& document) {
+    if (!isCsv_ && !document.verdicts.empty()) {
+        Json line{{"recording", {{"file", file_}}}, {"kind", "verdict"}};
+        line.update(verdictOf(document));
+        out_ << dumped(line, false);
+    }
+}
+
+}  // namespace rt305

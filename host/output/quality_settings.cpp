@@ -1,0 +1,75 @@
+#include "output/quality_settings.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "base/time_stamp.h"
+#include "quality/results.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr double leastSamplesPerCycle = 12.0;
+constexpr double leastCycles = 3.0;
+constexpr std::int64_t nanosecondsOfTwoHours = 7'200'000'000'000;
+
+/// The time of the first sample that is measured, since a full two hours; 0 without a clock.
+double clockOf(const Recording& recording, const MeasurementSettings& settings) {
+    std::string text = recording.fact("Start");
+    std::replace(text.begin(), text.end(), 'T', ' ');
+    const auto stamp = parseTimeStamp(text);
+    if (!stamp || recording.segments.empty()) {
+        return 0.0;
+    }
+    const auto& segment = recording.segments[settings.segment ? *settings.segment - 1 : mainSegment(recording)];
+    const double since = recording.seconds[segment.first] - recording.seconds[0] + settings.startSeconds;
+    return static_cast<double>(*stamp % nanosecondsOfTwoHours) * 1e-9 + since;
+}
+
+}  // namespace
+
+std::string obstacleToQuality(const Measurement& recorded) {
+    const std::string grid = "; a grid of " + formatNumber(recorded.nominalHz, 4) + " Hz needs ";
+    if (recorded.rateHz < leastSamplesPerCycle * recorded.nominalHz) {
+        return "a sample rate of " + formatNumber(recorded.rateHz) +
+               " Hz is too low to follow the voltage from cycle to cycle" + grid +
+               formatNumber(leastSamplesPerCycle * recorded.nominalHz) + " Hz";
+    }
+    if (recorded.durationSeconds() * recorded.nominalHz < leastCycles) {
+        return formatNumber(recorded.durationSeconds()) + " s are too short" + grid +
+               formatNumber(leastCycles / recorded.nominalHz, 3) + " s, " + formatNumber(leastCycles) + " cycles";
+    }
+    return {};
+}
+
+QualitySettings qualitySettings(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
+                                const QualityChoice& choice) {
+    QualitySettings settings = choice.settings;
+    settings.rateHz = recorded.rateHz;
+    settings.nominalHz = recorded.nominalHz;
+    settings.startSeconds = recorded.settings.startSeconds;
+    settings.clockSeconds = clockOf(recording, recorded.settings);
+    settings.hasNeutral = !fromLineVoltages;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        settings.isMeasured[channel] = recorded.measures(channel);
+    }
+    constexpr double between = 55.0;
+    settings.lamp = choice.lamp.value_or(settings.nominalHz < between ? Lamp::of230V : Lamp::of120V);
+    if (settings.hasVoltages() && !(settings.declaredVolts > 0.0)) {
+        settings.declaredVolts = usualVoltageOf(recorded.samples, settings);
+    }
+    return settings;
+}
+
+std::optional<QualitySettings> qualitySettingsOf(const Recording& recording, const FullMeasurement& full) {
+    const Measurement& recorded = full.asRecorded;
+    if (!recorded.hasVoltages() || !(full.frequencyHz > 0.0) || !obstacleToQuality(recorded).empty()) {
+        return std::nullopt;
+    }
+    QualitySettings settings = qualitySettings(recording, recorded, full.fromLineVoltages, {});
+    settings.eventsOnly = true;
+    return settings.declaredVolts > 0.0 ? std::optional(settings) : std::nullopt;
+}
+
+}  // namespace rt305
