@@ -36,9 +36,4 @@ creal_T analyticProductSum(samples a, samples b, const RealFft& shared) {
     return {total.re / n, total.im / n};
 }
 
-creal_T analyticProductSum(samples a, samples b) {
-    const int n = expandedLength(static_cast<int>(a.size()), static_cast<int>(b.size()));
-    return analyticProductSum(a, b, RealFft(std::max(n, 1)));
-}
-
 }  // namespace coder

@@ -7,10 +7,8 @@ namespace coder {
 
 /// sum over k of A[k] conj(B[k]) for the analytic signals A, B of rows a[n], b[n], with singleton expansion; 0 when
 /// empty. By Parseval's theorem the sum is taken over the spectra, where bins strictly between DC and half the rate
-/// count four times; the analytic signals themselves are not computed.
-creal_T analyticProductSum(samples a, samples b);
-
-/// analyticProductSum for several pairs: pairs of the length of `shared` use it, others make a plan of their own.
+/// count four times; the analytic signals themselves are not computed. Rows of the length of `shared` use it, others
+/// make a plan of their own.
 creal_T analyticProductSum(samples a, samples b, const RealFft& shared);
 
 }  // namespace coder

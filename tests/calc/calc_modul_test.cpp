@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "calc/channel_kind.h"
+#include "extras/stage_names.h"
 #include "support/plain.h"
 #include "support/signals.h"
 
@@ -107,6 +108,30 @@ TEST(Computation, RecordsAreNamedWithoutTheirStages) {
     EXPECT_TRUE(isInitialized_calc_modul_K9_web());
     calc_modul_K9_web_terminate();
     EXPECT_FALSE(isInitialized_calc_modul_K9_web());
+}
+
+TEST(StageNames, EndInIForCurrents) {
+    const ChannelSet set{coder::row(Samples(n, 1.0)), coder::row(Samples(n, 2.0)), coder::row(Samples(n, 3.0))};
+    const SpectrumRequest request{n, 0.0, 2, SpectrumOptions(0)};
+    const auto expectStages = [&](char letter, double limit, auto signals, auto spectrum, auto distortion) {
+        SetOfRecords records;
+        distortion(set, records.distortion);
+        spectrum(set, request, records.spectrum);
+        signals(ChannelSet(set), records.signals);
+        for (const auto& labels :
+             {records.distortion.labels, records.spectrum.labels, records.signals.variables.labels}) {
+            EXPECT_EQ(labels[0][0], letter);
+        }
+        EXPECT_EQ(records.distortion.levels[2].size(), 5U);
+        EXPECT_DOUBLE_EQ(records.spectrum.frequencies->back(), limit);
+        EXPECT_EQ(records.signals.variables.statistics[2].values[0], 3.0);
+    };
+    const auto at500 = [](auto&... arguments) { SpectrumParam_fn_mo_305_4(arguments...); };
+    expectStages('V', 250.0, TimeSignalData_mo_305_4, at500, paramData_thd_mo_305_4);
+    expectStages('V', 1000.0, TimeSignalData_mo_305_4, b_SpectrumParam_fn_mo_305_4, paramData_thd_mo_305_4);
+    const auto currentsAt500 = [](auto&... arguments) { SpectrumParam_fn_mo_305_4I(arguments...); };
+    expectStages('I', 250.0, TimeSignalData_mo_305_4I, currentsAt500, paramData_thd_mo_305_4I);
+    expectStages('I', 1000.0, TimeSignalData_mo_305_4I, b_SpectrumParam_fn_mo_305_4I, paramData_thd_mo_305_4I);
 }
 
 TEST(Spectrum, OddRatesCutTheRowAndTheAxis) {

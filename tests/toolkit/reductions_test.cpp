@@ -42,9 +42,11 @@ TEST(Reductions, SumsKeepTheDocumentedOrderBitForBit) {
         std::copy(z.begin(), z.end(), complex.begin());
         EXPECT_EQ(coder::combineVectorElements(x), plainBlockedSum(x)) << n;
         EXPECT_EQ(coder::combineVectorElements<3>({x, y, x})[1], plainBlockedSum(y)) << n;
+        EXPECT_EQ((coder::combineVectorElements<2>({x, {}})), (std::array{plainBlockedSum(x), 0.0})) << n;
         EXPECT_EQ(coder::sum(complex), plainBlockedSum(z)) << n;
     }
     EXPECT_TRUE(std::isnan(coder::mean({})));
+    EXPECT_TRUE(std::signbit(coder::combineVectorElements(Row(2000, -0.0))));
 }
 
 TEST(Reductions, RangesAreFilledFromBothEnds) {
