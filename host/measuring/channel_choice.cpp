@@ -1,10 +1,14 @@
 #include "measuring/channel_choice.h"
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "measuring/nominal_frequency.h"
+#include "signal/harmonic_fit.h"
 
 namespace rt305 {
 
@@ -39,6 +43,47 @@ void formThird(Measurement& measurement, std::size_t phase, std::size_t kind) {
         formed.resize(measurement.length);
         std::transform(x.begin(), x.end(), y.begin(), formed.begin(), [](double p, double q) { return -(p + q); });
     }
+}
+
+/// Exchanges two channels with all that belongs to them.
+void exchange(Measurement& measurement, std::size_t one, std::size_t other) {
+    MeasurementSettings& settings = measurement.settings;
+    std::swap(measurement.samples[one], measurement.samples[other]);
+    std::swap(measurement.assignment.columns[one], measurement.assignment.columns[other]);
+    std::swap(measurement.assignment.reasons[one], measurement.assignment.reasons[other]);
+    for (PerChannel<double>* const each : {&settings.coefficients, &settings.gains, &settings.resistances}) {
+        std::swap((*each)[one], (*each)[other]);
+    }
+}
+
+/// Two voltages of similar magnitude, 60 degrees apart, can only be line voltages with the third phase in common: Ua
+/// and Uc are then ab and cb.
+void recogniseLineVoltages(Measurement& measurement) {
+    constexpr double largestRatio = 1.25;
+    constexpr double tolerance = 10.0;  // degrees
+    auto& samples = measurement.samples;
+    const auto names = namesOf(measurement, voltages, true);
+    if (names.size() != 2 || measurement.assignment.areLineVoltages || measurement.settings.wiringIsGiven) {
+        return;
+    }
+    const std::size_t common = *findChannel(namesOf(measurement, voltages, false).at(0));
+    const std::size_t before = (common + 2) % phaseTotal;  // its voltage against `common` is a line voltage as it is
+    const std::size_t after = (common + 1) % phaseTotal;
+    const double frequency = commonFundamental(samples, measurement.rateHz);
+    const auto x = phasorAt(samples[before], measurement.rateHz, frequency);
+    const auto y = phasorAt(samples[after], measurement.rateHz, frequency);
+    const double ratio = std::abs(y) / std::abs(x);
+    if (!(frequency > 0.0 && ratio < largestRatio && ratio > 1.0 / largestRatio &&
+          std::fabs(std::fabs(lagDegrees(x, y)) - 60.0) < tolerance)) {
+        return;
+    }
+    exchange(measurement, after, common);
+    std::transform(samples[common].begin(), samples[common].end(), samples[common].begin(), std::negate<>());
+    measurement.assignment.areLineVoltages = true;
+    const std::string phases = "abc";
+    const auto [first, second] = std::minmax(before, after);
+    measurement.notes.push_back(joined(names) + " are 60 degrees apart, so they are line voltages, " + phases[first] +
+                                phases[common] + " and " + phases[second] + phases[common]);
 }
 
 /// Line voltages by their names make three wires, unless the user has given the wiring. Two of them give the third.
@@ -90,19 +135,12 @@ void empty(Measurement& measurement, std::size_t kind) {
 /// Makes the only channel of a kind that of phase a.
 void moveToPhaseA(Measurement& measurement, std::size_t kind) {
     for (std::size_t channel = kind + 1; channel < kind + phaseTotal; ++channel) {
-        if (measurement.samples[channel].empty()) {
-            continue;
+        if (!measurement.samples[channel].empty()) {
+            exchange(measurement, channel, kind);
+            measurement.notes.push_back(std::string(channelNames[channel]) + " is shown as " +
+                                        std::string(channelNames[kind]) + ", the only phase");
+            return;
         }
-        MeasurementSettings& settings = measurement.settings;
-        std::swap(measurement.samples[channel], measurement.samples[kind]);
-        std::swap(measurement.assignment.columns[channel], measurement.assignment.columns[kind]);
-        std::swap(measurement.assignment.reasons[channel], measurement.assignment.reasons[kind]);
-        for (PerChannel<double>* const each : {&settings.coefficients, &settings.gains, &settings.resistances}) {
-            std::swap((*each)[channel], (*each)[kind]);
-        }
-        measurement.notes.push_back(std::string(channelNames[channel]) + " is shown as " +
-                                    std::string(channelNames[kind]) + ", the only phase");
-        return;
     }
 }
 
@@ -183,6 +221,7 @@ void chooseStandIns(Measurement& measurement) {
 
 void chooseChannels(Measurement& measurement, const Recording& recording) {
     const std::string& source = recording.source;
+    recogniseLineVoltages(measurement);
     useLineVoltages(recording, measurement);
     for (const std::size_t kind : {voltages, currents}) {
         if (measurement.settings.inputType && !asksFor(measurement.settings.inputType, kind)) {

@@ -262,6 +262,7 @@ FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
         }
         cut(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
         takeFrequency(full, state);
+        return wholeCyclesOf(std::move(full));  // it is steady
     }
     full.unsteadiness = describeUnsteadiness(state, full.asRecorded);
     return wholeCyclesOf(std::move(full));

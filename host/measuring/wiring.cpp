@@ -102,6 +102,44 @@ void judgeCurrents(const Phasors& voltages, const Phasors& currents, bool isBack
     faults.push_back(fault);
 }
 
+/// Voltages that may not be what they are taken for: one in the ratio of a line voltage to the others, or three that
+/// add up to zero although they are not symmetrical. Takes what is measured as phase voltages.
+std::vector<std::string> lineVoltagesAmong(const Phasors& voltages) {
+    constexpr double lineRatio = 1.7320508;
+    constexpr double tolerance = 0.03;
+    const auto isAbout = [](double x, double y) { return std::fabs(x / y - 1.0) < tolerance; };
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const double one = std::abs(voltages[(phase + 1) % phaseTotal]);
+        const double other = std::abs(voltages[(phase + 2) % phaseTotal]);
+        if (isAbout(one, other) && isAbout(std::abs(voltages[phase]), lineRatio * one)) {
+            return {channelName(phase) + " is 1.73 times the other voltages: it may be a line voltage."};
+        }
+    }
+    const auto [negative, zero] = unbalanceOf(voltages);
+    if (negative > 1.0 && zero < 0.01) {
+        return {
+            "The voltages add up to zero although they are not symmetrical, as line voltages do: --wiring three if "
+            "they are."};
+    }
+    return {};
+}
+
+/// Empty when there is none.
+std::string reasonNotToJudge(const FullMeasurement& full, const Fundamentals& fundamentals) {
+    if (!full.isSteady()) {
+        return ", because the signal is not steady";
+    }
+    if (full.asRecorded.settings.part == Part::fault) {
+        return " in a fault";
+    }
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        if (!fundamentals.hasSignal[phase]) {
+            return ", because " + channelName(phase) + " has no fundamental";
+        }
+    }
+    return "";
+}
+
 }  // namespace
 
 std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents) {
@@ -125,20 +163,16 @@ std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamen
     if (!full.measurement.hasVoltages() || !full.measurement.isThreePhase()) {
         return {};
     }
-    if (!full.isSteady()) {
-        return {"not judged, because the signal is not steady."};
-    }
-    if (full.asRecorded.settings.part == Part::fault) {
-        return {"not judged in a fault."};
-    }
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        if (!fundamentals.hasSignal[phase]) {
-            return {"not judged, because " + std::string(channelNames[phase]) + " has no fundamental."};
-        }
+    if (std::string reason = reasonNotToJudge(full, fundamentals); !reason.empty()) {
+        return {"not judged" + reason + "."};
     }
     const auto* const ofCurrents = fundamentals.hasSignal.begin() + phaseTotal;
     const bool areLive = std::all_of(ofCurrents, fundamentals.hasSignal.end(), [](bool live) { return live; });
     auto verdict = wiringFaults(fundamentals.voltages, areLive ? fundamentals.currents : Phasors{});
+    if (!full.fromLineVoltages) {
+        const auto doubts = lineVoltagesAmong(fundamentals.voltages);
+        verdict.insert(verdict.end(), doubts.begin(), doubts.end());
+    }
     if (verdict.empty()) {
         verdict.emplace_back(full.measurement.isCombined() ? "nothing odd in the order and the angles."
                                                            : "phase order a-b-c, about 120 degrees apart.");

@@ -210,23 +210,26 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     return table;
 }
 
+void removeParameter(std::string_view name, Parameters& parameters) {
+    for (NamedValue& parameter : parameters) {
+        if (parameter.name == name) {
+            parameter.value = std::numeric_limits<double>::quiet_NaN();
+        }
+    }
+}
+
 /// The parameters without THD and frequency of channels whose harmonics are in doubt. Frequencies are those of the
 /// voltages, or of currents alone.
 Parameters withoutDoubtful(Parameters parameters, const PerChannel<std::string>& doubts, bool hasVoltages) {
-    const auto remove = [&parameters](std::string_view name) {
-        for (NamedValue& parameter : parameters) {
-            if (parameter.name == name) {
-                parameter.value = std::numeric_limits<double>::quiet_NaN();
-            }
-        }
-    };
     static constexpr std::string_view frequencies[] = {"Fa", "Fb", "Fc"};
-    for (const ThdSet& set : thdSets) {
-        for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-            if (!doubts[set.firstChannel + phase].empty()) {
-                remove(set.parameters[phase]);
-                remove(isCurrent(set.firstChannel) && hasVoltages ? "" : frequencies[phase]);
-            }
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (doubts[channel].empty()) {
+            continue;
+        }
+        const std::size_t phase = channel % phaseTotal;
+        removeParameter(thdSets[channel / phaseTotal].parameters[phase], parameters);
+        if (isCurrent(channel) != hasVoltages) {
+            removeParameter(frequencies[phase], parameters);
         }
     }
     return parameters;

@@ -21,6 +21,14 @@ TEST(Measure, PowerByEveryMethodInFourAndThreeWires) {
         {"rt305 info v.csv", "Uab V; Uab by its name; Ubc by its name"},
         {"measure --wiring four v.csv", "Ua and Ub not used; no column for Uc"},
         {"generate | sed '1s/Ic/In/' | measure --two-currents c -", "that are not used: ; In"},
+        // Uab and Ucb, then Uac and Ubc, named Ua and Uc, Ua and Ub
+        {"generate --voltage 398.37168574 --angle 60 > l.csv; awk -F, '{print $1 \",\" $2 \",\" (NR > 1 ? -$3 : "
+         "\"Uc\") "
+         "\",\" $5 \",\" $6 \",\" $7}' l.csv | measure -",
+         "60 degrees apart; ab and cb; power/P/three_wattmeter = 2987.79; power/Q/two_wattmeter = 1725"},
+        {"awk -F, '{print $1 \",\" (NR > 1 ? -$4 : \"Ua\") \",\" (NR > 1 ? $3 : \"Ub\") \",\" $5 \",\" $6 \",\" $7}' "
+         "l.csv | measure -",
+         "ac and bc; power/P/three_wattmeter = 2987.79; parameters/phase_voltage = 230 230 230"},
         {"generate --frequency 59.9 | measure -", "power/P/two_wattmeter = 3450 ~ 1; derived/frequency/a = 59.9"},
         {"generate | measure --coefficients 2,2,2,10,10,10 -",
          "power/P/two_wattmeter = 69000; parameters/current/c = 50"},
