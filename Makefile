@@ -1,6 +1,6 @@
 # Each target installs the Debian packages that it needs when they are missing.
 
-.PHONY: help setup demo test lint sanitize ci test-full coverage bench soak fuzz mutation packages clean
+.PHONY: help setup demo test lint sanitize ci test-full coverage bench soak fuzz mutation packages arm64 clean
 
 help:
 	@echo "make demo       build, then measure the sample recording"
@@ -15,6 +15,7 @@ help:
 	@echo "make fuzz       fuzz targets under sanitizers, 60 seconds each; SECONDS=600 for more"
 	@echo "make mutation   small faults seeded into src/, and which of them the tests notice"
 	@echo "make packages   Debian packages, tried in a fresh Debian"
+	@echo "make arm64      tests under emulation of an arm64 processor, and the packages for it"
 	@echo "make setup      install all Debian packages that the targets need"
 
 setup:
@@ -78,6 +79,14 @@ mutation:
 packages:
 	@scripts/setup all
 	@scripts/check-packages
+
+arm64:
+	@scripts/setup arm64
+	@cmake --workflow --preset arm64
+	@cmake --preset debug >/dev/null && cmake --build --preset debug --target machine_texts rt305_4
+	@scripts/check-cpus build/debug build/arm64
+	@cmake --workflow --preset package-arm64
+	@lintian --fail-on error --allow-root build/package-arm64/packages/*.deb
 
 clean:
 	rm -rf build

@@ -12,9 +12,11 @@ target_compile_options(rt305_4_options INTERFACE
   # No code reads errno or the floating-point exception flags. With them, loops with sqrt or selects are not vectorised.
   -fno-math-errno -fno-trapping-math
   # The library runs inside its host's process: a buffer overrun must end that process, not be exploited.
-  -fstack-protector-strong -fstack-clash-protection -fcf-protection
+  -fstack-protector-strong -fstack-clash-protection
+  $<IF:$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>,-mbranch-protection=standard,-fcf-protection>
   $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
-target_link_options(rt305_4_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack,-z,shstk)
+target_link_options(rt305_4_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack
+  $<$<NOT:$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>>:-Wl,-z,shstk>)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cassert>
+#include <optional>
 #include <string>
 
 #include "calc/calc_modul_K9_web.h"
@@ -47,10 +48,10 @@ struct Lifetime {
 class NewTexts {
 public:
     template <class Table, class Record>
-    void add(std::string& place, Record& record) {
+    void add(std::string& place, std::optional<Record>& record) {
         Table table;
-        table.init(record);
-        record = Record();  // the table has its own copy: long records are not kept twice
+        table.init(*record);
+        record.reset();  // the table has its own copy: long records are not kept twice
         assert(count_ < made_.size());
         made_[count_++] = {&place, table.toJsonText()};
     }
@@ -70,41 +71,40 @@ private:
     std::size_t count_ = 0;
 };
 
-/// The records of one channel set.
+/// The records of one channel set. Only the one that the operation returns is made and computed.
 struct SetResults {
-    calc_modul_K9_web_ns::coder::b_table signals;
-    calc_modul_K9_web_ns::coder::f_table spectrum;
-    calc_modul_K9_web_ns::coder::c_table distortion;
+    std::optional<calc_modul_K9_web_ns::coder::b_table> signals;
+    std::optional<calc_modul_K9_web_ns::coder::f_table> spectrum;
+    std::optional<calc_modul_K9_web_ns::coder::c_table> distortion;
 
-    /// The record that the operation returns; no other is computed.
     SetRecords shownBy(std::uint32_t operation) {
-        return {operation == RT305_4_OPERATION_SIGNALS ? &signals : nullptr,
-                operation == RT305_4_OPERATION_SPECTRUM ? &spectrum : nullptr,
-                operation == RT305_4_OPERATION_DISTORTION ? &distortion : nullptr};
+        return {operation == RT305_4_OPERATION_SIGNALS ? &signals.emplace() : nullptr,
+                operation == RT305_4_OPERATION_SPECTRUM ? &spectrum.emplace() : nullptr,
+                operation == RT305_4_OPERATION_DISTORTION ? &distortion.emplace() : nullptr};
     }
 };
 
 template <class SignalTable, class SpectrumTable, class DistortionTable>
-void addTexts(NewTexts& texts, const SetRecords& records, std::string& signals, std::string& spectrum,
+void addTexts(NewTexts& texts, SetResults& results, std::string& signals, std::string& spectrum,
               std::string& distortion) {
-    if (records.signals != nullptr) {
-        texts.add<SignalTable>(signals, *records.signals);
+    if (results.signals) {
+        texts.add<SignalTable>(signals, results.signals);
     }
-    if (records.spectrum != nullptr) {
-        texts.add<SpectrumTable>(spectrum, *records.spectrum);
+    if (results.spectrum) {
+        texts.add<SpectrumTable>(spectrum, results.spectrum);
     }
-    if (records.distortion != nullptr) {
-        texts.add<DistortionTable>(distortion, *records.distortion);
+    if (results.distortion) {
+        texts.add<DistortionTable>(distortion, results.distortion);
     }
 }
 
 void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
     const bool both = inputType == RT305_4_INPUT_VOLTAGES_AND_CURRENTS;
-    calc_modul_K9_web_ns::coder::d_table parameters;
+    std::optional<calc_modul_K9_web_ns::coder::d_table> parameters(std::in_place);
     SetResults voltages;
     SetResults currents;
     ResultRecords results;
-    results.parameters = &parameters;
+    results.parameters = &*parameters;
     if (both || inputType == RT305_4_INPUT_VOLTAGES) {
         results.voltages = voltages.shownBy(measurement.processingMode);
     }
@@ -116,9 +116,9 @@ void computeTexts(const Measurement& measurement, std::uint32_t inputType) {
     NewTexts texts;
     texts.add<RT305_4_ParamTable>(ParamDataStr, parameters);
     addTexts<RT305_4_USignalTable, RT305_4_USpectrumTable, RT305_4_UDistortionTable>(
-        texts, results.voltages, TimeSignalDataUStr, SpectrumParamUStr, ParamData_thdUStr);
+        texts, voltages, TimeSignalDataUStr, SpectrumParamUStr, ParamData_thdUStr);
     addTexts<RT305_4_ISignalTable, RT305_4_ISpectrumTable, RT305_4_IDistortionTable>(
-        texts, results.currents, TimeSignalDataIStr, SpectrumParamIStr, ParamData_thdIStr);
+        texts, currents, TimeSignalDataIStr, SpectrumParamIStr, ParamData_thdIStr);
     texts.publish();
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <map>
 #include <span>
@@ -72,7 +73,7 @@ private:
     std::vector<json*> open_;
 };
 
-/// Writes compact text; it is complete after flush(). Short pieces are collected and appended together.
+/// Writes compact text; it is complete after flush(). Short pieces and numbers are collected and appended together.
 class TextSink {
 public:
     explicit TextSink(std::string& out) : out_(out) {}
@@ -83,7 +84,11 @@ public:
 
     void value(double value) {
         separate();
-        collected_ = writeJsonNumber(room(roomForJsonNumber), value);
+        if (count_ == numbers_.size()) {
+            flush();
+        }
+        numbers_[count_] = value;
+        places_[count_++] = collected_;
     }
     /// A row that several cells share, a frequency axis, is formatted once and copied.
     void value(const std::vector<double>& row) {
@@ -133,8 +138,17 @@ public:
         first_ = false;
     }
     void flush() {
-        out_.append(buffer_, collected_);
+        char text[sizeof buffer_ + JsonNumbers::most * roomForJsonNumber];
+        char* end = text;
+        const char* written = buffer_;
+        const JsonNumbers numbers({numbers_.data(), count_});
+        for (std::size_t i = 0; i < count_; ++i) {
+            end = numbers.write(std::copy(written, places_[i], end), i);
+            written = places_[i];
+        }
+        out_.append(text, std::copy<const char*>(written, collected_, end));
         collected_ = buffer_;
+        count_ = 0;
     }
 
 private:
@@ -194,24 +208,26 @@ private:
     }
 
     std::string& out_;
-    char buffer_[512];
-    char* collected_ = buffer_;  // the end of the characters that are not appended yet
+    char buffer_[2048];
+    char* collected_ = buffer_;                      // the end of the characters that are not appended yet
+    std::array<double, JsonNumbers::most> numbers_;  // those not appended yet, and the characters that they precede
+    std::array<const char*, JsonNumbers::most> places_;
+    std::size_t count_ = 0;
     std::string closing_;
     std::map<const std::vector<double>*, Written> written_;  // by address: rows live longer than the sink
     bool first_ = true;
 };
 
-/// Length that the text of a table rarely exceeds.
+/// Length that the text of a table rarely exceeds. The rows of a column hold values of one type.
 std::size_t textRoom(const MatlabTable& table) {
     constexpr std::size_t keyAndShortValue = 64;
-    std::size_t room = keyAndShortValue;
-    for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
-        for (std::uint64_t col = 0; col < table.getColNum(); ++col) {
+    std::size_t room = keyAndShortValue * (1 + table.getRowNum() * table.getColNum());
+    for (std::uint64_t col = 0; col < table.getColNum(); ++col) {
+        if (table.getRowNum() == 0 || table.findCell(col, 0)->getDataType() < MatlabCell::CellDataType::table) {
+            continue;
+        }
+        for (std::uint64_t row = 0; row < table.getRowNum(); ++row) {
             const MatlabCell& cell = *table.findCell(col, row);
-            room += keyAndShortValue;
-            if (cell.getDataType() < MatlabCell::CellDataType::table) {
-                continue;
-            }
             const MatlabTable* const nested = cell.toMatlabTable();
             const std::size_t numbers =
                 cell.toDoubleVector().size() + cell.toIntVector().size() + cell.toUIntVector().size();

@@ -25,7 +25,8 @@ bool isSupported(InstructionSet set) {
         return __builtin_cpu_supports("avx2") != 0;
     }
     if (set == InstructionSet::avx512) {
-        return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0;
+        return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
+               __builtin_cpu_supports("avx512bw") != 0;
     }
 #endif
     return set == InstructionSet::baseline;

@@ -46,14 +46,14 @@ private:
     InstructionSet previous_;
 };
 
-/// A vector of `width` doubles; for width 1 a plain double.
-template <int width>
+/// A vector of `width` numbers; for width 1 a plain number.
+template <int width, class Number = double>
 struct Lanes {
-    using type [[gnu::vector_size(width * sizeof(double))]] = double;
+    using type [[gnu::vector_size(width * sizeof(Number))]] = Number;
 };
-template <>
-struct Lanes<1> {
-    using type = double;
+template <class Number>
+struct Lanes<1, Number> {
+    using type = Number;
 };
 
 /// Calls f(0) ... f(count-1) with the index as a compile-time constant.
@@ -82,7 +82,7 @@ __attribute__((target("avx2"))) Result runAvx2(Arguments... arguments) {
 }
 
 template <class Result, class Kernel, class... Arguments>
-__attribute__((target("avx512f,avx512dq"))) Result runAvx512(Arguments... arguments) {
+__attribute__((target("avx512f,avx512dq,avx512bw"))) Result runAvx512(Arguments... arguments) {
     return Kernel::template run<8>(arguments...);
 }
 #endif
