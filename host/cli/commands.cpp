@@ -40,6 +40,15 @@ struct Measured {
         warn(message);
         document.warnings.push_back(message);
     }
+
+    /// THD, frequencies and power by phase angles are those of a steady signal.
+    void warnOfChange() {
+        if (const std::string change = changeIn(measurement); !change.empty()) {
+            warnAndKeep(change +
+                        ", so figures of the fundamental and the harmonics can be wrong; rt305 measure lists "
+                        "the steady parts");
+        }
+    }
 };
 
 /// Recordings hold the line voltages ab, bc and ca; two wattmeters require cb.
@@ -108,6 +117,7 @@ void showRecording(const MeasureOptions& options) {
 void showParameters(const MeasureOptions& options) {
     const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
     Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
+    result.warnOfChange();
     auto parameters = measuredParameters(result.texts.parameters, result.measurement);
     for (NamedValue& parameter : parameters) {
         if (byTwoWattmeters && parameter.name == "Ud0") {  // ab + cb + ca is not the zero-sequence voltage
@@ -145,6 +155,7 @@ void showSpectra(const MeasureOptions& options) {
 
 void showHarmonics(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
+    result.warnOfChange();
     if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
         result.warnAndKeep(remark);
     }

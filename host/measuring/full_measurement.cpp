@@ -108,10 +108,10 @@ std::string rangeOf(std::size_t first, std::size_t count, const Measurement& rec
     return secondsOf(first, recorded) + "-" + secondsOf(first + count, recorded) + " s";
 }
 
-/// What changes most, where, and the parts that are steady; empty for a steady signal.
-std::string describeUnsteadiness(const GridState& state, const Measurement& recorded) {
-    const auto& [parts, change, isSteady] = state.steadiness;
-    if (isSteady || state.channels.empty()) {
+/// What changes most and where; empty for a steady signal.
+std::string describeChange(const GridState& state, const Measurement& recorded) {
+    const LargestChange& change = state.steadiness.change;
+    if (state.steadiness.isSteady || state.channels.empty()) {
         return {};
     }
     std::string text = "the signal is not steady: the fundamental of " +
@@ -120,9 +120,17 @@ std::string describeUnsteadiness(const GridState& state, const Measurement& reco
     if (std::fabs(change.degrees) >= 1.0) {
         text += " and " + formatFixed(change.degrees, 0) + " degrees in angle";
     }
-    text += " about " + secondsOf(change.sample, recorded) + " s after the start";
+    return text + " about " + secondsOf(change.sample, recorded) + " s after the start";
+}
+
+/// The change and the parts that are steady; empty for a steady signal.
+std::string describeUnsteadiness(const GridState& state, const Measurement& recorded) {
+    const std::string text = describeChange(state, recorded);
+    if (text.empty()) {
+        return {};
+    }
     constexpr std::size_t mostListed = 4;
-    std::vector<SteadyPart> longest = parts;
+    std::vector<SteadyPart> longest = state.steadiness.parts;
     std::stable_sort(longest.begin(), longest.end(),
                      [](const SteadyPart& x, const SteadyPart& y) { return x.count > y.count; });
     longest.resize(std::min(longest.size(), mostListed));
@@ -304,6 +312,10 @@ FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, doubl
         window.unsteadiness = describeUnsteadiness(state, window.asRecorded);
     }
     return wholeCyclesOf(std::move(window));
+}
+
+std::string changeIn(const Measurement& measurement) {
+    return describeChange(gridStateOf(measurement, measurement.nominalHz), measurement);
 }
 
 Measurement withLineVoltages(Measurement measurement) {

@@ -39,6 +39,9 @@ RecordedPhases recordedPhases(const Recording& recording, const MeasurementSetti
 /// samples.
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds);
 
+/// What makes a signal unsteady, by how much and where; empty when it is steady.
+std::string changeIn(const Measurement& measurement);
+
 /// With the line voltages ab, bc and ca in place of the phase voltages.
 Measurement withLineVoltages(Measurement measurement);
 

@@ -357,6 +357,13 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
         document.warnings.push_back(full.unsteadiness);
     }
     document.remarks.push_back(describeSamples(full));
+    constexpr double nominalTolerance = 0.1;
+    if (full.isFrequencyMeasured &&
+        std::fabs(full.frequencyHz - measurement.nominalHz) > nominalTolerance * measurement.nominalHz) {
+        document.remarks.push_back("Frequency: " + formatFixed(full.frequencyHz, 2) + " Hz is far from the nominal " +
+                                   formatNumber(measurement.nominalHz, 4) +
+                                   " Hz; check --nominal and the sample rate.");
+    }
     if (!full.frequencySource.empty()) {
         document.remarks.push_back("Frequency: " + full.frequencySource + ".");
     }
