@@ -1,10 +1,14 @@
 #include "output/quality_settings.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <span>
+#include <vector>
 
 #include "base/text.h"
 #include "base/time_stamp.h"
-#include "quality/results.h"
+#include "signal/usual_level.h"
 
 namespace rt305 {
 
@@ -25,6 +29,17 @@ double clockOf(const Recording& recording, const MeasurementSettings& settings) 
     const auto& segment = recording.segments[settings.segment ? *settings.segment - 1 : mainSegment(recording)];
     const double since = recording.seconds[segment.first] - recording.seconds[0] + settings.startSeconds;
     return static_cast<double>(*stamp % nanosecondsOfTwoHours) * 1e-9 + since;
+}
+
+std::vector<std::span<const double>> gaplessVoltages(const Measurement& recorded) {
+    std::vector<std::span<const double>> voltages;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const auto& samples = recorded.samples[phase];
+        if (!samples.empty() && std::none_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); })) {
+            voltages.emplace_back(samples);
+        }
+    }
+    return voltages;
 }
 
 }  // namespace
@@ -57,7 +72,7 @@ QualitySettings qualitySettings(const Recording& recording, const Measurement& r
     constexpr double between = 55.0;
     settings.lamp = choice.lamp.value_or(settings.nominalHz < between ? Lamp::of230V : Lamp::of120V);
     if (settings.hasVoltages() && !(settings.declaredVolts > 0.0)) {
-        settings.declaredVolts = usualVoltageOf(recorded.samples, settings);
+        settings.declaredVolts = usualLevelOf(gaplessVoltages(recorded), settings.rateHz, settings.nominalHz);
     }
     return settings;
 }

@@ -5,17 +5,12 @@
 #include <limits>
 #include <numeric>
 
-#include "signal/harmonic_fit.h"
-#include "signal/steadiness.h"
-
 namespace rt305 {
 
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t blockLength = 4096;
-constexpr double longestLook = 10.0;  // s
-constexpr double leastShareOfHighest = 0.5;
 
 /// Puts the values of a cycle at its time and those before it that have none.
 void addToTraces(const HalfCycle& cycle, QualityTraces& traces) {
@@ -81,34 +76,6 @@ std::size_t lengthOf(const PerChannel<std::vector<double>>& samples) {
     return length;
 }
 
-/// RMS of each cycle, mean of the voltages.
-std::vector<double> cycleRms(const std::vector<std::span<const double>>& voltages, double period) {
-    std::vector<double> result;
-    IntegralWeights integral;
-    double begin = 1.0;
-    while (begin + period + 3.0 < static_cast<double>(voltages[0].size())) {
-        setIntegral(begin, begin + period, integral);
-        double sum = 0.0;
-        for (const auto& voltage : voltages) {
-            double squares = 0.0;
-            for (std::size_t k = 0; k < integral.weights.size(); ++k) {
-                const double x = voltage[integral.first + k];
-                squares += integral.weights[k] * x * x;
-            }
-            sum += std::sqrt(std::fmax(0.0, squares / period));
-        }
-        result.push_back(sum / static_cast<double>(voltages.size()));
-        begin += period;
-    }
-    return result;
-}
-
-/// 0 without values.
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
-}
-
 }  // namespace
 
 Statistics statisticsOf(std::vector<float> values) {
@@ -148,38 +115,6 @@ QualityResults analyse(const PerChannel<std::vector<double>>& samples, const Qua
     std::stable_sort(results.events.begin(), results.events.end(),
                      [](const Event& x, const Event& y) { return x.startSeconds < y.startSeconds; });
     return results;
-}
-
-double usualVoltageOf(const PerChannel<std::vector<double>>& samples, const QualitySettings& settings) {
-    std::vector<std::span<const double>> voltages;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const std::span<const double> all(samples[phase]);
-        const auto looked = all.first(std::min(all.size(), static_cast<std::size_t>(longestLook * settings.rateHz)));
-        if (!looked.empty() && std::none_of(looked.begin(), looked.end(), [](double x) { return std::isnan(x); })) {
-            voltages.push_back(looked);
-        }
-    }
-    if (voltages.empty()) {
-        return 0.0;
-    }
-    const double frequency =
-        strongestLine(voltages[0], settings.rateHz, 0.8 * settings.nominalHz, 1.2 * settings.nominalHz)
-            .value_or(settings.nominalHz);
-    const double period = settings.rateHz / frequency;
-    const auto cycles = cycleRms(voltages, period);
-    const double enough = cycles.empty() ? 0.0 : leastShareOfHighest * *std::max_element(cycles.begin(), cycles.end());
-    for (const SteadyPart& part : steadinessOf(voltages, settings.rateHz, frequency).parts) {
-        const auto first = std::min(cycles.size(), static_cast<std::size_t>(static_cast<double>(part.first) / period));
-        const auto count =
-            std::min(cycles.size() - first, static_cast<std::size_t>(static_cast<double>(part.count) / period));
-        const double level = median({cycles.begin() + static_cast<std::ptrdiff_t>(first),
-                                     cycles.begin() + static_cast<std::ptrdiff_t>(first + count)});
-        if (level >= enough) {
-            return level;
-        }
-    }
-    const auto first = std::find_if(cycles.begin(), cycles.end(), [enough](double rms) { return rms >= enough; });
-    return first == cycles.end() ? 0.0 : *first;
 }
 
 }  // namespace rt305

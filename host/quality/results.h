@@ -49,11 +49,6 @@ enum class KeepTraces { no, yes };
 QualityResults analyse(const PerChannel<std::vector<double>>& samples, const QualitySettings& settings,
                        KeepTraces keepTraces, const QualityListener& listener = {});
 
-/// The declared voltage that the samples suggest, in V: the median RMS of the cycles, mean of the phases, of the first
-/// steady part in the first 10 s whose RMS is at least half of the highest; without one, the first such cycle. 0 when
-/// there is none, as without a voltage that has no gaps.
-double usualVoltageOf(const PerChannel<std::vector<double>>& samples, const QualitySettings& settings);
-
 }  // namespace rt305
 
 #endif

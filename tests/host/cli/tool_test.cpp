@@ -85,6 +85,35 @@ TEST(Tool, RefusesWrongOptions) {
     });
 }
 
+TEST(Tool, AnalysesPowerQuality) {
+    const std::string limits = SOURCE_FOLDER "/examples/limits/en50160-low-voltage.csv";
+    expectShown({
+        {"generate --duration 2 --dropout Ua:10000:1000 -o dip.csv; rt305 quality --limits " + limits + " dip.csv",
+         "dip 1.0000 0.1000 Ua 0.00 0.0; 9 intervals, 2 of them flagged; EN 50160 low voltage; plt 1 95 - 0 not "
+         "measured; "
+         "frequency -1 1 99.5 100.00 1 frequency kept; needs 7 days; flicker needs more than 10 s"},
+        {"measure dip.csv", "There was an event: dip of Ua to 0.0 % for 0.100 s at 1.000 s. rt305 quality lists"},
+        {"rt305 quality --json-lines --interval 3s --dip 50 --declared 400V dip.csv",
+         "\"event\":\"dip\"; \"percent\":0.0; !\"event\":\"swell\""},
+        {"rt305 quality --csv --interval half-cycle dip.csv | head -2",
+         "file,kind,start,duration,flagged,partial,frequency,rocof,Ua,Ub,Uc,Ia,Ib,Ic; dip.csv,half_cycle,"},
+        {"rt305 quality --json-lines dip.csv missing.csv dip.csv", "\"exit_code\":3; 1 of 3 files failed", 4},
+        {"rt305 quality --json dip.csv dip.csv", "--json-lines writes one", 2},
+        {"rt305 quality --declared 0 dip.csv", "--declared: \"0\" is neither auto nor a voltage", 2},
+        {"rt305 quality --raw dip.csv", "--raw", 2},
+        {"generate --rate 500 -o slow.csv; rt305 quality slow.csv", "500 Hz is too low to follow; needs 600 Hz", 3},
+        {"generate --duration 0.05 -o short.csv; rt305 quality short.csv", "0.05 s are too short; 3 cycles", 3},
+        {"generate --voltage 0 -o dead.csv; rt305 quality dead.csv", "voltages are dead or have gaps; --declared V", 3},
+        {"rt305 quality --limits missing.csv dip.csv", "missing.csv: No such file", 3},
+        {"echo 'volts,95,1,2' > l.csv; rt305 quality --limits l.csv dip.csv", "l.csv:1: \"volts\" is not one of; plt",
+         3},
+        {"echo 'voltage,95,x,2' > l.csv; rt305 quality --limits l.csv dip.csv", "l.csv:1: \"x\" is not a number", 3},
+        {"echo 'voltage,195,,2' > l.csv; rt305 quality --limits l.csv dip.csv", "l.csv:1: \"195\" is not a percentage",
+         3},
+        {"echo '# none' > l.csv; rt305 quality --limits l.csv dip.csv", "l.csv: there are no limits", 3},
+    });
+}
+
 TEST(Tool, ExitCodesAndOutput) {
     expectShown({
         {"rt305 --help", "params"},

@@ -1,0 +1,72 @@
+#include "signal/usual_level.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "signal/harmonic_fit.h"
+#include "signal/sample_store.h"
+#include "signal/steadiness.h"
+
+namespace rt305 {
+
+namespace {
+
+constexpr double longestLook = 10.0;  // s
+constexpr double leastShareOfHighest = 0.5;
+
+/// RMS of each cycle, mean of the signals.
+std::vector<double> cycleRms(const std::vector<std::span<const double>>& signals, double period) {
+    std::vector<double> result;
+    IntegralWeights integral;
+    double begin = 1.0;
+    while (begin + period + 3.0 < static_cast<double>(signals[0].size())) {
+        setIntegral(begin, begin + period, integral);
+        double sum = 0.0;
+        for (const auto& signal : signals) {
+            double squares = 0.0;
+            for (std::size_t k = 0; k < integral.weights.size(); ++k) {
+                const double x = signal[integral.first + k];
+                squares += integral.weights[k] * x * x;
+            }
+            sum += std::sqrt(std::fmax(0.0, squares / period));
+        }
+        result.push_back(sum / static_cast<double>(signals.size()));
+        begin += period;
+    }
+    return result;
+}
+
+/// 0 without values.
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0.0 : values[values.size() / 2];
+}
+
+}  // namespace
+
+double usualLevelOf(std::vector<std::span<const double>> signals, double rateHz, double nominalHz) {
+    for (auto& signal : signals) {
+        signal = signal.first(std::min(signal.size(), static_cast<std::size_t>(longestLook * rateHz)));
+    }
+    if (signals.empty()) {
+        return 0.0;
+    }
+    const double frequency = strongestLine(signals[0], rateHz, 0.8 * nominalHz, 1.2 * nominalHz).value_or(nominalHz);
+    const double period = rateHz / frequency;
+    const auto cycles = cycleRms(signals, period);
+    const double enough = cycles.empty() ? 0.0 : leastShareOfHighest * *std::max_element(cycles.begin(), cycles.end());
+    for (const SteadyPart& part : steadinessOf(signals, rateHz, frequency).parts) {
+        const auto first = std::min(cycles.size(), static_cast<std::size_t>(static_cast<double>(part.first) / period));
+        const auto count =
+            std::min(cycles.size() - first, static_cast<std::size_t>(static_cast<double>(part.count) / period));
+        const double level = median({cycles.begin() + static_cast<std::ptrdiff_t>(first),
+                                     cycles.begin() + static_cast<std::ptrdiff_t>(first + count)});
+        if (level >= enough) {
+            return level;
+        }
+    }
+    const auto first = std::find_if(cycles.begin(), cycles.end(), [enough](double rms) { return rms >= enough; });
+    return first == cycles.end() ? 0.0 : *first;
+}
+
+}  // namespace rt305
