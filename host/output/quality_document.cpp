@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <ostream>
 
 #include "base/text.h"
@@ -23,6 +24,28 @@ std::vector<std::string> phasesOf(const Event& event) {
         }
     }
     return names;
+}
+
+/// The values of a quantity in the intervals of cycles.
+struct Statistics {
+    std::size_t count = 0;
+    double lowest = 0.0;
+    double mean = 0.0;
+    double highest95 = 0.0;  // not exceeded by 95 % of the values
+    double highest = 0.0;
+};
+
+/// NaN are left out.
+Statistics statisticsOf(std::vector<float> values) {
+    values.erase(std::remove_if(values.begin(), values.end(), [](float x) { return std::isnan(x); }), values.end());
+    if (values.empty()) {
+        return {};
+    }
+    std::sort(values.begin(), values.end());
+    const double count = static_cast<double>(values.size());
+    const auto place = static_cast<std::size_t>(std::max(0.0, std::ceil(0.95 * count) - 1.0));
+    return {values.size(), values.front(), std::accumulate(values.begin(), values.end(), 0.0) / count, values[place],
+            values.back()};
 }
 
 /// The name as people read it.
@@ -230,7 +253,9 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
             << (document.isDeclaredKnown ? "" : " as its first steady part has; --declared V if that is wrong");
     }
     out << "\n\n"
-        << (results.events.empty() ? std::string("No events\n") : textOf(eventCells(results), "lrrlrrrl")) << '\n'
+        << (results.events.empty() ? std::string(settings.hasVoltages() ? "No events\n" : "No voltages, so no events\n")
+                                   : textOf(eventCells(results), "lrrlrrrl"))
+        << '\n'
         << textOf(statisticsTable(results), styled) << results.intervals << " intervals, " << results.flagged
         << " of them flagged: an event touches them\n";
     if (!document.verdicts.empty()) {

@@ -71,15 +71,13 @@ void QualityAnalyser::take(const Mark& mark) {
     if (previous_ && settings_.hasVoltages()) {
         std::vector<Event> found;
         transients_.scan(*previous_, mark, store_, found);
-        std::for_each(found.begin(), found.end(), [this](const Event& event) { emit(event); });
+        emit(found);
     }
     const HalfCycle cycle = halfCycles_.measure(mark, store_);
     if (settings_.hasVoltages()) {
         detect(cycle);
     }
-    if (listener_.halfCycle) {
-        listener_.halfCycle(cycle);
-    }
+    listener_.halfCycle(cycle);
     if (intervals_) {
         countFrequency(mark);
         advanceIntervals(mark);
@@ -118,7 +116,7 @@ void QualityAnalyser::emitFrequency() {
     Interval interval{IntervalLength::tenSeconds, settings_.startSeconds + secondsAt(frequency_.first), length};
     interval.isPartial = length < tenSeconds - 2.0 / settings_.nominalHz;
     interval.values = {0.5 * static_cast<double>(frequency_.halfCycles) / length};
-    emit(interval);
+    listener_.interval(interval);
 }
 
 /// Begins an interval where the last one ends, and at each tick of the clock, where the last one may overlap it.
@@ -172,7 +170,7 @@ void QualityAnalyser::measureInterval(const Begun& begun, double end) {
                       secondsAt(end - begun.place), begun.isFlagged};
     std::transform(quantities_.begin(), quantities_.end(), std::back_inserter(interval.values),
                    [&figures](const Quantity& quantity) { return quantity.value(figures); });
-    emit(interval);
+    listener_.interval(interval);
     const long tick = tickAt(begun.place, tenMinutes);
     if (tick != tick_) {
         emitTenMinutes(false);
@@ -185,20 +183,20 @@ void QualityAnalyser::join(const Interval& interval) {
     threeSeconds_.add(interval);
     tenMinutes_.add(interval);
     if (threeSeconds_.parts() == partsOfThreeSeconds) {
-        emit(threeSeconds_.take(false));
+        listener_.interval(threeSeconds_.take(false));
     }
 }
 
 /// Ends the 10 minutes, and the 3 s in them.
 void QualityAnalyser::emitTenMinutes(bool isLast) {
     if (threeSeconds_.parts() > 0) {
-        emit(threeSeconds_.take(true));
+        listener_.interval(threeSeconds_.take(true));
     }
     if (tenMinutes_.parts() > 0) {
         Interval interval = tenMinutes_.take(false);
         interval.isPartial = interval.durationSeconds < completeShare * tenMinutes;
         addFlicker(interval, isLast);
-        emit(interval);
+        listener_.interval(interval);
     }
 }
 
@@ -224,21 +222,19 @@ void QualityAnalyser::finish() {
     }
     std::vector<Event> found;
     transients_.finish(found);
-    std::for_each(found.begin(), found.end(), [this](const Event& event) { emit(event); });
+    emit(found);
     emitFrequency();
     emitTenMinutes(true);
 }
 
-void QualityAnalyser::emit(const Interval& interval) {
-    if (listener_.interval) {
-        listener_.interval(interval);
+void QualityAnalyser::emit(const std::optional<Event>& event) {
+    if (event) {
+        listener_.event(*event);
     }
 }
 
-void QualityAnalyser::emit(const std::optional<Event>& event) {
-    if (event && listener_.event) {
-        listener_.event(*event);
-    }
+void QualityAnalyser::emit(const std::vector<Event>& events) {
+    std::for_each(events.begin(), events.end(), listener_.event);
 }
 
 }  // namespace rt305

@@ -12,11 +12,11 @@
 
 namespace rt305 {
 
-/// Receives results in the order in which they are complete. Empty functions are not called.
+/// Receives results in the order in which they are complete.
 struct QualityListener {
-    std::function<void(const HalfCycle&)> halfCycle{};
-    std::function<void(const Event&)> event{};
-    std::function<void(const Interval&)> interval{};
+    std::function<void(const HalfCycle&)> halfCycle = [](const HalfCycle&) {};
+    std::function<void(const Event&)> event = [](const Event&) {};
+    std::function<void(const Interval&)> interval = [](const Interval&) {};
 };
 
 /// Analyses a stream of samples. Keeps half a second of samples, one value of Pinst each 10 ms, and nothing else that
@@ -58,8 +58,8 @@ private:
     void join(const Interval& interval);
     void emitTenMinutes(bool isLast);
     void addFlicker(Interval& interval, bool isLast);
-    void emit(const Interval& interval);
     void emit(const std::optional<Event>& event);
+    void emit(const std::vector<Event>& events);
     double secondsAt(double place) const { return place / settings_.rateHz; }
     long tickAt(double place, double length) const;
     std::span<const float> sensation(std::size_t phase, double from, double to) const;

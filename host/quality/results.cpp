@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace rt305 {
 
@@ -43,29 +42,23 @@ void keep(const Interval& interval, QualityResults& results) {
 
 /// A listener that keeps what it hears and passes it on.
 QualityListener keeper(QualityResults& results, KeepTraces keepTraces, const QualityListener& listener) {
-    QualityListener both;
-    both.event = [&](const Event& event) {
-        results.events.push_back(event);
-        if (listener.event) {
-            listener.event(event);
-        }
-    };
-    both.interval = [&](const Interval& interval) {
-        keep(interval, results);
-        if (listener.interval) {
-            listener.interval(interval);
-        }
-    };
-    both.halfCycle = listener.halfCycle;
-    if (keepTraces == KeepTraces::yes) {
-        both.halfCycle = [&](const HalfCycle& cycle) {
-            addToTraces(cycle, results.traces);
-            if (listener.halfCycle) {
-                listener.halfCycle(cycle);
-            }
-        };
-    }
-    return both;
+    return {.halfCycle =
+                [&results, &listener, keepTraces](const HalfCycle& cycle) {
+                    if (keepTraces == KeepTraces::yes) {
+                        addToTraces(cycle, results.traces);
+                    }
+                    listener.halfCycle(cycle);
+                },
+            .event =
+                [&](const Event& event) {
+                    results.events.push_back(event);
+                    listener.event(event);
+                },
+            .interval =
+                [&](const Interval& interval) {
+                    keep(interval, results);
+                    listener.interval(interval);
+                }};
 }
 
 std::size_t lengthOf(const PerChannel<std::vector<double>>& samples) {
@@ -77,18 +70,6 @@ std::size_t lengthOf(const PerChannel<std::vector<double>>& samples) {
 }
 
 }  // namespace
-
-Statistics statisticsOf(std::vector<float> values) {
-    values.erase(std::remove_if(values.begin(), values.end(), [](float x) { return std::isnan(x); }), values.end());
-    if (values.empty()) {
-        return {0, nan, nan, nan, nan};
-    }
-    std::sort(values.begin(), values.end());
-    const double count = static_cast<double>(values.size());
-    const auto place = static_cast<std::size_t>(std::max(0.0, std::ceil(0.95 * count) - 1.0));
-    return {values.size(), values.front(), std::accumulate(values.begin(), values.end(), 0.0) / count, values[place],
-            values.back()};
-}
 
 QualityResults analyse(const PerChannel<std::vector<double>>& samples, const QualitySettings& settings,
                        KeepTraces keepTraces, const QualityListener& listener) {

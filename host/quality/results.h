@@ -8,18 +8,6 @@
 
 namespace rt305 {
 
-/// The values of a quantity in the intervals of cycles.
-struct Statistics {
-    std::size_t count = 0;
-    double lowest = 0.0;
-    double mean = 0.0;
-    double highest95 = 0.0;  // not exceeded by 95 % of the values
-    double highest = 0.0;
-};
-
-/// NaN are left out.
-Statistics statisticsOf(std::vector<float> values);
-
 /// A value at evenly spaced times, half a nominal cycle apart, from `startSeconds` on; NaN where there is none.
 struct QualityTraces {
     double startSeconds = 0.0;
