@@ -28,7 +28,7 @@ struct LargestChange {
 struct Steadiness {
     std::vector<SteadyPart> parts;  // in order of time, each of two and a half cycles or more, with a signal
     LargestChange change;
-    bool isSteady;  // one part reaches from the first cycle to the last
+    bool isSteady = true;  // one part reaches from the first cycle to the last
 };
 
 /// The share of a channel's magnitude by which its fundamental may differ from the mean of a steady part.
