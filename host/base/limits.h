@@ -11,6 +11,7 @@ inline constexpr std::size_t largestFile = std::size_t{1} << 31;    // bytes
 inline constexpr std::size_t largestStream = std::size_t{1} << 30;  // bytes of stdin or a pipe, which may be endless
 inline constexpr std::size_t mostColumns = 10000;
 inline constexpr std::size_t longestName = 1000;  // bytes of a name, unit or fact; the rest is cut off
+inline constexpr std::size_t longestNumberText = 1000;
 inline constexpr double lowestRateHz = 1.0;
 inline constexpr double highestRateHz = 1e9;
 inline constexpr double rateTolerance = 1e-6;  // relative, of these two: rounded times

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+#include "base/limits.h"
+
 namespace rt305 {
 
 namespace {
@@ -45,6 +47,9 @@ bool hasGroupsOfThree(std::string_view number) {
 }  // namespace
 
 std::optional<double> parseNumber(std::string_view text, Comma comma) {
+    if (text.size() > longestNumberText) {
+        return std::nullopt;
+    }
     if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
         text.remove_prefix(1);
     }
@@ -116,6 +121,7 @@ std::string lowerCase(std::string_view text) {
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
+    parts.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), separator)) + 1);
     std::size_t end = 0;
     do {
         end = text.find(separator);

@@ -14,7 +14,7 @@ namespace rt305 {
 enum class Comma { none, decimalSign, betweenGroups };
 
 /// Parses a text that is one decimal number: "1.5E+03", "+7", "NaN" in any case. Gives nothing for any other text, for
-/// infinities and for numbers outside the range of a double.
+/// infinities, for numbers outside the range of a double and for texts longer than `longestNumberText`.
 std::optional<double> parseNumber(std::string_view text, Comma comma = Comma::none);
 
 /// Parses a text that is one whole number without a sign.

@@ -1,6 +1,7 @@
 #include "cli/options.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <span>
 
@@ -93,8 +94,15 @@ void addRepeatedOption(CLI::App& command, const char* name, const char* form, co
         ->allow_extra_args(false);
 }
 
+/// Refuses NaN and infinities, which other validators accept.
+std::string requireFinite(const std::string& text) {
+    const auto value = parseNumber(text);
+    return value && !std::isnan(*value) ? "" : inQuotes(text) + " is not a number";
+}
+
 void addReadOptions(CLI::App& command, ReadOptions& reading) {
     command.add_option("--rate", reading.rateHz, "sample rate in Hz, instead of the file's own times")
+        ->check(requireFinite)
         ->check(CLI::Range(lowestRateHz, highestRateHz).description(""))
         ->type_name("HZ");
     command
@@ -413,26 +421,25 @@ void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
                 settings.peakCriterion = criterion;
             },
             "show only lines above this height in V, A or dB, by frequency")
+        ->check(requireFinite)
         ->type_name("X");
+}
+
+CLI::Option* addNumber(CLI::App& command, const char* name, const char* form, const char* help, double& value) {
+    return command.add_option(name, value, help)->check(requireFinite)->capture_default_str()->type_name(form);
 }
 
 void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
     GeneratorSettings& settings = options.settings;
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
-    command.add_option("--frequency", settings.frequencyHz, "fundamental")->capture_default_str()->type_name("HZ");
-    command.add_option("--rate", settings.rateHz, "sample rate")
-        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""))
-        ->capture_default_str()
-        ->type_name("HZ");
-    command.add_option("--duration", settings.durationSeconds, "length of the recording")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str()
-        ->type_name("S");
-    command.add_option("--voltage", settings.voltage, "RMS of the fundamental")->capture_default_str()->type_name("V");
-    command.add_option("--current", settings.current, "RMS of the fundamental")->capture_default_str()->type_name("A");
-    command.add_option("--angle", settings.angleDegrees, "angle by which currents lag their voltages")
-        ->capture_default_str()
-        ->type_name("DEGREES");
+    addNumber(command, "--frequency", "HZ", "fundamental", settings.frequencyHz);
+    addNumber(command, "--rate", "HZ", "sample rate", settings.rateHz)
+        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""));
+    addNumber(command, "--duration", "S", "length of the recording", settings.durationSeconds)
+        ->check(CLI::PositiveNumber);
+    addNumber(command, "--voltage", "V", "RMS of the fundamental", settings.voltage);
+    addNumber(command, "--current", "A", "RMS of the fundamental", settings.current);
+    addNumber(command, "--angle", "DEGREES", "angle by which currents lag their voltages", settings.angleDegrees);
     for (const auto& [name, help, harmonics] :
          {std::tuple{"--harmonic-u", "add a harmonic of the voltages", &settings.voltageHarmonics},
           std::tuple{"--harmonic-i", "add a harmonic of the currents", &settings.currentHarmonics}}) {
@@ -440,10 +447,8 @@ void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
     }
     addPerChannelOption(command, "--factors", "factors on the amplitudes, default 1", settings.factors);
     addPerChannelOption(command, "--offsets", "constants to add, in V and A, default 0", settings.offsets);
-    command.add_option("--noise", settings.noisePercent, "RMS of white noise in percent of the fundamental")
-        ->check(CLI::NonNegativeNumber)
-        ->capture_default_str()
-        ->type_name("PERCENT");
+    addNumber(command, "--noise", "PERCENT", "RMS of white noise in percent of the fundamental", settings.noisePercent)
+        ->check(CLI::NonNegativeNumber);
     command.add_option("--seed", settings.seed, "seed of the noise")->capture_default_str()->type_name("NUMBER");
     addRepeatedOption(command, "--dropout", "CHANNEL:START:COUNT", "set samples to zero", settings.dropouts,
                       &parseDropout);

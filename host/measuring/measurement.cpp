@@ -209,6 +209,8 @@ ChosenPart choosePart(const Recording& recording, const MeasurementSettings& set
 /// Refuses samples that have no fundamental to measure, or of which resampling would make too many.
 void requireResamplable(const Measurement& measurement, const ChosenPart& chosen, const std::string& source) {
     constexpr double fewestPerCycle = 2.5;
+    constexpr double largestStretch = 20.0;
+    constexpr double mostStretchedFurther = 4e6;  // samples of all channels together
     const double nominal = measurement.nominalHz;
     const double rate = measurement.recordedRateHz;
     const double seconds = static_cast<double>(chosen.count) / rate;
@@ -220,6 +222,15 @@ void requireResamplable(const Measurement& measurement, const ChosenPart& chosen
     if (seconds * nominal < 1.0) {
         failInput(source + ": " + formatNumber(seconds) + " s are too short to be measured; at least " +
                   formatNumber(1.0 / nominal, 3) + " s, a cycle at " + textOfNominal(nominal) + ", are needed");
+    }
+    const auto channels = static_cast<double>(std::count_if(measurement.samples.begin(), measurement.samples.end(),
+                                                            [](const auto& x) { return !x.empty(); }));
+    const double most = mostStretchedFurther / (channels * measurement.wantedRateHz());  // seconds
+    if (measurement.wantedRateHz() > largestStretch * rate && seconds > most) {
+        failInput(source + ": " + formatNumber(seconds) + " s at " + formatNumber(rate) +
+                  " Hz are too long to be measured at once, as each sample becomes " +
+                  formatNumber(std::floor(measurement.wantedRateHz() / rate)) + "; choose " +
+                  formatNumber(std::floor(most)) + " s or less with --start and --duration");
     }
 }
 

@@ -26,6 +26,7 @@ NamedValue namedValue(const json& row, const char* unitKey) {
 
 std::vector<double> numbersOrNaN(const json& values) {
     std::vector<double> numbers;
+    numbers.reserve(values.size());
     std::transform(values.begin(), values.end(), std::back_inserter(numbers), numberOrNaN);
     return numbers;
 }

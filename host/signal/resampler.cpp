@@ -72,7 +72,7 @@ using Converter = std::unique_ptr<std::remove_pointer_t<soxr_t>, decltype(&soxr_
 
 /// The converter does not check its allocations, so its memory is allocated and freed once before.
 Converter openConverter(double fromHz, double toHz) {
-    static_cast<void>(std::vector<char>(converterMemory));
+    ::operator delete(::operator new(converterMemory));
     const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT64_I, SOXR_FLOAT64_I);
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_32_BITQ, SOXR_HI_PREC_CLOCK);
     soxr_error_t error = nullptr;

@@ -76,6 +76,8 @@ TEST(Tool, RefusesWrongOptions) {
         {"rt305 generate --dropout Ia:1", "\"Ia:1\"", 2},
         {"rt305 generate --harmonic-u 3", "\"3\"", 2},
         {"rt305 generate --duration 1e9", "100 million", 2},
+        {"rt305 generate --frequency nan", "--frequency: \"nan\" is not a number", 2},
+        {"rt305 spectrum --criterion inf $sample", "--criterion: \"inf\" is not a number", 2},
         {"rt305 measure", "FILE", 2},
         {"rt305 measure --window 0.2 --json $sample", "--json-lines", 2},
         {"rt305 measure --step 0.1 $sample", "--window", 2},

@@ -28,7 +28,7 @@ TEST(Limits, TimeAndMemoryDependOnTheBytesOfAFile) {
         {"rows 1000 1e-300 | rt305 info -", "column \"t\", is 1e+300 Hz; 1 GHz", 3},
         {"rows 1000 1e15 | rt305 info -", "column \"t\", is 1e-15 Hz", 3},
         {"rows 9 1e-3 | rt305 info --rate 1e25 -", "--rate", 2},
-        {"rows 9 1e-3 | rt305 info --rate nan -", "is nan Hz", 3},
+        {"rows 9 1e-3 | rt305 info --rate nan -", "--rate", 2},
         {"generate --rate inf", "--rate", 2},
         {"(echo sample interval,1e-320; echo 1,2; echo 3,5) | rt305 info -", "lines above the rows, is inf Hz", 3},
         {configuration + "1e300 1 > a.cfg; printf '1,0,1,2,3\\n2,1,1,2,3\\n' > a.dat; rt305 info a.cfg", "is 1e+300 Hz",
@@ -40,8 +40,18 @@ TEST(Limits, TimeAndMemoryDependOnTheBytesOfAFile) {
         {"yes 1,2,3 | rt305 info -", "out of memory", 5},
         {"mkfifo f.dat; cp a.cfg f.cfg; rt305 info f.cfg", "f.dat: is not a regular file", 3},
         {"truncate -s 3G hole.csv; rt305 info hole.csv", "2147483648 bytes", 3},
+        {"rows 30000 0.008 | rt305 measure --nominal 50 -", "each sample becomes 80; choose 66 s or less with --start",
+         3},
+        {"rows 30000 0.008 | rt305 measure --nominal 50 --duration 20s -", "Current"},
         {"rows 2000 0.0025 | rt305 params --json-lines -", "400 Hz to 12000 Hz"},
-        {"(ulimit -v 35000; rows 20000 0.0025 | rt305 measure -)", "out of memory", 5},
+        {"rows 4000 0.0025 > slow.csv; for v in $(seq 12000 14000 96000); do (ulimit -v $v; rt305 measure slow.csv "
+         ">out 2>&1; echo $?); done | sort -u | tr '\\n' ' '; (ulimit -v 35000; rows 20000 0.0025 | rt305 measure -)",
+         "0 5 ; !139; !134; out of memory", 5},
+        {"(echo 'Ua,Ub,Uc'; printf '1,2,3\\n%01001d,3,4\\n5,6,7\\n') | rt305 info -",
+         "stdin:3: column \"Ua\": \"0000; is not a number", 3},
+        {"(head -c 1000000 /dev/zero | tr '\\0' U; printf ',Ub\\n1,2\\n3,4\\n') | rt305 info --rate 9 - | wc -c | "
+         "sed 's/^1...$/short/'",
+         "short"},
     };
     for (Shown& row : rows) {
         row.command = bounded(row.command);
