@@ -1,7 +1,8 @@
 // The tool on arbitrary files: readers, measurement, every form of output and the page. Each reader is one line of the
-// table.
+// table. FEWEST_BYTES is defined above 0 for long files.
 
 #include <cmath>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -20,6 +21,7 @@
 #include "reading/comtrade_file.h"
 #include "reading/comtrade_reader.h"
 #include "reading/csv_reader.h"
+#include "reading/gzip.h"
 #include "reading/recording_reader.h"
 #include "reading/sound_reader.h"
 #include "recording/channel_assignment.h"
@@ -35,23 +37,73 @@ using rt305::OutputForm;
 using rt305::Recording;
 using rt305::Segment;
 
+/// Appends a row: `block` with `number` for each byte 1 and the sample of a wave for each byte 2, which is a third of a
+/// cycle before that of the byte 2 in front of it. Any other byte stays.
+void appendRow(std::string& content, std::string_view block, std::size_t number) {
+    constexpr double cycle = 200.0;
+    double angle = 6.283185307179586 / cycle * static_cast<double>(number);
+    constexpr std::string_view marks = "\1\2";
+    for (std::size_t at = 0; at < block.size(); ++at) {
+        const std::size_t mark = std::min(block.find_first_of(marks, at), block.size());
+        content += block.substr(at, mark - at);
+        at = mark;
+        if (mark < block.size() && block[mark] == 1) {
+            content += std::to_string(number);
+        } else if (mark < block.size()) {
+            content += std::to_string(std::lround(1e4 * std::sin(angle)));
+            angle -= 6.283185307179586 / 3.0;
+        }
+    }
+}
+
+/// The content of a file of at least `fewest` bytes: the input with some of its lines, or of the bytes after its first
+/// NUL, over and over.
+std::string contentOf(Bytes& bytes, std::size_t fewest) {
+    if (fewest == 0) {
+        return bytes.rest();
+    }
+    const bool byBytes = bytes.flag();
+    const std::size_t before = bytes.upTo(255);
+    const std::size_t repeated = bytes.upTo(255);
+    const std::string input = bytes.rest() + "\n";
+    const auto skip = [&](std::size_t at, std::size_t n) {
+        for (; !byBytes && n > 0 && at < input.size(); --n) {
+            at = std::min(input.find('\n', at), input.size() - 1) + 1;
+        }
+        return std::min(at + n, input.size());
+    };
+    const std::size_t begin =
+        std::min(skip(byBytes ? std::min(input.find('\0'), input.size()) : 0, before), input.size() - 1);
+    const std::size_t end = repeated == 0 ? input.size() : skip(begin, repeated);
+    std::string content = input.substr(0, begin);
+    for (std::size_t row = 0; content.size() < fewest; ++row) {
+        appendRow(content, std::string_view(input).substr(begin, end - begin), row);
+    }
+    return content + input.substr(end);
+}
+
 /// Configuration and data of a record, separated by the first NUL.
-Recording readPair(std::string_view content) {
+Recording readPair(const std::string& content) {
     const std::size_t end = std::min(content.find('\0'), content.size());
     return rt305::readComtrade(
         {"input.cfg", content.substr(0, end), "input.dat", content.substr(std::min(end + 1, content.size())), {}, {}});
 }
 
-Recording readSoundOrCsv(std::string_view content) {
-    return rt305::isSound(content) ? rt305::readSound(content, "input") : rt305::readCsv(content, "input");
+Recording readByContent(const std::string& file) {
+    std::string content = rt305::isGzip(file) ? rt305::decompressed(file, "input") : file;
+    if (rt305::isSound(content)) {
+        return rt305::readSound(content, "input");
+    }
+    rt305::convertUtf16(content);
+    return rt305::readCsv(content, "input");
 }
 
-constexpr Recording (*readers[])(std::string_view content) = {
-    [](std::string_view content) { return rt305::readCsv(content, "input"); },
-    [](std::string_view content) { return rt305::readCsv(content, "input", {.rateHz = 10000.0}); },
-    [](std::string_view content) { return rt305::readComtrade(rt305::splitComtradeFile(content, "input")); },
+constexpr Recording (*readers[])(const std::string& content) = {
+    [](const std::string& content) { return rt305::readCsv(content, "input"); },
+    [](const std::string& content) { return rt305::readCsv(content, "input", {.rateHz = 10000.0}); },
+    [](const std::string& content) { return rt305::readComtrade(rt305::splitComtradeFile(content, "input")); },
     readPair,
-    readSoundOrCsv,
+    readByContent,
 };
 
 /// What the rest of the tool relies on in a recording.
@@ -92,19 +144,23 @@ rt305::MeasurementSettings settingsOf(std::size_t bits) {
     return settings;
 }
 
-/// Everything that the commands show of a recording.
-void requireShown(const Recording& recording, const rt305::MeasurementSettings& settings) {
-    static const rt305::Library library(RT305_4_LIBRARY_FILE);
+constexpr OutputForm forms[] = {OutputForm::text, OutputForm::json,  OutputForm::jsonLines,
+                                OutputForm::csv,  OutputForm::plain, OutputForm::raw};
+
+/// What the commands show of a recording: one of the forms, or the page.
+void requireShown(const Recording& recording, const rt305::MeasurementSettings& settings, std::size_t shown) {
+    const char* const other = std::getenv("RT305_4_LIBRARY");
+    static const rt305::Library library(other != nullptr ? other : RT305_4_LIBRARY_FILE);
     require(!rt305::reportRecording(recording, {}).empty(), "info shows something");
     const rt305::FullMeasurement full = rt305::prepare(recording, settings);
     rt305::FullResults results = rt305::measureAll(full, library);
-    const rt305::ResultDocument document = rt305::fullDocument(recording, full, results);
-    for (const OutputForm form : {OutputForm::text, OutputForm::json, OutputForm::jsonLines, OutputForm::csv,
-                                  OutputForm::plain, OutputForm::raw}) {
+    if (shown < std::size(forms)) {
+        const OutputForm form = forms[shown];
         std::ostringstream out;
-        rt305::write(document, form, form == OutputForm::text, out);
+        rt305::write(rt305::fullDocument(recording, full, results), form, form == OutputForm::text, out);
         const bool isJson = form == OutputForm::json || form == OutputForm::jsonLines;
         require(!isJson || nlohmann::json::accept(out.str()), "JSON is valid");
+        return;
     }
     rt305::addSpectraAndStatistics(results, full, library);
     const std::string page = rt305::reportPage(recording, full, results);
@@ -116,10 +172,12 @@ void requireShown(const Recording& recording, const rt305::MeasurementSettings& 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
     const std::size_t choice = bytes.upTo(255);
+    const std::size_t shown = bytes.upTo(std::size(forms));
     try {
-        const Recording recording = rt305::completed(readers[choice % std::size(readers)](bytes.rest()), {});
+        const Recording recording =
+            rt305::completed(readers[choice % std::size(readers)](contentOf(bytes, FEWEST_BYTES)), {});
         requireConsistent(recording);
-        requireShown(recording, settingsOf(choice / std::size(readers)));
+        requireShown(recording, settingsOf(choice / std::size(readers)), shown);
     } catch (const rt305::Failure& failure) {
         require(failure.what()[0] != '\0', "a refusal has a message");
     }
