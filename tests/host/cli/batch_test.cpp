@@ -67,7 +67,19 @@ TEST(Batch, GivesWholeLinesOrAnErrorForEachFile) {
          "${PIPESTATUS[2]}'",
          "{; stdout: Broken pipe", 5},
         {"measure bad.csv 100.csv 2>&-" + phaseVoltages, "error 3 100 "},
+        {"measure bad.csv 100.csv 2> /dev/full" + phaseVoltages, "error 3 100 "},
     });
+    const std::string onFullDisk =
+        "unshare -Urm sh -c 'mount -t tmpfs -o size=64k none /tmp && command -v rt305 && test -f 100.csv && "
+        "echo before > /tmp/page && (head -c 99999 /dev/zero > /tmp/rest; true) 2>&- && ";
+    if (run(onFullDisk + "true'").exitCode == 0) {
+        expectShown({
+            {onFullDisk + "rt305 measure --json-lines --jobs 2 100.csv bad.csv 200.csv' 2>&-" + phaseVoltages,
+             "100 error 3 200 "},
+            {onFullDisk + "rt305 report 100.csv -o /tmp/page; echo $?; cat /tmp/page; ls -A /tmp'",
+             "/tmp/page: No space left; \n5\nbefore\npage\nrest\n"},
+        });
+    }
 }
 
 TEST(Batch, AListThatCannotBeReadIsAnError) {
