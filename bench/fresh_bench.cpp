@@ -86,7 +86,7 @@ void printFirstCalls(Observation* shared) {
         }
         std::printf("operation %u: later ones %.2f of those on a settled heap, first over later %.2f", operation,
                     median(later), median(first));
-        printVerdict(median(first), {2.0, 2.0});
+        printVerdict(median(first), operation == 0 || operation == 3 ? Limit{2.0, 1.5} : Limit{1.5, 1.3});
         std::printf("\n");
     }
 }
