@@ -21,7 +21,7 @@
     height: 260,
     scales: { x: { time: false, range: (plot, min, max) => [min, max] } },
     cursor: { sync: { key: group.name, scales: ["x", null] }, drag: { x: true, y: false } },
-    axes: [axis(group.axis, { size: 34, labelSize: 22 }), axis(panel.axis, { size: 62, labelSize: 22 })],
+    axes: [axis(group.axis, { size: 34, labelSize: 22 }), axis(panel.axis, { size: 72, labelSize: 22 })],
     series: [
       { label: group.axis, value: number(group.decimals) },
       ...panel.series.map((series) => ({
