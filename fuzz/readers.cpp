@@ -121,8 +121,6 @@ void requireConsistent(const Recording& recording) {
     for (const Column& column : recording.columns) {
         require(column.samples.size() == (column.fault.empty() ? recording.length : 0),
                 "a column has all samples or a fault");
-        require(samplesInBaseUnit(column).size() == column.samples.size(),
-                "a change of unit keeps the number of samples");
         require(rt305::countMissing(column.samples) + rt305::countClipped(column.samples) <= column.samples.size(),
                 "missing and clipped samples are counted once");
         const std::string name = rt305::toUtf8(column.name);
@@ -148,7 +146,7 @@ constexpr OutputForm forms[] = {OutputForm::text, OutputForm::json,  OutputForm:
                                 OutputForm::csv,  OutputForm::plain, OutputForm::raw};
 
 /// What the commands show of a recording: one of the forms, or the page.
-void requireShown(const Recording& recording, const rt305::MeasurementSettings& settings, std::size_t shown) {
+void requireShown(Recording recording, const rt305::MeasurementSettings& settings, std::size_t shown) {
     const char* const other = std::getenv("RT305_4_LIBRARY");
     static const rt305::Library library(other != nullptr ? other : RT305_4_LIBRARY_FILE);
     require(!rt305::reportRecording(recording, {}).empty(), "info shows something");

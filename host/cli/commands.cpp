@@ -30,10 +30,10 @@ Recording read(const MeasureOptions& options) {
     return recording;
 }
 
-/// A measurement with the library's texts and the document for them.
+/// A measurement and the document for it.
 struct Measured {
     Measurement measurement;
-    ResultTexts texts;
+    Library library;
     ResultDocument document;
 
     void warnAndKeep(const std::string& message) {
@@ -63,7 +63,7 @@ void setForTwoWattmeters(Measurement& measurement) {
 }
 
 Measured measure(const MeasureOptions& options, std::uint32_t operation) {
-    const Recording recording = read(options);
+    Recording recording = read(options);
     Measurement measurement = makeMeasurement(
         recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
     std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
@@ -72,13 +72,12 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
         setForTwoWattmeters(measurement);
     }
     const Library library(options.library);
-    ResultTexts texts = library.measure(measurement, operation);
     ResultDocument document = documentOf(recording, measurement, library.version());
     if (const std::string remark = remarkOnTexts(measurement, operation == RT305_4_OPERATION_SPECTRUM);
         options.form == OutputForm::raw && !remark.empty()) {
         note(remark);
     }
-    return {std::move(measurement), std::move(texts), std::move(document)};
+    return {std::move(measurement), library, std::move(document)};
 }
 
 void show(const MeasureOptions& options, const ResultDocument& document) {
@@ -118,7 +117,8 @@ void showParameters(const MeasureOptions& options) {
     const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
     Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
     result.warnOfChange();
-    auto parameters = measuredParameters(result.texts.parameters, result.measurement);
+    const ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_PARAMETERS);
+    auto parameters = measuredParameters(texts.parameters, result.measurement);
     for (NamedValue& parameter : parameters) {
         if (byTwoWattmeters && parameter.name == "Ud0") {  // ab + cb + ca is not the zero-sequence voltage
             parameter.value = std::numeric_limits<double>::quiet_NaN();
@@ -127,11 +127,11 @@ void showParameters(const MeasureOptions& options) {
     ResultDocument& document = result.document;
     document.settings = describeMethods(result.measurement);
     document.tables.push_back(parameterTable(parameters));
-    document.remarks = remarksOn(parameters, result.measurement);
+    document.remarks = remarksOn(parameters, result.measurement, result.measurement.powerFlag());
     if (std::isnan(parameterNamed(parameters, "Pf").value) && result.measurement.isCombined()) {
         document.remarks.emplace_back("No power factors: this library does not compute them; rt305 measure does.");
     }
-    document.rawTexts.push_back(result.texts.parameters);
+    document.rawTexts.push_back(texts.parameters);
     show(options, document);
 }
 
@@ -139,7 +139,8 @@ void showSignals(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_SIGNALS);
     result.document.remarks.emplace_back(
         "The library removes each channel's offset first, so the means are close to zero.");
-    showKinds(options, result.document, measuredSignals(std::move(result.texts), result.measurement), "signals",
+    const SignalTexts texts = options.form == OutputForm::raw ? SignalTexts::wanted : SignalTexts::notWanted;
+    showKinds(options, result.document, measuredSignals(result.measurement, result.library, texts), "signals",
               signalTable);
 }
 
@@ -149,7 +150,9 @@ void showSpectra(const MeasureOptions& options) {
         (options.settings.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB
             ? "dB below the largest line; side lobes of larger lines are left out."
             : "Peak values, corrected for the gain of the window; side lobes of larger lines are left out.");
-    showKinds(options, result.document, measuredSpectra(std::move(result.texts), result.measurement), "spectrum",
+    ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_SPECTRUM);
+    showKinds(options, result.document,
+              measuredSpectra(std::move(texts), result.measurement, result.measurement.settings), "spectrum",
               spectrumTable);
 }
 
@@ -159,20 +162,21 @@ void showHarmonics(const MeasureOptions& options) {
     if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
         result.warnAndKeep(remark);
     }
-    const Parameters parameters = measuredParameters(result.texts.parameters, result.measurement);
+    ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_DISTORTION);
+    const Parameters parameters = measuredParameters(texts.parameters, result.measurement);
     result.document.tables.push_back(distortionTable(parameters));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
     for (const std::string& remark : remarksOnDistortion(parameters, result.measurement)) {
         result.document.remarks.push_back(remark);
     }
-    showKinds(options, result.document, measuredHarmonics(std::move(result.texts), result.measurement), "harmonics",
+    showKinds(options, result.document, measuredHarmonics(std::move(texts), result.measurement), "harmonics",
               harmonicTable);
 }
 
 void writeReport(const ReportOptions& options) {
     MeasureOptions measure = options.measure;
     measure.reading.withChecksums = true;
-    const Recording recording = read(measure);
+    Recording recording = read(measure);
     refuseInputAsOutput(options.file, recording.files);
     const FullMeasurement full = prepare(recording, options.measure.settings);
     std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);

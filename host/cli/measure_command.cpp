@@ -26,7 +26,7 @@ public:
         : options_(options), isOneOfMany_(options.isMany()), library_(options.each.library) {}
 
     void measure(const std::string& file) {
-        const Recording recording = readRecording(file, readOptionsOf(options_.each));
+        Recording recording = readRecording(file, readOptionsOf(options_.each));
         const FullMeasurement full = prepare(recording, options_.each.settings);
         const std::string prefix = isOneOfMany_ ? file + ": " : "";
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
@@ -73,7 +73,8 @@ private:
         if (form == OutputForm::text && documents_++ > 0) {
             std::cout << '\n';
         }
-        ResultDocument document = fullDocument(recording, full, measureAll(full, library_));
+        const SignalTexts signalTexts = form == OutputForm::raw ? SignalTexts::wanted : SignalTexts::notWanted;
+        ResultDocument document = fullDocument(recording, full, measureAll(full, library_, signalTexts));
         const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
         if (!events.empty()) {
             document.remarks.push_back(events);
@@ -88,7 +89,7 @@ private:
         if (!settings) {
             return {};
         }
-        return remarkOnEvents(analyse(full.asRecorded.samples, *settings, KeepTraces::no));
+        return remarkOnEvents(analyse(full.asRecorded().samples, *settings, KeepTraces::no));
     }
 
     const BatchOptions& options_;

@@ -26,7 +26,7 @@ public:
 
     void operator()(const std::string& file) const {
         const MeasureOptions& each = options_.each;
-        const Recording recording = readRecording(file, readOptionsOf(each));
+        Recording recording = readRecording(file, readOptionsOf(each));
         const RecordedPhases phases = recordedPhases(recording, each.settings);
         report(recording.warnings, file);
         report(phases.measurement.warnings, file);

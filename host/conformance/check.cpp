@@ -28,7 +28,8 @@ Measurement generated(const GeneratorSettings& generator, std::uint32_t inputTyp
     settings.inputType = inputType;
     settings.fillIn = false;
     settings.flags |= moreFlags;
-    return makeMeasurement(generate(generator), settings, RateMatters::no);
+    Recording recording = generate(generator);
+    return makeMeasurement(recording, settings, RateMatters::no);
 }
 
 std::vector<NamedValue> parametersOf(const Library& library, const Measurement& measurement) {

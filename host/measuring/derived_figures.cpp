@@ -61,7 +61,7 @@ double sumOfPhases(const TotalAndPhases& values) {
 
 /// That of IEEE Std 1459-2010. NaN unless all six channels are measured.
 double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, const TotalAndPhases& i) {
-    const auto& samples = full.asRecorded.samples;
+    const auto& samples = full.asRecorded().samples;
     if (std::any_of(samples.begin(), samples.end(), [](const Samples& x) { return x.empty(); })) {
         return nan;
     }
@@ -90,8 +90,8 @@ double factorOf(double active, double apparent) {
 
 /// P + jQ of the fundamentals on average over the record.
 Phasor meanPower(const Samples& voltage, const Samples& current, const FullMeasurement& full) {
-    const auto u = fundamentalTrace(voltage, full.asRecorded.rateHz, full.frequencyHz);
-    const auto i = fundamentalTrace(current, full.asRecorded.rateHz, full.frequencyHz);
+    const auto u = fundamentalTrace(voltage, full.asRecorded().rateHz, full.frequencyHz);
+    const auto i = fundamentalTrace(current, full.asRecorded().rateHz, full.frequencyHz);
     Phasor sum = 0.0;
     for (std::size_t window = 0; window < u.size(); ++window) {
         sum += u[window] * std::conj(i[window]);
@@ -105,8 +105,8 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
                        undefined, undefined, nan,       nan,       nan};
     Phasor vectorSum = 0.0;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const Samples& voltage = full.asRecorded.samples[phase];
-        const Samples& current = full.asRecorded.samples[phaseTotal + phase];
+        const Samples& voltage = full.asRecorded().samples[phase];
+        const Samples& current = full.asRecorded().samples[phaseTotal + phase];
         if (voltage.empty() || current.empty()) {
             continue;
         }
@@ -184,7 +184,7 @@ void addAnglesAndComponents(DerivedFigures& figures, const Measurement& recorded
 }  // namespace
 
 DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& fundamentals) {
-    const Measurement& recorded = full.asRecorded;
+    const Measurement& recorded = full.asRecorded();
     DerivedFigures figures;
     if (recorded.hasVoltages()) {
         figures.voltages = rmsValues(recorded, 0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -15,13 +16,6 @@ namespace {
 
 using Samples = std::vector<double>;
 
-Samples weightedSum(const Samples& x, double xWeight, const Samples& y, double yWeight) {
-    Samples sum(x.size());
-    std::transform(x.begin(), x.end(), y.begin(), sum.begin(),
-                   [=](double p, double q) { return xWeight * p + yWeight * q; });
-    return sum;
-}
-
 void applyCoefficients(Measurement& measurement) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         double& factor = measurement.settings.coefficients[channel];
@@ -34,27 +28,60 @@ void applyCoefficients(Measurement& measurement) {
 
 /// Phase voltages, without zero sequence, from the line voltages ab, bc and ca: Ua = (Uab - Uca) / 3 and so on.
 void formPhaseVoltages(Measurement& measurement) {
-    const auto line = measurement.samples;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const std::size_t before = (phase + phaseTotal - 1) % phaseTotal;
-        measurement.samples[phase] = weightedSum(line[phase], 1.0 / 3.0, line[before], -1.0 / 3.0);
+    auto& [a, b, c, ia, ib, ic] = measurement.samples;
+    for (std::size_t k = 0; k < a.size(); ++k) {
+        const double ab = a[k] * (1.0 / 3.0);
+        const double bc = b[k] * (1.0 / 3.0);
+        const double ca = c[k] * (1.0 / 3.0);
+        a[k] = ab - ca;
+        b[k] = bc - ab;
+        c[k] = ca - bc;
     }
     measurement.settings.flags |= RT305_4_FOUR_WIRE;
 }
 
-Measurement windowOf(const Measurement& measurement, double startSeconds, double durationSeconds) {
+/// Samples of a measurement.
+struct Range {
+    std::size_t first;
+    std::size_t count;
+};
+
+Range samplesIn(const Measurement& measurement, double startSeconds, double durationSeconds) {
+    const auto length = static_cast<std::ptrdiff_t>(measurement.length);
     const auto first = static_cast<std::ptrdiff_t>(std::llround(startSeconds * measurement.rateHz));
     auto count = static_cast<std::ptrdiff_t>(std::llround(durationSeconds * measurement.rateHz));
-    count -=
-        first + count == static_cast<std::ptrdiff_t>(measurement.length) + 1 ? 1 : 0;  // start and length rounded up
-    if (first < 0 || count < 1 || first + count > static_cast<std::ptrdiff_t>(measurement.length)) {
+    count -= first + count == length + 1 ? 1 : 0;  // start and length rounded up
+    if (first < 0 || count < 1 || first + count > length) {
         failInput("a window of " + formatNumber(durationSeconds) + " s from " + formatNumber(startSeconds) +
                   " s exceeds the recording");
     }
+    return {static_cast<std::size_t>(first), static_cast<std::size_t>(count)};
+}
+
+void cut(Measurement& measurement, double startSeconds, double durationSeconds) {
+    const auto [first, count] = samplesIn(measurement, startSeconds, durationSeconds);
+    measurement.length = count;
+    measurement.settings.startSeconds += startSeconds;
+    for (auto& samples : measurement.samples) {
+        if (!samples.empty()) {
+            keepPart(samples, first, count);
+        }
+    }
+}
+
+void cut(FullMeasurement& full, double startSeconds, double durationSeconds) {
+    cut(full.measurement, startSeconds, durationSeconds);
+    if (full.notResampled) {
+        cut(*full.notResampled, startSeconds, durationSeconds);
+    }
+}
+
+Measurement windowOf(const Measurement& measurement, double startSeconds, double durationSeconds) {
+    const auto [first, count] = samplesIn(measurement, startSeconds, durationSeconds);
     Measurement part{.settings = measurement.settings,
                      .assignment = measurement.assignment,
                      .standIns = measurement.standIns,
-                     .length = static_cast<std::size_t>(count),
+                     .length = count,
                      .rateHz = measurement.rateHz,
                      .recordedRateHz = measurement.recordedRateHz,
                      .nominalHz = measurement.nominalHz,
@@ -65,38 +92,26 @@ Measurement windowOf(const Measurement& measurement, double startSeconds, double
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const Samples& samples = measurement.samples[channel];
         if (!samples.empty()) {
-            part.samples[channel].assign(samples.begin() + first, samples.begin() + first + count);
+            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(first);
+            part.samples[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(count));
         }
     }
     return part;
 }
 
-FullMeasurement sliceOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
-    return {windowOf(full.measurement, startSeconds, durationSeconds),
-            windowOf(full.asRecorded, startSeconds, durationSeconds),
-            full.fromLineVoltages,
-            full.frequencyHz,
-            full.isFrequencyMeasured,
-            full.frequencySource};
-}
-
-/// The longest whole number of cycles from the first sample on.
-FullMeasurement wholeCyclesOf(FullMeasurement full) {
-    const Measurement& recorded = full.asRecorded;
+/// Keeps the longest whole number of cycles from the first sample on.
+void cutToWholeCycles(FullMeasurement& full) {
+    const Measurement& recorded = full.asRecorded();
     if (recorded.settings.allSamples || !(full.frequencyHz > 0.0)) {
-        return full;
+        return;
     }
     constexpr double tolerance = 0.5;  // samples: a cycle need not end at one
     const double samplesPerCycle = recorded.rateHz / full.frequencyHz;
     const double cycles = std::floor((static_cast<double>(recorded.length) + tolerance) / samplesPerCycle);
-    if (cycles < 1.0) {
-        return full;
+    if (cycles >= 1.0) {
+        cut(full, 0.0, std::min(cycles / full.frequencyHz, recorded.durationSeconds()));
+        full.cycles = static_cast<std::size_t>(cycles);
     }
-    std::string unsteadiness = std::move(full.unsteadiness);
-    full = sliceOf(full, 0.0, std::min(cycles / full.frequencyHz, recorded.durationSeconds()));
-    full.cycles = static_cast<std::size_t>(cycles);
-    full.unsteadiness = std::move(unsteadiness);
-    return full;
 }
 
 std::string secondsOf(std::size_t samples, const Measurement& recorded) {
@@ -231,15 +246,15 @@ std::string sourceOf(const GridState& state, const Measurement& recorded) {
 void takeFrequency(FullMeasurement& full, const GridState& state) {
     full.frequencyHz = state.frequencyHz;
     full.isFrequencyMeasured = state.source.has_value();
-    full.frequencySource = sourceOf(state, full.asRecorded);
+    full.frequencySource = sourceOf(state, full.asRecorded());
 }
 
 /// A part of less than four cycles is too short to measure its frequency, and to see whether it is steady.
 void takeBriefPart(FullMeasurement& full, const SteadyPart& part) {
-    const std::string range = rangeOf(part.first, part.count, full.asRecorded);
-    const double rate = full.asRecorded.rateHz;
+    const std::string range = rangeOf(part.first, part.count, full.asRecorded());
+    const double rate = full.asRecorded().rateHz;
     const double cycles = static_cast<double>(part.count) / rate * full.frequencyHz;
-    full = sliceOf(full, static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
+    cut(full, static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
     full.measurement.warnings.push_back("the fault is steady for " + formatFixed(cycles, 1) + " cycles only, " + range +
                                         ": too short for its frequency, THD and harmonics; a decaying offset can be "
                                         "part of its RMS values and powers");
@@ -247,33 +262,36 @@ void takeBriefPart(FullMeasurement& full, const SteadyPart& part) {
 
 /// Finds the fundamental, and cuts what the settings choose.
 FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
-    const MeasurementSettings settings = full.asRecorded.settings;
-    GridState state = gridStateOf(full.asRecorded, full.measurement.nominalHz);
-    const auto cut = [&](double startSeconds, double durationSeconds) {
-        full = sliceOf(full, startSeconds, durationSeconds);
-        state = gridStateOf(full.asRecorded, state.frequencyHz);
+    const MeasurementSettings settings = full.asRecorded().settings;
+    GridState state = gridStateOf(full.asRecorded(), full.measurement.nominalHz);
+    const auto choose = [&](double startSeconds, double durationSeconds) {
+        cut(full, startSeconds, durationSeconds);
+        state = gridStateOf(full.asRecorded(), state.frequencyHz);
     };
     if (settings.durationCycles > 0.0) {
         if (!(state.frequencyHz > 0.0)) {
             failInput(recording.source + ": a length in cycles was asked for, but there is no fundamental");
         }
-        cut(0.0, settings.durationCycles / state.frequencyHz);
+        choose(0.0, settings.durationCycles / state.frequencyHz);
     }
     takeFrequency(full, state);
     if (settings.part != Part::all) {
-        const SteadyPart part = partFor(state, full.asRecorded, recording.source);
-        const double rate = full.asRecorded.rateHz;
+        const SteadyPart part = partFor(state, full.asRecorded(), recording.source);
+        const double rate = full.asRecorded().rateHz;
         constexpr double fewestCycles = 4.0;
         if (settings.part == Part::fault && static_cast<double>(part.count) * state.frequencyHz < fewestCycles * rate) {
             takeBriefPart(full, part);
-            return wholeCyclesOf(std::move(full));
+            cutToWholeCycles(full);
+            return full;
         }
-        cut(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
+        choose(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
         takeFrequency(full, state);
-        return wholeCyclesOf(std::move(full));  // it is steady
+        cutToWholeCycles(full);  // it is steady
+        return full;
     }
-    full.unsteadiness = describeUnsteadiness(state, full.asRecorded);
-    return wholeCyclesOf(std::move(full));
+    full.unsteadiness = describeUnsteadiness(state, full.asRecorded());
+    cutToWholeCycles(full);
+    return full;
 }
 
 /// Phase voltages and currents with coefficients applied. Whether the phase voltages are formed from line voltages.
@@ -288,43 +306,56 @@ bool makePhases(Measurement& measurement) {
 
 }  // namespace
 
-RecordedPhases recordedPhases(const Recording& recording, const MeasurementSettings& settings) {
+RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& settings) {
     RecordedPhases phases{makeMeasurement(recording, settings, RateMatters::no), false};
     phases.fromLineVoltages = makePhases(phases.measurement);
     return phases;
 }
 
-FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings) {
+FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings) {
     MeasurementSettings toTheEnd = settings;
     toTheEnd.durationSeconds = settings.durationCycles > 0.0 ? 0.0 : settings.durationSeconds;
     MeasurementPair pair = makeMeasurementPair(recording, toTheEnd);
-    FullMeasurement full{std::move(pair.resampled), std::move(pair.asRecorded), false};
+    FullMeasurement full{std::move(pair.measured), std::move(pair.asRecorded), false};
     full.fromLineVoltages = makePhases(full.measurement);
-    makePhases(full.asRecorded);
+    if (full.notResampled) {
+        makePhases(*full.notResampled);
+    }
     return chosenPart(std::move(full), recording);
 }
 
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {
-    FullMeasurement window = sliceOf(full, startSeconds, durationSeconds);
-    if (!full.isSteady()) {
-        const GridState state = gridStateOf(window.asRecorded, full.frequencyHz);
-        takeFrequency(window, state);
-        window.unsteadiness = describeUnsteadiness(state, window.asRecorded);
+    FullMeasurement window{windowOf(full.measurement, startSeconds, durationSeconds),
+                           std::nullopt,
+                           full.fromLineVoltages,
+                           full.frequencyHz,
+                           full.isFrequencyMeasured,
+                           full.frequencySource};
+    if (full.notResampled) {
+        window.notResampled = windowOf(*full.notResampled, startSeconds, durationSeconds);
     }
-    return wholeCyclesOf(std::move(window));
+    if (!full.isSteady()) {
+        const GridState state = gridStateOf(window.asRecorded(), full.frequencyHz);
+        takeFrequency(window, state);
+        window.unsteadiness = describeUnsteadiness(state, window.asRecorded());
+    }
+    cutToWholeCycles(window);
+    return window;
 }
 
 std::string changeIn(const Measurement& measurement) {
     return describeChange(gridStateOf(measurement, measurement.nominalHz), measurement);
 }
 
-Measurement withLineVoltages(Measurement measurement) {
-    const auto phase = measurement.samples;
-    for (std::size_t line = 0; line < phaseTotal; ++line) {
-        measurement.samples[line] = weightedSum(phase[line], 1.0, phase[(line + 1) % phaseTotal], -1.0);
+PerPhase<std::vector<double>> lineVoltagesOf(const Measurement& measurement) {
+    PerPhase<std::vector<double>> lines;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const auto& from = measurement.samples[phase];
+        const auto& to = measurement.samples[(phase + 1) % phaseTotal];
+        lines[phase].resize(from.size());
+        std::transform(from.begin(), from.end(), to.begin(), lines[phase].begin(), std::minus<>());
     }
-    measurement.settings.flags &= ~RT305_4_FOUR_WIRE;
-    return measurement;
+    return lines;
 }
 
 }  // namespace rt305

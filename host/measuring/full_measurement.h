@@ -1,7 +1,9 @@
 #ifndef RT305_HOST_MEASURING_FULL_MEASUREMENT_H
 #define RT305_HOST_MEASURING_FULL_MEASUREMENT_H
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "measuring/fundamentals.h"
 #include "measuring/measurement.h"
@@ -12,7 +14,7 @@ namespace rt305 {
 /// assumes, with coefficients applied and the frequency window chosen.
 struct FullMeasurement {
     Measurement measurement;
-    Measurement asRecorded;           // the same samples at their own rate, for statistics and waveforms
+    std::optional<Measurement> notResampled;  // the same samples at their own rate; empty: as in `measurement`
     bool fromLineVoltages;            // the phase voltages are computed from line voltages: no zero sequence is known
     double frequencyHz = 0.0;         // of the fundamental; 0: none found
     bool isFrequencyMeasured = true;  // otherwise it is assumed
@@ -20,20 +22,22 @@ struct FullMeasurement {
     std::size_t cycles = 0;           // whole cycles that the samples span; 0: all samples are measured
     std::string unsteadiness{};       // how the signal changes, and which parts do not; empty: it is steady
 
+    /// The samples at their own rate, for statistics and waveforms.
+    const Measurement& asRecorded() const { return notResampled ? *notResampled : measurement; }
     bool isSteady() const { return unsteadiness.empty(); }
-    double cyclesThere() const { return asRecorded.durationSeconds() * frequencyHz; }
+    double cyclesThere() const { return asRecorded().durationSeconds() * frequencyHz; }
 };
 
 /// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are
-/// wanted. Fails when there is no such part.
-FullMeasurement prepare(const Recording& recording, const MeasurementSettings& settings);
+/// wanted. Fails when there is no such part. Takes the samples out of the recording, which keeps everything else.
+FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings);
 
 /// The part that the settings choose at its own rate: phase voltages and currents in V and A with coefficients applied.
 struct RecordedPhases {
     Measurement measurement;
     bool fromLineVoltages;
 };
-RecordedPhases recordedPhases(const Recording& recording, const MeasurementSettings& settings);
+RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& settings);
 
 /// A part of it, from `startSeconds` after its first sample, in whole cycles as above. Fails when it exceeds the
 /// samples.
@@ -42,8 +46,8 @@ FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, doubl
 /// What makes a signal unsteady, by how much and where; empty when it is steady.
 std::string changeIn(const Measurement& measurement);
 
-/// With the line voltages ab, bc and ca in place of the phase voltages.
-Measurement withLineVoltages(Measurement measurement);
+/// The line voltages ab, bc and ca of phase voltages.
+PerPhase<std::vector<double>> lineVoltagesOf(const Measurement& measurement);
 
 }  // namespace rt305
 

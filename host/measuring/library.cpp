@@ -52,8 +52,7 @@ std::string chooseFile(const std::string& given) {
 
 }  // namespace
 
-Call::Call(const Measurement& measurement, std::uint32_t operation) {
-    const MeasurementSettings& settings = measurement.settings;
+Call::Call(const Measurement& measurement, const MeasurementSettings& settings, std::uint32_t operation) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         const std::vector<double>& samples = measurement.handedOver(channel);
         const std::size_t source = measurement.standIns[channel];
@@ -109,6 +108,10 @@ std::int32_t Library::process(Call& call) const {
 
 ResultTexts Library::measure(const Measurement& measurement, std::uint32_t operation) const {
     Call call(measurement, operation);
+    return measure(call);
+}
+
+ResultTexts Library::measure(Call& call) const {
     if (process(call) == 0) {
         throw Failure(ExitCode::refused,
                       std::string("the library refuses this measurement: ") + call.texts[RT305_4_TEXT_ERROR]);
@@ -116,6 +119,7 @@ ResultTexts Library::measure(const Measurement& measurement, std::uint32_t opera
     const auto made = [&call](std::uint32_t text) {
         return rt305_4_isMade(&call.request, text) != 0 ? call.texts[text] : "";
     };
+    const std::uint32_t operation = call.request.operation;
     ResultTexts texts{.parameters = made(RT305_4_TEXT_PARAMETERS)};
     if (operation != RT305_4_OPERATION_PARAMETERS) {
         texts.voltages = made(2 * operation - 1);

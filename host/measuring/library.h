@@ -14,7 +14,11 @@ namespace rt305 {
 /// A request to the library with the variables for its texts, numbered by RT305_4_TEXT_*. The samples stay in the
 /// measurement.
 struct Call {
-    Call(const Measurement& measurement, std::uint32_t operation);  // RT305_4_OPERATION_*
+    Call(const Measurement& measurement, std::uint32_t operation)  // RT305_4_OPERATION_*
+        : Call(measurement, measurement.settings, operation) {}
+
+    /// With other settings than those of the measurement.
+    Call(const Measurement& measurement, const MeasurementSettings& settings, std::uint32_t operation);
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
@@ -42,6 +46,7 @@ public:
     /// Runs one operation. Texts that an earlier call left are not returned. Fails with the library's message when it
     /// refuses.
     ResultTexts measure(const Measurement& measurement, std::uint32_t operation) const;
+    ResultTexts measure(Call& call) const;
 
 private:
     void* handle_;

@@ -13,18 +13,27 @@ namespace rt305 {
 
 namespace {
 
-/// The samples and settings that a power method requires, from phase voltages.
-Measurement withPowerMethod(const Measurement& measurement, const PowerMethod& method) {
-    Measurement prepared = method.requiresPhaseVoltages ? measurement : withLineVoltages(measurement);
-    prepared.settings.flags |= method.flag;
-    if (method.flag == RT305_4_POWER_TWO_WATTMETER) {
-        invertForTwoWattmeters(prepared.settings);
+/// Asks with the settings and the voltages that a power method requires.
+ResultTexts ask(const Measurement& measurement, const PowerMethod& method, std::uint32_t operation,
+                const Library& library) {
+    MeasurementSettings settings = measurement.settings;
+    settings.flags |= method.flag;
+    if (method.requiresPhaseVoltages) {
+        Call call(measurement, settings, operation);
+        return library.measure(call);
     }
-    return prepared;
-}
-
-std::vector<KindResults<SignalStatistics>> signalsOf(const FullMeasurement& full, const Library& library) {
-    return measuredSignals(library.measure(full.asRecorded, RT305_4_OPERATION_SIGNALS), full.asRecorded);
+    settings.flags &= ~RT305_4_FOUR_WIRE;
+    if (method.flag == RT305_4_POWER_TWO_WATTMETER) {
+        invertForTwoWattmeters(settings);
+    }
+    const auto lines = lineVoltagesOf(measurement);
+    Call call(measurement, settings, operation);
+    for (ChannelData& channel : call.channels) {
+        if (channel.signalKind == RT305_4_KIND_VOLTAGE) {
+            channel.samples = lines[channel.phase].data();
+        }
+    }
+    return library.measure(call);
 }
 
 /// Whether to ask by this method. One kind of channels has no power, so one method gives its parameters; one phase has
@@ -74,7 +83,7 @@ void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) 
 /// The harmonics that the library gives, from what lies at their frequencies alone.
 std::vector<double> plainHarmonicsOf(const std::vector<double>& samples, const FullMeasurement& full) {
     constexpr std::size_t orders = 40;
-    auto percents = harmonicLevels(samples, full.asRecorded.rateHz, full.frequencyHz, orders);
+    auto percents = harmonicLevels(samples, full.asRecorded().rateHz, full.frequencyHz, orders);
     const double fundamental = percents[0];
     for (double& percent : percents) {
         percent *= 100.0 / fundamental;
@@ -84,25 +93,30 @@ std::vector<double> plainHarmonicsOf(const std::vector<double>& samples, const F
 
 }  // namespace
 
-FullResults measureAll(const FullMeasurement& full, const Library& library) {
+FullResults measureAll(const FullMeasurement& full, const Library& library, SignalTexts signalTexts) {
     const Measurement& measurement = full.measurement;
     FullResults results{.libraryVersion = library.version()};
     for (const PowerMethod& method : powerMethods) {
         if (isAsked(method, measurement)) {
-            const Measurement prepared = withPowerMethod(measurement, method);
-            results.parameterTexts.push_back(library.measure(prepared, RT305_4_OPERATION_PARAMETERS).parameters);
-            results.parameters.push_back(measuredParameters(results.parameterTexts.back(), prepared));
+            // any call gives the parameters, so the first one gives the harmonics too
+            const bool isFirst = results.parameters.empty();
+            ResultTexts texts = ask(measurement, method,
+                                    isFirst ? RT305_4_OPERATION_DISTORTION : RT305_4_OPERATION_PARAMETERS, library);
+            results.parameters.push_back(measuredParameters(texts.parameters, measurement));
+            results.parameterTexts.push_back(std::move(texts.parameters));
+            if (isFirst) {
+                results.harmonics = measuredHarmonics(std::move(texts), measurement);
+            }
         }
     }
     if (!measurement.isCombined()) {
-        results.signals = signalsOf(full, library);
+        results.signals = measuredSignals(full.asRecorded(), library, signalTexts);
     }
-    results.harmonics = measuredHarmonics(library.measure(measurement, RT305_4_OPERATION_DISTORTION), measurement);
-    results.fundamentals = fundamentalsOf(full.asRecorded, full.frequencyHz, full.frequencySource.empty());
+    results.fundamentals = fundamentalsOf(full.asRecorded(), full.frequencyHz, full.frequencySource.empty());
     removeDoubtfulHarmonics(results, full);
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (full.asRecorded.measures(channel) && results.distortionDoubts[channel].empty()) {
-            results.plainHarmonics[channel] = plainHarmonicsOf(full.asRecorded.samples[channel], full);
+        if (full.asRecorded().measures(channel) && results.distortionDoubts[channel].empty()) {
+            results.plainHarmonics[channel] = plainHarmonicsOf(full.asRecorded().samples[channel], full);
         }
     }
     results.derived = derivedFigures(full, results.fundamentals);
@@ -112,11 +126,12 @@ FullResults measureAll(const FullMeasurement& full, const Library& library) {
 
 void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, const Library& library) {
     if (results.signals.empty()) {
-        results.signals = signalsOf(full, library);
+        results.signals = measuredSignals(full.asRecorded(), library, SignalTexts::notWanted);
     }
-    Measurement withSpectra = full.measurement;
-    withSpectra.settings.spectrumFlags = fullSpectrumFlags;
-    results.spectra = measuredSpectra(library.measure(withSpectra, RT305_4_OPERATION_SPECTRUM), withSpectra);
+    MeasurementSettings settings = full.measurement.settings;
+    settings.spectrumFlags = fullSpectrumFlags;
+    Call call(full.measurement, settings, RT305_4_OPERATION_SPECTRUM);
+    results.spectra = measuredSpectra(library.measure(call), full.measurement, settings);
 }
 
 }  // namespace rt305

@@ -8,6 +8,7 @@
 #include "measuring/full_measurement.h"
 #include "measuring/fundamentals.h"
 #include "measuring/library.h"
+#include "measuring/measured_results.h"
 #include "measuring/result_texts.h"
 
 namespace rt305 {
@@ -34,7 +35,8 @@ struct FullResults {
 /// The figures of `rt305 measure`: the parameters, with voltages and currents by every power method and each with the
 /// voltages that it requires; for one kind of channels also their statistics; and always the harmonics, the derived
 /// figures and the wiring.
-FullResults measureAll(const FullMeasurement& full, const Library& library);
+FullResults measureAll(const FullMeasurement& full, const Library& library,
+                       SignalTexts signalTexts = SignalTexts::notWanted);
 
 /// Adds what only a report shows: spectra, and statistics if there are none.
 void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, const Library& library);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "signal/spectral_lines.h"
+#include "signal/statistics.h"
 
 namespace rt305 {
 
@@ -64,6 +65,15 @@ std::vector<KindResults<Channel>> measuredKinds(ResultTexts texts, const Measure
     return kinds;
 }
 
+/// With the names that the library's text has.
+SignalStatistics labelledStatistics(std::size_t channel, const Measurement& measurement) {
+    const char* const unit = isCurrent(channel) ? "A" : "V";
+    const auto [mean, rms, crestFactor, range] =
+        statisticsOf(measurement.handedOver(channel), measurement.settings.coefficients[measurement.standIns[channel]]);
+    return {std::string(measurement.nameOf(channel)),
+            {{"mean", mean, unit}, {"rms", rms, unit}, {"peak2rms", crestFactor, unit}, {"peak2peak", range, unit}}};
+}
+
 void scale(std::vector<double>& values, double factor) {
     std::transform(values.begin(), values.end(), values.begin(), [factor](double x) { return x * factor; });
 }
@@ -86,8 +96,7 @@ double amplitudeOf(double levelDb) {
 }
 
 /// The lines that the settings ask for, in place of the library's peaks.
-void listLines(Spectrum& spectrum, const Measurement& measurement) {
-    const MeasurementSettings& settings = measurement.settings;
+void listLines(Spectrum& spectrum, const Measurement& measurement, const MeasurementSettings& settings) {
     const bool isLevel = (settings.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB;
     const bool byCriterion = (settings.spectrumFlags & RT305_4_SPECTRUM_CRITERION) != 0;
     spectrum.peaks.clear();
@@ -127,20 +136,36 @@ Parameters measuredParameters(const std::string& text, const Measurement& measur
     return measurement.isThreePhase() ? parameters : ofOnePhase(parameters);
 }
 
-std::vector<KindResults<SignalStatistics>> measuredSignals(ResultTexts texts, const Measurement& measurement) {
-    return measuredKinds(std::move(texts), measurement, readSignals);
+std::vector<KindResults<SignalStatistics>> measuredSignals(const Measurement& measurement, const Library& library,
+                                                           SignalTexts texts) {
+    const bool isInVoltAndAmpere = (measurement.settings.flags & RT305_4_SIMULATED_SOURCE_MASK) != 0;
+    if (texts == SignalTexts::wanted || !isInVoltAndAmpere || measurement.has(RT305_4_TWO_CURRENTS)) {
+        return measuredKinds(library.measure(measurement, RT305_4_OPERATION_SIGNALS), measurement, readSignals);
+    }
+    std::vector<KindResults<SignalStatistics>> kinds;
+    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
+        if (measurement.measures(first)) {
+            auto& kind = kinds.emplace_back(KindResults<SignalStatistics>{isCurrent(first), {}, {}});
+            for (std::size_t channel = first; channel < first + (measurement.isThreePhase() ? phaseTotal : 1);
+                 ++channel) {
+                kind.channels.push_back(labelledStatistics(channel, measurement));
+            }
+        }
+    }
+    return kinds;
 }
 
-std::vector<KindResults<Spectrum>> measuredSpectra(ResultTexts texts, const Measurement& measurement) {
+std::vector<KindResults<Spectrum>> measuredSpectra(ResultTexts texts, const Measurement& measurement,
+                                                   const MeasurementSettings& settings) {
     auto kinds = measuredKinds(std::move(texts), measurement, readSpectra);
-    const WindowShape shape = shapeOf(measurement.settings.spectrumFlags);
+    const WindowShape shape = shapeOf(settings.spectrumFlags);
     for (auto& kind : kinds) {
         for (Spectrum& spectrum : kind.channels) {
             scale(spectrum.frequencies, measurement.frequencyScale());
             if (spectrum.unit != "dB") {
                 scale(spectrum.lines, 1.0 / gainOf({shape, measurement.length}));
             }
-            listLines(spectrum, measurement);
+            listLines(spectrum, measurement, settings);
         }
     }
     return kinds;

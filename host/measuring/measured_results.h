@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "measuring/library.h"
 #include "measuring/measurement.h"
 #include "measuring/result_texts.h"
 
@@ -16,9 +17,17 @@ namespace rt305 {
 /// With one phase the totals are those of phase a.
 Parameters measuredParameters(const std::string& text, const Measurement& measurement);
 
-/// The statistics, spectra and harmonics of the kinds that are measured.
-std::vector<KindResults<SignalStatistics>> measuredSignals(ResultTexts texts, const Measurement& measurement);
-std::vector<KindResults<Spectrum>> measuredSpectra(ResultTexts texts, const Measurement& measurement);
+/// Whether the library's texts of time signals are needed, which hold every sample.
+enum class SignalTexts { notWanted, wanted };
+
+/// The statistics of the kinds that are measured. The tool computes them itself where no text is wanted, and the
+/// samples are in V or A and none is rebuilt by the library.
+std::vector<KindResults<SignalStatistics>> measuredSignals(const Measurement& measurement, const Library& library,
+                                                           SignalTexts texts);
+
+/// The spectra, by these settings, and harmonics of the kinds that are measured.
+std::vector<KindResults<Spectrum>> measuredSpectra(ResultTexts texts, const Measurement& measurement,
+                                                   const MeasurementSettings& settings);
 std::vector<KindResults<Harmonics>> measuredHarmonics(ResultTexts texts, const Measurement& measurement);
 
 }  // namespace rt305

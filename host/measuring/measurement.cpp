@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <span>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -75,8 +76,9 @@ void alignChannels(const PerChannel<double>& delays, const Segment& segment, Mea
     }
 }
 
-/// The assigned columns' samples of the segment, in V and A, without short gaps and at common times.
-void takeChannels(const Recording& recording, const Segment& segment, Measurement& measurement) {
+/// The assigned columns' samples of the segment, in V and A, without short gaps and at common times. The recording
+/// keeps no samples: long ones need the memory.
+void takeChannels(Recording& recording, const Segment& segment, Measurement& measurement) {
     const Assignment& assignment = measurement.assignment = assignColumns(recording, measurement.settings.columns);
     measurement.warnings.insert(measurement.warnings.end(), assignment.warnings.begin(), assignment.warnings.end());
     PerChannel<double> delays{};
@@ -86,14 +88,16 @@ void takeChannels(const Recording& recording, const Segment& segment, Measuremen
         if (!number) {
             continue;
         }
-        const Column& column = recording.columns[*number];
-        auto samples = samplesInBaseUnit(column);
-        if (assignment.isReversed[channel]) {
-            std::transform(samples.begin(), samples.end(), samples.begin(), std::negate<>());
-        }
-        const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(segment.first);
+        Column& column = recording.columns[*number];
         auto& taken = measurement.samples[channel];
-        taken.assign(begin, begin + static_cast<std::ptrdiff_t>(segment.count));
+        const bool isLast = std::find(assignment.columns.begin() + static_cast<std::ptrdiff_t>(channel) + 1,
+                                      assignment.columns.end(), number) == assignment.columns.end();
+        taken = isLast ? std::move(column.samples) : column.samples;
+        keepPart(taken, segment.first, segment.count);
+        convertToBaseUnit(taken, column.unit);
+        if (assignment.isReversed[channel]) {
+            std::transform(taken.begin(), taken.end(), taken.begin(), std::negate<>());
+        }
         if (const std::size_t count = fillGaps(taken, longestFilledGap(segment.rateHz)); count > 0) {
             filled.push_back(std::to_string(count) + " of " + std::string(assignment.nameOf(channel)));
         }
@@ -103,6 +107,9 @@ void takeChannels(const Recording& recording, const Segment& segment, Measuremen
         measurement.warnings.push_back("missing samples in short gaps are interpolated: " + joined(filled));
     }
     alignChannels(delays, segment, measurement);
+    for (Column& column : recording.columns) {
+        column.samples = {};
+    }
 }
 
 /// "50 Hz", "16.67 Hz".
@@ -148,12 +155,11 @@ struct ChosenPart {
 };
 
 /// The samples of the part.
-PerChannel<std::vector<double>> samplesOf(const ChosenPart& chosen) {
-    PerChannel<std::vector<double>> part;
+PerChannel<std::span<const double>> samplesOf(const ChosenPart& chosen) {
+    PerChannel<std::span<const double>> part;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (const auto& samples = chosen.measurement.samples[channel]; !samples.empty()) {
-            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(chosen.first);
-            part[channel].assign(begin, begin + static_cast<std::ptrdiff_t>(chosen.count));
+            part[channel] = std::span(samples).subspan(chosen.first, chosen.count);
         }
     }
     return part;
@@ -191,7 +197,7 @@ void chooseWindow(Measurement& measurement) {
     }
 }
 
-ChosenPart choosePart(const Recording& recording, const MeasurementSettings& settings) {
+ChosenPart choosePart(Recording& recording, const MeasurementSettings& settings) {
     ChosenPart chosen{.measurement = {.settings = settings}};
     Measurement& measurement = chosen.measurement;
     const Segment segment = chosenSegment(recording, measurement);
@@ -235,23 +241,38 @@ void requireResamplable(const Measurement& measurement, const ChosenPart& chosen
 }
 
 /// Keeps the chosen part of the segment's samples only.
-void cutAndResample(Measurement& measurement, const ChosenPart& chosen, RateMatters rateMatters,
-                    const std::string& source) {
-    if (rateMatters == RateMatters::yes && measurement.settings.resample && !measurement.isAtWantedRate()) {
-        requireResamplable(measurement, chosen, source);
-        measurement.rateHz = measurement.wantedRateHz();
-        measurement.notes.push_back(describeResampling(measurement));
-    }
+void cut(Measurement& measurement, const ChosenPart& chosen) {
     for (auto& samples : measurement.samples) {
         if (!samples.empty()) {
-            samples = resampled(samples, chosen.first, chosen.count, measurement.recordedRateHz, measurement.rateHz);
+            keepPart(samples, chosen.first, chosen.count);
             measurement.length = samples.size();
         }
     }
-    if (rateMatters == RateMatters::yes && measurement.settings.chooseWindow) {
+}
+
+bool isToBeResampled(const Measurement& measurement) {
+    return measurement.settings.resample && !measurement.isAtWantedRate();
+}
+
+/// Keeps the chosen part of the segment's samples only, at the rate that the library needs.
+void cutAndResample(Measurement& measurement, const ChosenPart& chosen, const std::string& source) {
+    if (isToBeResampled(measurement)) {
+        requireResamplable(measurement, chosen, source);
+        measurement.rateHz = measurement.wantedRateHz();
+        measurement.notes.push_back(describeResampling(measurement));
+        for (auto& samples : measurement.samples) {
+            if (!samples.empty()) {
+                samples =
+                    resampled(samples, chosen.first, chosen.count, measurement.recordedRateHz, measurement.rateHz);
+                measurement.length = samples.size();
+            }
+        }
+    } else {
+        cut(measurement, chosen);
+    }
+    if (measurement.settings.chooseWindow) {
         chooseWindow(measurement);
     }
-    warnOfGaps(measurement);
 }
 
 }  // namespace
@@ -278,20 +299,31 @@ void invertForTwoWattmeters(MeasurementSettings& settings) {
     settings.flags ^= RT305_4_NEGATE_REACTIVE_POWER;
 }
 
-Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
+Measurement makeMeasurement(Recording& recording, const MeasurementSettings& settings, RateMatters rateMatters) {
     if (settings.durationCycles > 0.0) {
         failUsage("rt305 measure and rt305 report take a --duration in cycles; give it in seconds here");
     }
     ChosenPart chosen = choosePart(recording, settings);
-    cutAndResample(chosen.measurement, chosen, rateMatters, recording.source);
-    return std::move(chosen.measurement);
+    Measurement measurement = std::move(chosen.measurement);
+    if (rateMatters == RateMatters::yes) {
+        cutAndResample(measurement, chosen, recording.source);
+    } else {
+        cut(measurement, chosen);
+    }
+    warnOfGaps(measurement);
+    return measurement;
 }
 
-MeasurementPair makeMeasurementPair(const Recording& recording, const MeasurementSettings& settings) {
+MeasurementPair makeMeasurementPair(Recording& recording, const MeasurementSettings& settings) {
     ChosenPart chosen = choosePart(recording, settings);
-    MeasurementPair pair{chosen.measurement, std::move(chosen.measurement)};
-    cutAndResample(pair.resampled, chosen, RateMatters::yes, recording.source);
-    cutAndResample(pair.asRecorded, chosen, RateMatters::no, recording.source);
+    MeasurementPair pair{std::move(chosen.measurement), std::nullopt};
+    if (isToBeResampled(pair.measured)) {
+        pair.asRecorded = pair.measured;
+        cut(*pair.asRecorded, chosen);
+        warnOfGaps(*pair.asRecorded);
+    }
+    cutAndResample(pair.measured, chosen, recording.source);
+    warnOfGaps(pair.measured);
     return pair;
 }
 

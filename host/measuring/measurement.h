@@ -111,15 +111,17 @@ enum class RateMatters { no, yes };
 /// allow it; a note says so. Gaps of up to 8 samples and 2 ms are interpolated, and stated delays corrected. Fails when
 /// the rate is unknown, when there is no such segment or part, when channels are missing, and on samples to be
 /// resampled that are fewer than 2.5 a nominal cycle or last less than one.
-Measurement makeMeasurement(const Recording& recording, const MeasurementSettings& settings,
+///
+/// Takes the samples out of the recording, which keeps everything else.
+Measurement makeMeasurement(Recording& recording, const MeasurementSettings& settings,
                             RateMatters rateMatters = RateMatters::yes);
 
 /// The same for both answers, from one reading of the channels.
 struct MeasurementPair {
-    Measurement resampled;   // RateMatters::yes
-    Measurement asRecorded;  // RateMatters::no
+    Measurement measured;                   // RateMatters::yes
+    std::optional<Measurement> asRecorded;  // RateMatters::no; empty when `measured` was not resampled
 };
-MeasurementPair makeMeasurementPair(const Recording& recording, const MeasurementSettings& settings);
+MeasurementPair makeMeasurementPair(Recording& recording, const MeasurementSettings& settings);
 
 }  // namespace rt305
 

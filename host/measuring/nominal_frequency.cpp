@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "signal/harmonic_fit.h"
 
@@ -18,7 +19,7 @@ double highestHz(double rateHz) {
     return std::min(1100.0, rateHz / 3.0);
 }
 
-double strongestLineOf(const std::vector<double>& samples, double rateHz) {
+double strongestLineOf(std::span<const double> samples, double rateHz) {
     constexpr double fewestCycles = 2.0;
     const double line = strongestLine(samples, rateHz, lowestHz, highestHz(rateHz)).value_or(0.0);
     return line * static_cast<double>(samples.size()) >= fewestCycles * rateHz ? line : 0.0;
@@ -26,12 +27,12 @@ double strongestLineOf(const std::vector<double>& samples, double rateHz) {
 
 }  // namespace
 
-double fundamentalOf(const std::vector<double>& samples, double rateHz) {
+double fundamentalOf(std::span<const double> samples, double rateHz) {
     const auto fit = findFundamental(samples, rateHz, lowestHz, highestHz(rateHz));
     return fit ? fit->frequencyHz : 0.0;
 }
 
-double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz) {
+double commonFundamental(const PerChannel<std::span<const double>>& samples, double rateHz) {
     for (const auto& estimate : {fundamentalOf, strongestLineOf}) {
         for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
             std::vector<double> found;

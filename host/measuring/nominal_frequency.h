@@ -1,6 +1,8 @@
 #ifndef RT305_HOST_MEASURING_NOMINAL_FREQUENCY_H
 #define RT305_HOST_MEASURING_NOMINAL_FREQUENCY_H
 
+#include <algorithm>
+#include <span>
 #include <vector>
 
 #include "recording/channels.h"
@@ -9,11 +11,16 @@ namespace rt305 {
 
 /// The fundamental of one channel in Hz, by findFundamental() from 10 Hz to a third of the rate, at most 1100 Hz; 0 for
 /// none, as in records of less than two cycles.
-double fundamentalOf(const std::vector<double>& samples, double rateHz);
+double fundamentalOf(std::span<const double> samples, double rateHz);
 
 /// The middle one of the fundamentals of the voltages, or of the currents where no voltage has one, in Hz. Where no
 /// channel has one, of the strongest lines of two cycles or more; 0 for none. Empty channels are left out.
-double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz);
+double commonFundamental(const PerChannel<std::span<const double>>& samples, double rateHz);
+inline double commonFundamental(const PerChannel<std::vector<double>>& samples, double rateHz) {
+    PerChannel<std::span<const double>> spans;
+    std::copy(samples.begin(), samples.end(), spans.begin());
+    return commonFundamental(spans, rateHz);
+}
 
 /// The nominal frequency of a grid with this fundamental in Hz: the nearest of 16.7 (50/3), 25, 50, 60 and 400 Hz if it
 /// is within 10 %, otherwise the fundamental itself; 50 Hz for no fundamental (0).

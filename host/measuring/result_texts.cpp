@@ -1,91 +1,139 @@
 #include "measuring/result_texts.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <iterator>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <type_traits>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "measuring/text_reader.h"
 
 namespace rt305 {
 
 namespace {
 
-using nlohmann::json;
-
-double numberOrNaN(const json& value) {
-    return value.is_null() ? std::numeric_limits<double>::quiet_NaN() : value.get<double>();
+/// Reads an object with the members `names`, in any order, and others, which are dropped. `read(i)` reads the value of
+/// member i. Fails when one is missing.
+template <std::size_t count, class Read>
+void readMembers(TextReader& reader, const std::array<std::string_view, count>& names, Read read) {
+    std::array<bool, count> found{};
+    reader.object([&](std::string_view name) {
+        const auto i = static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+        if (i == count) {
+            return reader.skip();
+        }
+        found[i] = true;
+        read(i);
+    });
+    if (std::find(found.begin(), found.end(), false) != found.end()) {
+        failEnvironment(
+            "a table in the library's text has no " +
+            std::string(names[static_cast<std::size_t>(std::find(found.begin(), found.end(), false) - found.begin())]));
+    }
 }
 
-NamedValue namedValue(const json& row, const char* unitKey) {
-    return {row.at("LastName"), numberOrNaN(row.at("dataName")), row.at(unitKey)};
+NamedValue readNamedValue(TextReader& reader, std::string_view unitKey) {
+    NamedValue value{};
+    readMembers(reader, std::array<std::string_view, 3>{"LastName", "dataName", unitKey}, [&](std::size_t i) {
+        if (i == 1) {
+            value.value = reader.number();
+        } else {
+            (i == 0 ? value.name : value.unit) = reader.string();
+        }
+    });
+    return value;
 }
 
-std::vector<double> numbersOrNaN(const json& values) {
+std::vector<double> readNumbers(TextReader& reader) {
     std::vector<double> numbers;
-    numbers.reserve(values.size());
-    std::transform(values.begin(), values.end(), std::back_inserter(numbers), numberOrNaN);
+    reader.array([&] { numbers.push_back(reader.number()); });
     return numbers;
 }
 
-std::vector<std::pair<double, double>> peaksOf(const json& rows) {
+std::vector<std::pair<double, double>> readPeaks(TextReader& reader) {
     std::vector<std::pair<double, double>> peaks;
-    for (const json& row : rows) {
-        peaks.emplace_back(numberOrNaN(row.at("fi")), numberOrNaN(row.at("mag")));
-    }
+    reader.array([&] {
+        std::pair<double, double>& peak = peaks.emplace_back();
+        readMembers(reader, std::array<std::string_view, 2>{"fi", "mag"},
+                    [&](std::size_t i) { (i == 0 ? peak.first : peak.second) = reader.number(); });
+    });
     return peaks;
 }
 
 /// "U, V" -> "V", "L,dB" -> "dB".
-std::string unitOf(const std::string& axisLabel) {
+std::string unitOf(std::string_view axisLabel) {
     return std::string(split(axisLabel, ',').back());
 }
 
 /// Reads every row of the single table in a text.
 template <class Read>
-auto readRows(const std::string& text, Read read) {
-    try {
-        const json document = json::parse(text);
-        if (!document.is_object() || document.size() != 1) {
-            throw Failure(ExitCode::environment, "the library's text is not one named table");
-        }
-        std::vector<std::invoke_result_t<Read, const json&>> rows;
-        std::transform(document.front().begin(), document.front().end(), std::back_inserter(rows), read);
-        return rows;
-    } catch (const json::exception& error) {
-        throw Failure(ExitCode::environment, std::string("the library's text cannot be read: ") + error.what());
+auto readRows(std::string_view text, Read read) {
+    std::vector<std::invoke_result_t<Read, TextReader&>> rows;
+    std::size_t tables = 0;
+    TextReader reader(text);
+    reader.object([&](std::string_view) {
+        ++tables;
+        reader.array([&] { rows.push_back(read(reader)); });
+    });
+    reader.end();
+    if (tables != 1) {
+        failEnvironment("the library's text is not one named table");
     }
+    return rows;
 }
 
 }  // namespace
 
 Parameters readParameters(const std::string& text) {
-    return readRows(text, [](const json& row) { return namedValue(row, "units"); });
+    return readRows(text, [](TextReader& reader) { return readNamedValue(reader, "units"); });
 }
 
 std::vector<SignalStatistics> readSignals(const std::string& text) {
-    return readRows(text, [](const json& row) {
-        SignalStatistics signal{row.at("LastName"), {}};
-        for (const json& statistic : row.at("paramData")) {
-            signal.statistics.push_back(namedValue(statistic, "UomName"));
-        }
+    return readRows(text, [](TextReader& reader) {
+        SignalStatistics signal{};
+        readMembers(reader, std::array<std::string_view, 2>{"LastName", "paramData"}, [&](std::size_t i) {
+            if (i == 0) {
+                signal.channel = reader.string();
+            } else {
+                reader.array([&] { signal.statistics.push_back(readNamedValue(reader, "UomName")); });
+            }
+        });
         return signal;
     });
 }
 
 std::vector<Spectrum> readSpectra(const std::string& text) {
-    return readRows(text, [](const json& row) {
-        return Spectrum{row.at("name"), unitOf(row.at("LastNameY")), numbersOrNaN(row.at("dataTnvf")),
-                        numbersOrNaN(row.at("dataTnv")), peaksOf(row.at("paramData"))};
+    return readRows(text, [](TextReader& reader) {
+        Spectrum spectrum{};
+        readMembers(reader, std::array<std::string_view, 5>{"name", "LastNameY", "paramData", "dataTnvf", "dataTnv"},
+                    [&](std::size_t i) {
+                        if (i == 0) {
+                            spectrum.channel = reader.string();
+                        } else if (i == 1) {
+                            spectrum.unit = unitOf(reader.string());
+                        } else if (i == 2) {
+                            spectrum.peaks = readPeaks(reader);
+                        } else {
+                            (i == 3 ? spectrum.frequencies : spectrum.lines) = readNumbers(reader);
+                        }
+                    });
+        return spectrum;
     });
 }
 
 std::vector<Harmonics> readHarmonics(const std::string& text) {
-    return readRows(text, [](const json& row) {
-        return Harmonics{row.at("name"), numbersOrNaN(row.at("dataX")), numbersOrNaN(row.at("dataY"))};
+    return readRows(text, [](TextReader& reader) {
+        Harmonics harmonics{};
+        readMembers(reader, std::array<std::string_view, 3>{"name", "dataX", "dataY"}, [&](std::size_t i) {
+            if (i == 0) {
+                harmonics.channel = reader.string();
+            } else {
+                (i == 1 ? harmonics.frequencies : harmonics.levels) = readNumbers(reader);
+            }
+        });
+        return harmonics;
     });
 }
 

@@ -129,7 +129,7 @@ std::string reasonNotToJudge(const FullMeasurement& full, const Fundamentals& fu
     if (!full.isSteady()) {
         return ", because the signal is not steady";
     }
-    if (full.asRecorded.settings.part == Part::fault) {
+    if (full.asRecorded().settings.part == Part::fault) {
         return " in a fault";
     }
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {

@@ -148,7 +148,7 @@ void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullRe
         {full.isFrequencyMeasured ? orNan(fundamentals.frequencyHz) : orNan(0.0), orNan(fundamentals.frequencies[0]),
          orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
     const auto offsets = [&full](std::size_t first) {
-        const auto* const samples = &full.asRecorded.samples[first];
+        const auto* const samples = &full.asRecorded().samples[first];
         return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])});
     };
     if (results.derived.voltages) {
@@ -309,12 +309,12 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
         electricalTable(withoutDoubtful(parameters, results.distortionDoubts, full.measurement.hasVoltages())));
     document.settings = describeWiring(full.measurement, full.fromLineVoltages) + ", fundamental inside " +
                         full.measurement.window().text();
-    Measurement measured = full.measurement;
-    if (measured.isCombined()) {
+    std::uint32_t powerFlag = full.measurement.powerFlag();
+    if (full.measurement.isCombined()) {
         document.tables.push_back(powerTable(results.parameters));
-        measured.settings.flags |= powerMethods[complexThreeWattmeter].flag;
+        powerFlag |= powerMethods[complexThreeWattmeter].flag;
     }
-    const auto remarks = remarksOn(parameters, measured, results.distortionDoubts);
+    const auto remarks = remarksOn(parameters, full.measurement, powerFlag, results.distortionDoubts);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
     for (const std::string& remark : {remarkOnNoise(results), remarkOnDisagreement(results.parameters)}) {
         if (!remark.empty()) {
@@ -331,7 +331,7 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
 
 /// Which samples are measured.
 std::string describeSamples(const FullMeasurement& full) {
-    const Measurement& recorded = full.asRecorded;
+    const Measurement& recorded = full.asRecorded();
     const double start = recorded.settings.startSeconds;
     const std::string range = std::to_string(recorded.length) + " samples at " + formatNumber(recorded.rateHz, 9) +
                               " Hz, from " + formatFixed(start, 4) + " s to " +

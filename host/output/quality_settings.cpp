@@ -78,7 +78,7 @@ QualitySettings qualitySettings(const Recording& recording, const Measurement& r
 }
 
 std::optional<QualitySettings> qualitySettingsOf(const Recording& recording, const FullMeasurement& full) {
-    const Measurement& recorded = full.asRecorded;
+    const Measurement& recorded = full.asRecorded();
     if (!recorded.hasVoltages() || !(full.frequencyHz > 0.0) || !obstacleToQuality(recorded).empty()) {
         return std::nullopt;
     }

@@ -114,9 +114,9 @@ std::string explainThd(const ThdSet& set, const Parameters& parameters, const Me
     return reason;
 }
 
-void explainPower(const Parameters& parameters, const Measurement& measurement, const std::string& thdReason,
-                  std::vector<std::string>& remarks) {
-    const auto hasFlag = [&](const auto& known) { return known.flag == measurement.powerFlag(); };
+void explainPower(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
+                  const std::string& thdReason, std::vector<std::string>& remarks) {
+    const auto hasFlag = [&](const auto& known) { return known.flag == powerFlag; };
     const auto* const method = std::find_if(std::begin(powerMethods), std::end(powerMethods), hasFlag);
     if (method == std::end(powerMethods)) {
         remarks.emplace_back("No power: --power was not given.");
@@ -183,7 +183,7 @@ std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const
 }
 
 std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement,
-                                   const PerChannel<std::string>& doubts) {
+                                   std::uint32_t powerFlag, const PerChannel<std::string>& doubts) {
     std::vector<std::string> remarks;
     std::string thdReason;
     for (const ThdSet& set : thdSets) {
@@ -194,8 +194,8 @@ std::vector<std::string> remarksOn(const Parameters& parameters, const Measureme
         remarks.push_back(remark);
     }
     if (measurement.isCombined()) {
-        explainPower(parameters, measurement, thdReason, remarks);
-    } else if (measurement.powerFlag() != RT305_4_POWER_NONE) {
+        explainPower(parameters, measurement, powerFlag, thdReason, remarks);
+    } else if (powerFlag != RT305_4_POWER_NONE) {
         remarks.emplace_back("No power: it needs voltages and currents.");
     }
     return remarks;

@@ -19,10 +19,10 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
 std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement);
 
 /// What a reader of the parameter table must know: one sentence for every group of missing values, with the reason as
-/// far as the tool can find it, and one for every figure that the settings make doubtful. Reasons in `doubts`, of
-/// channels whose harmonics are not shown, are taken as said.
+/// far as the tool can find it, and one for every figure that the settings make doubtful. The power was measured by the
+/// method of `powerFlag`. Reasons in `doubts`, of channels whose harmonics are not shown, are taken as said.
 std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement,
-                                   const PerChannel<std::string>& doubts = {});
+                                   std::uint32_t powerFlag, const PerChannel<std::string>& doubts = {});
 
 }  // namespace rt305
 

@@ -312,9 +312,9 @@ Section harmonicSection(const FullResults& results) {
 
 Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
     return {"origin", "Recording and settings",
-            htmlFacts("Recording", recordingFacts(recording, full.asRecorded)) +
+            htmlFacts("Recording", recordingFacts(recording, full.asRecorded())) +
                 htmlFacts("Channels", channelFacts(recording, full.measurement.assignment)) +
-                htmlFacts("Measurement", settingFacts(document, full.asRecorded)) +
+                htmlFacts("Measurement", settingFacts(document, full.asRecorded())) +
                 notices("", full.measurement.notes)};
 }
 
@@ -338,7 +338,7 @@ std::string htmlOf(const std::vector<Section>& sections) {
 }  // namespace
 
 std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
-    const Measurement& recorded = full.asRecorded;
+    const Measurement& recorded = full.asRecorded();
     const ResultDocument document = fullDocument(recording, full, results);
     const PlotGroup waveforms = waveformPlots(recorded);
     const PlotGroup lines = spectrumPlots(results.spectra);

@@ -180,12 +180,16 @@ double largestMagnitude(const std::vector<double>& samples) {
     return largest;
 }
 
-std::vector<double> samplesInBaseUnit(const Column& column) {
-    std::vector<double> samples = column.samples;
-    if (const double factor = unitOf(column.unit).factor; factor != 1.0) {
+void convertToBaseUnit(std::vector<double>& samples, const std::string& unit) {
+    if (const double factor = unitOf(unit).factor; factor != 1.0) {
         std::transform(samples.begin(), samples.end(), samples.begin(), [factor](double x) { return x * factor; });
     }
-    return samples;
+}
+
+void keepPart(std::vector<double>& samples, std::size_t first, std::size_t count) {
+    assert(first + count <= samples.size());
+    samples.erase(samples.begin() + static_cast<std::ptrdiff_t>(first + count), samples.end());
+    samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(first));
 }
 
 }  // namespace rt305

@@ -100,8 +100,11 @@ double meanOf(const std::vector<double>& samples);
 /// The largest absolute value. NaN is ignored; 0 when there are no samples.
 double largestMagnitude(const std::vector<double>& samples);
 
-/// The samples of a column in V or A. Samples of an unknown unit are unchanged.
-std::vector<double> samplesInBaseUnit(const Column& column);
+/// Converts samples in a unit to V or A. Samples of an unknown unit are unchanged.
+void convertToBaseUnit(std::vector<double>& samples, const std::string& unit);
+
+/// Keeps `count` samples from `first` on, in place.
+void keepPart(std::vector<double>& samples, std::size_t first, std::size_t count);
 
 }  // namespace rt305
 

@@ -6,6 +6,7 @@
 #include <complex>
 #include <numbers>
 #include <numeric>
+#include <span>
 #include <vector>
 
 #include "toolkit/fft.h"
@@ -93,11 +94,14 @@ struct Moments {
     std::array<Value, mostHarmonics + 1> differencePlaceCosine{};  // d u Re z^m
 };
 
+double totalOf(const Block& each) {
+    return std::accumulate(each.begin(), each.end(), 0.0);
+}
+
 template <std::size_t count>
 std::array<double, count> totals(const std::array<Block, count>& blocks) {
     std::array<double, count> sums;
-    std::transform(blocks.begin(), blocks.end(), sums.begin(),
-                   [](const Block& each) { return std::accumulate(each.begin(), each.end(), 0.0); });
+    std::transform(blocks.begin(), blocks.end(), sums.begin(), totalOf);
     return sums;
 }
 
@@ -187,6 +191,26 @@ ALWAYS_INLINE inline void addMoments(const Groups* groups, double angle, std::si
                 addProduct(difference, power.imaginary, moments->differenceSine[m]);
                 addProduct(differencePlace, power.real, moments->differencePlaceCosine[m]);
             }
+            power.multiply(turns);
+        }
+    });
+}
+
+/// Adds the products of the samples without their mean with the powers of z from 1 on.
+ALWAYS_INLINE inline void addHarmonics(const Groups* groups, double mean, double angle, std::span<Block> cosines,
+                                       std::span<Block> sines) {
+    forBlocks(*groups, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
+        const Block weight = blockAt(groups->weights, first);
+        Block sum = blockAt(groups->sums, first);
+        for (double& x : sum) {
+            x -= 2.0 * mean;
+        }
+        sum = product(sum, weight);
+        const Block difference = product(weight, blockAt(groups->differences, first));
+        Turns power = turns;
+        for (std::size_t i = 0; i < cosines.size(); ++i) {
+            addProduct(sum, power.real, cosines[i]);
+            addProduct(difference, power.imaginary, sines[i]);
             power.multiply(turns);
         }
     });
@@ -524,21 +548,16 @@ std::vector<double> harmonicLevels(std::span<const double> samples, double rateH
                                    std::size_t orders) {
     const auto count = static_cast<double>(samples.size());
     const double mean = std::accumulate(samples.begin(), samples.end(), 0.0) / count;
-    std::vector<Phasor> sums(orders);
-    for (std::size_t k = 0; k < samples.size(); ++k) {
-        const double place = static_cast<double>(k) + 0.5;
-        const double weighted = (1.0 - std::cos(2.0 * pi * place / count)) * (samples[k] - mean);
-        const Phasor turn = std::polar(1.0, -2.0 * pi * frequencyHz * place / rateHz);
-        Phasor z = weighted;
-        for (Phasor& sum : sums) {
-            z *= turn;
-            sum += z;
-        }
-    }
+    const Groups single(samples, rateHz, rateHz, Groups::Weight::hann);
+    std::vector<Block> cosines(orders, Block{});
+    std::vector<Block> sines(orders, Block{});
+    coder::vectorized<addHarmonics>(&single, mean, 2.0 * pi * frequencyHz * single.halfSeconds,
+                                    std::span<Block>(cosines), std::span<Block>(sines));
     std::vector<double> levels(orders);
     for (std::size_t order = 1; order <= orders; ++order) {
         const bool isThere = static_cast<double>(order) * frequencyHz < 0.5 * rateHz;
-        levels[order - 1] = isThere ? std::abs(sums[order - 1]) * std::numbers::sqrt2 / count : 0.0;
+        const double sum = std::hypot(totalOf(cosines[order - 1]), totalOf(sines[order - 1]));
+        levels[order - 1] = isThere ? 2.0 * sum * std::numbers::sqrt2 / count : 0.0;
     }
     return levels;
 }
