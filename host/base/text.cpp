@@ -5,6 +5,7 @@
 #include <cassert>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "base/limits.h"
@@ -71,6 +72,46 @@ std::optional<double> parseNumber(std::string_view text, Comma comma) {
     }
     const auto value = parseWhole<double>(text);
     return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::size_t parseLeadingNumber(std::string_view text, bool allowComma, double& value) {
+    constexpr std::size_t mostDigits = 18;  // of a 64-bit number
+    constexpr std::uint64_t largestExact = std::uint64_t{1} << 53;
+    static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                        1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+    const char* const end = text.data() + text.size();
+    const char* at = text.data();
+    const bool isNegative = at != end && *at == '-';
+    at += isNegative ? 1 : 0;
+    const char* const first = at;
+    std::uint64_t digits = 0;
+    const auto takeDigits = [&] {
+        const char* const begin = at;
+        for (; at != end && static_cast<unsigned char>(*at - '0') < 10; ++at) {
+            digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+        }
+        return static_cast<std::size_t>(at - begin);
+    };
+    const std::size_t whole = takeDigits();
+    std::size_t decimals = 0;
+    const bool hasComma = allowComma && at != end && *at == ',';
+    if (whole > 0 && at != end && (*at == '.' || hasComma)) {
+        ++at;
+        decimals = takeDigits();
+    }
+    if (whole == 0) {
+        return 0;
+    }
+    // a whole number and a power of ten that are both exact give the nearest double (W. D. Clinger, 1990)
+    if (whole + decimals <= mostDigits && digits <= largestExact && (at == end || (*at != 'e' && *at != 'E'))) {
+        const double magnitude = static_cast<double>(digits) / powers[decimals];
+        value = isNegative ? -magnitude : magnitude;
+        return static_cast<std::size_t>(at - text.data());
+    }
+    const char* const limit = text.data() + std::min(text.size(), longestNumberText);
+    const auto [last, error] = std::from_chars(text.data(), limit, value);
+    const bool isRead = !hasComma && error == std::errc{} && last > first && std::isfinite(value);
+    return isRead ? static_cast<std::size_t>(last - text.data()) : 0;
 }
 
 std::optional<std::size_t> parseCount(std::string_view text) {

@@ -17,6 +17,10 @@ enum class Comma { none, decimalSign, betweenGroups };
 /// infinities, for numbers outside the range of a double and for texts longer than `longestNumberText`.
 std::optional<double> parseNumber(std::string_view text, Comma comma = Comma::none);
 
+/// Parses the number at the start of a text into `value`, as parseNumber does, and returns its length; 0 where none
+/// begins with a digit, or with "-" and a digit. The decimal sign is a point, or a comma if that is allowed.
+std::size_t parseLeadingNumber(std::string_view text, bool allowComma, double& value);
+
 /// Parses a text that is one whole number without a sign.
 std::optional<std::size_t> parseCount(std::string_view text);
 

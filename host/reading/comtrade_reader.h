@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/pages.h"
 #include "reading/comtrade_configuration.h"
 #include "reading/read_options.h"
 #include "recording/recording.h"
@@ -31,7 +32,9 @@ struct ComtradeParts {
 /// Fails, with file and line or byte, when no sample can be read or a field is not a number. A length that differs from
 /// the announced one and an incomplete last record are warnings. So is a header with RMS values that equal the peaks of
 /// the samples: some recorders store instantaneous values divided by sqrt(2).
-Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options = {});
+///
+/// The memory of the data is released as it is read, if it is that of a string that is given, too.
+Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options = {}, ReadText memory = ReadText());
 
 }  // namespace rt305
 

@@ -20,6 +20,7 @@ namespace rt305 {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t rowsBeforeReserving = 1000;
 constexpr std::size_t fewestRounded = 3;    // steps that look like gaps, where times may be rounded instead
 constexpr double exactRounding = 0.501;     // distance from a straight line, relative to the step of rounding
 constexpr double largestRounding = 0.75;    // the same, where stamps are inexact
@@ -47,7 +48,8 @@ struct TimeColumn {
     bool hasUnit = false;
     std::optional<std::int64_t> firstStamp{};
     std::vector<double> seconds{};
-    std::vector<std::size_t> lines{};
+    std::vector<std::pair<std::size_t, std::size_t>>
+        lines{};  // a row, and its line, where a line was skipped before it
 
     bool add(std::string_view cell, std::size_t line, Comma comma) {
         std::optional<double> time;
@@ -60,9 +62,21 @@ struct TimeColumn {
         if (!time || std::isnan(*time)) {
             return false;
         }
-        seconds.push_back(*time * secondsPerUnit);
-        lines.push_back(line);
+        add(*time, line);
         return true;
+    }
+
+    void add(double time, std::size_t line) {
+        if (lines.empty() || lines.back().second + (seconds.size() - lines.back().first) != line) {
+            lines.emplace_back(seconds.size(), line);
+        }
+        seconds.push_back(time * secondsPerUnit);
+    }
+
+    std::size_t lineOf(std::size_t row) const {
+        const auto behind = std::upper_bound(lines.begin(), lines.end(), row,
+                                             [](std::size_t wanted, const auto& each) { return wanted < each.first; });
+        return std::prev(behind)->second + (row - std::prev(behind)->first);
     }
 };
 
@@ -123,8 +137,8 @@ std::optional<EvenTimes> evenTimesBefore(const std::vector<double>& seconds, dou
 
 class CsvReader {
 public:
-    CsvReader(std::string_view text, const std::string& source, const ReadOptions& options)
-        : options_(options), layout_(layoutOf(text)), lines_(text) {
+    CsvReader(std::string_view text, const std::string& source, const ReadOptions& options, ReadText memory)
+        : options_(options), layout_(layoutOf(text)), text_(text), lines_(text), memory_(memory) {
         recording_.source = source;
         recording_.format = "CSV";
     }
@@ -138,11 +152,7 @@ public:
                       std::to_string(mostColumns) + " columns");
         }
         nameColumns();
-        while (lines_.nextWithText()) {
-            if (lines_.number() >= layout_.firstLine && !isComment(lines_.line(), layout_.separator)) {
-                readRow();
-            }
-        }
+        readRows();
         if (!layout_.doubtfulNumber.empty()) {
             recording_.warnings.push_back(recording_.source + ": the comma in numbers such as " +
                                           inQuotes(layout_.doubtfulNumber) + " is read as a decimal sign");
@@ -222,6 +232,71 @@ private:
             const std::string_view given = isTime(unit) ? unit : name;
             time_ = {name, isTime(given) ? unitOf(given).factor : 1.0, isTime(given)};
         }
+    }
+
+    void readRows() {
+        const auto& notes = layout_.isNote;
+        const bool isPlain = layout_.separator != ' ' && std::find(notes.begin(), notes.end(), true) == notes.end();
+        plainRow_.resize(layout_.width);
+        while (lines_.next()) {
+            if (lines_.number() < layout_.firstLine) {
+                continue;
+            }
+            if (isPlain && parsePlainRow(lines_.line())) {
+                addPlainRow();
+            } else if (!trimmed(lines_.line()).empty() && !isComment(lines_.line(), layout_.separator)) {
+                readRow();
+            }
+            if (recording_.length == rowsBeforeReserving) {
+                reserveRows();
+            }
+            memory_.release(lines_.line().data());
+        }
+    }
+
+    /// Parses a row of plain numbers without anything around them, as most files have. False for any other.
+    bool parsePlainRow(std::string_view line) {
+        const bool allowComma = layout_.comma == Comma::decimalSign && layout_.separator != ',';
+        line.remove_suffix(!line.empty() && line.back() == '\r' ? 1 : 0);
+        for (std::size_t i = 0; i < plainRow_.size(); ++i) {
+            const std::size_t length = parseLeadingNumber(line, allowComma, plainRow_[i]);
+            if (length == 0) {
+                return false;
+            }
+            line.remove_prefix(length);
+            const bool isLast = i + 1 == plainRow_.size();
+            if (line.empty() ? !isLast : line.front() != layout_.separator) {
+                return false;
+            }
+            line.remove_prefix(line.empty() ? 0 : 1);
+        }
+        return line.empty();
+    }
+
+    void addPlainRow() {
+        auto column = recording_.columns.begin();
+        for (std::size_t i = 0; i < plainRow_.size(); ++i) {
+            if (i != timeColumn_) {
+                if (column->fault.empty()) {
+                    column->samples.push_back(plainRow_[i]);
+                }
+                ++column;
+            } else if (!options_.rateHz) {
+                time_.add(plainRow_[i], lines_.number());
+            }
+        }
+        ++recording_.length;
+    }
+
+    /// Makes room for as many rows as the text may hold, by the length of the first ones.
+    void reserveRows() {
+        const auto read = static_cast<double>(lines_.line().data() - text_.data());
+        const auto rows = static_cast<std::size_t>(1.02 * static_cast<double>(recording_.length) *
+                                                   static_cast<double>(text_.size()) / read);
+        for (Column& column : recording_.columns) {
+            column.samples.reserve(column.fault.empty() ? rows : 0);
+        }
+        time_.seconds.reserve(time_.seconds.empty() ? 0 : rows);
     }
 
     void readRow() {
@@ -403,7 +478,7 @@ private:
 
     void warnOfGaps(const std::vector<double>& steps, const SamplingIntervals& intervals) {
         const std::size_t row = intervals.gaps[0];
-        const std::string where = time_.lines.empty() ? recording_.source + ": " : at(time_.lines[row]);
+        const std::string where = time_.lines.empty() ? recording_.source + ": " : at(time_.lineOf(row));
         recording_.warnings.push_back(where + "the time step before this row is " + formatNumber(steps[row - 1]) +
                                       " s instead of the usual " + formatNumber(intervals.usualStep) + " s (" +
                                       std::to_string(intervals.gaps.size()) + " such steps in total)");
@@ -411,7 +486,10 @@ private:
 
     const ReadOptions& options_;
     CsvLayout layout_;
+    std::string_view text_;
     Lines lines_;
+    ReadText memory_;
+    std::vector<double> plainRow_{};  // the cells of a row of plain numbers
     Recording recording_;
     std::optional<std::size_t> timeColumn_;
     TimeColumn time_;
@@ -419,8 +497,8 @@ private:
 
 }  // namespace
 
-Recording readCsv(std::string_view text, const std::string& source, const ReadOptions& options) {
-    return CsvReader(text, source, options).read();
+Recording readCsv(std::string_view text, const std::string& source, const ReadOptions& options, ReadText memory) {
+    return CsvReader(text, source, options, memory).read();
 }
 
 }  // namespace rt305

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/pages.h"
 #include "reading/read_options.h"
 #include "recording/recording.h"
 
@@ -23,7 +24,10 @@ namespace rt305 {
 ///
 /// Fails, with file and line, on rows of unequal length, on unreadable times and on a text without rows. A last row
 /// that is too short is ignored with a warning. A cell that is not a number makes its column faulty.
-Recording readCsv(std::string_view text, const std::string& source, const ReadOptions& options = {});
+///
+/// The memory of `text` is released as it is read, if it is that of a string that is given, too.
+Recording readCsv(std::string_view text, const std::string& source, const ReadOptions& options = {},
+                  ReadText memory = ReadText());
 
 }  // namespace rt305
 

@@ -80,7 +80,10 @@ public:
     std::string read(const std::string& path) {
         std::string content = contentOf(path);
         files_.push_back({path, withChecksums_ ? checksumOf(content) : ""});
-        return isGzip(content) ? decompressed(content, path == "-" ? "stdin" : path) : content;
+        if (isGzip(content)) {
+            return decompressed(content, path == "-" ? "stdin" : path);
+        }
+        return content;
     }
 
     const std::vector<SourceFile>& all() const { return files_; }
@@ -146,9 +149,9 @@ Recording readComtradePair(const std::string& configurationPath, const std::stri
     const std::string dataPath =
         options.dataFile.empty() ? requiredCompanionOf(configurationPath, ".dat") : options.dataFile;
     const std::string headerPath = companionOf(configurationPath, ".hdr");
-    const std::string data = files.read(dataPath);
+    std::string data = files.read(dataPath);
     const std::string header = headerPath.empty() ? "" : files.read(headerPath);
-    return readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options);
+    return readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options, ReadText(&data));
 }
 
 Recording readByContent(const std::string& path, const ReadOptions& options, SourceFiles& files) {
@@ -168,7 +171,7 @@ Recording readByContent(const std::string& path, const ReadOptions& options, Sou
         failUsage("--dat: " + source + " is not the .cfg file of a COMTRADE record");
     }
     if (isComtradeFile(content)) {
-        return readComtrade(splitComtradeFile(content, source), options);
+        return readComtrade(splitComtradeFile(content, source), options, ReadText(&content));
     }
     if (isOfPair) {
         return readComtradePair(path, content, options, files);
@@ -177,7 +180,7 @@ Recording readByContent(const std::string& path, const ReadOptions& options, Sou
         failInput(source + ": byte " + std::to_string(content.find('\0')) + ": unrecognised binary file" +
                   (extension == ".dat" ? "; a COMTRADE record needs its .cfg file in the same folder" : ""));
     }
-    return readCsv(content, source, options);
+    return readCsv(content, source, options, ReadText(&content));
 }
 
 /// The first `longestName` bytes of a text in UTF-8, without a part of a character at the end.
