@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <numeric>
 #include <numbers>
+#include <numeric>
 
 #include "base/text.h"
 #include "quality/results.h"
