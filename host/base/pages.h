@@ -16,27 +16,28 @@ class ReadText {
 public:
     /// Without a text it does nothing.
     explicit ReadText(std::string* text = nullptr)
-        : begin_(text == nullptr ? 0 : reinterpret_cast<std::uintptr_t>(text->data())),
-          end_(text == nullptr ? 0 : begin_ + text->size()) {}
+        : text_(text == nullptr ? nullptr : text->data()), size_(text == nullptr ? 0 : text->size()) {}
 
     /// Everything before this place, which may be in another text, has been read.
     void release(const char* place) {
-        constexpr std::uintptr_t atOnce = std::uintptr_t{4} << 20;  // bytes; few calls, and little that is kept
-        const auto to = reinterpret_cast<std::uintptr_t>(place);
-        if (to < begin_ + atOnce || to > end_) {
+        constexpr std::size_t atOnce = std::size_t{4} << 20;  // bytes; few calls, and little that is kept
+        const auto address = reinterpret_cast<std::uintptr_t>(text_);
+        const std::size_t read = reinterpret_cast<std::uintptr_t>(place) - address;  // huge before the text
+        if (read < released_ + atOnce || read > size_) {
             return;
         }
-        const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-        const std::uintptr_t first = (begin_ + page - 1) / page * page;
-        const std::uintptr_t last = to / page * page;
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const std::size_t first = (address + released_ + page - 1) / page * page - address;
+        const std::size_t last = (address + read) / page * page - address;
         // a failure leaves the memory as it is
-        static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED));
-        begin_ = last;
+        static_cast<void>(madvise(text_ + first, last - first, MADV_DONTNEED));
+        released_ = last;
     }
 
 private:
-    std::uintptr_t begin_;
-    std::uintptr_t end_;
+    char* text_;
+    std::size_t size_;
+    std::size_t released_ = 0;  // bytes from the start of the text
 };
 
 }  // namespace rt305
