@@ -46,21 +46,28 @@ Parameters ofOnePhase(const Parameters& parameters) {
     return kept;
 }
 
-/// The texts of the kinds that are measured; `read` gives all three channels of one.
+/// The measured channels of one kind from its text; `read` gives all three.
+template <class Channel>
+KindResults<Channel> kindResults(bool areCurrents, std::string text, const Measurement& measurement,
+                                 std::vector<Channel> (*read)(const std::string&)) {
+    auto channels = read(text);
+    channels.erase(channels.begin() + (measurement.isThreePhase() ? phaseTotal : 1), channels.end());
+    for (std::size_t phase = 0; phase < channels.size(); ++phase) {
+        channels[phase].channel = measurement.nameOf(phase + (areCurrents ? phaseTotal : 0));
+    }
+    return {areCurrents, std::move(text), std::move(channels)};
+}
+
+/// Those of the kinds that are measured and have a text.
 template <class Channel>
 std::vector<KindResults<Channel>> measuredKinds(ResultTexts texts, const Measurement& measurement,
                                                 std::vector<Channel> (*read)(const std::string&)) {
     std::vector<KindResults<Channel>> kinds;
-    for (std::string* const text : {&texts.voltages, &texts.currents}) {
-        const bool areCurrents = text == &texts.currents;
-        if (!text->empty() && (areCurrents ? measurement.hasCurrents() : measurement.hasVoltages())) {
-            auto channels = read(*text);
-            channels.erase(channels.begin() + (measurement.isThreePhase() ? phaseTotal : 1), channels.end());
-            for (std::size_t phase = 0; phase < channels.size(); ++phase) {
-                channels[phase].channel = measurement.nameOf(phase + (areCurrents ? phaseTotal : 0));
-            }
-            kinds.push_back({areCurrents, std::move(*text), std::move(channels)});
-        }
+    if (!texts.voltages.empty() && measurement.hasVoltages()) {
+        kinds.push_back(kindResults(false, std::move(texts.voltages), measurement, read));
+    }
+    if (!texts.currents.empty() && measurement.hasCurrents()) {
+        kinds.push_back(kindResults(true, std::move(texts.currents), measurement, read));
     }
     return kinds;
 }
