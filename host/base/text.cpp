@@ -45,6 +45,15 @@ bool hasGroupsOfThree(std::string_view number) {
     return valid;
 }
 
+/// Appends the digits from `at` on to a number, modulo 2^64, and moves `at` behind them. Returns how many they are.
+std::size_t takeDigits(const char*& at, const char* end, std::uint64_t& number) {
+    const char* const begin = at;
+    for (; at != end && static_cast<unsigned char>(*at - '0') < 10; ++at) {
+        number = number * 10 + static_cast<std::uint64_t>(*at - '0');
+    }
+    return static_cast<std::size_t>(at - begin);
+}
+
 }  // namespace
 
 std::optional<double> parseNumber(std::string_view text, Comma comma) {
@@ -85,19 +94,12 @@ std::size_t parseLeadingNumber(std::string_view text, bool allowComma, double& v
     at += isNegative ? 1 : 0;
     const char* const first = at;
     std::uint64_t digits = 0;
-    const auto takeDigits = [&] {
-        const char* const begin = at;
-        for (; at != end && static_cast<unsigned char>(*at - '0') < 10; ++at) {
-            digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
-        }
-        return static_cast<std::size_t>(at - begin);
-    };
-    const std::size_t whole = takeDigits();
+    const std::size_t whole = takeDigits(at, end, digits);
     std::size_t decimals = 0;
     const bool hasComma = allowComma && at != end && *at == ',';
     if (whole > 0 && at != end && (*at == '.' || hasComma)) {
         ++at;
-        decimals = takeDigits();
+        decimals = takeDigits(at, end, digits);
     }
     if (whole == 0) {
         return 0;
