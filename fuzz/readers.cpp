@@ -142,8 +142,8 @@ rt305::MeasurementSettings settingsOf(std::size_t bits) {
     return settings;
 }
 
-constexpr OutputForm forms[] = {OutputForm::text, OutputForm::json,  OutputForm::jsonLines,
-                                OutputForm::csv,  OutputForm::plain, OutputForm::raw};
+constexpr OutputForm forms[] = {OutputForm::text,  OutputForm::json,    OutputForm::jsonLines, OutputForm::csv,
+                                OutputForm::plain, OutputForm::csvWide, OutputForm::raw};
 
 /// What the commands show of a recording: one of the forms, or the page.
 void requireShown(Recording recording, const rt305::MeasurementSettings& settings, std::size_t shown) {

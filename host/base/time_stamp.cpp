@@ -177,6 +177,9 @@ std::string isoTimeOfComtrade(std::string_view text) {
     if (!fields || !parseClock(clock, HalfDay::none)) {
         return std::string(text);
     }
+    if (*fields == std::vector<int>{0, 0, 0}) {
+        return {};
+    }
     auto [first, second, year] = std::array{(*fields)[0], (*fields)[1], (*fields)[2]};
     const bool isShort = year < 100;
     if (isShort) {

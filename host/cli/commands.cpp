@@ -4,11 +4,14 @@
 #include <cmath>
 #include <iostream>
 #include <limits>
+#include <optional>
 
 #include "base/failure.h"
+#include "base/terminal.h"
 #include "base/text.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
+#include "cli/progress.h"
 #include "conformance/check.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
@@ -25,7 +28,7 @@ namespace rt305 {
 namespace {
 
 Recording read(const MeasureOptions& options) {
-    Recording recording = readRecording(options.file, readOptionsOf(options));
+    Recording recording = readShowingProgress(options.file, readOptionsOf(options));
     std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
     return recording;
 }
@@ -35,6 +38,11 @@ struct Measured {
     Measurement measurement;
     Library library;
     ResultDocument document;
+
+    ResultTexts texts(std::uint32_t operation) const {
+        const Activity activity("measuring");
+        return library.measure(measurement, operation);
+    }
 
     void warnAndKeep(const std::string& message) {
         warn(message);
@@ -64,8 +72,10 @@ void setForTwoWattmeters(Measurement& measurement) {
 
 Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     Recording recording = read(options);
+    std::optional<Activity> preparation(std::in_place, "preparing the samples");
     Measurement measurement = makeMeasurement(
         recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
+    preparation.reset();
     std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
     std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
     if (measurement.powerFlag() == RT305_4_POWER_TWO_WATTMETER) {
@@ -81,7 +91,7 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
 }
 
 void show(const MeasureOptions& options, const ResultDocument& document) {
-    writeHeading(options.form, std::cout);
+    writeHeading(options.form, document, std::cout);
     write(document, options.form, stdoutTakesStyle(), std::cout);
 }
 
@@ -100,6 +110,11 @@ void showKinds(const MeasureOptions& options, ResultDocument& document, std::vec
 
 }  // namespace
 
+Recording readShowingProgress(const std::string& file, const ReadOptions& reading) {
+    const Activity activity("reading " + file);
+    return readRecording(file, reading);
+}
+
 ReadOptions readOptionsOf(const MeasureOptions& options) {
     ReadOptions reading = options.reading;
     reading.withChecksums =
@@ -117,7 +132,7 @@ void showParameters(const MeasureOptions& options) {
     const bool byTwoWattmeters = (options.settings.flags & RT305_4_POWER_MASK) == RT305_4_POWER_TWO_WATTMETER;
     Measured result = measure(options, RT305_4_OPERATION_PARAMETERS);
     result.warnOfChange();
-    const ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_PARAMETERS);
+    const ResultTexts texts = result.texts(RT305_4_OPERATION_PARAMETERS);
     auto parameters = measuredParameters(texts.parameters, result.measurement);
     for (NamedValue& parameter : parameters) {
         if (byTwoWattmeters && parameter.name == "Ud0") {  // ab + cb + ca is not the zero-sequence voltage
@@ -150,7 +165,7 @@ void showSpectra(const MeasureOptions& options) {
         (options.settings.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB
             ? "dB below the largest line; side lobes of larger lines are left out."
             : "Peak values, corrected for the gain of the window; side lobes of larger lines are left out.");
-    ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_SPECTRUM);
+    ResultTexts texts = result.texts(RT305_4_OPERATION_SPECTRUM);
     showKinds(options, result.document,
               measuredSpectra(std::move(texts), result.measurement, result.measurement.settings), "spectrum",
               spectrumTable);
@@ -162,7 +177,7 @@ void showHarmonics(const MeasureOptions& options) {
     if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
         result.warnAndKeep(remark);
     }
-    ResultTexts texts = result.library.measure(result.measurement, RT305_4_OPERATION_DISTORTION);
+    ResultTexts texts = result.texts(RT305_4_OPERATION_DISTORTION);
     const Parameters parameters = measuredParameters(texts.parameters, result.measurement);
     result.document.tables.push_back(distortionTable(parameters));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
@@ -178,13 +193,16 @@ void writeReport(const ReportOptions& options) {
     measure.reading.withChecksums = true;
     Recording recording = read(measure);
     refuseInputAsOutput(options.file, recording.files);
+    std::optional<Activity> activity(std::in_place, "preparing the samples");
     const FullMeasurement full = prepare(recording, options.measure.settings);
+    activity.reset();
     std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
     std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);
     if (!full.isSteady()) {
         warn(full.unsteadiness);
     }
     const Library library(options.measure.library);
+    activity.emplace("measuring");
     FullResults results = measureAll(full, library);
     addSpectraAndStatistics(results, full, library);
     const std::string page = reportPage(recording, full, results);
@@ -198,7 +216,9 @@ void checkLibrary(const CheckOptions& options) {
 }
 
 void generateRecording(const GenerateOptions& options) {
+    std::optional<Activity> activity(std::in_place, "generating");
     const Recording recording = generate(options.settings);
+    activity.reset();
     writeOutput(options.file, [&](std::ostream& out) { writeCsv(recording, options.digits, out); });
 }
 

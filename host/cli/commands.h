@@ -8,8 +8,10 @@
 #include "output/document.h"
 #include "output/quality_document.h"
 #include "output/quality_settings.h"
+#include "reading/comtrade_configuration.h"
 #include "reading/read_options.h"
 #include "recording/generator.h"
+#include "writing/conversion.h"
 
 namespace rt305 {
 
@@ -19,12 +21,16 @@ struct MeasureOptions {
     std::string file;  // "-": stdin
     ReadOptions reading;
     MeasurementSettings settings;
-    std::string library;  // the library file; empty: searched for
+    std::string library;       // the library file; empty: searched for
+    std::string settingsFile;  // "auto": .rt305.toml; empty: none
     OutputForm form = OutputForm::text;
 };
 
 /// How to read the recording for the form of output: JSON has the checksums of files.
 ReadOptions readOptionsOf(const MeasureOptions& options);
+
+/// Reads a recording, and shows that on a terminal if it takes long.
+Recording readShowingProgress(const std::string& file, const ReadOptions& reading);
 
 /// The files of a command that works on many.
 struct FileOptions {
@@ -55,6 +61,15 @@ struct ReportOptions {
     std::string file;  // empty: stdout
 };
 
+/// A recording in another form.
+struct ConvertOptions {
+    MeasureOptions measure;  // the file, how it is read, and the part of it
+    Conversion conversion;
+    std::string form;  // "cff" and the like; empty: by the extension of the file
+    SampleForm samples = SampleForm::binary32;
+    std::string file;  // empty: stdout
+};
+
 struct GenerateOptions {
     GeneratorSettings settings;
     int digits = 6;
@@ -76,6 +91,7 @@ void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);
 void showSpectra(const MeasureOptions& options);
 void showHarmonics(const MeasureOptions& options);
+void convertRecording(const ConvertOptions& options);
 void checkLibrary(const CheckOptions& options);
 void generateRecording(const GenerateOptions& options);
 

@@ -4,12 +4,18 @@
 #include <iostream>
 
 #include "base/failure.h"
+#include "base/terminal.h"
+#include "base/text.h"
+#include "base/version.h"
+#include "cli/command_texts.h"
 #include "cli/commands.h"
 #include "cli/manual.h"
 #include "cli/messages.h"
 #include "cli/notices.h"
 #include "cli/options.h"
 #include "cli/process.h"
+#include "cli/settings_file.h"
+#include "cli/suggestion.h"
 
 namespace {
 
@@ -32,8 +38,63 @@ void addManualOptions(CLI::App& app) {
         ->group("");
 }
 
+std::vector<std::string> commandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+/// The command of that name; null when there is none.
+const CLI::App* findCommand(const CLI::App& app, const std::string& name) {
+    const auto found = app.get_subcommands([&name](const CLI::App* command) { return command->get_name() == name; });
+    return found.empty() ? nullptr : found.front();
+}
+
+[[noreturn]] void failUnknownCommand(const CLI::App& app, const std::string& name) {
+    const std::string suggestion = suggestionFor(name, commandNames(app));
+    failUsage("there is no command " + inQuotes(name) + (suggestion.empty() ? "; see rt305 help" : suggestion));
+}
+
+void showHelp(const CLI::App& app, const std::string& name) {
+    const CLI::App* const command = name.empty() ? &app : findCommand(app, name);
+    if (command == nullptr) {
+        failUnknownCommand(app, name);
+    }
+    std::cout << helpText(*command, textWidth());
+}
+
+/// Says what is wrong with the arguments of a command.
+[[noreturn]] void failParse(const CLI::App& app, const CLI::ParseError& error) {
+    const auto parsed = app.get_subcommands();
+    if (parsed.empty()) {
+        failUsage(app.remaining_size() > 0 ? "there is no option " + inQuotes(app.remaining()[0]) + "; see rt305 help"
+                                           : "no command is given; see rt305 help");
+    }
+    const CLI::App& command = *parsed.front();
+    const std::string hint = "; see rt305 help " + command.get_name();
+    const std::vector<std::string> surplus = command.remaining();
+    if (surplus.empty()) {
+        failUsage(error.what() + hint);
+    }
+    const std::string word = surplus[0].substr(0, surplus[0].find('='));
+    if (word[0] != '-') {
+        failUsage(inQuotes(word) + " is one argument too many" + hint);
+    }
+    std::vector<std::string> names;
+    for (const OptionText& option : textOf(command).options) {
+        names.insert(names.end(), option.names.begin(), option.names.end());
+    }
+    const std::string suggestion = suggestionFor(word, names);
+    failUsage("there is no option " + word + (suggestion.empty() ? hint : suggestion));
+}
+
 int runCommandLine(int argc, char** argv) {
-    CLI::App app("Measures sampled three-phase voltages and currents with libRT305_4.so.1.");
+    CLI::App app("measures sampled three-phase voltages and currents with libRT305_4.so.1", "rt305");
+    app.formatter_fn(
+        [](const CLI::App* shown, const std::string&, CLI::AppFormatMode) { return helpText(*shown, textWidth()); });
+    app.set_help_flag("-h,--help", "show this help");
     app.require_subcommand(1);
     app.footer(exitCodeText);
 
@@ -43,10 +104,16 @@ int runCommandLine(int argc, char** argv) {
     QualityOptions quality;
     ReportOptions report;
     CheckOptions check;
+    ConvertOptions convert;
     GenerateOptions generate;
+    std::string helped;
     const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
         CLI::App* const added = app.add_subcommand(name, help);
-        added->final_callback([run, &options] { run(options); });
+        added->get_help_ptr()->group("Help");
+        added->final_callback([run, added, &options] {
+            applySettings(*added);
+            run(options);
+        });
         return added;
     };
     addInfoOptions(*command("info", "show what a recording contains; needs no library", showRecording, measure),
@@ -66,11 +133,18 @@ int runCommandLine(int argc, char** argv) {
     addMeasureOptions(*spectrum, measure);
     addSpectrumOptions(*spectrum, measure.settings);
     addMeasureOptions(*command("distortion", "measure the harmonics of each signal", showHarmonics, measure), measure);
+    addConvertOptions(
+        *command("convert", "write a recording as COMTRADE, CSV, WAV or NumPy", convertRecording, convert), convert);
+    addGenerateOptions(*command("generate", "write a recording with known content as CSV", generateRecording, generate),
+                       generate);
     command("check", "run the conformance checks on a library", checkLibrary, check)
         ->add_option("LIB", check.library, "library file (default: the one that the other commands use)")
         ->type_name("");
-    addGenerateOptions(*command("generate", "write a recording with known content as CSV", generateRecording, generate),
-                       generate);
+    command(
+        "help", "show the help of a command", [&app](const std::string& name) { showHelp(app, name); }, helped)
+        ->add_option("COMMAND", helped, "command (default: a list of all)")
+        ->type_name("");
+    app.set_version_flag("--version", "rt305 " + std::string(toolVersion), "show the version");
     app.add_flag_callback(
         "--licenses",
         [] {
@@ -80,10 +154,16 @@ int runCommandLine(int argc, char** argv) {
         "show the notices of the parts of others that rt305 and its reports contain");
     addManualOptions(app);
 
+    if (argc > 1 && argv[1][0] != '-' && findCommand(app, argv[1]) == nullptr) {
+        failUnknownCommand(app, argv[1]);
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        exitCode = static_cast<int>(app.exit(error) == 0 ? ExitCode::success : ExitCode::usage);
+        if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+            failParse(app, error);
+        }
+        app.exit(error);
     }
     flushStdout();
     return exitCode;

@@ -1,73 +1,18 @@
 #include "cli/manual.h"
 
 #include <algorithm>
-#include <cstring>
-#include <functional>
 #include <sstream>
 
-#include "base/failure.h"
 #include "base/text.h"
 #include "base/version.h"
+#include "cli/command_texts.h"
 
 namespace rt305 {
 
 namespace {
 
-/// One option or positional argument, as the manual describes it.
-struct OptionText {
-    std::vector<std::string> names;  // "-o", "--output"; the plain name of a positional
-    std::string value;               // "FILE"; empty for a switch
-    std::vector<std::string> choices;
-    std::string help;
-
-    bool operator==(const OptionText& other) const { return names == other.names && help == other.help; }
-    bool isPositional() const { return names[0][0] != '-'; }
-};
-
-struct CommandText {
-    std::string name;
-    std::string help;
-    std::vector<OptionText> options;
-};
-
 std::string spaced(const std::vector<std::string>& words, const char* between = " ") {
     return CLI::detail::join(words, between);
-}
-
-/// CLI11 joins the name of a value and the description of its check: "TEXT:{three,four}", "N:INT in [1 - 15]".
-OptionText textOf(const CLI::Option& option) {
-    OptionText text;
-    text.names = CLI::detail::split(option.get_name(option.get_positional(), true), ',');
-    text.help = option.get_description();
-    if (option.get_items_expected_max() > 0 && !option.get_positional()) {
-        text.value = option.get_type_name();
-    }
-    for (const char* const check : {":POSITIVE", ":NONNEGATIVE", ":INT"}) {
-        const std::size_t found = text.value.find(check);
-        text.value.erase(std::min(found, text.value.size()), std::strlen(check));
-    }
-    if (const std::size_t brace = text.value.find(":{"); brace != std::string::npos) {
-        text.choices = CLI::detail::split(text.value.substr(brace + 2, text.value.size() - brace - 3), ',');
-        text.value = spaced(text.choices, "|");
-    }
-    if (!option.get_default_str().empty()) {
-        text.help += " (default " + option.get_default_str() + ")";
-    }
-    return text;
-}
-
-std::vector<CommandText> commandsOf(const CLI::App& app) {
-    std::vector<CommandText> commands;
-    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
-        CommandText text{command->get_name(), command->get_description(), {}};
-        for (const CLI::Option* const option : command->get_options()) {
-            if (option != command->get_help_ptr() && !option->get_group().empty()) {
-                text.options.push_back(textOf(*option));
-            }
-        }
-        commands.push_back(std::move(text));
-    }
-    return commands;
 }
 
 /// Text escaped for the man macros.
@@ -77,16 +22,6 @@ std::string roffEscaped(const std::string& text) {
         roff += c == '\\' ? "\\e" : c == '-' ? "\\-" : std::string(1, c);
     }
     return roff.substr(0, 1) == "." || roff.substr(0, 1) == "'" ? "\\&" + roff : roff;
-}
-
-std::string synopsis(const CommandText& command) {
-    const auto& options = command.options;
-    const bool hasOptions = !std::all_of(options.begin(), options.end(), std::mem_fn(&OptionText::isPositional));
-    std::string line = "rt305 " + command.name + (hasOptions ? " [OPTION...]" : "");
-    for (const OptionText& option : options) {
-        line += option.isPositional() ? " " + option.names[0] : "";
-    }
-    return line;
 }
 
 std::string entry(const std::string& heading, const std::string& value, const std::string& help) {
@@ -128,6 +63,19 @@ std::string optionSections(const std::vector<CommandText>& commands) {
     return sections;
 }
 
+/// The command lines of all examples, each with what it does.
+std::string exampleEntries(const CLI::App& app, const std::vector<CommandText>& commands) {
+    std::string entries;
+    const auto add = [&entries](const CommandText& command) {
+        for (const auto& [line, meaning] : command.examples) {
+            entries += entry(line, "", meaning);
+        }
+    };
+    add(textOf(app));
+    std::for_each(commands.begin(), commands.end(), add);
+    return entries;
+}
+
 constexpr const char* bashHead = R"(# Completion of rt305 for bash.
 _rt305() {
     local word=${COMP_WORDS[COMP_CWORD]} words=
@@ -156,7 +104,7 @@ std::string bashCompletion(const std::vector<CommandText>& commands) {
     std::string options;
     for (const CommandText& command : commands) {
         names.push_back(command.name);
-        std::vector<std::string> words{"--help"};
+        std::vector<std::string> words;
         for (const OptionText& option : command.options) {
             if (option.isPositional()) {
                 continue;
@@ -221,13 +169,17 @@ std::string manualPage(const CLI::App& app) {
     page << ".TH RT305 1 \"\" \"rt305 " << toolVersion << "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\nrt305 \\- "
          << "measure sampled three\\-phase voltages and currents\n.SH SYNOPSIS\n";
     for (const CommandText& command : commands) {
-        page << (&command == commands.data() ? "" : ".br\n") << roffEscaped(synopsis(command)) << '\n';
+        page << (&command == commands.data() ? "" : ".br\n") << roffEscaped(command.synopsis()) << '\n';
     }
     page << ".SH DESCRIPTION\n" << roffEscaped(app.get_description()) << "\n.SH COMMANDS\n";
     for (const CommandText& command : commands) {
         page << entry(command.name, "", command.help);
     }
-    page << ".SH OPTIONS\nEach command has a \\fB\\-\\-help\\fR.\n" << optionSections(commands);
+    page << ".SH OPTIONS\n.SS Without a command\n";
+    for (const OptionText& option : textOf(app).options) {
+        page << entry(spaced(option.names, ", "), option.value, option.help);
+    }
+    page << optionSections(commands) << ".SH EXAMPLES\n" << exampleEntries(app, commands);
     page << ".SH NOTES\n"
          << roffEscaped(app.get_footer()) << "\n.SH ENVIRONMENT\n"
          << entry("RT305_4_LIBRARY", "", "the library file to use when --library names none");

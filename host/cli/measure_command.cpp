@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <optional>
 
 #include "base/failure.h"
+#include "base/terminal.h"
 #include "cli/file_batch.h"
 #include "cli/messages.h"
 #include "cli/progress.h"
@@ -26,8 +28,10 @@ public:
         : options_(options), isOneOfMany_(options.isMany()), library_(options.each.library) {}
 
     void measure(const std::string& file) {
-        Recording recording = readRecording(file, readOptionsOf(options_.each));
+        Recording recording = readShowingProgress(file, readOptionsOf(options_.each));
+        std::optional<Activity> activity(std::in_place, "preparing the samples");
         const FullMeasurement full = prepare(recording, options_.each.settings);
+        activity.reset();
         const std::string prefix = isOneOfMany_ ? file + ": " : "";
         const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
         std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
@@ -73,12 +77,14 @@ private:
         if (form == OutputForm::text && documents_++ > 0) {
             std::cout << '\n';
         }
+        std::optional<Activity> activity(std::in_place, "measuring");
         const SignalTexts signalTexts = form == OutputForm::raw ? SignalTexts::wanted : SignalTexts::notWanted;
         ResultDocument document = fullDocument(recording, full, measureAll(full, library_, signalTexts));
         const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
         if (!events.empty()) {
             document.remarks.push_back(events);
         }
+        activity.reset();
         write(document, form, styled_, std::cout);
         std::cout.flush();
     }
@@ -110,7 +116,7 @@ void checkWindows(const BatchOptions& options) {
 int measureEverything(const BatchOptions& options) {
     checkWindows(options);
     Measurer measurer(options);
-    writeHeading(options.each.form, std::cout);
+    writeHeading(options.each.form, {.figures = figuresOfFullDocument()}, std::cout);
     return runFiles(options, options.isMany() || options.windowSeconds > 0.0,
                     [&measurer](const std::string& file) { measurer.measure(file); });
 }

@@ -16,6 +16,15 @@ std::optional<double> parseFinite(std::string_view text) {
     return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
+/// " from 1 to 15"; the limits that only keep a number finite are not named.
+std::string limitsOf(const NumberRange& range) {
+    constexpr double unlimited = 1e300;
+    if (range.highest < unlimited) {
+        return " from " + formatNumber(range.lowest, 10) + " to " + formatNumber(range.highest, 10);
+    }
+    return range.lowest > 0.0 ? " above 0" : range.lowest == 0.0 ? " of at least 0" : "";
+}
+
 }  // namespace
 
 Harmonic parseHarmonic(const std::string& text) {
@@ -53,16 +62,49 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text) 
     return gains;
 }
 
-double parseNominal(const std::string& text) {
-    constexpr double highest = 10000.0;
-    const std::string word = lowerCase(trimmed(text));
-    const bool hasUnit = word.size() > 2 && word.compare(word.size() - 2, 2, "hz") == 0;
-    const auto value = parseNumber(trimmed(std::string_view(word).substr(0, word.size() - (hasUnit ? 2 : 0))));
-    if (word != "auto" && !(value && *value >= 1.0 && *value <= highest)) {
-        failUsage("--nominal: " + inQuotes(text) + " is neither auto nor a frequency from 1 to " +
-                  formatNumber(highest) + " Hz");
+std::vector<std::pair<std::string, std::string>> parseNames(const std::string& text) {
+    std::vector<std::pair<std::string, std::string>> names;
+    for (const std::string_view item : split(text, ',')) {
+        const std::size_t equals = std::min(item.find('='), item.size());
+        if (equals == 0 || equals + 1 >= item.size()) {
+            failUsage("--rename: " + inQuotes(item) + " is not of the form COLUMN=NAME");
+        }
+        names.emplace_back(trimmed(item.substr(0, equals)), trimmed(item.substr(equals + 1)));
     }
-    return value.value_or(0.0);
+    return names;
+}
+
+double parseNumberIn(const NumberRange& range, const std::string& text) {
+    const auto value = parseFinite(trimmed(text));
+    if (!value || *value < range.lowest || *value > range.highest || (range.isWhole && *value != std::floor(*value))) {
+        failUsage(range.option + std::string(": ") + inQuotes(text) + " is not a " + (range.isWhole ? "whole " : "") +
+                  "number" + limitsOf(range));
+    }
+    return *value;
+}
+
+double parseFrequency(const NumberRange& range, const std::string& text) {
+    std::string_view number = trimmed(text);
+    if (number.size() > 2 && lowerCase(number.substr(number.size() - 2)) == "hz") {
+        number = trimmed(number.substr(0, number.size() - 2));
+    }
+    double factor = 1.0;
+    for (const auto& [prefix, value] : {std::pair{'k', 1e3}, std::pair{'K', 1e3}, std::pair{'M', 1e6}}) {
+        if (!number.empty() && number.back() == prefix) {
+            number = trimmed(number.substr(0, number.size() - 1));
+            factor = value;
+        }
+    }
+    const auto value = parseFinite(number);
+    if (!value || *value * factor < range.lowest || *value * factor > range.highest) {
+        failUsage(range.option + std::string(": ") + inQuotes(text) + " is not a frequency such as 4800, 10k or 10kHz" +
+                  limitsOf(range) + " Hz");
+    }
+    return *value * factor;
+}
+
+double parseNominal(const std::string& text) {
+    return lowerCase(trimmed(text)) == "auto" ? 0.0 : parseFrequency({"--nominal", 1.0, 10000.0, false}, text);
 }
 
 double parseDeclared(const std::string& text) {

@@ -22,6 +22,21 @@ Dropout parseDropout(const std::string& text);
 /// "Ua=325,2=10" -> names or numbers of columns with factors.
 std::vector<std::pair<std::string, double>> parseGains(const std::string& text);
 
+/// The numbers that an option takes.
+struct NumberRange {
+    const char* option;
+    double lowest;
+    double highest;
+    bool isWhole;
+};
+double parseNumberIn(const NumberRange& range, const std::string& text);
+
+/// "4800", "10k", "10kHz" or "1.2 MHz" in Hz.
+double parseFrequency(const NumberRange& range, const std::string& text);
+
+/// "Ua=Voltage A,2=Ub" -> names or numbers of columns with their new names.
+std::vector<std::pair<std::string, std::string>> parseNames(const std::string& text);
+
 /// "60", "60Hz", or 0 for "auto".
 double parseNominal(const std::string& text);
 

@@ -1,9 +1,11 @@
 #include "cli/options.h"
 
 #include <algorithm>
-#include <cmath>
+#include <functional>
+#include <limits>
 #include <map>
 #include <span>
+#include <type_traits>
 
 #include "base/failure.h"
 #include "base/limits.h"
@@ -80,6 +82,33 @@ void addPerChannelOption(CLI::App& command, const std::string& name, const std::
         ->type_name("LIST");
 }
 
+/// An option whose value is a number from `lowest` to `highest`; a whole one if that is the type of `value`.
+template <class Number>
+CLI::Option* addNumberOption(CLI::App& command, const char* name, Number& value, const std::string& help, double lowest,
+                             double highest, const char* form) {
+    return command
+        .add_option_function<std::string>(
+            name,
+            [=, &value](const std::string& text) {
+                value = static_cast<Number>(parseNumberIn({name, lowest, highest, std::is_integral_v<Number>}, text));
+            },
+            help)
+        ->default_str(formatNumber(static_cast<double>(value)))
+        ->type_name(form);
+}
+
+CLI::Option* addFrequencyOption(CLI::App& command, const char* name, const std::string& help, double lowest,
+                                double highest, const std::function<void(double)>& take) {
+    return command
+        .add_option_function<std::string>(
+            name,
+            [=](const std::string& text) {
+                take(parseFrequency({name, lowest, highest, false}, text));
+            },
+            help)
+        ->type_name("HZ");
+}
+
 template <class Item>
 void addRepeatedOption(CLI::App& command, const char* name, const char* form, const char* help,
                        std::vector<Item>& items, Item (*parse)(const std::string&)) {
@@ -94,17 +123,10 @@ void addRepeatedOption(CLI::App& command, const char* name, const char* form, co
         ->allow_extra_args(false);
 }
 
-/// Refuses NaN and infinities, which other validators accept.
-std::string requireFinite(const std::string& text) {
-    const auto value = parseNumber(text);
-    return value && !std::isnan(*value) ? "" : inQuotes(text) + " is not a number";
-}
-
 void addReadOptions(CLI::App& command, ReadOptions& reading) {
-    command.add_option("--rate", reading.rateHz, "sample rate in Hz, instead of the file's own times")
-        ->check(requireFinite)
-        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""))
-        ->type_name("HZ");
+    command.option_defaults()->group("Reading the file");
+    addFrequencyOption(command, "--rate", "sample rate, such as 4800 or 10kHz, instead of the file's own times",
+                       lowestRateHz, highestRateHz, [&reading](double rate) { reading.rateHz = rate; });
     command
         .add_option_function<std::string>(
             "--columns",
@@ -148,7 +170,14 @@ void addTimeOption(CLI::App& command, const std::string& name, double& seconds, 
 
 /// Which part of the recording to measure.
 void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
-    command.add_option("--segment", settings.segment, "segment to measure (default: the longest at the highest rate)")
+    command.option_defaults()->group("Part of the recording");
+    command
+        .add_option_function<std::string>(
+            "--segment",
+            [&settings](const std::string& text) {
+                settings.segment = static_cast<std::size_t>(parseNumberIn({"--segment", 1.0, 1e9, true}, text));
+            },
+            "segment to measure (default: the longest at the highest rate)")
         ->type_name("N");
     addTimeOption(command, "--start", settings.startSeconds, "start of the part to measure, after the segment's start");
     command
@@ -158,6 +187,9 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
                 const auto cycles = parseCycles(text);
                 settings.durationCycles = cycles.value_or(0.0);
                 settings.durationSeconds = cycles ? 0.0 : parseTime("--duration", text);
+                if (!cycles && settings.durationSeconds == 0.0) {
+                    failUsage("--duration: " + inQuotes(text) + " is no length; without --duration all is measured");
+                }
             },
             "length of the part to measure, such as 0.2s or 10cycles (default: to the segment's end)")
         ->type_name("TIME");
@@ -165,6 +197,7 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
 
 /// Which part a full measurement takes of the chosen one.
 void addSteadyPartOptions(CLI::App& command, MeasurementSettings& settings) {
+    command.option_defaults()->group("Part of the recording");
     static const std::map<std::string, Part> parts{{"all", Part::all},
                                                    {"pre-fault", Part::preFault},
                                                    {"fault", Part::fault},
@@ -181,6 +214,12 @@ constexpr const char* fileHelp =
     "recording: CSV, COMTRADE (.cfg, .dat or .cff), WAV or FLAC, or one of them with .gz; - reads stdin";
 
 void addColumnOptions(CLI::App& command, MeasureOptions& options) {
+    command.option_defaults()->group("Reading the file");
+    command
+        .add_option("--settings", options.settingsFile,
+                    "file with such settings (docs/settings.md); auto: .rt305.toml beside the recording, else in the "
+                    "working folder")
+        ->type_name("FILE");
     command
         .add_option_function<std::string>(
             "--map", [&options](const std::string& text) { options.settings.columns = parseColumnMap("--map", text); },
@@ -198,6 +237,7 @@ constexpr FormSwitch measureForms[] = {
     {"--json", OutputForm::json, "one JSON document with all figures"},
     {"--json-lines", OutputForm::jsonLines, "one JSON document a line, for each file and window"},
     {"--csv", OutputForm::csv, "one figure a line: file,start,table,quantity,column,value,unit"},
+    {"--csv-wide", OutputForm::csvWide, "one row of figures for each file and window, or for each harmonic or line"},
     {"--plain", OutputForm::plain, "like --csv, but with tabs between the fields and no heading"},
     {"--raw", OutputForm::raw, "the library's own texts, byte for byte"},
 };
@@ -208,6 +248,7 @@ constexpr FormSwitch qualityForms[] = {
 };
 
 void addFormOptions(CLI::App& command, OutputForm& form, std::span<const FormSwitch> switches = measureForms) {
+    command.option_defaults()->group("Output");
     std::vector<std::string> names;
     std::transform(switches.begin(), switches.end(), std::back_inserter(names),
                    [](const FormSwitch& one) { return std::string(one.name); });
@@ -224,10 +265,19 @@ void addFormOptions(CLI::App& command, OutputForm& form, std::span<const FormSwi
     }
 }
 
+void addNominalOption(CLI::App& command, MeasurementSettings& settings) {
+    command
+        .add_option_function<std::string>(
+            "--nominal", [&settings](const std::string& text) { settings.nominalHz = parseNominal(text); },
+            "nominal frequency of the grid; auto (default): as the file says, else by the fundamental")
+        ->type_name("HZ");
+}
+
 enum class UsesLibrary { no, yes };
 
 void addCommonOptions(CLI::App& command, MeasureOptions& options, UsesLibrary usesLibrary = UsesLibrary::yes) {
     addPartOptions(command, options.settings);
+    command.option_defaults()->group("Measurement");
     static const std::map<std::string, std::uint32_t> types{{"voltages", RT305_4_INPUT_VOLTAGES},
                                                             {"currents", RT305_4_INPUT_CURRENTS},
                                                             {"all", RT305_4_INPUT_VOLTAGES_AND_CURRENTS}};
@@ -236,11 +286,7 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options, UsesLibrary us
             "--type", [&options](const std::string& word) { options.settings.inputType = types.at(word); },
             "what to measure (default: by the channels in the recording)")
         ->check(CLI::IsMember(types));
-    command
-        .add_option_function<std::string>(
-            "--nominal", [&options](const std::string& text) { options.settings.nominalHz = parseNominal(text); },
-            "nominal frequency of the grid; auto (default): as the file says, else by the fundamental")
-        ->type_name("HZ");
+    addNominalOption(command, options.settings);
     command.add_flag_function(
         "--no-deskew", [&options](std::int64_t) { options.settings.deskew = false; },
         "leave the channels at the times at which a scanning recorder sampled them");
@@ -251,20 +297,20 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options, UsesLibrary us
 }
 
 void addFileOptions(CLI::App& command, FileOptions& options) {
+    command.option_defaults()->group("Input");
     command.add_option("FILE", options.files, fileHelp)->type_name("");
     command
         .add_option("--files-from", options.filesFrom,
                     "also measure the files listed in this one, one a line; - reads the list from stdin")
         ->type_name("FILE");
-    command.add_option("--jobs", options.jobs, "number of processes that measure files at the same time")
-        ->check(CLI::Range(1, 1024))
-        ->capture_default_str()
-        ->type_name("N");
+    addNumberOption(command, "--jobs", options.jobs, "number of processes that measure files at the same time", 1.0,
+                    1024.0, "N");
 }
 
 /// The declared voltage, the thresholds of events and the lamp.
 void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
     QualitySettings& settings = choice.settings;
+    command.option_defaults()->group("Events and limits");
     command
         .add_option_function<std::string>(
             "--declared", [&settings](const std::string& text) { settings.declaredVolts = parseDeclared(text); },
@@ -282,10 +328,7 @@ void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
                      &settings.changePercent},
           std::tuple{"--transient", "a transient differs by this share of the crest from the cycles before",
                      &settings.transientPercent}}) {
-        command.add_option(name, *percent, help)
-            ->check(CLI::PositiveNumber)
-            ->capture_default_str()
-            ->type_name("PERCENT");
+        addNumberOption(command, name, *percent, help, std::numeric_limits<double>::min(), 1e300, "PERCENT");
     }
     static const std::map<std::string, std::optional<Lamp>> lamps{
         {"auto", std::nullopt}, {"230", Lamp::of230V}, {"120", Lamp::of120V}};
@@ -299,12 +342,14 @@ void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
 }  // namespace
 
 void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
+    command.option_defaults()->group("Input");
     command.add_option("FILE", options.file, fileHelp)->required()->type_name("");
     addColumnOptions(command, options);
 }
 
 void addInfoOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
+    command.option_defaults()->group("Output");
     command.add_flag_function(
         "--json", [&options](std::int64_t) { options.form = OutputForm::json; }, "one JSON document");
 }
@@ -313,6 +358,7 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
     addRecordingOptions(command, options);
     addCommonOptions(command, options);
     addFormOptions(command, options.form);
+    command.option_defaults()->group("Measurement");
     command.add_flag_function(
         "--no-resample", [&options](std::int64_t) { options.settings.resample = false; },
         "measure the samples at their own rate, not at 200 a nominal cycle");
@@ -329,13 +375,15 @@ void addMeasureOptions(CLI::App& command, MeasureOptions& options) {
 
 void addBatchOptions(CLI::App& command, BatchOptions& options) {
     addFileOptions(command, options);
+    addColumnOptions(command, options.each);
+    command.option_defaults()->group("Part of the recording");
     addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms");
     addTimeOption(command, "--step", options.stepSeconds,
                   "time from the start of one window to the next (default: its length)");
-    addColumnOptions(command, options.each);
     addCommonOptions(command, options.each);
     addSteadyPartOptions(command, options.each.settings);
     addFormOptions(command, options.each.form);
+    command.option_defaults()->group("Measurement");
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
 }
@@ -357,20 +405,24 @@ void addQualityOptions(CLI::App& command, QualityOptions& options) {
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each, UsesLibrary::no);
     addFormOptions(command, options.each.form, qualityForms);
+    command.option_defaults()->group("Measurement");
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
 }
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
     addRecordingOptions(command, options.measure);
+    command.option_defaults()->group("Output");
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
     addCommonOptions(command, options.measure);
     addSteadyPartOptions(command, options.measure.settings);
+    command.option_defaults()->group("Measurement");
     addWiringOption(command, options.measure.settings);
     addTwoCurrentsOption(command, options.measure.settings.flags);
 }
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
+    command.option_defaults()->group("Measurement");
     addWiringOption(command, settings);
     static const std::map<std::string, std::uint32_t> windows{
         {"auto", 0}, {"fixed", 0}, {"control", RT305_4_FREQUENCY_CONTROL}};
@@ -394,6 +446,7 @@ void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {
 }
 
 void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
+    command.option_defaults()->group("Spectrum");
     addFlagOption(command, settings.spectrumFlags,
                   {"--window",
                    "window function on the samples (default hann)",
@@ -409,37 +462,75 @@ void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings) {
                    {{"1", RT305_4_SPECTRUM_MODE_1}, {"2", RT305_4_SPECTRUM_MODE_2}}});
     addFlagSwitch(command, settings.spectrumFlags, "--db", RT305_4_SPECTRUM_LEVEL_DB,
                   "levels in dB below the largest line instead of V and A");
-    command.add_option("--peaks", settings.peaks, "number of largest lines to show")
-        ->check(CLI::Range(0, 1000))
-        ->capture_default_str()
-        ->type_name("N");
+    addNumberOption(command, "--peaks", settings.peaks, "number of largest lines to show", 0.0, 1000.0, "N");
     command
-        .add_option_function<double>(
+        .add_option_function<std::string>(
             "--criterion",
-            [&settings](double criterion) {
+            [&settings](const std::string& text) {
                 settings.spectrumFlags |= RT305_4_SPECTRUM_CRITERION;
-                settings.peakCriterion = criterion;
+                settings.peakCriterion = parseNumberIn({"--criterion", -1e300, 1e300, false}, text);
             },
             "show only lines above this height in V, A or dB, by frequency")
-        ->check(requireFinite)
         ->type_name("X");
 }
 
-CLI::Option* addNumber(CLI::App& command, const char* name, const char* form, const char* help, double& value) {
-    return command.add_option(name, value, help)->check(requireFinite)->capture_default_str()->type_name(form);
+void addConvertOptions(CLI::App& command, ConvertOptions& options) {
+    command.option_defaults()->group("Input");
+    command.add_option("FILE", options.measure.file, fileHelp)->required()->type_name("");
+    command.option_defaults()->group("Output");
+    command
+        .add_option("-o,--output", options.file,
+                    "write to this file: .cfg with .dat, .cff, .csv, .wav or .npy (default: stdout)")
+        ->type_name("FILE");
+    command.add_option("--to", options.form, "what to write (default: by the extension)")
+        ->check(CLI::IsMember({"cff", "cfg", "csv", "npy", "wav"}));
+    static const std::map<std::string, SampleForm> forms{
+        {"ascii", SampleForm::ascii}, {"binary32", SampleForm::binary32}, {"float32", SampleForm::float32}};
+    command
+        .add_option_function<std::string>(
+            "--samples", [&options](const std::string& word) { options.samples = forms.at(word); },
+            "samples of a COMTRADE record (default binary32)")
+        ->check(CLI::IsMember(forms));
+    addFrequencyOption(command, "--resample", "sample rate to write, such as 4800 or 10kHz (default: as recorded)",
+                       lowestRateHz, highestRateHz, [&options](double rate) { options.conversion.rateHz = rate; });
+    command
+        .add_option_function<std::string>(
+            "--only",
+            [&options](const std::string& text) {
+                for (const std::string_view name : split(text, ',')) {
+                    options.conversion.only.emplace_back(name);
+                }
+            },
+            "columns to write, by name or number (default: all)")
+        ->type_name("LIST");
+    command
+        .add_option_function<std::string>(
+            "--rename", [&options](const std::string& text) { options.conversion.names = parseNames(text); },
+            "new names of columns: COLUMN=NAME,...")
+        ->type_name("LIST");
+    addNominalOption(command, options.measure.settings);
+    addPartOptions(command, options.measure.settings);
+    addReadOptions(command, options.measure.reading);
 }
 
 void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
     GeneratorSettings& settings = options.settings;
+    command.option_defaults()->group("Output");
     command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
-    addNumber(command, "--frequency", "HZ", "fundamental", settings.frequencyHz);
-    addNumber(command, "--rate", "HZ", "sample rate", settings.rateHz)
-        ->check(CLI::Range(lowestRateHz, highestRateHz).description(""));
-    addNumber(command, "--duration", "S", "length of the recording", settings.durationSeconds)
-        ->check(CLI::PositiveNumber);
-    addNumber(command, "--voltage", "V", "RMS of the fundamental", settings.voltage);
-    addNumber(command, "--current", "A", "RMS of the fundamental", settings.current);
-    addNumber(command, "--angle", "DEGREES", "angle by which currents lag their voltages", settings.angleDegrees);
+    addNumberOption(command, "--digits", options.digits, "significant digits of each column's largest sample", 1.0,
+                    15.0, "N");
+    command.option_defaults()->group("Signal");
+    addFrequencyOption(command, "--frequency", "fundamental", 0.0, highestRateHz, [&settings](double frequency) {
+        settings.frequencyHz = frequency;
+    })->default_str(formatNumber(settings.frequencyHz));
+    addFrequencyOption(command, "--rate", "sample rate", lowestRateHz, highestRateHz, [&settings](double rate) {
+        settings.rateHz = rate;
+    })->default_str(formatNumber(settings.rateHz));
+    addTimeOption(command, "--duration", settings.durationSeconds, "length of the recording (default 1 s)");
+    addNumberOption(command, "--voltage", settings.voltage, "RMS of the fundamental", -1e300, 1e300, "V");
+    addNumberOption(command, "--current", settings.current, "RMS of the fundamental", -1e300, 1e300, "A");
+    addNumberOption(command, "--angle", settings.angleDegrees, "angle by which currents lag their voltages", -1e300,
+                    1e300, "DEGREES");
     for (const auto& [name, help, harmonics] :
          {std::tuple{"--harmonic-u", "add a harmonic of the voltages", &settings.voltageHarmonics},
           std::tuple{"--harmonic-i", "add a harmonic of the currents", &settings.currentHarmonics}}) {
@@ -447,15 +538,11 @@ void addGenerateOptions(CLI::App& command, GenerateOptions& options) {
     }
     addPerChannelOption(command, "--factors", "factors on the amplitudes, default 1", settings.factors);
     addPerChannelOption(command, "--offsets", "constants to add, in V and A, default 0", settings.offsets);
-    addNumber(command, "--noise", "PERCENT", "RMS of white noise in percent of the fundamental", settings.noisePercent)
-        ->check(CLI::NonNegativeNumber);
-    command.add_option("--seed", settings.seed, "seed of the noise")->capture_default_str()->type_name("NUMBER");
+    addNumberOption(command, "--noise", settings.noisePercent, "RMS of white noise in percent of the fundamental", 0.0,
+                    1e300, "PERCENT");
+    addNumberOption(command, "--seed", settings.seed, "seed of the noise", 0.0, 9007199254740991.0, "NUMBER");
     addRepeatedOption(command, "--dropout", "CHANNEL:START:COUNT", "set samples to zero", settings.dropouts,
                       &parseDropout);
-    command.add_option("--digits", options.digits, "significant digits of each column's largest sample")
-        ->check(CLI::Range(1, 15))
-        ->capture_default_str()
-        ->type_name("N");
 }
 
 }  // namespace rt305

@@ -17,6 +17,7 @@ void addSpectrumOptions(CLI::App& command, MeasurementSettings& settings);
 void addBatchOptions(CLI::App& command, BatchOptions& options);
 void addQualityOptions(CLI::App& command, QualityOptions& options);
 void addReportOptions(CLI::App& command, ReportOptions& options);
+void addConvertOptions(CLI::App& command, ConvertOptions& options);
 void addGenerateOptions(CLI::App& command, GenerateOptions& options);
 
 }  // namespace rt305

@@ -28,6 +28,19 @@ private:
     Clock::time_point next_;
 };
 
+/// A line on stderr, if that is a terminal, that says what is done and for how many seconds. It appears after a second
+/// and is written by a timer's signal, so that the work needs not know of it. One at a time. A forked process has none.
+class Activity {
+public:
+    explicit Activity(const std::string& what);  // at most 100 bytes are shown
+    Activity(const Activity&) = delete;
+    Activity& operator=(const Activity&) = delete;
+    ~Activity();  // erases the line
+
+private:
+    bool isShown_;
+};
+
 }  // namespace rt305
 
 #endif

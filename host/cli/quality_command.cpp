@@ -6,13 +6,13 @@
 #include <iterator>
 
 #include "base/failure.h"
+#include "base/terminal.h"
 #include "cli/file_batch.h"
 #include "cli/messages.h"
 #include "measuring/full_measurement.h"
 #include "output/quality_document.h"
 #include "output/quality_settings.h"
 #include "output/result_tables.h"
-#include "reading/recording_reader.h"
 
 namespace rt305 {
 
@@ -26,7 +26,7 @@ public:
 
     void operator()(const std::string& file) const {
         const MeasureOptions& each = options_.each;
-        Recording recording = readRecording(file, readOptionsOf(each));
+        Recording recording = readShowingProgress(file, readOptionsOf(each));
         const RecordedPhases phases = recordedPhases(recording, each.settings);
         report(recording.warnings, file);
         report(phases.measurement.warnings, file);

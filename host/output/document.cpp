@@ -1,13 +1,10 @@
 #include "output/document.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <ostream>
 
+#include "base/terminal.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "output/json.h"
@@ -84,7 +81,7 @@ Json jsonOf(const ResultDocument& document) {
 }
 
 void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
-    const bool csv = form == OutputForm::csv;
+    const bool csv = form != OutputForm::plain;
     const char* separator = "";
     for (const std::string& field : fields) {
         out << separator << (csv ? csvField(shown(field)) : shown(field));
@@ -93,18 +90,108 @@ void writeFields(const std::vector<std::string>& fields, OutputForm form, std::o
     out << '\n';
 }
 
+std::string csvNumber(const ResultTable::Cell& figure) {
+    return figure && !std::isnan(*figure) ? formatNumber(*figure, 15) : "";
+}
+
 /// Writes one line for each figure; a missing value is empty.
 void writeFigures(const ResultDocument& document, const ResultTable& table, OutputForm form, std::ostream& out) {
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
             if (const auto& figure = table.cells[r][c]) {
-                writeFields(
-                    {document.recording.file, formatNumber(document.startSeconds, 12), table.name, table.rows[r].key,
-                     table.columns[c].csvKey(), std::isnan(*figure) ? "" : formatNumber(*figure, 15),
-                     table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
-                    form, out);
+                writeFields({document.recording.file, formatNumber(document.startSeconds, 12), table.name,
+                             table.rows[r].key, table.columns[c].csvKey(), csvNumber(figure),
+                             table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
+                            form, out);
             }
         }
+    }
+}
+
+/// The lists of a document, which have the same rows.
+std::vector<const ResultTable*> listsOf(const ResultDocument& document) {
+    std::vector<const ResultTable*> lists;
+    for (const ResultTable& table : document.tables) {
+        if (table.isList() && document.figures.empty()) {
+            lists.push_back(&table);
+        }
+    }
+    return lists;
+}
+
+/// The names of all figures outside lists.
+std::vector<FigureName> figuresOf(const ResultDocument& document) {
+    std::vector<FigureName> names = document.figures;
+    for (const ResultTable& table : document.tables) {
+        for (std::size_t r = 0; document.figures.empty() && r < table.rows.size(); ++r) {
+            for (std::size_t c = 0; c < table.columns.size(); ++c) {
+                if (table.cells[r][c]) {
+                    names.push_back({table.name, table.rows[r].key, table.columns[c].key});
+                }
+            }
+        }
+    }
+    return names;
+}
+
+ResultTable::Cell figureAt(const ResultDocument& document, const FigureName& name) {
+    const auto isNamed = [](const std::string& key) {
+        return [&key](const ResultTable::Line& line) { return line.key == key; };
+    };
+    const ResultTable* const table = document.table(name.table);
+    if (table == nullptr) {
+        return std::nullopt;
+    }
+    const auto row = std::find_if(table->rows.begin(), table->rows.end(), isNamed(name.row));
+    const auto column = std::find_if(table->columns.begin(), table->columns.end(), isNamed(name.column));
+    return row == table->rows.end() || column == table->columns.end()
+               ? std::nullopt
+               : table->cells[static_cast<std::size_t>(row - table->rows.begin())]
+                             [static_cast<std::size_t>(column - table->columns.begin())];
+}
+
+void writeWideHeading(const ResultDocument& document, std::ostream& out) {
+    std::vector<std::string> fields{"file", "start"};
+    const auto lists = listsOf(document);
+    if (lists.empty()) {
+        for (const FigureName& name : figuresOf(document)) {
+            fields.push_back(name.text());
+        }
+    } else {
+        fields.push_back(lists[0]->rowKey.empty() ? "rank" : lists[0]->rowKey);
+    }
+    for (const ResultTable* const list : lists) {
+        for (const ResultTable::Line& column : list->columns) {
+            fields.push_back(column.csvKey());
+        }
+    }
+    writeFields(fields, OutputForm::csvWide, out);
+}
+
+/// Writes a row for each row of the lists, or one row with all figures.
+void writeWide(const ResultDocument& document, std::ostream& out) {
+    const std::vector<std::string> first{document.recording.file, formatNumber(document.startSeconds, 12)};
+    const auto lists = listsOf(document);
+    std::size_t longest = 0;
+    for (const ResultTable* const list : lists) {
+        longest = std::max(longest, list->rows.size());
+    }
+    for (std::size_t r = 0; r < longest; ++r) {
+        std::vector<std::string> fields = first;
+        fields.push_back(std::to_string(r + 1));
+        for (const ResultTable* const list : lists) {
+            for (std::size_t c = 0; c < list->columns.size(); ++c) {
+                fields.push_back(r < list->rows.size() ? csvNumber(list->cells[r][c]) : "");
+            }
+        }
+        writeFields(fields, OutputForm::csvWide, out);
+    }
+    if (lists.empty()) {
+        std::vector<std::string> fields = first;
+        for (const FigureName& name : figuresOf(document)) {
+            fields.push_back(csvNumber(figureAt(document, name)));
+        }
+        writeFields(fields, OutputForm::csvWide, out);
     }
 }
 
@@ -121,7 +208,7 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
     }
     out << (document.remarks.empty() ? "" : "\n");
     for (const std::string& remark : document.remarks) {
-        out << wrapped(shown(remark), 100);
+        out << wrapped(shown(remark), textWidth());
     }
 }
 
@@ -146,7 +233,10 @@ const ResultTable* ResultDocument::table(std::string_view name) const {
     return found == tables.end() ? nullptr : &*found;
 }
 
-void writeHeading(OutputForm form, std::ostream& out) {
+void writeHeading(OutputForm form, const ResultDocument& document, std::ostream& out) {
+    if (form == OutputForm::csvWide) {
+        return writeWideHeading(document, out);
+    }
     out << (form == OutputForm::csv ? "file,start,table,quantity,column,value,unit\n" : "");
 }
 
@@ -164,6 +254,8 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
                 writeFigures(document, table, form, out);
             }
             return;
+        case OutputForm::csvWide:
+            return writeWide(document, out);
         case OutputForm::raw:
             for (const std::string& text : document.rawTexts) {
                 out << text << '\n';
@@ -173,13 +265,6 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
 
 void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out) {
     out << dumped(Json{{"recording", {{"file", file}}}, {"error", message}, {"exit_code", exitCode}}, false);
-}
-
-bool stdoutTakesStyle() {
-    const char* const noColor = std::getenv("NO_COLOR");
-    const char* const terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0') &&
-           (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
 }
 
 }  // namespace rt305

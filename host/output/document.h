@@ -17,8 +17,18 @@ enum class OutputForm {
     json,       // one document, indented
     jsonLines,  // one document a line
     csv,        // one figure a line, with a heading
+    csvWide,    // one row a document, or a row of lists, with a heading
     plain,      // one figure a line, tabs between the fields, no heading
     raw         // the library's own texts, byte for byte
+};
+
+/// The place of a figure in the tables of a document.
+struct FigureName {
+    std::string table;
+    std::string row;
+    std::string column;
+
+    std::string text() const { return table + "_" + row + "_" + column; }
 };
 
 /// The results of one recording, or of one window of it.
@@ -34,6 +44,7 @@ struct ResultDocument {
     std::vector<std::string> remarks{};   // what a reader of the results must know
     std::vector<std::string> warnings{};  // what makes the results doubtful; also printed on stderr
     std::vector<std::string> rawTexts{};  // as the library wrote them
+    std::vector<FigureName> figures{};    // the columns of its wide CSV, where it is one of many; empty: all it has
 
     /// The table of that name; null when the document has none.
     const ResultTable* table(std::string_view name) const;
@@ -43,17 +54,14 @@ struct ResultDocument {
 /// character is =, +, - or @, begins with an apostrophe.
 std::string csvField(const std::string& text);
 
-/// What comes once before all documents: the names of the CSV fields.
-void writeHeading(OutputForm form, std::ostream& out);
+/// What comes once before all documents: the names of the CSV fields. `document` is one of them, or has their
+/// `figures`.
+void writeHeading(OutputForm form, const ResultDocument& document, std::ostream& out);
 
 void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out);
 
 /// The line in place of a document that could not be made: {"recording":{"file":...},"error":...,"exit_code":...}.
 void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out);
-
-/// Whether stdout is a terminal that shows styled text: not with NO_COLOR in the environment (no-color.org), nor on a
-/// dumb terminal.
-bool stdoutTakesStyle();
 
 }  // namespace rt305
 

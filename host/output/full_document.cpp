@@ -1,6 +1,7 @@
 #include "output/full_document.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -88,12 +89,75 @@ ResultTable highestHarmonicsTable(const std::vector<KindResults<Harmonics>>& kin
     return table;
 }
 
-std::vector<Cell> byPhase(const PerPhase<double>& values) {
-    return {std::nullopt, values[0], values[1], values[2]};
+/// Where a derived quantity has figures.
+enum class Where { total, phases, both };
+
+struct DerivedRow {
+    const char* key;
+    const char* label;
+    const char* unit;
+    Where where;
+    int mostDecimals = 6;
+};
+constexpr DerivedRow derivedRows[] = {
+    {"frequency", "Frequency", "Hz", Where::both, 4},
+    {"U", "Voltage U", "V", Where::phases},
+    {"voltage_offset", "Mean of U, which is removed", "V", Where::phases},
+    {"I", "Current I", "A", Where::phases},
+    {"current_offset", "Mean of I, which is removed", "A", Where::phases},
+    {"P", "Active power P", "W", Where::both},
+    {"S", "Apparent power S = U I", "VA", Where::both},
+    {"N", "Non-active power N", "var", Where::both},
+    {"PF", "Power factor P / S", "", Where::both, 4},
+    {"P1", "Fundamental P1", "W", Where::both},
+    {"Q1", "Fundamental Q1", "var", Where::both},
+    {"S1", "Fundamental S1", "VA", Where::both},
+    {"DPF", "Displacement factor P1 / S1", "", Where::both, 4},
+    {"S_vector", "Vector S", "VA", Where::total},
+    {"S_arithmetic", "Arithmetic S", "VA", Where::total},
+    {"S_effective", "Effective S", "VA", Where::total},
+    {"U1", "Symmetrical component U1", "V", Where::total},
+    {"U1_angle", "Angle of U1", "deg", Where::total, 2},
+    {"U2", "Symmetrical component U2", "V", Where::total},
+    {"U2_angle", "Angle of U2", "deg", Where::total, 2},
+    {"U0", "Symmetrical component U0", "V", Where::total},
+    {"U0_angle", "Angle of U0", "deg", Where::total, 2},
+    {"I1", "Symmetrical component I1", "A", Where::total},
+    {"I1_angle", "Angle of I1", "deg", Where::total, 2},
+    {"I2", "Symmetrical component I2", "A", Where::total},
+    {"I2_angle", "Angle of I2", "deg", Where::total, 2},
+    {"I0", "Symmetrical component I0", "A", Where::total},
+    {"I0_angle", "Angle of I0", "deg", Where::total, 2},
+    {"current_lag", "Angle by which I lags U", "deg", Where::phases, 2},
+    {"voltage_lag", "Angle by which U lags Ua", "deg", Where::phases, 2},
+    {"voltage_unbalance_u2", "Unbalance U2 / U1", "%", Where::total, 3},
+    {"voltage_unbalance_u0", "Unbalance U0 / U1", "%", Where::total, 3},
+    {"current_unbalance_i2", "Unbalance I2 / I1", "%", Where::total, 3},
+    {"current_unbalance_i0", "Unbalance I0 / I1", "%", Where::total, 3},
+    {"sum_of_currents", "Sum of the currents", "A", Where::total},
+};
+
+/// Adds the row of that key; without a total where it is not defined for any phase.
+void addRow(ResultTable& table, std::string_view key, const TotalAndPhases& values) {
+    const auto* const row = std::find_if(std::begin(derivedRows), std::end(derivedRows),
+                                         [key](const DerivedRow& known) { return known.key == key; });
+    assert(row != std::end(derivedRows));
+    std::vector<Cell> cells{values.begin(), values.end()};
+    if (row->where == Where::phases || (row->where == Where::both && key != "frequency" && std::isnan(values[0]))) {
+        cells[0] = std::nullopt;
+    }
+    if (row->where == Where::total) {
+        std::fill(cells.begin() + 1, cells.end(), std::nullopt);
+    }
+    table.addRow({row->key, row->label, row->unit, row->mostDecimals}, std::move(cells));
 }
 
-std::vector<Cell> inTotal(double value) {
-    return {value, std::nullopt, std::nullopt, std::nullopt};
+TotalAndPhases byPhase(const PerPhase<double>& values) {
+    return {0.0, values[0], values[1], values[2]};
+}
+
+void addTotal(ResultTable& table, std::string_view key, double value) {
+    addRow(table, key, {value, 0.0, 0.0, 0.0});
 }
 
 /// 0 stands for a frequency that was not found.
@@ -101,27 +165,18 @@ double orNan(double frequencyHz) {
     return frequencyHz > 0.0 ? frequencyHz : std::numeric_limits<double>::quiet_NaN();
 }
 
-/// A row without the cells that are not defined for any phase.
-void addRow(ResultTable& table, ResultTable::Line line, const TotalAndPhases& values) {
-    std::vector<Cell> cells{values.begin(), values.end()};
-    if (std::isnan(values[0])) {
-        cells[0] = std::nullopt;
-    }
-    table.addRow(std::move(line), std::move(cells));
-}
-
 void addPowerRows(ResultTable& table, const PowerFigures& power) {
-    addRow(table, {"P", "Active power P", "W"}, power.P);
-    addRow(table, {"S", "Apparent power S = U I", "VA"}, power.S);
-    addRow(table, {"N", "Non-active power N", "var"}, power.N);
-    addRow(table, {"PF", "Power factor P / S", "", 4}, power.PF);
-    addRow(table, {"P1", "Fundamental P1", "W"}, power.P1);
-    addRow(table, {"Q1", "Fundamental Q1", "var"}, power.Q1);
-    addRow(table, {"S1", "Fundamental S1", "VA"}, power.S1);
-    addRow(table, {"DPF", "Displacement factor P1 / S1", "", 4}, power.DPF);
-    table.addRow({"S_vector", "Vector S", "VA"}, inTotal(power.vectorS));
-    table.addRow({"S_arithmetic", "Arithmetic S", "VA"}, inTotal(power.arithmeticS));
-    table.addRow({"S_effective", "Effective S", "VA"}, inTotal(power.effectiveS));
+    addRow(table, "P", power.P);
+    addRow(table, "S", power.S);
+    addRow(table, "N", power.N);
+    addRow(table, "PF", power.PF);
+    addRow(table, "P1", power.P1);
+    addRow(table, "Q1", power.Q1);
+    addRow(table, "S1", power.S1);
+    addRow(table, "DPF", power.DPF);
+    addTotal(table, "S_vector", power.vectorS);
+    addTotal(table, "S_arithmetic", power.arithmeticS);
+    addTotal(table, "S_effective", power.effectiveS);
 }
 
 /// Magnitudes of the symmetrical components, and their angles against the first phase.
@@ -134,30 +189,28 @@ void addSequenceRows(ResultTable& table, char quantity, const SequenceComponents
             continue;
         }
         const std::string name = quantity + std::string(order);
-        table.addRow({name, "Symmetrical component " + name, quantity == 'U' ? "V" : "A"},
-                     inTotal(std::abs(component)));
-        table.addRow({name + "_angle", "Angle of " + name, "deg", 2}, inTotal(lagDegrees(component, reference)));
+        addTotal(table, name, std::abs(component));
+        addTotal(table, name + "_angle", lagDegrees(component, reference));
     }
 }
 
 /// Frequency, RMS values and removed means.
 void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
     const Fundamentals& fundamentals = results.fundamentals;
-    table.addRow(
-        {"frequency", "Frequency", "Hz", 4},
-        {full.isFrequencyMeasured ? orNan(fundamentals.frequencyHz) : orNan(0.0), orNan(fundamentals.frequencies[0]),
-         orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
+    addRow(table, "frequency",
+           {full.isFrequencyMeasured ? orNan(fundamentals.frequencyHz) : orNan(0.0), orNan(fundamentals.frequencies[0]),
+            orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
     const auto offsets = [&full](std::size_t first) {
         const auto* const samples = &full.asRecorded().samples[first];
         return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])});
     };
     if (results.derived.voltages) {
-        addRow(table, {"U", "Voltage U", "V"}, *results.derived.voltages);
-        table.addRow({"voltage_offset", "Mean of U, which is removed", "V"}, offsets(0));
+        addRow(table, "U", *results.derived.voltages);
+        addRow(table, "voltage_offset", offsets(0));
     }
     if (results.derived.currents) {
-        addRow(table, {"I", "Current I", "A"}, *results.derived.currents);
-        table.addRow({"current_offset", "Mean of I, which is removed", "A"}, offsets(phaseTotal));
+        addRow(table, "I", *results.derived.currents);
+        addRow(table, "current_offset", offsets(phaseTotal));
     }
 }
 
@@ -165,17 +218,17 @@ void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullRe
 void addUnbalanceRows(ResultTable& table, const FullMeasurement& full, const FullResults& results) {
     const DerivedFigures& derived = results.derived;
     if (const auto& unbalance = derived.voltageUnbalance) {
-        table.addRow({"voltage_unbalance_u2", "Unbalance U2 / U1", "%", 3}, inTotal(unbalance->negativePercent));
+        addTotal(table, "voltage_unbalance_u2", unbalance->negativePercent);
         if (!full.fromLineVoltages) {
-            table.addRow({"voltage_unbalance_u0", "Unbalance U0 / U1", "%", 3}, inTotal(unbalance->zeroPercent));
+            addTotal(table, "voltage_unbalance_u0", unbalance->zeroPercent);
         }
     }
     if (const auto& unbalance = derived.currentUnbalance) {
-        table.addRow({"current_unbalance_i2", "Unbalance I2 / I1", "%", 3}, inTotal(unbalance->negativePercent));
-        table.addRow({"current_unbalance_i0", "Unbalance I0 / I1", "%", 3}, inTotal(unbalance->zeroPercent));
+        addTotal(table, "current_unbalance_i2", unbalance->negativePercent);
+        addTotal(table, "current_unbalance_i0", unbalance->zeroPercent);
     }
     if (derived.currentSum) {
-        table.addRow({"sum_of_currents", "Sum of the currents", "A"}, inTotal(derived.currentSum->ofSum));
+        addTotal(table, "sum_of_currents", derived.currentSum->ofSum);
     }
 }
 
@@ -195,10 +248,10 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
         addSequenceRows(table, 'I', *derived.currentSequence, reference, false);
     }
     if (derived.currentLags) {
-        table.addRow({"current_lag", "Angle by which I lags U", "deg", 2}, byPhase(*derived.currentLags));
+        addRow(table, "current_lag", byPhase(*derived.currentLags));
     }
     if (derived.voltageLags) {
-        table.addRow({"voltage_lag", "Angle by which U lags Ua", "deg", 2}, byPhase(*derived.voltageLags));
+        addRow(table, "voltage_lag", byPhase(*derived.voltageLags));
     }
     addUnbalanceRows(table, full, results);
     if (!full.measurement.isThreePhase()) {
@@ -350,9 +403,37 @@ std::string describeSamples(const FullMeasurement& full) {
 
 }  // namespace
 
+std::vector<FigureName> figuresOfFullDocument() {
+    constexpr const char* phaseColumns[] = {"total", "a", "b", "c"};
+    std::vector<FigureName> names;
+    for (const QuantityRow& row : electricalRows) {
+        for (std::size_t i = 0; i < row.names.size(); ++i) {
+            if (*row.names[i] != '\0') {
+                names.push_back({"parameters", row.key, phaseColumns[i]});
+            }
+        }
+    }
+    for (const QuantityRow& quantity : powerRows) {
+        for (std::size_t i = 0; i < quantity.names.size(); ++i) {
+            for (const PowerMethod& method : powerMethods) {
+                if (i == 0 || method.givesPhases) {
+                    names.push_back({"power", quantity.names[i], keyOf(method)});
+                }
+            }
+        }
+    }
+    for (const DerivedRow& row : derivedRows) {
+        for (std::size_t i = row.where == Where::phases ? 1 : 0; i < (row.where == Where::total ? 1 : 4); ++i) {
+            names.push_back({"derived", row.key, phaseColumns[i]});
+        }
+    }
+    return names;
+}
+
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
     const Measurement& measurement = full.measurement;
     ResultDocument document = documentOf(recording, measurement, results.libraryVersion);
+    document.figures = figuresOfFullDocument();
     if (!full.isSteady()) {
         document.warnings.push_back(full.unsteadiness);
     }

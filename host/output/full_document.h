@@ -12,6 +12,10 @@ namespace rt305 {
 /// then "derived" and "highest_harmonics".
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results);
 
+/// The figures of the wide CSV of `rt305 measure`, the same for every recording: all of "parameters", "power" and
+/// "derived".
+std::vector<FigureName> figuresOfFullDocument();
+
 }  // namespace rt305
 
 #endif

@@ -60,8 +60,8 @@ public:
         addFact("Recorder", station.size() > 1 ? station[1] : "");
         readChannels();
         const std::string_view nominal = nextFields("the nominal frequency")[0];
-        addFact("Nominal frequency", nominal);
         result_.nominalHz = std::max(0.0, parseNumber(nominal).value_or(0.0));
+        addFact("Nominal frequency", result_.nominalHz > 0.0 ? nominal : "");
         readRates();
         readTail();
         return std::move(result_);

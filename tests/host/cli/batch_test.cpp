@@ -32,6 +32,12 @@ TEST(Batch, NamesComeFromAListAndWindowsAreLines) {
         {"rt305 measure --csv --window 0.25s 200.csv | grep -c parameters,current,a", "2\n"},
         {"rt305 measure --csv 100.csv 200.csv | grep -c '^file,start,table,quantity,column,value,unit$'", "1\n"},
         {"rt305 measure --plain - < 200.csv", "stdin\t0\tparameters\tfrequency\ta\t50\tHz\n"},
+        {"rt305 measure --csv-wide --window 0.25s --jobs 2 100.csv 200.csv | cut -d, -f1-4",
+         "file,start,parameters_phase_voltage_a,parameters_phase_voltage_b\n100.csv,0,100.4; 100.csv,0.25,100.4; "
+         "200.csv,0.25,"},
+        {"rt305 distortion --csv-wide 200.csv | cut -d, -f1-4,15-16 | sed -n 1,2p",
+         "file,start,order,Ua_frequency,Ia_percent,Ib_frequency\n200.csv,0,1,50,100,50\n"},
+        {"rt305 params --csv-wide 200.csv | cut -d, -f2-3", "start,parameters_phase_voltage_a\n0,200.4"},
         // the library keeps the texts of earlier calls
         {"cut -d, -f1-4 100.csv > u.csv; measure u.csv > alone; measure 200.csv u.csv | tail -n 1 | cmp - alone", ""},
         // each name is answered before the next is read

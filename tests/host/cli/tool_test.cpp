@@ -56,7 +56,28 @@ TEST(Tool, TheReadmeShowsWhatTheCommandsPrint) {
 
 TEST(Tool, RefusesWrongOptions) {
     expectShown({
-        {"rt305", "subcommand", 2},
+        {"rt305", "no command is given; see rt305 help", 2},
+        {"rt305 mesure $sample", "\"mesure\"; did you mean measure?", 2},
+        {"rt305 nothing", "\"nothing\"; see rt305 help", 2},
+        {"rt305 help mesure", "did you mean measure?", 2},
+        {"rt305 measure --jsno $sample", "no option --jsno; did you mean --json?", 2},
+        {"rt305 info a b", "\"b\" is one argument too many", 2},
+        {"rt305 measure --duration 0 $sample", "--duration: \"0\"", 2},
+        {"rt305 params --rate 10q $sample", "--rate: \"10q\" is not a frequency; from 1 to 1000000000 Hz", 2},
+        {"rt305 generate --noise -1", "--noise: \"-1\" is not a number of at least 0", 2},
+        {"rt305 convert $sample", "needs -o FILE", 2},
+        {"rt305 convert $sample -o out.mat", "out.mat: the extension", 2},
+        {"rt305 convert $sample --only Ux -o o.csv", "Ux", 3},
+        {"rt305 convert $sample --rate 9999.5 -o o.wav", "9999.5 Hz; give --resample", 2},
+        {"rt305 convert $sample --resample 1GHz -o o.csv", "frequency", 2},
+        {"rt305 convert $sample --resample 900MHz -o o.csv", "100 million", 3},
+        {"echo nomnal = 60 > bad.toml; rt305 info --settings bad.toml $sample",
+         "bad.toml: there is no setting \"nomnal\"; did you mean nominal?", 3},
+        {"echo library = \\\"./evil.so\\\" > bad.toml; rt305 info --settings bad.toml $sample",
+         "no setting \"library\"", 3},
+        {"echo 'nominal = \"x\"' > bad.toml; rt305 measure --settings bad.toml $sample", "bad.toml: --nominal: \"x\"",
+         3},
+        {"rt305 info --settings none.toml $sample", "none.toml: No such file", 3},
         {"rt305 params", "FILE", 2},
         {"rt305 params --power five-wattmeter $sample", "five-wattmeter", 2},
         {"rt305 params --rate 0 $sample", "--rate", 2},
@@ -76,7 +97,7 @@ TEST(Tool, RefusesWrongOptions) {
         {"rt305 generate --dropout Ia:1", "\"Ia:1\"", 2},
         {"rt305 generate --harmonic-u 3", "\"3\"", 2},
         {"rt305 generate --duration 1e9", "100 million", 2},
-        {"rt305 generate --frequency nan", "--frequency: \"nan\" is not a number", 2},
+        {"rt305 generate --frequency nan", "--frequency: \"nan\" is not a frequency", 2},
         {"rt305 spectrum --criterion inf $sample", "--criterion: \"inf\" is not a number", 2},
         {"rt305 measure", "FILE", 2},
         {"rt305 measure --window 0.2 --json $sample", "--json-lines", 2},
@@ -116,9 +137,41 @@ TEST(Tool, AnalysesPowerQuality) {
     });
 }
 
+TEST(Tool, TheExamplesOfTheHelpRun) {
+    expectShown({
+        {"rt305 help | awk '{ if (length > 100) print \"too long\" }'", "!too long"},
+        {"cp $sample recording.csv; cp $data/relay.cfg fault.cfg; cp $data/relay.dat fault.dat; rt305 help > all; for "
+         "c in "
+         "$(sed -n '/^Commands:/,/^$/s/^  \\([a-z]*\\) .*/\\1/p' all); do rt305 help $c >> all; done; sed -n 's/^  "
+         "rt305/rt305/p' "
+         "all | grep -v longest-steady > run; bash -e run > out 2> err || cat err",
+         "!rt305:"},
+    });
+}
+
+TEST(Tool, SettingsComeFromAFile) {
+    const std::string folder =
+        "mkdir -p site; cp $sample site/a.csv; printf 'nominal = 60 # Hz\\nsqrt2 = true\\nprimary = false\\n[map]\\nUa "
+        "= "
+        "\"Ub\"\\nUb = \"Ua\"\\n' > site/.rt305.toml; ";
+    expectShown({
+        {folder + "rt305 measure --json-lines --settings auto site/a.csv",
+         "note: settings of site/.rt305.toml: nominal, sqrt2 and map; recording/nominal = 60; "
+         "parameters/phase_voltage/a = "
+         "325.594"},
+        {"rt305 measure --json-lines --nominal 50 --map Ua=Ua --settings site/.rt305.toml site/a.csv",
+         "settings of site/.rt305.toml: sqrt2; recording/nominal = 50"},
+        {"cd site; rt305 info --settings auto - < a.csv", "settings of .rt305.toml: sqrt2 and map"},
+        {"rt305 measure --settings auto site/a.csv ./site/../a.csv", "in several: name a file", 2},
+        {"rt305 info --settings auto $sample", "!settings"},
+    });
+}
+
 TEST(Tool, ExitCodesAndOutput) {
     expectShown({
         {"rt305 --help", "params"},
+        {"rt305 --version", "rt305 1."},
+        {"generate --rate 4.8kHz --duration 100ms | rt305 info -", "Rate 4800 Hz"},
         {"rt305 params --help", "--two-currents"},
         {"rt305 params --map Ua=nothing $sample", "\"nothing\"", 3},
         {"rt305 measure --window 1.5s $sample", "sample.csv", 3},

@@ -1,5 +1,6 @@
 """The JSON documents of the tool against their JSON Schema."""
 
+import csv
 import json
 import os
 import pathlib
@@ -45,6 +46,19 @@ class Documents(unittest.TestCase):
             for error in (error for document in documents for error in validator.iter_errors(json.loads(document))):
                 for reason in error.context or [error]:
                     self.fail(f"{arguments}: {reason.message} at {list(reason.absolute_path)}")
+
+    def test_wide_rows_have_all_figures(self):
+        for text in (SAMPLE, CURRENT, LINE_VOLTAGES):
+            document, wide = (subprocess.run([os.environ["TOOL"], "measure", form, "-"], input=text, check=True,
+                                             capture_output=True, text=True).stdout for form in ("--json", "--csv-wide"))
+            document, row = json.loads(document), next(csv.DictReader(wide.splitlines()))
+            expected = {f"{table}_{quantity}_{column}": figure for table in ("parameters", "power", "derived")
+                        for quantity, figures in document.get(table, {}).items()
+                        for column, figure in figures.items() if column != "unit" and figure is not None}
+            shown = {name: float(figure) for name, figure in row.items() if figure and name not in ("file", "start")}
+            self.assertEqual(shown.keys(), expected.keys())
+            for name, figure in expected.items():
+                self.assertAlmostEqual(shown[name], figure, delta=1e-12 * abs(figure))
 
 
 unittest.main()
