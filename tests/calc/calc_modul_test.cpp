@@ -126,6 +126,9 @@ TEST(StageNames, EndInIForCurrents) {
         EXPECT_DOUBLE_EQ(records.spectrum.frequencies->back(), limit);
         EXPECT_EQ(records.signals.variables.statistics[2].values[0], 3.0);
     };
+    coder::b_table empty;
+    TimeSignalData_mo_305_4(ChannelSet{}, empty);
+    EXPECT_TRUE(std::isnan(empty.variables.statistics[0].values[3])) << "no samples have no range";
     const auto at500 = [](auto&... arguments) { SpectrumParam_fn_mo_305_4(arguments...); };
     expectStages('V', 250.0, TimeSignalData_mo_305_4, at500, paramData_thd_mo_305_4);
     expectStages('V', 1000.0, TimeSignalData_mo_305_4, b_SpectrumParam_fn_mo_305_4, paramData_thd_mo_305_4);

@@ -39,11 +39,11 @@ TEST(ElectricalParameters, ASingleSamplePairsWithAllOthers) {
     }
 }
 
-TEST(Harmonics, OfEachChannelWithItsOwnMean) {
-    const auto channel = [](double offset) {
-        return row(signals::wave(Samples(2000, offset), {{1.0, 50.0, 0.0}, {0.1, 150.0, 0.0}}));
+TEST(Harmonics, OfEachChannelWithItsOwnMeanAndLength) {
+    const auto channel = [](std::size_t n, double offset) {
+        return row(signals::wave(Samples(n, offset), {{1.0, 50.0, 0.0}, {0.1, 150.0, 0.0}}));
     };
-    const ChannelSet set{channel(0.0), channel(10.0), channel(-300.0)};
+    const ChannelSet set{channel(4000, 0.0), channel(4000, 10.0), channel(3000, -300.0)};
     const SetHarmonics together = measureHarmonics(set, coder::b_thdSettings);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         EXPECT_NEAR(together[phase].r, -20.0, 1e-3) << phase;

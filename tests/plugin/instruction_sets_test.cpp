@@ -34,7 +34,7 @@ TEST(InstructionSets, AllGiveTheSameTexts) {
     for (std::uint32_t row = 0; row < 4; ++row) {  // all power methods, windows, scales and modes
         const std::uint32_t flags = RT305_4_FREQUENCY_CONTROL | (row + 1) * RT305_4_POWER_THREE_WATTMETER;
         const std::uint32_t bits = RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_LEVEL_DB | RT305_4_SPECTRUM_MODE_2;
-        for (const std::size_t n : {1000, 1001, 1144, 2048, 4998, 4999}) {
+        for (const std::size_t n : {1000, 1001, 1144, 2048, 3456, 4998, 4999, 6006}) {
             for (std::size_t set = 1; set < coder::instructionSets; ++set) {
                 if (coder::isSupported(coder::InstructionSet{static_cast<std::uint8_t>(set)})) {
                     EXPECT_EQ(textsOf(n, flags, row * bits, set), textsOf(n, flags, row * bits, 0)) << n << ' ' << set;

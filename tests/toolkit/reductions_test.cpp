@@ -32,7 +32,8 @@ T plainBlockedSum(const std::vector<T>& x) {
 }
 
 TEST(Reductions, SumsKeepTheDocumentedOrderBitForBit) {
-    for (const std::size_t n : {0U, 1U, 2U, 1023U, 1024U, 1025U, 9215U, 9216U, 9217U, 10000U, 17408U, 50001U}) {
+    for (const std::size_t n : {0U, 1U, 2U, 1023U, 1024U, 1025U, 2050U, 3000U, 4000U, 5000U, 6000U, 7000U, 8000U, 9215U,
+                                9216U, 9217U, 10000U, 17408U, 50001U}) {
         const Row x = signals::noise(n, 1, 0.1, 1e3);
         const Row y = signals::noise(n, 2, 0.1, 1e3);
         std::vector<creal_T> z(n);
