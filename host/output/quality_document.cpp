@@ -63,7 +63,7 @@ Json jsonOf(const Event& event) {
 }
 
 /// Missing values are left out.
-Json valuesOf(const std::vector<Quantity>& quantities, const Interval& interval) {
+Json valuesOf(const std::vector<IntervalQuantity>& quantities, const Interval& interval) {
     Json values = Json::object();
     for (std::size_t i = 0; i < interval.values.size(); ++i) {
         if (!std::isnan(interval.values[i])) {
@@ -73,7 +73,7 @@ Json valuesOf(const std::vector<Quantity>& quantities, const Interval& interval)
     return values;
 }
 
-Json jsonOf(const std::vector<Quantity>& quantities, const std::vector<Interval>& intervals) {
+Json jsonOf(const std::vector<IntervalQuantity>& quantities, const std::vector<Interval>& intervals) {
     Json list = Json::array();
     for (const Interval& interval : intervals) {
         list.push_back({{"start", interval.startSeconds},
@@ -194,7 +194,7 @@ ResultTable statisticsTable(const QualityResults& results) {
         .columns = {
             {"lowest", "lowest", ""}, {"mean", "mean", ""}, {"highest_95", "95 %", ""}, {"highest", "highest", ""}}};
     for (std::size_t i = 0; i < results.values.size(); ++i) {
-        const Quantity& quantity = results.quantities[i];
+        const IntervalQuantity& quantity = results.quantities[i];
         if (const Statistics s = statisticsOf(results.values[i]); s.count > 0) {
             table.addRow({quantity.key, quantity.key, quantity.unit == "1" ? "" : quantity.unit},
                          {s.lowest, s.mean, s.highest95, s.highest});
@@ -204,7 +204,7 @@ ResultTable statisticsTable(const QualityResults& results) {
 }
 
 Cells verdictCells(const QualityDocument& document) {
-    Cells cells{{"Quantity", "Lower", "Upper", "Wanted, %", "Inside, %", "Intervals", "Worst", ""}};
+    Cells cells{{"IntervalQuantity", "Lower", "Upper", "Wanted, %", "Inside, %", "Intervals", "Worst", ""}};
     for (const Verdict& verdict : document.verdicts) {
         const bool hasValues = verdict.intervals > 0;
         cells.push_back({verdict.limit.quantity, limitText(verdict.limit.lower), limitText(verdict.limit.upper),
@@ -278,7 +278,7 @@ QualityRowWriter::QualityRowWriter(std::string file, QualityRows rows, OutputFor
             }
         }
     } else {
-        for (const Quantity& quantity : quantitiesOf(settings_)) {
+        for (const IntervalQuantity& quantity : quantitiesOf(settings_)) {
             keys_.push_back(quantity.key);
         }
     }

@@ -169,7 +169,7 @@ void QualityAnalyser::measureInterval(const Begun& begun, double end) {
     Interval interval{IntervalLength::cycles, settings_.startSeconds + secondsAt(begun.place),
                       secondsAt(end - begun.place), begun.isFlagged};
     std::transform(quantities_.begin(), quantities_.end(), std::back_inserter(interval.values),
-                   [&figures](const Quantity& quantity) { return quantity.value(figures); });
+                   [&figures](const IntervalQuantity& quantity) { return quantity.value(figures); });
     listener_.interval(interval);
     const long tick = tickAt(begun.place, tenMinutes);
     if (tick != tick_) {

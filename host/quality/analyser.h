@@ -27,7 +27,7 @@ public:
     QualityAnalyser(const QualityAnalyser&) = delete;
     QualityAnalyser& operator=(const QualityAnalyser&) = delete;
 
-    const std::vector<Quantity>& quantities() const { return quantities_; }
+    const std::vector<IntervalQuantity>& quantities() const { return quantities_; }
 
     void push(const SampleBlock& block);
 
@@ -66,7 +66,7 @@ private:
 
     QualitySettings settings_;
     QualityListener listener_;
-    std::vector<Quantity> quantities_{};
+    std::vector<IntervalQuantity> quantities_{};
     SampleStore store_{};
     CycleTracker tracker_;
     HalfCycleMeter halfCycles_;

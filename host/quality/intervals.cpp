@@ -47,7 +47,7 @@ using Getter = std::function<double(const IntervalFigures&)>;
 
 /// A list of quantities in the making.
 struct Quantities {
-    std::vector<Quantity> list{};
+    std::vector<IntervalQuantity> list{};
 
     void add(std::string key, std::string unit, Averaging averaging, Getter value, bool isBin = false) {
         list.push_back({std::move(key), std::move(unit), averaging, isBin, std::move(value)});
@@ -123,7 +123,7 @@ std::size_t ordersOf(const QualitySettings& settings) {
     return std::min(mostOrders, static_cast<std::size_t>(std::max(1.0, std::floor(highest - 0.2))));
 }
 
-std::vector<Quantity> quantitiesOf(const QualitySettings& settings) {
+std::vector<IntervalQuantity> quantitiesOf(const QualitySettings& settings) {
     Quantities all;
     const auto unitOf = [](std::size_t channel) { return isCurrent(channel) ? "A" : "V"; };
     all.add("frequency", "Hz", Averaging::mean, [](const auto& f) { return f.frequencyHz; });
@@ -161,9 +161,9 @@ std::vector<Quantity> quantitiesOf(const QualitySettings& settings) {
     return std::move(all.list);
 }
 
-std::optional<std::size_t> findQuantity(const std::vector<Quantity>& quantities, std::string_view key) {
-    const auto found =
-        std::find_if(quantities.begin(), quantities.end(), [key](const Quantity& each) { return each.key == key; });
+std::optional<std::size_t> findQuantity(const std::vector<IntervalQuantity>& quantities, std::string_view key) {
+    const auto found = std::find_if(quantities.begin(), quantities.end(),
+                                    [key](const IntervalQuantity& each) { return each.key == key; });
     return found == quantities.end() ? std::nullopt
                                      : std::optional(static_cast<std::size_t>(found - quantities.begin()));
 }

@@ -49,7 +49,7 @@ struct IntervalFigures {
 /// How the values of shorter intervals become one of a longer interval.
 enum class Averaging { rms, mean, largest, last };
 
-struct Quantity {
+struct IntervalQuantity {
     std::string key;  // "Ua", "Pa", "THDS_Ua", "Ua_h5", "Ua_ih7": also the heading in every output
     std::string unit;
     Averaging averaging;
@@ -58,13 +58,13 @@ struct Quantity {
 };
 
 /// The quantities that the measured channels have.
-std::vector<Quantity> quantitiesOf(const QualitySettings& settings);
+std::vector<IntervalQuantity> quantitiesOf(const QualitySettings& settings);
 
 /// The orders up to 50 that the sample rate carries.
 std::size_t ordersOf(const QualitySettings& settings);
 
 /// The place of a quantity; nothing when it is not there.
-std::optional<std::size_t> findQuantity(const std::vector<Quantity>& quantities, std::string_view key);
+std::optional<std::size_t> findQuantity(const std::vector<IntervalQuantity>& quantities, std::string_view key);
 
 /// Measures intervals of whole cycles.
 ///
@@ -103,7 +103,7 @@ private:
 /// Joins intervals to a longer one.
 class Aggregate {
 public:
-    Aggregate(const std::vector<Quantity>& quantities, IntervalLength length)
+    Aggregate(const std::vector<IntervalQuantity>& quantities, IntervalLength length)
         : quantities_(quantities), length_(length) {}
 
     void add(const Interval& part);
@@ -111,7 +111,7 @@ public:
     Interval take(bool isPartial);
 
 private:
-    const std::vector<Quantity>& quantities_;
+    const std::vector<IntervalQuantity>& quantities_;
     IntervalLength length_;
     std::size_t parts_ = 0;
     std::optional<Interval> sum_{};

@@ -82,7 +82,7 @@ QualityResults analyse(const PerChannel<std::vector<double>>& samples, const Qua
     results.quantities = analyser.quantities();
     const auto& all = results.quantities;
     results.values.resize(static_cast<std::size_t>(
-        std::count_if(all.begin(), all.end(), [](const Quantity& quantity) { return !quantity.isBin; })));
+        std::count_if(all.begin(), all.end(), [](const IntervalQuantity& quantity) { return !quantity.isBin; })));
     for (std::size_t first = 0; first < length; first += blockLength) {
         SampleBlock block;
         for (std::size_t channel = 0; channel < channelTotal; ++channel) {

@@ -21,7 +21,7 @@ struct QualityTraces {
 struct QualityResults {
     QualitySettings settings{};
     double durationSeconds = 0.0;
-    std::vector<Quantity> quantities{};
+    std::vector<IntervalQuantity> quantities{};
     std::vector<std::vector<float>> values{};  // by quantity, of the intervals of cycles; none of (inter)harmonics
     std::vector<Event> events{};               // by their start
     std::vector<Interval> tenMinutes{}, tenSeconds{};
