@@ -401,33 +401,48 @@ std::string describeSamples(const FullMeasurement& full) {
            formatFixed(full.frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
 }
 
-}  // namespace
+constexpr const char* phaseColumns[] = {"total", "a", "b", "c"};
 
-std::vector<FigureName> figuresOfFullDocument() {
-    constexpr const char* phaseColumns[] = {"total", "a", "b", "c"};
-    std::vector<FigureName> names;
+void addElectricalFigures(std::vector<FigureName>& figures) {
     for (const QuantityRow& row : electricalRows) {
         for (std::size_t i = 0; i < row.names.size(); ++i) {
             if (*row.names[i] != '\0') {
-                names.push_back({"parameters", row.key, phaseColumns[i]});
+                figures.push_back({"parameters", row.key, phaseColumns[i]});
             }
         }
     }
+}
+
+void addPowerFigures(std::vector<FigureName>& figures) {
     for (const QuantityRow& quantity : powerRows) {
         for (std::size_t i = 0; i < quantity.names.size(); ++i) {
             for (const PowerMethod& method : powerMethods) {
                 if (i == 0 || method.givesPhases) {
-                    names.push_back({"power", quantity.names[i], keyOf(method)});
+                    figures.push_back({"power", quantity.names[i], keyOf(method)});
                 }
             }
         }
     }
+}
+
+void addDerivedFigures(std::vector<FigureName>& figures) {
     for (const DerivedRow& row : derivedRows) {
-        for (std::size_t i = row.where == Where::phases ? 1 : 0; i < (row.where == Where::total ? 1 : 4); ++i) {
-            names.push_back({"derived", row.key, phaseColumns[i]});
+        const std::size_t first = row.where == Where::phases ? 1 : 0;
+        const std::size_t end = row.where == Where::total ? 1 : std::size(phaseColumns);
+        for (std::size_t i = first; i < end; ++i) {
+            figures.push_back({"derived", row.key, phaseColumns[i]});
         }
     }
-    return names;
+}
+
+}  // namespace
+
+std::vector<FigureName> figuresOfFullDocument() {
+    std::vector<FigureName> figures;
+    addElectricalFigures(figures);
+    addPowerFigures(figures);
+    addDerivedFigures(figures);
+    return figures;
 }
 
 ResultDocument fullDocument(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
