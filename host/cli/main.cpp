@@ -90,14 +90,8 @@ void showHelp(const CLI::App& app, const std::string& name) {
     failUsage("there is no option " + word + (suggestion.empty() ? hint : suggestion));
 }
 
-int runCommandLine(int argc, char** argv) {
-    CLI::App app("measures sampled three-phase voltages and currents with libRT305_4.so.1", "rt305");
-    app.formatter_fn(
-        [](const CLI::App* shown, const std::string&, CLI::AppFormatMode) { return helpText(*shown, textWidth()); });
-    app.set_help_flag("-h,--help", "show this help");
-    app.require_subcommand(1);
-    app.footer(exitCodeText);
-
+/// What the arguments say.
+struct CommandLine {
     int exitCode = static_cast<int>(ExitCode::success);
     MeasureOptions measure;
     BatchOptions batch;
@@ -107,42 +101,58 @@ int runCommandLine(int argc, char** argv) {
     ConvertOptions convert;
     GenerateOptions generate;
     std::string helped;
-    const auto command = [&app](const char* name, const char* help, auto run, auto& options) {
-        CLI::App* const added = app.add_subcommand(name, help);
-        added->get_help_ptr()->group("Help");
-        added->final_callback([run, added, &options] {
-            applySettings(*added);
-            run(options);
-        });
-        return added;
-    };
-    addInfoOptions(*command("info", "show what a recording contains; needs no library", showRecording, measure),
+};
+
+template <class Run, class Options>
+CLI::App& addCommand(CLI::App& app, const char* name, const char* help, Run run, Options& options) {
+    CLI::App* const added = app.add_subcommand(name, help);
+    added->get_help_ptr()->group("Help");
+    added->final_callback([run, added, &options] {
+        applySettings(*added);
+        run(options);
+    });
+    return *added;
+}
+
+void addMeasuringCommands(CLI::App& app, CommandLine& line) {
+    MeasureOptions& measure = line.measure;
+    addInfoOptions(addCommand(app, "info", "show what a recording contains; needs no library", showRecording, measure),
                    measure);
-    const auto runBatch = [&exitCode](const BatchOptions& options) { exitCode = measureEverything(options); };
-    addBatchOptions(*command("measure", "measure all quantities, of many files and windows", runBatch, batch), batch);
-    const auto runQuality = [&exitCode](const QualityOptions& options) { exitCode = analyseQuality(options); };
-    addQualityOptions(
-        *command("quality", "find events, and measure power quality over time, of many files", runQuality, quality),
-        quality);
-    addReportOptions(*command("report", "write a report as one HTML page", writeReport, report), report);
-    CLI::App* const params = command("params", "measure the electrical parameters", showParameters, measure);
-    addMeasureOptions(*params, measure);
-    addParameterOptions(*params, measure.settings);
-    addMeasureOptions(*command("signals", "measure the statistics of each signal", showSignals, measure), measure);
-    CLI::App* const spectrum = command("spectrum", "find the largest lines of each spectrum", showSpectra, measure);
-    addMeasureOptions(*spectrum, measure);
-    addSpectrumOptions(*spectrum, measure.settings);
-    addMeasureOptions(*command("distortion", "measure the harmonics of each signal", showHarmonics, measure), measure);
+    const auto runBatch = [&line](const BatchOptions& options) { line.exitCode = measureEverything(options); };
+    addBatchOptions(
+        addCommand(app, "measure", "measure all quantities, of many files and windows", runBatch, line.batch),
+        line.batch);
+    const auto runQuality = [&line](const QualityOptions& options) { line.exitCode = analyseQuality(options); };
+    addQualityOptions(addCommand(app, "quality", "find events, and measure power quality over time, of many files",
+                                 runQuality, line.quality),
+                      line.quality);
+    addReportOptions(addCommand(app, "report", "write a report as one HTML page", writeReport, line.report),
+                     line.report);
+    CLI::App& params = addCommand(app, "params", "measure the electrical parameters", showParameters, measure);
+    addMeasureOptions(params, measure);
+    addParameterOptions(params, measure.settings);
+    addMeasureOptions(addCommand(app, "signals", "measure the statistics of each signal", showSignals, measure),
+                      measure);
+    CLI::App& spectrum = addCommand(app, "spectrum", "find the largest lines of each spectrum", showSpectra, measure);
+    addMeasureOptions(spectrum, measure);
+    addSpectrumOptions(spectrum, measure.settings);
+    addMeasureOptions(addCommand(app, "distortion", "measure the harmonics of each signal", showHarmonics, measure),
+                      measure);
+}
+
+void addOtherCommands(CLI::App& app, CommandLine& line) {
     addConvertOptions(
-        *command("convert", "write a recording as COMTRADE, CSV, WAV or NumPy", convertRecording, convert), convert);
-    addGenerateOptions(*command("generate", "write a recording with known content as CSV", generateRecording, generate),
-                       generate);
-    command("check", "run the conformance checks on a library", checkLibrary, check)
-        ->add_option("LIB", check.library, "library file (default: the one that the other commands use)")
+        addCommand(app, "convert", "write a recording as COMTRADE, CSV, WAV or NumPy", convertRecording, line.convert),
+        line.convert);
+    addGenerateOptions(
+        addCommand(app, "generate", "write a recording with known content as CSV", generateRecording, line.generate),
+        line.generate);
+    addCommand(app, "check", "run the conformance checks on a library", checkLibrary, line.check)
+        .add_option("LIB", line.check.library, "library file (default: the one that the other commands use)")
         ->type_name("");
-    command(
-        "help", "show the help of a command", [&app](const std::string& name) { showHelp(app, name); }, helped)
-        ->add_option("COMMAND", helped, "command (default: a list of all)")
+    const auto runHelp = [&app](const std::string& name) { showHelp(app, name); };
+    addCommand(app, "help", "show the help of a command", runHelp, line.helped)
+        .add_option("COMMAND", line.helped, "command (default: a list of all)")
         ->type_name("");
     app.set_version_flag("--version", "rt305 " + std::string(toolVersion), "show the version");
     app.add_flag_callback(
@@ -153,6 +163,18 @@ int runCommandLine(int argc, char** argv) {
         },
         "show the notices of the parts of others that rt305 and its reports contain");
     addManualOptions(app);
+}
+
+int runCommandLine(int argc, char** argv) {
+    CLI::App app("measures sampled three-phase voltages and currents with libRT305_4.so.1", "rt305");
+    app.formatter_fn(
+        [](const CLI::App* shown, const std::string&, CLI::AppFormatMode) { return helpText(*shown, textWidth()); });
+    app.set_help_flag("-h,--help", "show this help");
+    app.require_subcommand(1);
+    app.footer(exitCodeText);
+    CommandLine line;
+    addMeasuringCommands(app, line);
+    addOtherCommands(app, line);
 
     if (argc > 1 && argv[1][0] != '-' && findCommand(app, argv[1]) == nullptr) {
         failUnknownCommand(app, argv[1]);
@@ -166,7 +188,7 @@ int runCommandLine(int argc, char** argv) {
         app.exit(error);
     }
     flushStdout();
-    return exitCode;
+    return line.exitCode;
 }
 
 }  // namespace

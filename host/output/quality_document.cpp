@@ -250,7 +250,7 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
     out << formatNumber(settings.nominalHz, 4) << " Hz";
     if (settings.hasVoltages()) {
         out << ", declared " << formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) << " V"
-            << (document.isDeclaredKnown ? "" : " as its first steady part has; --declared V if that is wrong");
+            << (document.isDeclaredKnown ? "" : ", the usual level of its first cycles; --declared V if that is wrong");
     }
     out << "\n\n"
         << (results.events.empty() ? std::string(settings.hasVoltages() ? "No events\n" : "No voltages, so no events\n")
