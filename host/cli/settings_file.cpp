@@ -51,6 +51,11 @@ struct Setting {
     std::string value;  // items of lists and tables with commas between them
 };
 
+Setting settingOf(const CLI::ConfigItem& item) {
+    const std::string value = CLI::detail::join(item.inputs, ",");
+    return item.parents.empty() ? Setting{item.name, value} : Setting{item.parents[0], item.name + "=" + value};
+}
+
 std::vector<Setting> readSettings(const std::string& path) {
     std::ifstream file(path);
     if (!file || fs::is_directory(path)) {
@@ -61,13 +66,11 @@ std::vector<Setting> readSettings(const std::string& path) {
         if (item.name == "++" || item.name == "--") {
             continue;  // begin and end of a table
         }
-        const bool isOfTable = !item.parents.empty();
-        const std::string key = isOfTable ? item.parents[0] : item.name;
-        const std::string value = (isOfTable ? item.name + "=" : "") + CLI::detail::join(item.inputs, ",");
+        const auto [key, value] = settingOf(item);
         if (std::find(knownKeys().begin(), knownKeys().end(), key) == knownKeys().end()) {
             failInput(path + ": there is no setting " + inQuotes(key) + suggestionFor(key, knownKeys()));
         }
-        if (!settings.empty() && settings.back().key == key && isOfTable) {
+        if (!item.parents.empty() && !settings.empty() && settings.back().key == key) {
             settings.back().value += "," + value;
         } else {
             settings.push_back({key, value});
