@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <complex>
 #include <numbers>
@@ -468,34 +469,37 @@ bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
     return nearHz > 0.0 && rateHz > 4.0 * nearHz && static_cast<double>(count) / rateHz * nearHz >= leastCycles;
 }
 
+/// The half spectrum of the samples without their mean, under a Hann window and padded with zeros to a power of two.
+std::vector<coder::creal_T> hannSpectrum(std::span<const double> samples) {
+    const auto count = static_cast<double>(samples.size());
+    double mean = 0.0;
+    for (const double x : samples) {
+        mean += x / count;
+    }
+    std::vector<double> weighted(samples.size());
+    for (std::size_t k = 0; k < samples.size(); ++k) {
+        const double hann = 0.5 - 0.5 * std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / count);
+        weighted[k] = hann * (samples[k] - mean);
+    }
+    const coder::RealFft transform(static_cast<int>(std::bit_ceil(std::max<std::size_t>(2 * samples.size(), 8))));
+    std::vector<coder::creal_T> bins(static_cast<std::size_t>(transform.bins()));
+    transform.forward(weighted, bins.data());
+    return bins;
+}
+
 }  // namespace
 
 std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz) {
     const auto middle = middleOf(samples);
-    const std::size_t count = middle.size();
-    if (count < 4) {
+    const bool hasRange = rateHz > 0.0 && std::isfinite(rateHz) && lowestHz <= highestHz;
+    if (middle.size() < 4 || !hasRange) {
         return std::nullopt;
     }
-    double mean = 0.0;
-    for (const double x : middle) {
-        mean += x / static_cast<double>(count);
-    }
-    int length = 8;
-    while (static_cast<std::size_t>(length) < 2 * count) {
-        length *= 2;
-    }
-    std::vector<double> weighted(count);
-    for (std::size_t k = 0; k < count; ++k) {
-        const double hann =
-            0.5 - 0.5 * std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / static_cast<double>(count));
-        weighted[k] = hann * (middle[k] - mean);
-    }
-    const coder::RealFft transform(length);
-    std::vector<coder::creal_T> bins(static_cast<std::size_t>(transform.bins()));
-    transform.forward(weighted, bins.data());
+    const std::vector<coder::creal_T> bins = hannSpectrum(middle);
+    const auto length = static_cast<double>(2 * (bins.size() - 1));
     const double binHz = rateHz / length;
     const auto magnitude = [&bins](std::size_t k) { return std::hypot(bins[k].re, bins[k].im); };
-    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(lowestHz / binHz), 1.0, 1.0 * length));
+    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(lowestHz / binHz), 1.0, length));
     const auto end = static_cast<std::size_t>(
         std::clamp(std::floor(highestHz / binHz) + 1.0, 0.0, static_cast<double>(bins.size() - 1)));
     std::size_t best = 0;

@@ -18,8 +18,8 @@ struct FundamentalFit {
 };
 
 /// The strongest line between two frequencies in Hz, to a fraction of a bin: under a Hann window, the largest peak and
-/// a parabola through the logarithms of its neighbours. Nothing when the range holds no peak, or when the samples are
-/// constant or hold NaN. Of a long signal the middle 65536 samples are looked at.
+/// a parabola through the logarithms of its neighbours. Nothing when the range holds no peak, the rate is not a
+/// positive number, or the samples are constant or hold NaN. Of a long signal the middle 65536 samples are looked at.
 std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz);
 
 /// Least-squares fit of offset, drift and up to ten harmonics with their common frequency, under a Hann weight: the
