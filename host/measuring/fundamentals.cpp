@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "measuring/nominal_frequency.h"
+#include "signal/median.h"
 
 namespace rt305 {
 
@@ -71,14 +72,6 @@ double combined(const std::vector<std::optional<FundamentalFit>>& fits, double n
         }
     }
     return weights > 0.0 ? sum / weights : 0.0;
-}
-
-double median(std::vector<double> values) {
-    if (values.empty()) {
-        return 0.0;
-    }
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 /// The longest part in which one of the first `leading` channels has a fifth of its largest fundamental; null for none.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <ostream>
 
+#include "base/csv_field.h"
 #include "base/terminal.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
@@ -213,19 +214,6 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
 }
 
 }  // namespace
-
-std::string csvField(const std::string& text) {
-    const bool isFormula = text.find_first_of("=+-@") == 0 && !parseNumber(text);
-    std::string field = isFormula ? '\'' + text : text;
-    if (field.find_first_of(",\"") == std::string::npos) {
-        return field;
-    }
-    std::string quoted = "\"";
-    for (const char c : field) {
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    }
-    return quoted + '"';
-}
 
 const ResultTable* ResultDocument::table(std::string_view name) const {
     const auto found =

@@ -50,10 +50,6 @@ struct ResultDocument {
     const ResultTable* table(std::string_view name) const;
 };
 
-/// A field of a CSV line, quoted if necessary (RFC 4180). A text that a spreadsheet would compute, as its first
-/// character is =, +, - or @, begins with an apostrophe.
-std::string csvField(const std::string& text);
-
 /// What comes once before all documents: the names of the CSV fields. `document` is one of them, or has their
 /// `figures`.
 void writeHeading(OutputForm form, const ResultDocument& document, std::ostream& out);

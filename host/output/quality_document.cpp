@@ -5,6 +5,7 @@
 #include <numeric>
 #include <ostream>
 
+#include "base/csv_field.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/text_table.h"

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "signal/harmonic_fit.h"
+#include "signal/median.h"
 
 namespace rt305 {
 
@@ -21,11 +22,6 @@ constexpr std::size_t windowsOfChange = 5;        // a window of four half cycle
 constexpr std::size_t marksToRevise = 3;
 constexpr std::size_t mostHeld = 20;
 constexpr double firstPlace = 2.0;
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 }  // namespace
 

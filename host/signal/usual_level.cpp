@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "signal/harmonic_fit.h"
+#include "signal/median.h"
 #include "signal/sample_store.h"
 #include "signal/steadiness.h"
 
@@ -34,12 +35,6 @@ std::vector<double> cycleRms(const std::vector<std::span<const double>>& signals
         begin += period;
     }
     return result;
-}
-
-/// 0 without values.
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <memory>
 #include <ostream>
 
+#include "base/csv_field.h"
 #include "base/failure.h"
 #include "base/units.h"
 #include "writing/number_text.h"
@@ -21,17 +22,6 @@ namespace {
 
 double secondsOf(std::size_t sample, const Recording& recording) {
     return static_cast<double>(sample) / recording.segments[0].rateHz;
-}
-
-std::string quoted(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string cell = "\"";
-    for (const char c : text) {
-        cell += c == '"' ? "\"\"" : std::string(1, c);
-    }
-    return cell + '"';
 }
 
 /// A text in quotes of Python, with control characters escaped.
@@ -113,7 +103,7 @@ std::string headingOf(const Column& column) {
 void writeSampleTable(const Recording& recording, std::ostream& out) {
     out << "time (s)";
     for (const Column& column : recording.columns) {
-        out << ',' << quoted(headingOf(column));
+        out << ',' << csvField(headingOf(column));
     }
     out << '\n';
     for (std::size_t k = 0; k < recording.length; ++k) {
