@@ -1,7 +1,6 @@
 #include "page/report.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <optional>
 
@@ -12,23 +11,14 @@
 #include "output/quality_document.h"
 #include "output/quality_settings.h"
 #include "output/result_tables.h"
-#include "page/diagrams.h"
+#include "page/figures.h"
 #include "page/html.h"
 #include "page/page_files.h"
-#include "page/plots.h"
 #include "page/policy.h"
 
 namespace rt305 {
 
 namespace {
-
-// These limits keep a page at 300 kB for one second, uPlot included, and at 2 MB for the longest recording.
-constexpr double waveformPointsPerSecond = 2000.0;
-constexpr double mostWaveformPoints = 20000.0;
-constexpr std::size_t mostSpectrumPoints = 1500;
-constexpr std::size_t mostTracePoints = 4000;
-constexpr double lowestLevelDb = -140.0;
-constexpr double firstShownSeconds = 0.2;
 
 std::string titleOf(bool areCurrents) {
     return areCurrents ? "Currents" : "Voltages";
@@ -46,10 +36,6 @@ std::string notices(std::string_view attributes, const std::vector<std::string>&
     return texts.empty() ? "" : element("ul", attributes, items);
 }
 
-std::string figure(const std::string& drawing, const std::string& caption) {
-    return element("figure", "", drawing + element("figcaption", "", escaped(caption)));
-}
-
 /// A table for each kind of channels.
 template <class Channel>
 std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::string& title,
@@ -59,84 +45,6 @@ std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::
         tables += htmlTable(titleOf(kind.areCurrents) + ": " + title, tabulate("", kind.channels));
     }
     return element("div", R"(class="beside")", tables);
-}
-
-/// The elements in which the script draws the plots.
-std::string plotElements(const PlotGroup& group) {
-    std::string elements;
-    for (const PlotPanel& panel : group.panels) {
-        elements += element("div", R"(class="plot" role="group" aria-label=")" + escaped(panel.axis) + '"', "");
-    }
-    return element("div", "id=\"" + group.name + '"', elements);
-}
-
-PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
-    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
-                    .start = recorded.settings.startSeconds,
-                    .step = 1.0 / recorded.rateHz};
-    double largest = 0.0;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const auto& samples = recorded.samples[firstChannel + phase];
-        if (!samples.empty()) {
-            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, samples});
-        }
-        for (const double x : samples) {
-            largest = std::fmax(largest, std::fabs(x));
-        }
-    }
-    panel.decimals = decimalsFor(largest, 4);
-    return panel;
-}
-
-PlotGroup waveformPlots(const Measurement& recorded) {
-    const double pairs = std::clamp(recorded.durationSeconds(), 1.0, mostWaveformPoints / waveformPointsPerSecond) *
-                         waveformPointsPerSecond / 2.0;
-    PlotGroup group{.name = "waveforms",
-                    .axis = "Time, s",
-                    .decimals = 5,
-                    .mostPoints = 2 * static_cast<std::size_t>(pairs),
-                    .shown = firstShownSeconds};
-    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
-        if (!recorded.samples[first].empty()) {
-            group.panels.push_back(waveformsOf(recorded, first));
-        }
-    }
-    return group;
-}
-
-PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
-    PlotGroup group{
-        .name = "spectra", .axis = "Frequency, Hz", .decimals = 2, .mostPoints = mostSpectrumPoints, .shown = 0.0};
-    for (const KindResults<Spectrum>& kind : kinds) {
-        const std::vector<double>& axis = kind.channels[0].frequencies;
-        if (axis.size() < 2) {
-            continue;
-        }
-        PlotPanel panel{.axis = kind.areCurrents ? "Current, dB" : "Voltage, dB",
-                        .decimals = 1,
-                        .start = axis[0],
-                        .step = axis[1] - axis[0]};
-        for (const Spectrum& spectrum : kind.channels) {
-            Curve curve{spectrum.channel, panel.curves.size(), spectrum.lines};
-            curve.values.resize(axis.size(), lowestLevelDb);
-            for (double& level : curve.values) {
-                level = std::fmax(level, lowestLevelDb);
-            }
-            panel.curves.push_back(std::move(curve));
-        }
-        group.panels.push_back(std::move(panel));
-    }
-    return group;
-}
-
-/// Nothing when there is no steady fundamental.
-std::string phasorFigure(const FullMeasurement& full, const Fundamentals& fundamentals) {
-    if (fundamentals.frequencyHz == 0.0 || !full.isSteady()) {
-        return {};
-    }
-    return figure(phasorDiagram(fundamentals),
-                  "Fundamentals: voltages against the outer circle, currents (dashed) against the inner one; a lagging "
-                  "phasor is turned clockwise.");
 }
 
 /// The tables of these names, as far as the document has them, side by side where there is room.
@@ -218,13 +126,9 @@ Section overviewSection(const Recording& recording, const ResultDocument& docume
 }
 
 /// Of voltages or currents alone, the overview has the statistics.
-Section signalSection(const FullResults& results, const PlotGroup& waveforms, bool withStatistics) {
+Section signalSection(const FullResults& results, const Figures& figures, bool withStatistics) {
     return {"signals", "Waveforms",
-            plotElements(waveforms) +
-                paragraph(R"(class="remark on-screen")",
-                          "As recorded; the first " + formatNumber(firstShownSeconds) +
-                              " s are shown. Drag across a plot to zoom into both, double-click to show all. Long "
-                              "recordings are thinned without losing peaks.") +
+            figures.waveforms +
                 (withStatistics ? tablesOf(results.signals, "statistics without the offset", signalTable) : "")};
 }
 
@@ -233,80 +137,25 @@ Section resultSection(const ResultDocument& document) {
             resultTables(document, {"power", "derived", "highest_harmonics"}, "") + notices("", document.remarks)};
 }
 
-PlotPanel tracesOf(const QualityTraces& traces, std::size_t firstChannel) {
-    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
-                    .start = traces.startSeconds,
-                    .step = traces.stepSeconds};
-    double largest = 0.0;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const auto& rms = traces.rms[firstChannel + phase];
-        if (std::any_of(rms.begin(), rms.end(), [](double x) { return !std::isnan(x); })) {
-            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, rms});
-            largest = std::fmax(largest, largestMagnitude(rms));
-        }
-    }
-    panel.decimals = decimalsFor(largest, 5);
-    return panel;
-}
-
-/// RMS of each cycle and the frequency over time.
-PlotGroup qualityPlots(const QualityTraces& traces) {
-    PlotGroup group{.name = "traces", .axis = "Time, s", .decimals = 3, .mostPoints = mostTracePoints, .shown = 0.0};
-    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
-        if (PlotPanel panel = tracesOf(traces, first); !panel.curves.empty()) {
-            group.panels.push_back(std::move(panel));
-        }
-    }
-    if (!group.panels.empty()) {
-        group.panels.push_back({.axis = "Frequency, Hz",
-                                .decimals = 3,
-                                .start = traces.startSeconds,
-                                .step = traces.stepSeconds,
-                                .curves = {{"f", 0, traces.frequency}}});
-    }
-    return group;
-}
-
 /// Events and traces of cycles; nothing when there are no voltages to follow.
-Section qualitySection(const std::optional<QualityResults>& quality, const PlotGroup& traces) {
+Section qualitySection(const std::optional<QualityResults>& quality, const Figures& figures) {
     if (!quality) {
         return {"events", "Events", paragraph("", "The voltages cannot be followed from cycle to cycle.")};
     }
     const auto cells = eventCells(*quality);
-    const std::string events =
-        cells.empty()
-            ? paragraph("", "There are no events.")
-            : element("div", R"(class="beside")",
-                      htmlTexts("Events", cells) +
-                          figure(eventDiagram(*quality),
-                                 "Duration and residual or largest voltage of dips, swells and interruptions."));
-    return {"events", "Events",
-            events + plotElements(traces) +
-                paragraph(
-                    R"(class="remark")",
-                    "RMS of one cycle, refreshed each half cycle; percentages and thresholds refer to " +
-                        formatFixed(quality->settings.declaredVolts, decimalsFor(quality->settings.declaredVolts, 5)) +
-                        " V, the RMS of the first steady part. rt305 quality has more.")};
+    const std::string events = cells.empty()
+                                   ? paragraph("", "There are no events.")
+                                   : element("div", R"(class="beside")", htmlTexts("Events", cells) + figures.events);
+    return {"events", "Events", events + figures.traces};
 }
 
-Section spectrumSection(const FullResults& results, const PlotGroup& lines) {
-    return {"lines", "Spectra",
-            plotElements(lines) +
-                paragraph(R"(class="remark")", "Hann window; 0 dB is the largest line of each channel.") +
-                tablesOf(results.spectra, "largest lines", spectrumTable)};
+Section spectrumSection(const FullResults& results, const Figures& figures) {
+    return {"lines", "Spectra", figures.spectra + tablesOf(results.spectra, "largest lines", spectrumTable)};
 }
 
-Section harmonicSection(const FullResults& results) {
-    std::string content;
-    for (const auto& kind : results.harmonics) {
-        const std::string title = titleOf(kind.areCurrents);
-        content += element("h3", "", title) +
-                   element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + title + '"',
-                           figure(harmonicBars(kind.channels),
-                                  "Percent of the fundamental; phases a, b and c from left to right at each order."));
-    }
+Section harmonicSection(const FullResults& results, const Figures& figures) {
     return {"harmonics", "Harmonics",
-            content + tablesOf(results.harmonics, "all harmonics", harmonicTable) +
+            figures.harmonics + tablesOf(results.harmonics, "all harmonics", harmonicTable) +
                 paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.")};
 }
 
@@ -340,19 +189,17 @@ std::string htmlOf(const std::vector<Section>& sections) {
 std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
     const Measurement& recorded = full.asRecorded();
     const ResultDocument document = fullDocument(recording, full, results);
-    const PlotGroup waveforms = waveformPlots(recorded);
-    const PlotGroup lines = spectrumPlots(results.spectra);
     std::optional<QualityResults> quality;
     if (const auto settings = qualitySettingsOf(recording, full)) {
         quality = analyse(recorded.samples, *settings, KeepTraces::yes);
     }
-    const PlotGroup traces = quality ? qualityPlots(quality->traces) : PlotGroup{};
-    const std::vector<Section> sections{overviewSection(recording, document, phasorFigure(full, results.fundamentals)),
-                                        signalSection(results, waveforms, recorded.isCombined()),
+    const Figures figures = figuresOf(full, results, quality);
+    const std::vector<Section> sections{overviewSection(recording, document, figures.phasors),
+                                        signalSection(results, figures, recorded.isCombined()),
                                         resultSection(document),
-                                        qualitySection(quality, traces),
-                                        spectrumSection(results, lines),
-                                        harmonicSection(results),
+                                        qualitySection(quality, figures),
+                                        spectrumSection(results, figures),
+                                        harmonicSection(results, figures),
                                         originSection(recording, full, document)};
     const std::string length =
         formatNumber(recorded.durationSeconds()) + " s at " + formatNumber(recorded.rateHz) + " Hz";
@@ -362,7 +209,7 @@ std::string reportPage(const Recording& recording, const FullMeasurement& full, 
                    {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
                    {"navigation", navigationOf(sections)},
                    {"sections", htmlOf(sections)},
-                   {"data", plotData({waveforms, traces, lines})},
+                   {"data", figures.data},
                    {"style", std::string(page::style)},
                    {"script", std::string(page::script)},
                    {"plot-library", std::string(page::plotLibrary)},
