@@ -187,6 +187,22 @@ std::string wrapped(std::string_view text, std::size_t width) {
     return lines + std::string(text) + '\n';
 }
 
+std::string counted(std::size_t count, std::string_view noun) {
+    return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
+}
+
+MetricPrefix metricPrefixFor(double magnitude) {
+    static constexpr MetricPrefix prefixes[] = {{1e9, "G"}, {1e6, "M"}, {1e3, "k"}, {}, {1e-3, "m"}, {1e-6, "\u00b5"}};
+    constexpr double rounding = 0.9999995;  // 999.9996 V reads as 1.00000 kV
+    if (!(magnitude > 0.0) || !std::isfinite(magnitude)) {
+        return {};
+    }
+    const auto* const fitting =
+        std::find_if(std::begin(prefixes), std::end(prefixes),
+                     [magnitude](const MetricPrefix& prefix) { return magnitude >= rounding * prefix.factor; });
+    return fitting == std::end(prefixes) ? MetricPrefix{1e-9, "n"} : *fitting;
+}
+
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (std::size_t i = 0; i < words.size(); ++i) {

@@ -42,6 +42,17 @@ std::vector<std::string_view> split(std::string_view text, char separator);
 /// Breaks a text at blanks into lines of at most `width` characters, each with a line end.
 std::string wrapped(std::string_view text, std::size_t width);
 
+/// "1 sample", "2 samples".
+std::string counted(std::size_t count, std::string_view noun);
+
+/// The prefix, of those from nano to giga, with which a magnitude reads from 1 to 1000; none for 0 and what is not
+/// finite. A value in the unit is `factor` times the one in the prefixed unit.
+struct MetricPrefix {
+    double factor = 1.0;
+    const char* symbol = "";
+};
+MetricPrefix metricPrefixFor(double magnitude);
+
 /// "Ua, Ub and Uc".
 std::string joined(const std::vector<std::string>& words);
 

@@ -31,7 +31,7 @@ Segment chosenSegment(const Recording& recording, Measurement& measurement) {
     const std::size_t number = wanted ? *wanted - 1 : mainSegment(recording);
     if (!wanted && segments.size() > 1) {
         measurement.notes.push_back("segment " + std::to_string(number + 1) + " of " + std::to_string(segments.size()) +
-                                    " is measured, " + std::to_string(segments[number].count) + " samples at " +
+                                    " is measured, " + counted(segments[number].count, "sample") + " at " +
                                     formatNumber(segments[number].rateHz) + " Hz; --segment chooses another");
     }
     return segments[number];
@@ -136,8 +136,9 @@ void warnOfGaps(Measurement& measurement) {
         if (first != samples.end()) {
             const std::string name(channelNames[channel]);
             const double seconds = static_cast<double>(first - samples.begin()) / measurement.rateHz;
-            std::string warning = std::to_string(countMissing(samples));
-            warning.append(" samples of ").append(name).append(" are missing, the first after ");
+            const std::size_t missing = countMissing(samples);
+            std::string warning = counted(missing, "sample") + " of " + name;
+            warning.append(missing == 1 ? " is" : " are").append(" missing, the first after ");
             warning.append(formatNumber(seconds))
                 .append(" s, in gaps too long to interpolate: values with ")
                 .append(name);

@@ -198,7 +198,7 @@ void writeWide(const ResultDocument& document, std::ostream& out) {
 
 void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
     out << shown(document.recording.file) << '\n'
-        << document.samples << " samples at " << formatNumber(document.rateHz) << " Hz"
+        << counted(document.samples, "sample") << " at " << formatNumber(document.rateHz) << " Hz"
         << (document.startSeconds > 0.0 ? " from " + formatNumber(document.startSeconds, 9) + " s on" : "") << ", "
         << document.content << ", library " << document.library << '\n';
     if (!document.settings.empty()) {

@@ -386,7 +386,7 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
 std::string describeSamples(const FullMeasurement& full) {
     const Measurement& recorded = full.asRecorded();
     const double start = recorded.settings.startSeconds;
-    const std::string range = std::to_string(recorded.length) + " samples at " + formatNumber(recorded.rateHz, 9) +
+    const std::string range = counted(recorded.length, "sample") + " at " + formatNumber(recorded.rateHz, 9) +
                               " Hz, from " + formatFixed(start, 4) + " s to " +
                               formatFixed(start + recorded.durationSeconds(), 4) + " s";
     if (full.cycles == 0) {

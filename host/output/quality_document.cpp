@@ -191,7 +191,7 @@ Cells eventCells(const QualityResults& results) {
 ResultTable statisticsTable(const QualityResults& results) {
     ResultTable table{
         .name = "statistics",
-        .title = "Intervals of " + std::to_string(results.settings.cyclesPerInterval()) + " cycles",
+        .title = "Intervals of " + counted(results.settings.cyclesPerInterval(), "cycle"),
         .columns = {
             {"lowest", "lowest", ""}, {"mean", "mean", ""}, {"highest_95", "95 %", ""}, {"highest", "highest", ""}}};
     for (std::size_t i = 0; i < results.values.size(); ++i) {
@@ -257,7 +257,7 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
         << (results.events.empty() ? std::string(settings.hasVoltages() ? "No events\n" : "No voltages, so no events\n")
                                    : textOf(eventCells(results), "lrrlrrrl"))
         << '\n'
-        << textOf(statisticsTable(results), styled) << results.intervals << " intervals, " << results.flagged
+        << textOf(statisticsTable(results), styled) << counted(results.intervals, "interval") << ", " << results.flagged
         << " of them flagged: an event touches them\n";
     if (!document.verdicts.empty()) {
         out << '\n' << shown(document.limits.name) << '\n' << textOf(verdictCells(document), "lrrrrrll");

@@ -185,7 +185,7 @@ ResultTable spectrumTable(const std::string& name, const std::vector<Spectrum>& 
     if (!spectra.empty()) {
         const std::vector<double>& axis = spectra[0].frequencies;
         table.footnote = axis.size() < 2 ? "no lines"
-                                         : std::to_string(axis.size()) + " lines, " + formatNumber(axis[1]) +
+                                         : counted(axis.size(), "line") + ", " + formatNumber(axis[1]) +
                                                " Hz apart, up to " + formatNumber(axis.back()) + " Hz";
     }
     return table;

@@ -92,8 +92,9 @@ private:
             failHere(inQuotes(trimmed(lines_.line())) + " is not a line of channel counts such as 10,6A,4D");
         }
         if (counts->analog > lineTotal_ || counts->status > lineTotal_) {
-            failHere("announces " + std::to_string(counts->analog) + " analog and " + std::to_string(counts->status) +
-                     " status channels, but the configuration has only " + std::to_string(lineTotal_) + " lines");
+            failHere("announces " + std::to_string(counts->analog) + " analog and " +
+                     counted(counts->status, "status channel") + ", but the configuration has only " +
+                     counted(lineTotal_, "line"));
         }
         if (counts->analog > mostColumns) {
             failHere("announces " + std::to_string(counts->analog) + " analog channels; a recording has at most " +
@@ -126,7 +127,7 @@ private:
         }
         const std::size_t surplus = std::max(fields.size(), mostChannelFields) - mostChannelFields;
         if (fields.size() < fewestChannelFields || (surplus > 0 && !isSide(fields.back()))) {
-            failHere(std::to_string(fields.size()) + " fields; an analog channel has 10 or 13");
+            failHere(counted(fields.size(), "field") + "; an analog channel has 10 or 13");
         }
         const auto field = [&](std::size_t i) { return fields[i + surplus]; };
         AnalogChannel channel;

@@ -91,7 +91,7 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
     const std::size_t recordSize = headSize + sampleSize * channels + sizeof(std::uint16_t) * statusWords;
     const std::size_t length = parts.data.size() / recordSize;
     if (length == 0) {
-        failInput(parts.dataName + ": holds " + std::to_string(parts.data.size()) + " bytes, but one record of " +
+        failInput(parts.dataName + ": holds " + counted(parts.data.size(), "byte") + ", but one record of " +
                   std::string(nameOf(form)) + " samples takes " + std::to_string(recordSize));
     }
     Rows rows{std::vector<std::vector<double>>(channels, std::vector<double>(length)), std::vector<double>(length), {}};
@@ -109,8 +109,8 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
     }
     if (const std::size_t rest = parts.data.size() % recordSize; rest != 0) {
         rows.warnings.push_back(parts.dataName + ": byte " + std::to_string(length * recordSize) + ": the last " +
-                                std::to_string(rest) + " bytes are not a whole record of " +
-                                std::to_string(recordSize) + " bytes and are ignored");
+                                counted(rest, "byte") + (rest == 1 ? " is" : " are") + " ignored: a record has " +
+                                counted(recordSize, "byte"));
     }
     return rows;
 }
@@ -137,7 +137,7 @@ Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& conf
         const auto fields = split(lines.line(), ',');
         const std::string here = parts.dataName + ":" + std::to_string(lines.number()) + ": ";
         const std::string counts =
-            std::to_string(fields.size()) + " fields, but the configuration announces " + std::to_string(expected);
+            counted(fields.size(), "field") + ", but the configuration announces " + std::to_string(expected);
         if (fields.size() < needed) {
             if (!lines.areAllRead()) {
                 failInput(here + counts);
@@ -218,7 +218,7 @@ public:
         if (!intervals_.gaps.empty()) {
             recording.warnings.push_back(recording.source + ": time jumps before sample " +
                                          std::to_string(intervals_.gaps[0] + 1) + " (" +
-                                         std::to_string(intervals_.gaps.size()) + " such jumps in total)");
+                                         counted(intervals_.gaps.size(), "such jump") + " in total)");
         }
     }
 
@@ -355,8 +355,8 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options, R
     }
     addColumns(configuration.analog, rows, recording);
     if (configuration.announcedLength != recording.length) {
-        recording.warnings.push_back(parts.dataName + ": holds " + std::to_string(recording.length) +
-                                     " samples, but the configuration announces " +
+        recording.warnings.push_back(parts.dataName + ": holds " + counted(recording.length, "sample") +
+                                     ", but the configuration announces " +
                                      std::to_string(configuration.announcedLength));
     }
     TimeAxis(configuration, std::move(rows.stamps)).applyTo(recording);

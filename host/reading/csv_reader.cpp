@@ -148,7 +148,7 @@ public:
             failInput(recording_.source + ": found no rows of numbers");
         }
         if (layout_.width > mostColumns) {
-            failInput(at(layout_.firstLine) + std::to_string(layout_.width) + " cells; a recording has at most " +
+            failInput(at(layout_.firstLine) + counted(layout_.width, "cell") + "; a recording has at most " +
                       std::to_string(mostColumns) + " columns");
         }
         nameColumns();
@@ -321,7 +321,7 @@ private:
 
     /// Only the last row of a file may be too short: the logger was stopped while writing it.
     void rejectRow(std::size_t cells) {
-        const std::string counts = std::to_string(cells) + " cells, but the rows have " + std::to_string(layout_.width);
+        const std::string counts = counted(cells, "cell") + ", but the rows have " + std::to_string(layout_.width);
         if (cells > layout_.width || !lines_.areAllRead()) {
             failHere(counts);
         }

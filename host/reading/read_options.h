@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "recording/recording.h"
 
 namespace rt305 {
@@ -24,7 +25,7 @@ struct ReadOptions {
     /// Fails when the user named columns, but not as many as the file has.
     void requireColumnTotal(std::size_t total, const std::string& source) const {
         if (!columns.empty() && columns.size() != total) {
-            failInput(source + ": --columns names " + std::to_string(columns.size()) + " columns, but the file has " +
+            failInput(source + ": --columns names " + counted(columns.size(), "column") + ", but the file has " +
                       std::to_string(total));
         }
     }

@@ -68,7 +68,7 @@ void cutDropouts(const GeneratorSettings& settings, Recording& recording) {
     for (const Dropout& dropout : settings.dropouts) {
         if (dropout.start > recording.length || dropout.count > recording.length - dropout.start) {
             failUsage("a dropout of " + std::string(channelNames[dropout.channel]) +
-                      " ends after the recording, which has " + std::to_string(recording.length) + " samples");
+                      " ends after the recording, which has " + counted(recording.length, "sample"));
         }
         std::fill_n(recording.columns[dropout.channel].samples.begin() + static_cast<std::ptrdiff_t>(dropout.start),
                     dropout.count, 0.0);

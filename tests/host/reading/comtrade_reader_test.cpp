@@ -91,7 +91,7 @@ TEST(ComtradeReader, ReadsBinaryForms) {
         EXPECT_EQ(recording.columns[1].samples, (std::vector<double>{-4.0, 2.0}));
         const std::string size = std::to_string(data.size() / 2);
         expectRead(configuration.text(), data.substr(0, data.size() - 1), ": Ua V 1",
-                   "rec.dat: byte " + size + "; " + size + " bytes; holds 1 samples");
+                   "rec.dat: byte " + size + "; " + size + " bytes; holds 1 sample,");
         expectRead(configuration.text(), "123", "", "rec.dat: ; 3 bytes; " + size);
     }
 }
