@@ -16,8 +16,11 @@
 #include "measuring/measure_all.h"
 #include "output/document.h"
 #include "output/full_document.h"
+#include "output/quality_document.h"
+#include "output/quality_settings.h"
 #include "output/recording_summary.h"
 #include "page/report.h"
+#include "quality/results.h"
 #include "reading/comtrade_file.h"
 #include "reading/comtrade_reader.h"
 #include "reading/csv_reader.h"
@@ -27,6 +30,9 @@
 #include "recording/channel_assignment.h"
 #include "recording/recording.h"
 #include "require.h"
+#include "writing/comtrade_writer.h"
+#include "writing/conversion.h"
+#include "writing/sample_writers.h"
 
 namespace {
 
@@ -144,12 +150,72 @@ rt305::MeasurementSettings settingsOf(std::size_t bits) {
 
 constexpr OutputForm forms[] = {OutputForm::text,  OutputForm::json,    OutputForm::jsonLines, OutputForm::csv,
                                 OutputForm::plain, OutputForm::csvWide, OutputForm::raw};
+constexpr std::size_t qualityChoice = std::size(forms) + 1;  // after the forms and the page
+constexpr std::size_t conversions = 4;
 
-/// What the commands show of a recording: one of the forms, or the page.
+void requireSameSamples(const Recording& written, const Recording& read, double tolerance) {
+    require(read.length == written.length && read.columns.size() == written.columns.size(), "all samples are written");
+    for (std::size_t c = 0; c < read.columns.size(); ++c) {
+        const std::vector<double>& before = written.columns[c].samples;
+        const std::vector<double>& after = read.columns[c].samples;
+        require(after.size() == before.size(), "a written column is read");
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            require(std::isfinite(before[i]) ? std::fabs(after[i] - before[i]) <= tolerance * std::fabs(before[i])
+                                             : !std::isfinite(after[i]),
+                    "a written sample is read");
+        }
+    }
+}
+
+/// What `rt305 convert` writes can be read again.
+void requireConverted(const Recording& recording, const rt305::MeasurementSettings& settings, std::size_t form) {
+    const Recording result =
+        rt305::converted(recording, {.durationSeconds = settings.durationSeconds,
+                                     .rateHz = settings.resample ? std::nullopt : std::optional(12800.0)});
+    std::ostringstream out;
+    if (form == 0) {
+        rt305::writeSampleTable(result, out);
+        requireSameSamples(result, rt305::readCsv(out.str(), "output"), 0.0);
+    } else if (form == 1) {
+        rt305::writeComtradeFile(result, rt305::SampleForm::float32, out);
+        requireSameSamples(result, rt305::readComtrade(rt305::splitComtradeFile(out.str(), "output")), 1e-7);
+    } else if (form == 2) {
+        requireSameSamples(result, rt305::readSound(rt305::soundFile(result), "output"), 0.0);
+    } else {
+        rt305::writeNumpy(result, out);
+    }
+}
+
+/// What `rt305 quality` does.
+void requireQuality(Recording& recording, const rt305::MeasurementSettings& settings) {
+    const rt305::RecordedPhases phases = rt305::recordedPhases(recording, settings);
+    if (!rt305::obstacleToQuality(phases.measurement).empty()) {
+        return;
+    }
+    const rt305::QualitySettings quality =
+        rt305::qualitySettings(recording, phases.measurement, phases.fromLineVoltages, {});
+    if (quality.hasVoltages() && !(quality.declaredVolts > 0.0)) {
+        return;
+    }
+    rt305::QualityDocument document;
+    document.results = rt305::analyse(phases.measurement.samples, quality, rt305::KeepTraces::no);
+    document.remarks = rt305::qualityRemarks(document);
+    std::ostringstream out;
+    rt305::writeQuality(document, OutputForm::json, false, out);
+    require(nlohmann::json::accept(out.str()), "JSON of quality is valid");
+}
+
+/// What the commands show of a recording: one of the forms, the page, the power quality, or another file.
 void requireShown(Recording recording, const rt305::MeasurementSettings& settings, std::size_t shown) {
     const char* const other = std::getenv("RT305_4_LIBRARY");
     static const rt305::Library library(other != nullptr ? other : RT305_4_LIBRARY_FILE);
     require(!rt305::reportRecording(recording, {}).empty(), "info shows something");
+    if (shown == qualityChoice) {
+        return requireQuality(recording, settings);
+    }
+    if (shown > qualityChoice) {
+        return requireConverted(recording, settings, shown - qualityChoice - 1);
+    }
     const rt305::FullMeasurement full = rt305::prepare(recording, settings);
     rt305::FullResults results = rt305::measureAll(full, library);
     if (shown < std::size(forms)) {
@@ -170,7 +236,7 @@ void requireShown(Recording recording, const rt305::MeasurementSettings& setting
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
     const std::size_t choice = bytes.upTo(255);
-    const std::size_t shown = bytes.upTo(std::size(forms));
+    const std::size_t shown = bytes.upTo(qualityChoice + conversions);
     try {
         const Recording recording =
             rt305::completed(readers[choice % std::size(readers)](contentOf(bytes, FEWEST_BYTES)), {});
