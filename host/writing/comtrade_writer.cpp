@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <ostream>
 
 #include "base/text.h"
@@ -24,10 +25,17 @@ double largestCount(SampleForm form) {
     return form == SampleForm::ascii ? 99998.0 : form == SampleForm::binary32 ? 2147483647.0 : 0.0;
 }
 
-/// The value of one count.
+/// The value of one count, or of 1.0 where samples are written as they are: other than 1 when the largest is too far
+/// from 1 for 32 bits.
 double multiplierOf(const Column& column, SampleForm form) {
+    constexpr double least = 1e-30;
+    constexpr double most = 1e38;
     const double largest = largestMagnitude(column.samples);
-    return largestCount(form) == 0.0 || largest == 0.0 ? 1.0 : largest / largestCount(form);
+    const double count = largestCount(form);
+    if (largest == 0.0 || (count == 0.0 && largest >= least && largest <= most)) {
+        return 1.0;
+    }
+    return count == 0.0 ? largest : std::max(largest / count, std::numeric_limits<double>::min());
 }
 
 std::string field(std::string text) {
@@ -78,7 +86,7 @@ void writeLittleEndian(std::uint32_t value, std::ostream& out) {
 
 std::uint32_t binaryOf(double sample, double multiplier, SampleForm form) {
     if (form == SampleForm::float32) {
-        return std::bit_cast<std::uint32_t>(static_cast<float>(sample));
+        return std::bit_cast<std::uint32_t>(static_cast<float>(sample / multiplier));
     }
     return std::isnan(sample) ? missingCount
                               : static_cast<std::uint32_t>(static_cast<std::int32_t>(std::lround(sample / multiplier)));
