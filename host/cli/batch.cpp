@@ -207,7 +207,7 @@ private:
         const bool isComplete = WIFEXITED(status) && WEXITSTATUS(status) >= completedMark;
         std::string content = job.output.content();
         content.resize(isComplete ? content.size() : content.rfind('\n') + 1);
-        std::cout << (hasWritten_ && !content.empty() ? work_.separator : "") << content;
+        work_.out << (hasWritten_ && !content.empty() ? work_.separator : "") << content;
         hasWritten_ = hasWritten_ || !content.empty();
         const int exitCode =
             isComplete

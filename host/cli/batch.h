@@ -2,6 +2,7 @@
 #define RT305_HOST_CLI_BATCH_H
 
 #include <functional>
+#include <iostream>
 #include <optional>
 #include <string>
 
@@ -16,7 +17,8 @@ using NextName = std::function<std::optional<std::string>()>;
 struct Work {
     std::function<int(const std::string& name)> run;  // writes to std::cout and reports its failures; the exit code
     std::function<int(const std::string& name, const std::string& message, ExitCode code)> fail;  // reports a failure
-    std::string separator;  // written between the outputs of two names
+    std::string separator;          // written between the outputs of two names
+    std::ostream& out = std::cout;  // receives the outputs of several names
 };
 
 /// Runs the work for each name and writes the outputs in input order. A single name (`total` 1) runs in this process,

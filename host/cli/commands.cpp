@@ -15,12 +15,10 @@
 #include "conformance/check.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
-#include "measuring/measure_all.h"
 #include "measuring/measured_results.h"
 #include "output/recording_summary.h"
 #include "output/remarks.h"
 #include "output/result_tables.h"
-#include "page/report.h"
 #include "reading/recording_reader.h"
 
 namespace rt305 {
@@ -31,6 +29,10 @@ Recording read(const MeasureOptions& options) {
     Recording recording = readShowingProgress(options.file, readOptionsOf(options));
     std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
     return recording;
+}
+
+void warnAll(const std::vector<Remark>& warnings) {
+    std::for_each(warnings.begin(), warnings.end(), [](const Remark& warning) { warn(warning.text); });
 }
 
 /// A measurement and the document for it.
@@ -77,7 +79,7 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
         recording, options.settings, operation == RT305_4_OPERATION_SIGNALS ? RateMatters::no : RateMatters::yes);
     preparation.reset();
     std::for_each(measurement.notes.begin(), measurement.notes.end(), note);
-    std::for_each(measurement.warnings.begin(), measurement.warnings.end(), warn);
+    warnAll(measurement.warnings);
     if (measurement.powerFlag() == RT305_4_POWER_TWO_WATTMETER) {
         setForTwoWattmeters(measurement);
     }
@@ -181,32 +183,11 @@ void showHarmonics(const MeasureOptions& options) {
     const Parameters parameters = measuredParameters(texts.parameters, result.measurement);
     result.document.tables.push_back(distortionTable(parameters));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
-    for (const std::string& remark : remarksOnDistortion(parameters, result.measurement)) {
+    for (const Remark& remark : remarksOnDistortion(parameters, result.measurement)) {
         result.document.remarks.push_back(remark);
     }
     showKinds(options, result.document, measuredHarmonics(std::move(texts), result.measurement), "harmonics",
               harmonicTable);
-}
-
-void writeReport(const ReportOptions& options) {
-    MeasureOptions measure = options.measure;
-    measure.reading.withChecksums = true;
-    Recording recording = read(measure);
-    refuseInputAsOutput(options.file, recording.files);
-    std::optional<Activity> activity(std::in_place, "preparing the samples");
-    const FullMeasurement full = prepare(recording, options.measure.settings);
-    activity.reset();
-    std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
-    std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warn);
-    if (!full.isSteady()) {
-        warn(full.unsteadiness);
-    }
-    const Library library(options.measure.library);
-    activity.emplace("measuring");
-    FullResults results = measureAll(full, library);
-    addSpectraAndStatistics(results, full, library);
-    const std::string page = reportPage(recording, full, results);
-    writeOutput(options.file, [&page](std::ostream& out) { out << page; });
 }
 
 void checkLibrary(const CheckOptions& options) {

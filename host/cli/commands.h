@@ -8,6 +8,7 @@
 #include "output/document.h"
 #include "output/quality_document.h"
 #include "output/quality_settings.h"
+#include "page/page_texts.h"
 #include "reading/comtrade_configuration.h"
 #include "reading/read_options.h"
 #include "recording/generator.h"
@@ -55,10 +56,10 @@ struct QualityOptions : FileOptions {
     QualityRows rows = QualityRows::cycles;
 };
 
-/// A full measurement of one recording as an HTML page.
-struct ReportOptions {
-    MeasureOptions measure;
-    std::string file;  // empty: stdout
+/// Full measurements of recordings as HTML pages.
+struct ReportOptions : FileOptions {
+    PageTexts texts;
+    std::string output;  // a file, or a folder for a page each and an index; empty: stdout
 };
 
 /// A recording in another form.
@@ -85,8 +86,8 @@ void showRecording(const MeasureOptions& options);
 /// Reports the failures of single files itself. Returns the exit code.
 int measureEverything(const BatchOptions& options);
 int analyseQuality(const QualityOptions& options);
+int writeReports(const ReportOptions& options);
 
-void writeReport(const ReportOptions& options);
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);
 void showSpectra(const MeasureOptions& options);

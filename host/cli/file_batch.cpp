@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <sstream>
 
 #include "base/failure.h"
 #include "cli/batch.h"
@@ -77,7 +78,7 @@ private:
     std::size_t lineNumber_ = 0;
 };
 
-void checkFiles(const FileOptions& options, bool hasManyDocuments) {
+void checkFiles(const FileOptions& options) {
     const auto fromStdin = std::count(options.files.begin(), options.files.end(), "-") + (options.filesFrom == "-");
     if (options.isMany() && !options.each.reading.dataFile.empty()) {
         failUsage("--dat is the data file of one recording; give one FILE");
@@ -88,39 +89,56 @@ void checkFiles(const FileOptions& options, bool hasManyDocuments) {
     if (fromStdin > 1) {
         failUsage("stdin can be one recording or one list of names, not both");
     }
-    if (hasManyDocuments && options.each.form == OutputForm::json) {
-        failUsage("--json writes one document; --json-lines writes one for each file and window");
-    }
 }
 
-/// Reports a failure and returns its exit code.
-int reportFailure(const FileOptions& options, const std::string& file, const std::string& message, ExitCode code) {
+/// Reports a failure, writes what stands in place of the output, and returns the exit code.
+int reportFailure(const FileOptions& options, const FileWork& work, std::ostream& out, const std::string& file,
+                  const std::string& message, ExitCode code) {
     const bool isNamed = !options.isMany() || message.find(file) != std::string::npos;
     printMessage(isNamed ? message : file + ": " + message);
-    if (options.each.form == OutputForm::jsonLines) {
-        writeErrorLine(file, message, static_cast<int>(code), std::cout);
-    }
+    out << work.failed(file, message, code);
     return static_cast<int>(code);
 }
 
 }  // namespace
 
 int runFiles(const FileOptions& options, bool hasManyDocuments, const std::function<void(const std::string&)>& work) {
-    checkFiles(options, hasManyDocuments);
+    if (hasManyDocuments && options.each.form == OutputForm::json) {
+        failUsage("--json writes one document; --json-lines writes one for each file and window");
+    }
+    const auto failureLine = [&options](const std::string& file, const std::string& message, ExitCode code) {
+        std::ostringstream line;
+        if (options.each.form == OutputForm::jsonLines) {
+            writeErrorLine(file, message, static_cast<int>(code), line);
+        }
+        return line.str();
+    };
+    return runFiles(options, {work, [](const std::string&) {}, failureLine});
+}
+
+int runFiles(const FileOptions& options, const FileWork& work) {
+    checkFiles(options);
     Names names(options);
     const std::size_t total = options.filesFrom.empty() ? options.files.size() : 0;
     const auto run = [&](const std::string& file) {
         try {
-            work(file);
+            work.work(file);
             return static_cast<int>(ExitCode::success);
         } catch (const std::exception& error) {
             const Ending end = endingOf(error);
-            return reportFailure(options, file, end.message, end.code);
+            return reportFailure(options, work, options.isMany() ? std::cout : work.out, file, end.message, end.code);
         }
     };
-    const Work each{run, [&](const auto&... failure) { return reportFailure(options, failure...); },
-                    options.each.form == OutputForm::text ? "\n" : ""};
-    const int exitCode = runBatch([&names] { return names.next(); }, total, options.jobs, each);
+    const Work each{run, [&](const auto&... failure) { return reportFailure(options, work, work.out, failure...); },
+                    options.each.form == OutputForm::text ? "\n" : "", work.out};
+    const auto next = [&] {
+        auto name = names.next();
+        if (name) {
+            work.begin(*name);
+        }
+        return name;
+    };
+    const int exitCode = runBatch(next, total, options.jobs, each);
     names.requireEnd();
     return exitCode;
 }

@@ -2,8 +2,10 @@
 #define RT305_HOST_CLI_FILE_BATCH_H
 
 #include <functional>
+#include <iostream>
 #include <string>
 
+#include "base/failure.h"
 #include "cli/commands.h"
 
 namespace rt305 {
@@ -12,6 +14,16 @@ namespace rt305 {
 /// failures, for --json-lines as a line of their own, and returns the exit code. Fails on options that contradict each
 /// other. `hasManyDocuments`: each file or the only one gives more than one document.
 int runFiles(const FileOptions& options, bool hasManyDocuments, const std::function<void(const std::string&)>& work);
+
+/// What a batch does with its files, several in processes of their own.
+struct FileWork {
+    std::function<void(const std::string& file)> work;   // writes to std::cout
+    std::function<void(const std::string& file)> begin;  // in this process, before the work on each file
+    std::function<std::string(const std::string& file, const std::string& message, ExitCode code)>
+        failed;                     // what to write in place of the output
+    std::ostream& out = std::cout;  // receives the outputs of several files
+};
+int runFiles(const FileOptions& options, const FileWork& work);
 
 }  // namespace rt305
 

@@ -126,7 +126,8 @@ void addMeasuringCommands(CLI::App& app, CommandLine& line) {
     addQualityOptions(addCommand(app, "quality", "find events, and measure power quality over time, of many files",
                                  runQuality, line.quality),
                       line.quality);
-    addReportOptions(addCommand(app, "report", "write a report as one HTML page", writeReport, line.report),
+    const auto runReport = [&line](const ReportOptions& options) { line.exitCode = writeReports(options); };
+    addReportOptions(addCommand(app, "report", "write a report as an HTML page, of many files", runReport, line.report),
                      line.report);
     CLI::App& params = addCommand(app, "params", "measure the electrical parameters", showParameters, measure);
     addMeasureOptions(params, measure);

@@ -33,7 +33,7 @@ public:
         const FullMeasurement full = prepare(recording, options_.each.settings);
         activity.reset();
         const std::string prefix = isOneOfMany_ ? file + ": " : "";
-        const auto warnPrefixed = [&prefix](const std::string& message) { warn(prefix + message); };
+        const auto warnPrefixed = [&prefix](const Remark& warning) { warn(prefix + warning.text); };
         std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
         std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
         if (!full.isSteady()) {

@@ -411,14 +411,23 @@ void addQualityOptions(CLI::App& command, QualityOptions& options) {
 }
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
-    addRecordingOptions(command, options.measure);
+    addFileOptions(command, options);
+    addColumnOptions(command, options.each);
     command.option_defaults()->group("Output");
-    command.add_option("-o,--output", options.file, "write to this file instead of stdout")->type_name("FILE");
-    addCommonOptions(command, options.measure);
-    addSteadyPartOptions(command, options.measure.settings);
+    command
+        .add_option("-o,--output", options.output,
+                    "write to this file instead of stdout; of several recordings a page each and index.html into this "
+                    "folder")
+        ->type_name("FILE");
+    command.add_option("--title", options.texts.title, "title of the page (default: names the file)")
+        ->type_name("TEXT");
+    command.add_option("--site", options.texts.site, "where it was measured, below the title")->type_name("TEXT");
+    command.add_option("--note", options.texts.note, "a note below that; it may have several lines")->type_name("TEXT");
+    addCommonOptions(command, options.each);
+    addSteadyPartOptions(command, options.each.settings);
     command.option_defaults()->group("Measurement");
-    addWiringOption(command, options.measure.settings);
-    addTwoCurrentsOption(command, options.measure.settings.flags);
+    addWiringOption(command, options.each.settings);
+    addTwoCurrentsOption(command, options.each.settings.flags);
 }
 
 void addParameterOptions(CLI::App& command, MeasurementSettings& settings) {

@@ -28,7 +28,7 @@ public:
         const MeasureOptions& each = options_.each;
         Recording recording = readShowingProgress(file, readOptionsOf(each));
         const RecordedPhases phases = recordedPhases(recording, each.settings);
-        report(recording.warnings, file);
+        report({recording.warnings.begin(), recording.warnings.end()}, file);
         report(phases.measurement.warnings, file);
         if (!options_.isMany()) {
             std::for_each(phases.measurement.notes.begin(), phases.measurement.notes.end(), note);
@@ -49,8 +49,9 @@ public:
             .isDeclaredKnown = options_.choice.settings.declaredVolts > 0.0,
             .limits = limits_};
         document.warnings = recording.warnings;
-        document.warnings.insert(document.warnings.end(), phases.measurement.warnings.begin(),
-                                 phases.measurement.warnings.end());
+        for (const Remark& warning : phases.measurement.warnings) {
+            document.warnings.push_back(warning.text);
+        }
         if (each.form == OutputForm::csv || each.form == OutputForm::jsonLines) {
             QualityRowWriter writer(file, options_.rows, each.form, settings, std::cout);
             document.results = analyse(phases.measurement.samples, settings, KeepTraces::no, writer.listener());
@@ -75,9 +76,9 @@ private:
         return parseLimits(text, file);
     }
 
-    void report(const std::vector<std::string>& warnings, const std::string& file) const {
+    void report(const std::vector<Remark>& warnings, const std::string& file) const {
         const std::string prefix = options_.isMany() ? file + ": " : "";
-        std::for_each(warnings.begin(), warnings.end(), [&](const std::string& message) { warn(prefix + message); });
+        std::for_each(warnings.begin(), warnings.end(), [&](const Remark& warning) { warn(prefix + warning.text); });
     }
 
     const QualityOptions& options_;

@@ -121,8 +121,9 @@ void rebuildMissingCurrent(Measurement& measurement) {
     if (missing.size() == 1 && namesOf(measurement, voltages, true).size() == phaseTotal) {
         const auto others = namesOf(measurement, currents, true);
         formThird(measurement, *findChannel(missing[0]) - currents, currents);
-        measurement.warnings.push_back(missing[0] + " is not recorded and computed as -(" + others[0] + " + " +
-                                       others[1] + "): wrong if a neutral wire carries current");
+        measurement.warnings.emplace_back(missing[0] + " is not recorded and computed as -(" + others[0] + " + " +
+                                              others[1] + "): wrong if a neutral wire carries current",
+                                          topic::ofCurrent);
     }
 }
 

@@ -255,9 +255,11 @@ void takeBriefPart(FullMeasurement& full, const SteadyPart& part) {
     const double rate = full.asRecorded().rateHz;
     const double cycles = static_cast<double>(part.count) / rate * full.frequencyHz;
     cut(full, static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
-    full.measurement.warnings.push_back("the fault is steady for " + formatFixed(cycles, 1) + " cycles only, " + range +
-                                        ": too short for its frequency, THD and harmonics; a decaying offset can be "
-                                        "part of its RMS values and powers");
+    full.measurement.warnings.emplace_back(
+        "the fault is steady for " + formatFixed(cycles, 1) + " cycles only, " + range +
+            ": too short for its frequency, THD and harmonics; a decaying offset can be "
+            "part of its RMS values and powers",
+        topic::ofVoltage | topic::ofCurrent);
 }
 
 /// Finds the fundamental, and cuts what the settings choose.

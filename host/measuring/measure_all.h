@@ -29,7 +29,7 @@ struct FullResults {
     PerChannel<std::string>
         distortionDoubts{};  // why the harmonics and THD of a channel are not to be trusted; or empty
     PerChannel<std::vector<double>> plainHarmonics{};  // by the tool, in % of the fundamental; empty where in doubt
-    std::vector<std::string> wiring{};                 // the verdict, in sentences
+    std::vector<Remark> wiring{};                      // the verdict, in sentences
 };
 
 /// The figures of `rt305 measure`: the parameters, with voltages and currents by every power method and each with the

@@ -63,8 +63,9 @@ void alignChannels(const PerChannel<double>& delays, const Segment& segment, Mea
     const std::string apart =
         "the recorder sampled these channels up to " + formatNumber(1e6 * (latest - earliest)) + " us apart, which is ";
     if (!measurement.settings.deskew) {
-        measurement.warnings.push_back(apart + "not corrected: angles between them are off by up to " +
-                                       formatFixed(degrees, 1) + " degrees at 50 Hz");
+        measurement.warnings.emplace_back(apart + "not corrected: angles between them are off by up to " +
+                                              formatFixed(degrees, 1) + " degrees at 50 Hz",
+                                          topic::angles);
         return;
     }
     measurement.notes.push_back(apart + "corrected: up to " + formatFixed(degrees, 1) +
@@ -104,7 +105,8 @@ void takeChannels(Recording& recording, const Segment& segment, Measurement& mea
         delays[channel] = column.delaySeconds;
     }
     if (!filled.empty()) {
-        measurement.warnings.push_back("missing samples in short gaps are interpolated: " + joined(filled));
+        measurement.warnings.emplace_back("missing samples in short gaps are interpolated: " + joined(filled),
+                                          topic::ofVoltage | topic::ofCurrent);
     }
     alignChannels(delays, segment, measurement);
     for (Column& column : recording.columns) {
@@ -143,7 +145,8 @@ void warnOfGaps(Measurement& measurement) {
                 .append(" s, in gaps too long to interpolate: values with ")
                 .append(name);
             warning.append(" are not given; --start and --duration choose a part without gaps");
-            measurement.warnings.push_back(std::move(warning));
+            measurement.warnings.emplace_back(std::move(warning),
+                                              isCurrent(channel) ? topic::ofCurrent : topic::ofVoltage);
         }
     }
 }

@@ -9,6 +9,7 @@
 #include "recording/channel_assignment.h"
 #include "recording/channels.h"
 #include "recording/recording.h"
+#include "recording/remark.h"
 #include "rt305_4/rt305_4.h"
 
 namespace rt305 {
@@ -76,9 +77,9 @@ struct Measurement {
     double rateHz = 0.0;
     double recordedRateHz = 0.0;  // before resampling
     double nominalHz = libraryNominalHz;
-    std::uint32_t inputType = 0;          // as the library is asked to measure
-    std::vector<std::string> notes{};     // preparation that the user may not expect
-    std::vector<std::string> warnings{};  // what makes results doubtful or missing
+    std::uint32_t inputType = 0;       // as the library is asked to measure
+    std::vector<std::string> notes{};  // preparation that the user may not expect
+    std::vector<Remark> warnings{};    // what makes results doubtful or missing
 
     bool has(std::uint32_t flag) const { return (settings.flags & flag) == flag; }
     std::uint32_t powerFlag() const { return settings.flags & RT305_4_POWER_MASK; }

@@ -158,8 +158,8 @@ std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents)
     return faults;
 }
 
-std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamentals& fundamentals,
-                                     const DerivedFigures& derived) {
+std::vector<Remark> judgeWiring(const FullMeasurement& full, const Fundamentals& fundamentals,
+                                const DerivedFigures& derived) {
     if (!full.measurement.hasVoltages() || !full.measurement.isThreePhase()) {
         return {};
     }
@@ -168,10 +168,14 @@ std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamen
     }
     const auto* const ofCurrents = fundamentals.hasSignal.begin() + phaseTotal;
     const bool areLive = std::all_of(ofCurrents, fundamentals.hasSignal.end(), [](bool live) { return live; });
-    auto verdict = wiringFaults(fundamentals.voltages, areLive ? fundamentals.currents : Phasors{});
+    std::vector<Remark> verdict;
+    for (std::string& fault : wiringFaults(fundamentals.voltages, areLive ? fundamentals.currents : Phasors{})) {
+        verdict.emplace_back(std::move(fault), topic::angles);
+    }
     if (!full.fromLineVoltages) {
-        const auto doubts = lineVoltagesAmong(fundamentals.voltages);
-        verdict.insert(verdict.end(), doubts.begin(), doubts.end());
+        for (std::string& doubt : lineVoltagesAmong(fundamentals.voltages)) {
+            verdict.emplace_back(std::move(doubt), topic::ofVoltage);
+        }
     }
     if (verdict.empty()) {
         verdict.emplace_back(full.measurement.isCombined() ? "nothing odd in the order and the angles."
@@ -180,8 +184,9 @@ std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamen
     if (full.fromLineVoltages && derived.currentSum) {
         const auto [sum, largest] = *derived.currentSum;
         if (sum > 0.05 * largest) {
-            verdict.push_back("The currents of three wires must add up to zero, but their sum is " +
-                              formatNumber(100.0 * sum / largest, 3) + " % of the largest.");
+            verdict.emplace_back("The currents of three wires must add up to zero, but their sum is " +
+                                     formatNumber(100.0 * sum / largest, 3) + " % of the largest.",
+                                 topic::ofCurrent);
         }
     }
     return verdict;

@@ -17,8 +17,8 @@ namespace rt305 {
 std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents);
 
 /// The verdict on the wiring of a measurement, at least one sentence; none without voltages.
-std::vector<std::string> judgeWiring(const FullMeasurement& full, const Fundamentals& fundamentals,
-                                     const DerivedFigures& derived);
+std::vector<Remark> judgeWiring(const FullMeasurement& full, const Fundamentals& fundamentals,
+                                const DerivedFigures& derived);
 
 }  // namespace rt305
 

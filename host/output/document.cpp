@@ -59,6 +59,14 @@ void addList(const ResultTable& table, Json& list) {
     }
 }
 
+Json textsOf(const std::vector<Remark>& remarks) {
+    Json texts = Json::array();
+    for (const Remark& remark : remarks) {
+        texts.push_back(remark.text);
+    }
+    return texts;
+}
+
 Json jsonOf(const ResultDocument& document) {
     Json object{{"tool", jsonOfTool(document.library)},
                 {"recording", jsonOf(document.recording)},
@@ -76,8 +84,8 @@ Json jsonOf(const ResultDocument& document) {
             object[table.name] = rowsOf(table);
         }
     }
-    object["remarks"] = document.remarks;
-    object["warnings"] = document.warnings;
+    object["remarks"] = textsOf(document.remarks);
+    object["warnings"] = textsOf(document.warnings);
     return object;
 }
 
@@ -208,8 +216,8 @@ void writeText(const ResultDocument& document, bool styled, std::ostream& out) {
         out << (table.rows.empty() ? "" : '\n' + textOf(table, styled));
     }
     out << (document.remarks.empty() ? "" : "\n");
-    for (const std::string& remark : document.remarks) {
-        out << wrapped(shown(remark), textWidth());
+    for (const Remark& remark : document.remarks) {
+        out << wrapped(shown(remark.text), textWidth());
     }
 }
 

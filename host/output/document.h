@@ -8,6 +8,7 @@
 
 #include "output/recording_facts.h"
 #include "output/result_table.h"
+#include "recording/remark.h"
 
 namespace rt305 {
 
@@ -41,8 +42,8 @@ struct ResultDocument {
     std::string library{};   // its version
     std::string settings{};  // how it was measured, in a few words; may be empty
     std::vector<ResultTable> tables{};
-    std::vector<std::string> remarks{};   // what a reader of the results must know
-    std::vector<std::string> warnings{};  // what makes the results doubtful; also printed on stderr
+    std::vector<Remark> remarks{};        // what a reader of the results must know
+    std::vector<Remark> warnings{};       // what makes the results doubtful; also printed on stderr
     std::vector<std::string> rawTexts{};  // as the library wrote them
     std::vector<FigureName> figures{};    // the columns of its wide CSV, where it is one of many; empty: all it has
 

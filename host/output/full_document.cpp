@@ -289,7 +289,7 @@ Parameters withoutDoubtful(Parameters parameters, const PerChannel<std::string>&
 }
 
 /// One sentence for each reason why harmonics are not shown.
-std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) {
+std::vector<Remark> remarksOnDoubts(const PerChannel<std::string>& doubts) {
     std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (doubts[channel].empty()) {
@@ -302,10 +302,11 @@ std::vector<std::string> remarksOnDoubts(const PerChannel<std::string>& doubts) 
         }
         known->second.emplace_back(channelNames[channel]);
     }
-    std::vector<std::string> remarks;
+    std::vector<Remark> remarks;
     std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {
-        return "THD, harmonics and frequency by the library not shown for " + joined(entry.second) + ": " +
-               entry.first + ".";
+        return Remark("THD, harmonics and frequency by the library not shown for " + joined(entry.second) + ": " +
+                          entry.first + ".",
+                      topic::library);
     });
     return remarks;
 }
@@ -369,21 +370,23 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
     }
     const auto remarks = remarksOn(parameters, full.measurement, powerFlag, results.distortionDoubts);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
-    for (const std::string& remark : {remarkOnNoise(results), remarkOnDisagreement(results.parameters)}) {
-        if (!remark.empty()) {
+    for (const Remark& remark : {Remark(remarkOnNoise(results), topic::thd),
+                                 Remark(remarkOnDisagreement(results.parameters), topic::library)}) {
+        if (!remark.text.empty()) {
             document.remarks.push_back(remark);
         }
     }
     if (!std::isnan(parameterNamed(parameters, "P").value)) {
         for (std::size_t method = 0; method < results.parameters.size(); ++method) {
             const auto& [label, meaning] = powerWordings[method];
-            document.remarks.push_back(std::string(label) + " (" + powerMethods[method].name + "): " + meaning);
+            document.remarks.emplace_back(std::string(label) + " (" + powerMethods[method].name + "): " + meaning,
+                                          topic::library);
         }
     }
 }
 
 /// Which samples are measured.
-std::string describeSamples(const FullMeasurement& full) {
+Remark describeSamples(const FullMeasurement& full) {
     const Measurement& recorded = full.asRecorded();
     const double start = recorded.settings.startSeconds;
     const std::string range = counted(recorded.length, "sample") + " at " + formatNumber(recorded.rateHz, 9) +
@@ -391,11 +394,12 @@ std::string describeSamples(const FullMeasurement& full) {
                               formatFixed(start + recorded.durationSeconds(), 4) + " s";
     if (full.cycles == 0) {
         const bool isPart = full.cyclesThere() < 0.95;
-        return "Measured: " + range +
-               (isPart
-                    ? "; this is less than one cycle: RMS values, powers and the means that are removed are those of "
-                      "these samples, not of the signals."
-                    : ".");
+        return {
+            "Measured: " + range +
+                (isPart ? "; this is less than one cycle: RMS values, powers and the means that are removed are those "
+                          "of these samples, not of the signals."
+                        : "."),
+            isPart ? topic::voltage | topic::current | topic::power : 0U};
     }
     return "Measured: " + std::to_string(full.cycles) + (full.cycles == 1 ? " cycle" : " whole cycles") + " of " +
            formatFixed(full.frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
@@ -450,29 +454,32 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
     ResultDocument document = documentOf(recording, measurement, results.libraryVersion);
     document.figures = figuresOfFullDocument();
     if (!full.isSteady()) {
-        document.warnings.push_back(full.unsteadiness);
+        document.warnings.emplace_back(full.unsteadiness, topic::voltage | topic::current | topic::power);
     }
     document.remarks.push_back(describeSamples(full));
     constexpr double nominalTolerance = 0.1;
     if (full.isFrequencyMeasured &&
         std::fabs(full.frequencyHz - measurement.nominalHz) > nominalTolerance * measurement.nominalHz) {
-        document.remarks.push_back("Frequency: " + formatFixed(full.frequencyHz, 2) + " Hz is far from the nominal " +
-                                   formatNumber(measurement.nominalHz, 4) +
-                                   " Hz; check --nominal and the sample rate.");
+        document.remarks.emplace_back("Frequency: " + formatFixed(full.frequencyHz, 2) +
+                                          " Hz is far from the nominal " + formatNumber(measurement.nominalHz, 4) +
+                                          " Hz; check --nominal and the sample rate.",
+                                      topic::frequency);
     }
     if (!full.frequencySource.empty()) {
-        document.remarks.push_back("Frequency: " + full.frequencySource + ".");
+        document.remarks.emplace_back("Frequency: " + full.frequencySource + ".",
+                                      topic::frequency | topic::reactivePower);
     }
     if (!full.isSteady()) {
         document.remarks.emplace_back(
             "Symmetrical components and angles not shown, and P1 and Q1 are means over the cycles: the signal is not "
-            "steady.");
+            "steady.",
+            topic::reactivePower | topic::unbalance);
     }
-    for (const std::string& remark : remarksOnDoubts(results.distortionDoubts)) {
+    for (const Remark& remark : remarksOnDoubts(results.distortionDoubts)) {
         document.remarks.push_back(remark);
     }
-    for (const std::string& sentence : results.wiring) {
-        document.remarks.push_back("Wiring: " + sentence);
+    for (const Remark& verdict : results.wiring) {
+        document.remarks.emplace_back("Wiring: " + verdict.text, verdict.topics);
     }
     document.rawTexts = results.parameterTexts;
     addParameters(full, results, document);

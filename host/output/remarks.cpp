@@ -93,7 +93,7 @@ std::string hintOn(const MissingThd& missing) {
 
 /// Adds a remark when THD of the set is missing and the reason is not in `doubts`, and returns the reason.
 std::string explainThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement,
-                       const PerChannel<std::string>& doubts, std::vector<std::string>& remarks) {
+                       const PerChannel<std::string>& doubts, std::vector<Remark>& remarks) {
     const MissingThd missing = missingThd(set, parameters, measurement);
     if (missing.phases.empty()) {
         return "";
@@ -109,39 +109,41 @@ std::string explainThd(const ThdSet& set, const Parameters& parameters, const Me
     }
     const auto& [quantities, allChannels] = isCurrent(set.firstChannel) ? currentWording : voltageWording;
     std::string reason = reasonOf(missing, measurement);
-    remarks.push_back(std::string(quantities) + " of " + (names.size() == phaseTotal ? allChannels : joined(names)) +
-                      " not given: " + reason + hintOn(missing) + ".");
+    remarks.emplace_back(std::string(quantities) + " of " + (names.size() == phaseTotal ? allChannels : joined(names)) +
+                             " not given: " + reason + hintOn(missing) + ".",
+                         isCurrent(set.firstChannel) ? topic::currentThd : topic::voltageThd);
     return reason;
 }
 
 void explainPower(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
-                  const std::string& thdReason, std::vector<std::string>& remarks) {
+                  const std::string& thdReason, std::vector<Remark>& remarks) {
     const auto hasFlag = [&](const auto& known) { return known.flag == powerFlag; };
     const auto* const method = std::find_if(std::begin(powerMethods), std::end(powerMethods), hasFlag);
     if (method == std::end(powerMethods)) {
-        remarks.emplace_back("No power: --power was not given.");
+        remarks.emplace_back("No power: --power was not given.", topic::library);
         return;
     }
     if (!measurement.isThreePhase() && !method->givesPhases) {
-        remarks.emplace_back("No power: two wattmeters need three phases; use a three-wattmeter method.");
+        remarks.emplace_back("No power: two wattmeters need three phases; use a three-wattmeter method.",
+                             topic::library);
         return;
     }
     if (!thdReason.empty()) {
-        remarks.push_back("No power: it needs THD of all channels, but " + thdReason + ".");
+        remarks.emplace_back("No power: it needs THD of all channels, but " + thdReason + ".", topic::library);
         return;
     }
     if (isMissing(parameters, "Pa")) {
-        remarks.emplace_back("No power per phase: only the three-wattmeter methods give it.");
+        remarks.emplace_back("No power per phase: only the three-wattmeter methods give it.", topic::library);
     }
     if (isMissing(parameters, "Q")) {
-        remarks.emplace_back("No total reactive power: in some phase the active power exceeds U x I.");
+        remarks.emplace_back("No total reactive power: in some phase the active power exceeds U x I.", topic::library);
     }
     const PowerRemarks& onMethod = *std::find_if(std::begin(powerRemarks), std::end(powerRemarks), hasFlag);
     if (method->requiresPhaseVoltages != measurement.has(RT305_4_FOUR_WIRE)) {
-        remarks.emplace_back(onMethod.withOtherVoltages);
+        remarks.emplace_back(onMethod.withOtherVoltages, topic::library);
     }
     if (*onMethod.always != '\0') {
-        remarks.emplace_back(onMethod.always);
+        remarks.emplace_back(onMethod.always, topic::library);
     }
 }
 
@@ -174,24 +176,24 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra) {
     return differences.empty() ? "" : "the texts are the library's own: " + joined(differences);
 }
 
-std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement) {
-    std::vector<std::string> remarks;
+std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement) {
+    std::vector<Remark> remarks;
     for (const ThdSet& set : thdSets) {
         explainThd(set, parameters, measurement, {}, remarks);
     }
     return remarks;
 }
 
-std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement,
-                                   std::uint32_t powerFlag, const PerChannel<std::string>& doubts) {
-    std::vector<std::string> remarks;
+std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
+                              const PerChannel<std::string>& doubts) {
+    std::vector<Remark> remarks;
     std::string thdReason;
     for (const ThdSet& set : thdSets) {
         const std::string reason = explainThd(set, parameters, measurement, doubts, remarks);
         thdReason = thdReason.empty() ? reason : thdReason;
     }
     if (const std::string remark = remarkOnLength(measurement); !remark.empty()) {
-        remarks.push_back(remark);
+        remarks.emplace_back(remark, topic::thd);
     }
     if (measurement.isCombined()) {
         explainPower(parameters, measurement, powerFlag, thdReason, remarks);

@@ -16,13 +16,13 @@ std::string remarkOnLength(const Measurement& measurement);
 std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
 
 /// Why THD is missing: one sentence for each set of channels.
-std::vector<std::string> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement);
+std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement);
 
 /// What a reader of the parameter table must know: one sentence for every group of missing values, with the reason as
 /// far as the tool can find it, and one for every figure that the settings make doubtful. The power was measured by the
 /// method of `powerFlag`. Reasons in `doubts`, of channels whose harmonics are not shown, are taken as said.
-std::vector<std::string> remarksOn(const Parameters& parameters, const Measurement& measurement,
-                                   std::uint32_t powerFlag, const PerChannel<std::string>& doubts = {});
+std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
+                              const PerChannel<std::string>& doubts = {});
 
 }  // namespace rt305
 

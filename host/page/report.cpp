@@ -1,18 +1,22 @@
 #include "page/report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <optional>
 
 #include "base/text.h"
 #include "base/text_encoding.h"
+#include "base/time_stamp.h"
 #include "base/version.h"
 #include "output/full_document.h"
 #include "output/quality_document.h"
 #include "output/quality_settings.h"
 #include "output/result_tables.h"
+#include "output/summary.h"
 #include "page/figures.h"
 #include "page/html.h"
+#include "page/index_page.h"
 #include "page/page_files.h"
 #include "page/policy.h"
 
@@ -25,10 +29,10 @@ std::string titleOf(bool areCurrents) {
 }
 
 std::string paragraph(std::string_view attributes, const std::string& text) {
-    return element("p", attributes, escaped(text));
+    return text.empty() ? "" : element("p", attributes, escaped(text));
 }
 
-std::string notices(std::string_view attributes, const std::vector<std::string>& texts) {
+std::string listOf(std::string_view attributes, const std::vector<std::string>& texts) {
     std::string items;
     for (const std::string& text : texts) {
         items += element("li", "", escaped(text));
@@ -47,40 +51,172 @@ std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::
     return element("div", R"(class="beside")", tables);
 }
 
-/// The tables of these names, as far as the document has them, side by side where there is room.
-std::string resultTables(const ResultDocument& document, const std::vector<std::string_view>& names,
-                         const std::string& more) {
-    std::string content;
-    for (const std::string_view name : names) {
-        if (const ResultTable* const table = document.table(name); table != nullptr && !table->rows.empty()) {
-            content += htmlTable(table->title.empty() ? "Measured" : table->title, *table);
-        }
-    }
-    return element("div", R"(class="beside")", content + more);
+/// The table of that name; nothing when the document has none, or it is empty.
+std::string resultTable(const ResultDocument& document, std::string_view name, const std::string& caption) {
+    const ResultTable* const table = document.table(name);
+    return table == nullptr || table->rows.empty() ? "" : htmlTable(caption, *table);
 }
 
 std::string baseName(const std::string& path) {
     return toUtf8(std::filesystem::path(path).filename().string(), "");
 }
 
-/// Messages with the names of files without their folders, as the page shows them.
-std::vector<std::string> withoutFolder(std::vector<std::string> messages, const Recording& recording) {
-    for (std::string& message : messages) {
-        for (const auto& [file, checksum] : recording.files) {
-            if (const std::size_t at = message.find(file); at != std::string::npos) {
-                message.replace(at, file.size(), baseName(file));
-            }
+/// A message with the names of files without their folders.
+std::string withoutFolder(std::string message, const Recording& recording) {
+    for (const auto& [file, checksum] : recording.files) {
+        if (const std::size_t at = message.find(file); at != std::string::npos) {
+            message.replace(at, file.size(), baseName(file));
         }
     }
-    return messages;
+    return message;
+}
+
+/// As a sentence of its own.
+std::string asSentence(std::string text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
+        text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    }
+    return text + (text.empty() || text.back() == '.' ? "" : ".");
+}
+
+/// The remarks on a page, each of them once: beside the figures that they concern, below all of them, or with the
+/// library's own figures.
+struct PageRemarks {
+    std::vector<Remark> caveats{};
+    std::vector<std::string> warnings{};
+    std::vector<std::string> others{};
+    std::vector<std::string> ofLibrary{};
+};
+
+PageRemarks remarksOf(const ResultDocument& document, const std::vector<Remark>& onOffsets, const FullMeasurement& full,
+                      unsigned shownTopics, const Recording& recording) {
+    PageRemarks sorted;
+    const auto sort = [&](const std::vector<Remark>& remarks, std::vector<std::string>& general) {
+        for (const Remark& remark : remarks) {
+            std::string text = asSentence(withoutFolder(remark.text, recording));
+            if (remark.text == full.unsteadiness) {
+                text += " The figures are averages over all that is measured.";
+                sorted.caveats.insert(sorted.caveats.begin(), {std::move(text), remark.topics});
+            } else if ((remark.topics & shownTopics) != 0) {
+                sorted.caveats.emplace_back(std::move(text), remark.topics);
+            } else {
+                (remark.topics == 0 ? general : sorted.ofLibrary).push_back(std::move(text));
+            }
+        }
+    };
+    sort(document.warnings, sorted.warnings);
+    sort(document.remarks, sorted.others);
+    sort(onOffsets, sorted.others);
+    return sorted;
+}
+
+/// The marks of the caveats that concern a row, as links to them.
+std::string marksOf(const SummaryRow& row, const std::vector<Remark>& caveats) {
+    std::string marks;
+    for (std::size_t i = 0; i < caveats.size(); ++i) {
+        if (row.needsRemarks() && (caveats[i].topics & row.topics) != 0) {
+            const std::string number = std::to_string(i + 1);
+            std::string link = "href=\"#caveat-";
+            link.append(number).append("\" aria-label=\"remark ").append(number).append("\"");
+            marks += element("a", link, number);
+        }
+    }
+    return marks.empty() ? "" : element("sup", "", marks.substr(0, marks.size() - 1));
+}
+
+/// The cells of a row from the total on. A reason stands once for the phases that share it.
+std::string figureCells(const SummaryRow& row, const SummaryTexts& texts, bool isThreePhase) {
+    std::string cells;
+    const std::size_t end = isThreePhase ? texts.figures.size() : 2;
+    for (std::size_t i = 0, next = 0; i < end; i = next) {
+        next = i + 1;
+        if (row.reasons[i].empty() || !row.figures[i]) {
+            cells += element("td", "", escaped(texts.figures[i]));
+            continue;
+        }
+        while (next < end && row.reasons[next] == row.reasons[i] && row.figures[next]) {
+            ++next;
+        }
+        // a total alone may take the room of the phases, which it does not have
+        const bool takesAll = i == 0 && end > 1 && !row.figures[1];
+        next = takesAll ? end : next;
+        cells += element("td", R"(class="reason" colspan=")" + std::to_string(next - i) + '"',
+                         "not shown: " + escaped(row.reasons[i]));
+    }
+    return cells;
+}
+
+std::string summaryTable(const std::vector<SummaryRow>& rows, const std::vector<Remark>& caveats, bool isThreePhase) {
+    const auto heading = [](const std::string& text) { return element("th", R"(scope="col")", text); };
+    std::string head = element("td", "", "") + heading("Total") + heading(isThreePhase ? "a" : "Phase");
+    head += (isThreePhase ? heading("b") + heading("c") : "") + heading("Unit");
+    std::string body;
+    for (const SummaryRow& row : rows) {
+        const SummaryTexts texts = textsOf(row);
+        body += element("tr", "",
+                        element("th", R"(scope="row")", escaped(row.label) + marksOf(row, caveats)) +
+                            figureCells(row, texts, isThreePhase) + element("td", "", escaped(texts.unit)));
+    }
+    return scrollingTable("Measured", R"(class="summary with-units")",
+                          element("thead", "", element("tr", "", head)) + element("tbody", "", body));
+}
+
+std::string caveatList(const std::vector<Remark>& caveats) {
+    std::string items;
+    for (std::size_t i = 0; i < caveats.size(); ++i) {
+        items += element("li", "id=\"caveat-" + std::to_string(i + 1) + '"', escaped(caveats[i].text));
+    }
+    return caveats.empty() ? "" : element("ol", R"(class="caveats")", items);
 }
 
 using Facts = std::vector<std::pair<std::string, std::string>>;
 
-Facts recordingFacts(const Recording& recording, const Measurement& recorded) {
+/// The trigger, and how long after the first sample it is.
+std::string triggerOf(const RecordingFacts& facts) {
+    const auto stampOf = [](std::string text) {
+        std::replace(text.begin(), text.end(), 'T', ' ');
+        return parseTimeStamp(text);
+    };
+    const auto start = stampOf(facts.start);
+    const auto trigger = stampOf(facts.trigger);
+    if (!start || !trigger || *trigger == *start) {
+        return facts.trigger;
+    }
+    const double seconds = static_cast<double>(*trigger - *start) * 1e-9;
+    return facts.trigger + ", " + formatNumber(std::fabs(seconds)) + " s " + (seconds > 0.0 ? "after" : "before") +
+           " the start";
+}
+
+/// What was recorded, in the words that people ask with.
+std::string recordedFacts(const Recording& recording, const ResultDocument& document) {
+    constexpr std::size_t shortChecksum = 12;
+    const RecordingFacts& facts = document.recording;
+    const std::string segment = recording.segments.size() > 1 ? "segment " + std::to_string(facts.segment) + " of " +
+                                                                    std::to_string(recording.segments.size()) + ", "
+                                                              : "";
+    const Facts shown{{"Station", facts.station},
+                      {"Device", facts.recorder},
+                      {"Start", facts.start},
+                      {"Trigger", triggerOf(facts)},
+                      {"Length", segment + formatNumber(facts.durationSeconds) + " s"},
+                      {"Sample rate", formatNumber(facts.rateHz) + " Hz"},
+                      {"Nominal frequency", formatNumber(facts.nominalHz, 4) + " Hz"},
+                      {"Content", document.content},
+                      {"File", baseName(recording.source)},
+                      {"SHA-256", facts.checksum.substr(0, shortChecksum)}};
+    std::string items;
+    for (const auto& [name, text] : shown) {
+        if (!text.empty()) {
+            items += element("div", "", element("dt", "", escaped(name)) + element("dd", "", escaped(text)));
+        }
+    }
+    return element("dl", R"(class="facts")", items);
+}
+
+Facts recordingFacts(const Recording& recording) {
     Facts facts{{"Recording", baseName(recording.source)}, {"Format", recording.format}};
     facts.insert(facts.end(), recording.facts.begin(), recording.facts.end());
-    facts.emplace_back("Rate", formatNumber(recorded.rateHz, 9) + " Hz, " + recording.rateOrigin);
+    facts.emplace_back("Rate", recording.rateOrigin);
     for (const SourceFile& file : recording.files) {
         facts.emplace_back("SHA-256 of " + (file.isStdin() ? "stdin" : baseName(file.name)), file.checksum);
     }
@@ -99,14 +235,11 @@ Facts channelFacts(const Recording& recording, const Assignment& assignment) {
     return facts;
 }
 
-Facts settingFacts(const ResultDocument& document, const Measurement& recorded) {
-    Facts facts{
-        {"Measured", std::to_string(recorded.length) + " samples from " +
-                         formatNumber(recorded.settings.startSeconds, 9) + " s on, " + document.content},
-        {"Handed over", std::to_string(document.samples) + " samples at " + formatNumber(document.rateHz) + " Hz"},
-        {"Spectra", "Hann window, dB below the largest line"},
-        {"Tool", std::string("rt305 ") + toolVersion},
-        {"Library", document.library}};
+Facts settingFacts(const ResultDocument& document) {
+    Facts facts{{"Handed over", counted(document.samples, "sample") + " at " + formatNumber(document.rateHz) + " Hz"},
+                {"Spectra", "Hann window, dB below the largest line"},
+                {"Tool", std::string("rt305 ") + toolVersion},
+                {"Library", document.library}};
     if (!document.settings.empty()) {
         facts.emplace_back("Settings", document.settings);
     }
@@ -119,58 +252,94 @@ struct Section {
     std::string content;
 };
 
-Section overviewSection(const Recording& recording, const ResultDocument& document, const std::string& phasors) {
-    return {"overview", "Overview",
-            notices(R"(class="notices")", withoutFolder(document.warnings, recording)) +
-                resultTables(document, {"parameters", "signals"}, phasors)};
+/// How the figures of the summary are defined, as far as it has them.
+std::string definitionsFor(const Measurement& recorded) {
+    return "U, I: RMS without the mean. " +
+           std::string(recorded.isCombined()
+                           ? "P: mean of u i. Q1: of the fundamental, positive when the current lags. "
+                             "S: U I; its total is the effective one of IEEE Std 1459. PF: P / S. "
+                           : "") +
+           "THD: by the library, in % of the fundamental.";
 }
 
-/// Of voltages or currents alone, the overview has the statistics.
-Section signalSection(const FullResults& results, const Figures& figures, bool withStatistics) {
-    return {"signals", "Waveforms",
-            figures.waveforms +
-                (withStatistics ? tablesOf(results.signals, "statistics without the offset", signalTable) : "")};
-}
-
-Section resultSection(const ResultDocument& document) {
+Section summarySection(const FullMeasurement& full, const std::vector<SummaryRow>& rows, const PageRemarks& remarks,
+                       const Figures& figures) {
+    const Measurement& recorded = full.asRecorded();
+    const std::string table = summaryTable(rows, remarks.caveats, recorded.isThreePhase());
     return {"results", "Results",
-            resultTables(document, {"power", "derived", "highest_harmonics"}, "") + notices("", document.remarks)};
+            element("div", R"(class="beside")",
+                    element("div", R"(class="answer")", table + caveatList(remarks.caveats)) + figures.phasors) +
+                listOf(R"(class="notices")", remarks.warnings) + listOf(R"(class="remarks")", remarks.others) +
+                paragraph(R"(class="remark")", definitionsFor(recorded))};
 }
 
-/// Events and traces of cycles; nothing when there are no voltages to follow.
-Section qualitySection(const std::optional<QualityResults>& quality, const Figures& figures) {
+/// The statistics that the summary does not have.
+ResultTable peakTable(const std::string& name, const std::vector<SignalStatistics>& signals) {
+    ResultTable table = signalTable(name, signals);
+    for (std::size_t r = table.rows.size(); r-- > 0;) {
+        if (table.rows[r].key == "mean" || table.rows[r].key == "rms") {
+            table.rows.erase(table.rows.begin() + static_cast<std::ptrdiff_t>(r));
+            table.cells.erase(table.cells.begin() + static_cast<std::ptrdiff_t>(r));
+        }
+    }
+    return table;
+}
+
+/// What few people look for.
+Section moreSection(const FullMeasurement& full, const FullResults& results, const ResultDocument& document,
+                    const std::vector<std::string>& ofLibrary) {
+    const std::string rate =
+        full.notResampled ? ", from samples resampled to " + formatNumber(document.rateHz) + " Hz" : "";
+    return {"more", "More figures",
+            folded("Power by other methods, and the library's own figures",
+                   element("div", R"(class="beside")",
+                           resultTable(document, "parameters", "By the library" + rate) +
+                               resultTable(document, "power", "Power by method" + rate)) +
+                       listOf(R"(class="remarks")", ofLibrary)) +
+                folded("All figures of rt305: powers, symmetrical components, angles, means",
+                       resultTable(document, "derived", "Computed by rt305, from the samples as recorded")) +
+                folded("Crest factors and peaks", tablesOf(results.signals, "without the mean", peakTable))};
+}
+
+Section eventSection(const std::optional<QualityResults>& quality, const Figures& figures) {
     if (!quality) {
         return {"events", "Events", paragraph("", "The voltages cannot be followed from cycle to cycle.")};
     }
     const auto cells = eventCells(*quality);
+    const auto [factor, prefix] = metricPrefixFor(quality->settings.declaredVolts);
+    const std::string caption = "Events; % of " + formatNumber(quality->settings.declaredVolts / factor, 5) + " " +
+                                prefix + "V, the voltage before them";
     const std::string events = cells.empty()
                                    ? paragraph("", "There are no events.")
-                                   : element("div", R"(class="beside")", htmlTexts("Events", cells) + figures.events);
-    return {"events", "Events", events + figures.traces};
+                                   : element("div", R"(class="beside")", htmlTexts(caption, cells) + figures.events);
+    return {"events", "Events", events};
 }
 
 Section spectrumSection(const FullResults& results, const Figures& figures) {
     return {"lines", "Spectra", figures.spectra + tablesOf(results.spectra, "largest lines", spectrumTable)};
 }
 
-Section harmonicSection(const FullResults& results, const Figures& figures) {
+Section harmonicSection(const FullResults& results, const ResultDocument& document, const Figures& figures) {
     return {"harmonics", "Harmonics",
-            figures.harmonics + tablesOf(results.harmonics, "all harmonics", harmonicTable) +
-                paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental.")};
+            resultTable(document, "highest_harmonics", "Highest harmonics, order and % of the fundamental") +
+                figures.harmonics +
+                folded("All harmonics",
+                       tablesOf(results.harmonics, "all harmonics", harmonicTable) +
+                           paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental."))};
 }
 
 Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
     return {"origin", "Recording and settings",
-            htmlFacts("Recording", recordingFacts(recording, full.asRecorded())) +
+            htmlFacts("Recording", recordingFacts(recording)) +
                 htmlFacts("Channels", channelFacts(recording, full.measurement.assignment)) +
-                htmlFacts("Measurement", settingFacts(document, full.asRecorded())) +
-                notices("", full.measurement.notes)};
+                htmlFacts("Measurement", settingFacts(document)) +
+                listOf(R"(class="remarks")", full.measurement.notes)};
 }
 
 std::string navigationOf(const std::vector<Section>& sections) {
     std::string links;
     for (const Section& section : sections) {
-        links += element("a", "href=\"#" + std::string(section.id) + '"', section.title);
+        links += section.content.empty() ? "" : element("a", "href=\"#" + std::string(section.id) + '"', section.title);
     }
     return links;
 }
@@ -178,43 +347,58 @@ std::string navigationOf(const std::vector<Section>& sections) {
 std::string htmlOf(const std::vector<Section>& sections) {
     std::string html;
     for (const Section& section : sections) {
-        html += element("section", "id=\"" + std::string(section.id) + '"',
-                        element("h2", "", section.title) + section.content);
+        html += section.content.empty() ? ""
+                                        : element("section", "id=\"" + std::string(section.id) + '"',
+                                                  element("h2", "", section.title) + section.content);
     }
     return html;
 }
 
 }  // namespace
 
-std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results) {
-    const Measurement& recorded = full.asRecorded();
+Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
+                const PageTexts& texts, const std::string& pageName) {
     const ResultDocument document = fullDocument(recording, full, results);
     std::optional<QualityResults> quality;
     if (const auto settings = qualitySettingsOf(recording, full)) {
-        quality = analyse(recorded.samples, *settings, KeepTraces::yes);
+        quality = analyse(full.asRecorded().samples, *settings, KeepTraces::yes);
     }
     const Figures figures = figuresOf(full, results, quality);
-    const std::vector<Section> sections{overviewSection(recording, document, figures.phasors),
-                                        signalSection(results, figures, recorded.isCombined()),
-                                        resultSection(document),
-                                        qualitySection(quality, figures),
+    const auto summary = summaryOf(full, results);
+    unsigned shownTopics = 0;
+    for (const SummaryRow& row : summary) {
+        shownTopics |= row.needsRemarks() ? row.topics : 0U;
+    }
+    const PageRemarks remarks =
+        remarksOf(document, remarksOnOffsets(full, results.derived), full, shownTopics, recording);
+    const std::vector<Section> sections{summarySection(full, summary, remarks, figures),
+                                        eventSection(quality, figures),
+                                        {"signals", "Waveforms", figures.waveforms},
+                                        {"course", "RMS and frequency over time", figures.traces},
+                                        harmonicSection(results, document, figures),
                                         spectrumSection(results, figures),
-                                        harmonicSection(results, figures),
+                                        moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
-    const std::string length =
-        formatNumber(recorded.durationSeconds()) + " s at " + formatNumber(recorded.rateHz) + " Hz";
-    return filled(page::html,
-                  {{"title", escaped("Measurement of " + baseName(recording.source))},
-                   {"summary", escaped(length + ", " + document.content)},
-                   {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
-                   {"navigation", navigationOf(sections)},
-                   {"sections", htmlOf(sections)},
-                   {"data", figures.data},
-                   {"style", std::string(page::style)},
-                   {"script", std::string(page::script)},
-                   {"plot-library", std::string(page::plotLibrary)},
-                   {"style-hash", policyHashOf(page::style)},
-                   {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+    const std::string file = recording.source == "-" ? "stdin" : baseName(recording.source);
+    const std::string title = texts.title.empty() ? "Measurement of " + file : texts.title;
+    const std::string style = styleFor(title);
+    std::string page = filled(
+        page::html, {{"title", escaped(title)},
+                     {"texts", htmlOf(texts)},
+                     {"recorded", recordedFacts(recording, document)},
+                     {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
+                     {"navigation", navigationOf(sections)},
+                     {"sections", htmlOf(sections)},
+                     {"data", figures.data},
+                     {"style", style},
+                     {"script", std::string(page::script)},
+                     {"plot-library", std::string(page::plotLibrary)},
+                     {"style-hash", policyHashOf(style)},
+                     {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+    const std::string first = !remarks.caveats.empty()    ? remarks.caveats[0].text
+                              : !remarks.warnings.empty() ? remarks.warnings[0]
+                                                          : "";
+    return {std::move(page), indexRow(pageName, file, document, summary, quality, first)};
 }
 
 }  // namespace rt305

@@ -5,13 +5,21 @@
 
 #include "measuring/full_measurement.h"
 #include "measuring/measure_all.h"
+#include "page/page_texts.h"
 #include "recording/recording.h"
 
 namespace rt305 {
 
+struct Report {
+    std::string page;
+    std::string row;  // of it in an index
+};
+
 /// The results of `rt305 measure` with waveforms, spectra and harmonics, as one HTML page that needs no other file. The
-/// same recording and settings give the same bytes. `results` include spectra and statistics.
-std::string reportPage(const Recording& recording, const FullMeasurement& full, const FullResults& results);
+/// same recording, settings and texts give the same bytes. `results` include spectra and statistics. `pageName` is what
+/// the index links to.
+Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
+                const PageTexts& texts, const std::string& pageName);
 
 }  // namespace rt305
 

@@ -232,6 +232,7 @@ struct GroupKind {
     bool includes(const std::optional<Identity>& identity) const {
         return identity && identity->quantity == quantity && identity->phase.isPair == ofPairs;
     }
+    unsigned topics() const { return quantity == Quantity::current ? topic::current : topic::voltage; }
     const char* name() const {
         return quantity == Quantity::current ? "currents" : ofPairs ? "line voltages" : "voltages";
     }
@@ -281,8 +282,9 @@ void warnOfGroups(const std::vector<Group>& groups, const std::vector<std::strin
             mentioned[*group.columns[phase]] = true;
         }
     }
-    assignment.warnings.push_back("using " + joined(used) + ", the first of " + std::to_string(complete) +
-                                  " groups of " + kind.name() + "; choose others with --map");
+    assignment.warnings.emplace_back("using " + joined(used) + ", the first of " + std::to_string(complete) +
+                                         " groups of " + kind.name() + "; choose others with --map",
+                                     kind.topics());
 }
 
 /// Guesses the columns of the channels of one kind that have none.
@@ -432,9 +434,11 @@ void guessByPosition(const Recording& recording, Assignment& assignment) {
         assignment.columns[channel] = channel;
         assignment.reasons[channel] = "by position";
     }
-    assignment.warnings.push_back(recording.source +
-                                  ": the columns have no names; assuming the order Ua, Ub, Uc, Ia, Ib, Ic; choose "
-                                  "others with --map");
+    assignment.warnings.emplace_back(
+        recording.source +
+            ": the columns have no names; assuming the order Ua, Ub, Uc, Ia, Ib, Ic; choose "
+            "others with --map",
+        topic::ofVoltage | topic::ofCurrent);
 }
 
 }  // namespace

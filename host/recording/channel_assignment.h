@@ -7,6 +7,7 @@
 
 #include "recording/channels.h"
 #include "recording/recording.h"
+#include "recording/remark.h"
 
 namespace rt305 {
 
@@ -14,9 +15,9 @@ namespace rt305 {
 struct Assignment {
     PerChannel<std::optional<std::size_t>> columns;
     PerChannel<std::string> reasons;
-    std::vector<std::string> warnings;  // about ambiguous guesses and unused columns
-    bool areLineVoltages = false;       // Ua, Ub and Uc are the voltages ab, bc and ca; one may have no column
-    PerChannel<bool> isReversed{};      // the column has the opposite sign: "Uba"
+    std::vector<Remark> warnings;   // about ambiguous guesses and unused columns
+    bool areLineVoltages = false;   // Ua, Ub and Uc are the voltages ab, bc and ca; one may have no column
+    PerChannel<bool> isReversed{};  // the column has the opposite sign: "Uba"
 
     std::string_view nameOf(std::size_t channel) const {
         return areLineVoltages && !isCurrent(channel) ? lineVoltageNames[channel] : channelNames[channel];

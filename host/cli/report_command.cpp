@@ -1,0 +1,142 @@
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <sstream>
+
+#include "base/failure.h"
+#include "base/text_encoding.h"
+#include "cli/file_batch.h"
+#include "cli/messages.h"
+#include "cli/output_file.h"
+#include "cli/progress.h"
+#include "measuring/full_measurement.h"
+#include "measuring/library.h"
+#include "measuring/measure_all.h"
+#include "page/index_page.h"
+#include "page/report.h"
+#include "reading/recording_reader.h"
+
+namespace rt305 {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* indexName = "index.html";
+
+std::string shownName(const std::string& file) {
+    return file == "-" ? "stdin" : toUtf8(fs::path(file).filename().string(), "");
+}
+
+/// Writes the page of one recording.
+class Reporter {
+public:
+    explicit Reporter(const ReportOptions& options) : options_(options), library_(options.each.library) {}
+
+    /// Returns the row of the page in an index.
+    std::string write(const std::string& file, const std::string& target) const {
+        const std::string prefix = options_.isMany() ? file + ": " : "";
+        const auto warnPrefixed = [&prefix](const Remark& warning) { warn(prefix + warning.text); };
+        ReadOptions reading = options_.each.reading;
+        reading.withChecksums = true;
+        Recording recording = readShowingProgress(file, reading);
+        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
+        refuseInputAsOutput(target, recording.files);
+        std::optional<Activity> activity(std::in_place, "preparing the samples");
+        const FullMeasurement full = prepare(recording, options_.each.settings);
+        activity.reset();
+        if (!options_.isMany()) {
+            std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
+        }
+        std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
+        if (!full.isSteady()) {
+            warnPrefixed(full.unsteadiness);
+        }
+        activity.emplace("measuring");
+        FullResults results = measureAll(full, library_);
+        addSpectraAndStatistics(results, full, library_);
+        PageTexts texts = options_.texts;
+        texts.title += texts.title.empty() || !options_.isMany() ? "" : ": " + shownName(file);
+        const Report report = reportOf(recording, full, results, texts, fs::path(target).filename().string());
+        activity.reset();
+        writeOutput(target, [&report](std::ostream& out) { out << report.page; });
+        return report.row;
+    }
+
+private:
+    const ReportOptions& options_;
+    Library library_;
+};
+
+/// The files of the command line, none of which a page may replace.
+std::vector<SourceFile> inputsOf(const ReportOptions& options) {
+    std::vector<SourceFile> inputs(options.files.size());
+    std::transform(options.files.begin(), options.files.end(), inputs.begin(),
+                   [](const std::string& file) { return SourceFile{file}; });
+    if (!options.filesFrom.empty()) {
+        inputs.push_back({options.filesFrom});
+    }
+    return inputs;
+}
+
+/// Names of pages in a folder: that of the recording and, where several have it, a number.
+class PageNames {
+public:
+    std::string nameFor(const std::string& file) {
+        const std::string name = file == "-" ? "stdin" : fs::path(file).filename().string();
+        const std::size_t count = ++counts_[name];
+        return name + (count == 1 ? "" : "-" + std::to_string(count)) + ".html";
+    }
+
+private:
+    std::map<std::string, std::size_t> counts_{};
+};
+
+/// A page for each recording, and the index, which is written last.
+int writeFolder(const ReportOptions& options) {
+    const fs::path folder = options.output;
+    const std::string index = (folder / indexName).string();
+    const auto inputs = inputsOf(options);
+    refuseInputAsOutput(index, inputs);
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) {
+        failEnvironment(options.output + ": " + error.message());
+    }
+    const Reporter reporter(options);
+    PageNames names;
+    std::string page;  // of the file that is begun
+    std::ostringstream rows;
+    const int exitCode = runFiles(options, {[&](const std::string& file) {
+                                                const std::string target = (folder / page).string();
+                                                refuseInputAsOutput(target, inputs);
+                                                const std::string row = reporter.write(file, target);
+                                                (options.isMany() ? std::cout : rows) << row;
+                                            },
+                                            [&](const std::string& file) { page = names.nameFor(file); },
+                                            [](const std::string& file, const std::string& message, ExitCode) {
+                                                return indexRowOfFailure(shownName(file), message);
+                                            },
+                                            rows});
+    writeOutput(index, [&](std::ostream& out) { out << indexPage(rows.str(), options.texts); });
+    return exitCode;
+}
+
+}  // namespace
+
+int writeReports(const ReportOptions& options) {
+    if (options.isMany() && options.output.empty()) {
+        failUsage("several recordings give several pages: name a folder for them with -o");
+    }
+    if (options.isMany() || options.output.ends_with('/') || fs::is_directory(options.output)) {
+        return writeFolder(options);
+    }
+    const Reporter reporter(options);
+    return runFiles(options,
+                    {[&](const std::string& file) { reporter.write(file, options.output); }, [](const std::string&) {},
+                     [](const std::string&, const std::string&, ExitCode) { return std::string(); }});
+}
+
+}  // namespace rt305
