@@ -13,6 +13,7 @@
 
 #include "base/failure.h"
 #include "base/lines.h"
+#include "base/pages.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/units.h"
@@ -94,14 +95,19 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
         failInput(parts.dataName + ": holds " + counted(parts.data.size(), "byte") + ", but one record of " +
                   std::string(nameOf(form)) + " samples takes " + std::to_string(recordSize));
     }
-    Rows rows{std::vector<std::vector<double>>(channels, std::vector<double>(length)), std::vector<double>(length), {}};
+    Rows rows{std::vector<std::vector<double>>(channels), {}, {}};
+    reserveLargePages(rows.stamps, length);
+    for (std::vector<double>& samples : rows.samples) {
+        reserveLargePages(samples, length);
+    }
     for (std::size_t first = 0; first < length; first += rowsAtOnce) {
         const std::size_t end = std::min(first + rowsAtOnce, length);
         for (std::size_t k = first; k < end; ++k) {
             const auto stamp = numberAt<std::uint32_t>(parts.data, k * recordSize + stampOffset);
-            rows.stamps[k] = stamp == std::numeric_limits<std::uint32_t>::max() ? nan : stamp;
+            rows.stamps.push_back(stamp == std::numeric_limits<std::uint32_t>::max() ? nan : stamp);
         }
         for (std::size_t i = 0; i < channels; ++i) {
+            rows.samples[i].resize(end);
             read(parts.data, first * recordSize + headSize + sampleSize * i, recordSize, configuration.analog[i],
                  std::span(rows.samples[i]).subspan(first, end - first));
         }
@@ -172,17 +178,31 @@ std::vector<double> stepsOf(std::vector<double> stamps) {
     return stamps;
 }
 
-/// The rate of each of `total` steps by the rate lines; the last rate continues. Empty without rate lines.
-std::vector<double> ratesOfSteps(const std::vector<RateLine>& lines, std::size_t total) {
-    std::vector<double> rates;
+/// Steps with one rate: those before `end` that no run before it has.
+struct RateRun {
+    std::size_t end;
+    double rateHz;
+};
+
+/// The rates of `total` steps by the rate lines; the last rate continues. Empty without rate lines.
+std::vector<RateRun> ratesOfSteps(const std::vector<RateLine>& lines, std::size_t total) {
+    std::vector<RateRun> runs;
+    const auto extend = [&runs](std::size_t end, double rateHz) {
+        if (end <= (runs.empty() ? 0 : runs.back().end)) {
+            return;
+        }
+        if (runs.empty() || runs.back().rateHz != rateHz) {
+            runs.push_back({end, rateHz});
+        }
+        runs.back().end = end;
+    };
     for (const RateLine& line : lines) {
-        const std::size_t end = std::min(line.lastSample, total);
-        rates.resize(std::max(rates.size(), end), line.rateHz);
+        extend(std::min(line.lastSample, total), line.rateHz);
     }
     if (!lines.empty()) {
-        rates.resize(total, lines.back().rateHz);
+        extend(total, lines.back().rateHz);
     }
-    return rates;
+    return runs;
 }
 
 /// The times and segments of a recording, from the rate lines and the time stamps of its rows. Step k is from row k to
@@ -190,26 +210,25 @@ std::vector<double> ratesOfSteps(const std::vector<RateLine>& lines, std::size_t
 class TimeAxis {
 public:
     TimeAxis(const ComtradeConfiguration& configuration, std::vector<double> stamps)
-        : steps_(stepsOf(std::move(stamps))),
-          rates_(ratesOfSteps(configuration.rates, steps_.size())),
-          ratesAreFromStamps_(rates_.empty()),
-          periods_(steps_) {
-        for (std::size_t k = 0; k < rates_.size(); ++k) {
-            periods_[k] *= rates_[k];
+        : length_(stamps.size()),
+          periods_(stepsOf(std::move(stamps))),
+          rates_(ratesOfSteps(configuration.rates, periods_.size())),
+          ratesAreFromStamps_(rates_.empty()) {
+        std::size_t k = 0;
+        for (const RateRun& run : rates_) {
+            for (; k < run.end; ++k) {
+                periods_[k] *= run.rateHz;
+            }
         }
         intervals_ = samplingIntervalsOf(periods_);
         if (ratesAreFromStamps_ && intervals_.usualStep > 0.0) {
-            rates_.assign(steps_.size(), 1.0 / (intervals_.usualStep * configuration.secondsPerStamp));
-        }
-        isGap_.assign(steps_.size() + 1, false);
-        for (const std::size_t row : intervals_.gaps) {
-            isGap_[row] = true;
+            rates_ = {{periods_.size(), 1.0 / (intervals_.usualStep * configuration.secondsPerStamp)}};
         }
     }
 
     /// Leaves the recording without times when neither rate lines nor stamps give a rate.
     void applyTo(Recording& recording) const {
-        if (ratesAreFromStamps_ && !(intervals_.usualStep > 0.0)) {
+        if (rates_.empty()) {
             return;
         }
         recording.seconds = seconds();
@@ -223,56 +242,74 @@ public:
     }
 
 private:
-    /// The time of each row. A step measured by its stamps is added to the time before. All other rows are counted from
-    /// the start of their grid, so that rounding errors do not add up; a grid begins at the first row, after a measured
-    /// step and where the rate changes.
+    /// The time of each row. A step measured by its stamps is added to the time before: always where time jumps, and
+    /// everywhere if the stamps are the only source of the rate and are even. All other rows are counted from the start
+    /// of their grid, so that rounding errors do not add up; a grid begins at the first row, after a measured step and
+    /// where the rate changes.
     std::vector<double> seconds() const {
-        std::vector<double> seconds(isGap_.size());
-        std::size_t gridStart = 0;
-        for (std::size_t k = 1; k < seconds.size(); ++k) {
-            const double rate = rates_[k - 1];
-            if (isMeasured(k - 1)) {
-                seconds[k] = seconds[k - 1] + periods_[k - 1] / intervals_.usualStep / rate;
-                gridStart = k;
-                continue;
+        std::vector<double> seconds;
+        reserveLargePages(seconds, length_);
+        seconds.push_back(0.0);
+        const bool areStepsMeasured = ratesAreFromStamps_ && intervals_.even;
+        auto gap = intervals_.gaps.begin();
+        for (const auto& [end, rate] : rates_) {
+            std::size_t gridStart = seconds.size() - 1;
+            while (seconds.size() <= end) {
+                const std::size_t k = seconds.size();
+                const bool isGap = gap != intervals_.gaps.end() && *gap == k;
+                gap += isGap ? 1 : 0;
+                if (isGap || (areStepsMeasured && !std::isnan(periods_[k - 1]))) {
+                    seconds.push_back(seconds.back() + periods_[k - 1] / intervals_.usualStep / rate);
+                    gridStart = k;
+                } else {
+                    seconds.push_back(seconds[gridStart] + static_cast<double>(k - gridStart) / rate);
+                }
             }
-            if (k > 1 && rate != rates_[k - 2]) {
-                gridStart = k - 1;
-            }
-            seconds[k] = seconds[gridStart] + static_cast<double>(k - gridStart) / rate;
         }
         return seconds;
     }
 
-    /// Whether the length of a step is taken from its stamps: always where time jumps, and everywhere if the stamps are
-    /// the only source of the rate and are even.
-    bool isMeasured(std::size_t step) const {
-        return isGap_[step + 1] || (ratesAreFromStamps_ && intervals_.even && !std::isnan(steps_[step]));
+    /// The run of a step; the last one for the row after all steps.
+    std::vector<RateRun>::const_iterator runOf(std::size_t step) const {
+        return std::upper_bound(rates_.begin(), rates_.end() - 1, step,
+                                [](std::size_t wanted, const RateRun& run) { return wanted < run.end; });
     }
 
     /// A segment ends where time jumps, and where the rate differs too much from the segment's first.
     void addSegments(Recording& recording) const {
         std::size_t first = 0;
-        for (std::size_t k = 1; k < isGap_.size(); ++k) {
-            const bool isOtherRate = k < rates_.size() && std::fabs(rates_[k] / rates_[first] - 1.0) > sameRate;
-            if (isGap_[k] || isOtherRate) {
-                addSegment(recording, first, k);
-                first = k;
+        auto gap = intervals_.gaps.begin();
+        for (auto run = rates_.begin(); run != rates_.end(); ++run) {
+            if (run != rates_.begin() && std::fabs(run->rateHz / runOf(first)->rateHz - 1.0) > sameRate) {
+                const std::size_t row = std::prev(run)->end;
+                addSegment(recording, first, row);
+                first = row;
+            }
+            for (; gap != intervals_.gaps.end() && (*gap < run->end || run + 1 == rates_.end()); ++gap) {
+                if (*gap > first) {
+                    addSegment(recording, first, *gap);
+                    first = *gap;
+                }
             }
         }
-        addSegment(recording, first, isGap_.size());
+        addSegment(recording, first, length_);
     }
 
     void addSegment(Recording& recording, std::size_t first, std::size_t end) const {
-        assert(!rates_.empty() && first < end);
+        assert(first < end);
         const std::size_t count = end - first;
-        double rate = rates_[std::min(first, rates_.size() - 1)];
-        const auto [slowest, fastest] = std::minmax_element(rates_.begin() + static_cast<std::ptrdiff_t>(first),
-                                                            rates_.begin() + static_cast<std::ptrdiff_t>(end - 1));
-        const bool isOneRate = count < 2 || *slowest == *fastest;
+        const auto run = runOf(first);
+        double rate = run->rateHz;
+        double slowest = rate;
+        double fastest = rate;
+        for (auto next = run + 1; next < rates_.end() && std::prev(next)->end + 1 < end; ++next) {
+            slowest = std::fmin(slowest, next->rateHz);
+            fastest = std::fmax(fastest, next->rateHz);
+        }
+        const bool isOneRate = slowest == fastest;
         if (!isOneRate) {
-            recording.warnings.push_back(recording.source + ": rates from " + formatNumber(*slowest) + " to " +
-                                         formatNumber(*fastest) + " Hz are treated as one");
+            recording.warnings.push_back(recording.source + ": rates from " + formatNumber(slowest) + " to " +
+                                         formatNumber(fastest) + " Hz are treated as one");
         }
         const double span = recording.seconds[end - 1] - recording.seconds[first];
         if (span > 0.0 && ratesAreFromStamps_) {
@@ -284,12 +321,11 @@ private:
         recording.segments.push_back({first, count, rate});
     }
 
-    std::vector<double> steps_;  // in units of the stamps
-    std::vector<double> rates_;  // Hz, of each step
-    bool ratesAreFromStamps_;
+    std::size_t length_;           // rows
     std::vector<double> periods_;  // the steps in sampling periods, but for one factor: the usual step
-    SamplingIntervals intervals_;
-    std::vector<bool> isGap_;  // of each row: time jumps before it
+    std::vector<RateRun> rates_;
+    bool ratesAreFromStamps_;
+    SamplingIntervals intervals_{};
 };
 
 /// Warns when values in the header, such as "IA = 392", are the peaks of the columns with these names.

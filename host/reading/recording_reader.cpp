@@ -13,6 +13,7 @@
 #include "base/checksum.h"
 #include "base/failure.h"
 #include "base/limits.h"
+#include "base/pages.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/units.h"
@@ -41,11 +42,13 @@ std::string contentOf(std::istream& stream, const std::string& name, std::size_t
     const std::size_t most = expected > 0 ? largestFile : largestStream;
     std::string content;
     std::vector<char> block(std::size_t{1} << 16);
+    if (expected <= most) {
+        reserveLargePages(content, expected);
+    }
     do {  // read() reports errors, such as a folder instead of a file, that an iterator would throw
         if (content.size() > most || expected > most) {
             failInput(name + ": has more than the " + std::to_string(most) + " bytes that can be read");
         }
-        content.reserve(expected);
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         content.append(block.data(), static_cast<std::size_t>(stream.gcount()));
     } while (stream);

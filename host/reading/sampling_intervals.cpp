@@ -11,6 +11,10 @@ constexpr double largestDeviation = 0.5;  // from the usual step, relative to it
 constexpr std::size_t stepsPerGap = 20;   // at least; where gaps are more frequent, the stamps are unreliable
 
 double medianOf(const std::vector<double>& steps) {
+    const auto isOther = [&steps](double step) { return !(step == steps[0]); };
+    if (!steps.empty() && std::none_of(steps.begin(), steps.end(), isOther)) {
+        return steps[0];
+    }
     std::vector<double> known;
     std::copy_if(steps.begin(), steps.end(), std::back_inserter(known), [](double step) { return !std::isnan(step); });
     if (known.empty()) {
