@@ -1,8 +1,9 @@
-"""Made by scripts/python-interface from include/rt305_4/rt305_4.h and docs/schema/results.schema.json. Do not edit."""
+"""Made by scripts/python-interface from CMakeLists.txt, include/rt305_4/rt305_4.h and docs/schema/results.schema.json."""
 
 from ctypes import POINTER, Structure, c_char_p, c_double, c_int16, c_int32, c_uint32, c_uint64, sizeof
 from dataclasses import dataclass
 
+PROJECT_VERSION = "1.0.0"
 VERSION = "20230616.1500"
 INPUT_VOLTAGES = 4
 INPUT_CURRENTS = 8

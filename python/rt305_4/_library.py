@@ -21,9 +21,11 @@ _TEXTS = [field[0] for field in DataProcessRequest._fields_[-8:]]  # the last on
 
 
 class Error(Exception):
-    """The library refused the request. The text is the library's own message."""
+    """The library refused the request, or the tool could not measure. The text is their own message."""
 
     __module__ = "rt305_4"  # where users find it
+    exit_code = 1  #: of the tool: 1 refused, 3 input that cannot be read or measured, 5 no library or no memory
+    file: str | None = None  #: the recording, where it is one of many
 
 
 class Row(NamedTuple):
@@ -44,6 +46,7 @@ class Row(NamedTuple):
 # The library has one set of texts for the whole process, so a call holds the lock until its texts are copied.
 _lock = threading.Lock()
 _loaded: ctypes.CDLL | None = None
+loaded_file = ""  # the library that load() was given
 
 
 def _renew_lock() -> None:
@@ -59,8 +62,10 @@ def _find() -> str:
     """The file to load: from RT305_4_LIBRARY, else from this installation, else from the system."""
     if named := os.environ.get("RT305_4_LIBRARY"):
         return named
-    lib = Path(__file__).resolve().parents[3]  # PREFIX/lib/python3/dist-packages/rt305_4/_library.py
-    return str(next((path for path in (lib / SONAME, *lib.glob(f"*-linux-gnu/{SONAME}")) if path.exists()), SONAME))
+    package = Path(__file__).resolve().parent  # PREFIX/lib/python3/dist-packages/rt305_4
+    lib = package.parents[2]
+    places = (package / "native" / SONAME, lib / SONAME, *lib.glob(f"*-linux-gnu/{SONAME}"))
+    return str(next((path for path in places if path.exists()), SONAME))
 
 
 def _open(file: str) -> ctypes.CDLL:
@@ -86,10 +91,11 @@ def load(file: str | os.PathLike[str] | None = None) -> None:
     Without a file, the library is the one that the environment variable RT305_4_LIBRARY names, else the one installed
     with this package, else the one that the system finds.
     """
-    global _loaded
-    library = _open(os.fspath(file) if file is not None else _find())
+    global _loaded, loaded_file
+    given = os.fspath(file) if file is not None else ""
+    library = _open(given or _find())
     with _lock:
-        _loaded = library
+        _loaded, loaded_file = library, given
 
 
 def _library() -> ctypes.CDLL:

@@ -1,269 +1,188 @@
-"""The four measurements, from numpy arrays to results."""
+"""What `rt305 measure` measures, of arrays and of files: every rate and nominal frequency, and the derived figures."""
 
 from __future__ import annotations
 
-import warnings
-from collections.abc import Callable, Sequence
+import contextlib
+import json
+import os
+import struct
+from collections.abc import Iterable, Iterator, Mapping
 from dataclasses import dataclass
-from typing import Literal, TypeVar
+from datetime import datetime, timedelta
+from typing import TYPE_CHECKING, Any, Literal
 
 import numpy as np
 from numpy.typing import ArrayLike
 
-from . import _interface as c
-from ._library import Row, Values, process
-from ._results import (
-    Channels,
-    Harmonics,
-    Parameters,
-    Signal,
-    Spectrum,
-    read_harmonics,
-    read_parameters,
-    read_signals,
-    read_spectra,
-)
+from . import _tool
+from ._library import Error
+from ._operations import row_of
+from ._tables import Columns, Table
+from ._times import time_of
+from ._tool import Option, PathLike
 
-Power = Literal["none", "two-wattmeter", "two-wattmeter-phase", "three-wattmeter", "three-wattmeter-complex"]
-Wiring = Literal["three", "four"]
-Frequency = Literal["fixed", "control"]
-Window = Literal["rect", "hann", "hamming", "kaiser"]
-Phase = Literal["a", "b", "c"]
+if TYPE_CHECKING:
+    import pandas
 
-_POWER = {
-    "none": c.POWER_NONE,
-    "three-wattmeter": c.POWER_THREE_WATTMETER,
-    "two-wattmeter": c.POWER_TWO_WATTMETER,
-    "two-wattmeter-phase": c.POWER_TWO_WATTMETER_PHASE,
-    "three-wattmeter-complex": c.POWER_THREE_WATTMETER_COMPLEX,
-}
-_WIRING = {"three": 0, "four": c.FOUR_WIRE}
-_FREQUENCY = {"fixed": 0, "control": c.FREQUENCY_CONTROL}
-_WINDOW = {
-    "rect": c.SPECTRUM_WINDOW_RECT,
-    "hann": c.SPECTRUM_WINDOW_HANN,
-    "hamming": c.SPECTRUM_WINDOW_HAMMING,
-    "kaiser": c.SPECTRUM_WINDOW_KAISER,
-}
-_MODE = {1: c.SPECTRUM_MODE_1, 2: c.SPECTRUM_MODE_2}
-_TWO_CURRENTS: dict[Phase | None, int] = {
-    None: 0,
-    "a": c.TWO_CURRENTS | c.REBUILT_PHASE_A,
-    "b": c.TWO_CURRENTS | c.REBUILT_PHASE_B,
-    "c": c.TWO_CURRENTS | c.REBUILT_PHASE_C,
-}
-_INPUT_TYPES = {"U": c.INPUT_VOLTAGES, "I": c.INPUT_CURRENTS, "UI": c.INPUT_VOLTAGES_AND_CURRENTS}
-_ASSUMED_RATES = {"U": 500.0, "I": 500.0, "UI": 10000.0}
-
-Word = TypeVar("Word")
-Kind = TypeVar("Kind", Signal, Spectrum, Harmonics)
+UNITS = {"Ua": "V", "Ub": "V", "Uc": "V", "Ia": "A", "Ib": "A", "Ic": "A"}
 
 
-@dataclass(frozen=True)
-class Channel:
-    """Samples together with the settings of their acquisition channel."""
+@dataclass(frozen=True, eq=False, repr=False)
+class Measurement(Table, Mapping[str, Any]):
+    """The figures of a recording or of a window of it: the JSON document of `rt305 measure`, by its keys.
 
-    samples: ArrayLike
-    coefficient: float = 1.0  #: factor on the samples, for example the ratio of a transformer
-    gain: float = 1.0  #: gain setting of the channel, used with hardware=True
-    resistance: float = 0.0  #: input resistance in ohm, used with hardware=True
+    result["derived"]["PF"]["total"] is a number; docs/schema/rt305.schema.json describes all keys. What could not be
+    measured is None or has no key.
+    """
 
+    document: dict[str, Any]
 
-Samples = ArrayLike | Channel
+    def __getitem__(self, key: str) -> Any:
+        return self.document[key]
 
+    def __iter__(self) -> Iterator[str]:
+        return iter(self.document)
 
-def _flag(option: str, word: Word, flags: dict[Word, int]) -> int:
-    try:
-        return flags[word]
-    except KeyError:
-        raise ValueError(f"{option} is {word!r}, not one of {', '.join(map(repr, flags))}") from None
+    def __len__(self) -> int:
+        return len(self.document)
 
+    @property
+    def file(self) -> str:
+        """The file as it was given."""
+        return str(self["recording"]["file"])
 
-def _row(name: str, samples: ArrayLike) -> Values:
-    """The samples as contiguous doubles, copied only if they are not already. Masked samples become NaN."""
-    if isinstance(samples, np.ma.MaskedArray):
-        samples = np.where(samples.mask, np.nan, samples.data)
-    array = np.asarray(samples)
-    if array.ndim != 1:
-        raise ValueError(f"{name} has {array.ndim} dimensions instead of one")
-    if array.dtype.kind not in "fiub":
-        raise TypeError(f"{name} holds {array.dtype}, not real numbers")
-    return np.require(array, dtype=np.float64, requirements=["C", "A"])
+    @property
+    def start(self) -> float:
+        """Seconds from the first sample of the segment to the first that was measured."""
+        return float(self["measured"]["start"])
 
+    @property
+    def time(self) -> datetime | None:
+        """Date and time of the first measured sample; None when the file has none, or of later segments."""
+        start = time_of(self["recording"]["start"]) if self["recording"]["segment"] == 1 else None
+        return start and start + timedelta(seconds=self.start)
 
-@dataclass(frozen=True)
-class _Record:
-    """The channels of one call: all voltages or none, then all currents or none."""
-
-    channels: list[Channel | None]
-
-    @staticmethod
-    def of(given: Sequence[Samples | None], two_currents: Phase | None) -> _Record:
-        channels = [c if c is None or isinstance(c, Channel) else Channel(c) for c in given]
-        if two_currents is not None:
-            # The library requires samples for the rebuilt current too, but ignores them.
-            rebuilt = 3 + "abc".index(two_currents)
-            channels[rebuilt] = channels[rebuilt] or channels[3 + (rebuilt + 1) % 3]
-        voltages, currents = (sum(channel is not None for channel in kind) for kind in (channels[:3], channels[3:]))
-        if (voltages, currents) not in ((3, 0), (0, 3), (3, 3)):
-            raise TypeError("give three voltages, three currents or all six channels")
-        return _Record(channels)
-
-    def kinds(self) -> str:
-        return ("U" if self.channels[0] else "") + ("I" if self.channels[3] else "")
-
-    def check_rate(self, rate: float) -> None:
-        assumed = _ASSUMED_RATES[self.kinds()]
-        if not abs(rate - assumed) <= 1e-3 * assumed:
-            warnings.warn(
-                f"the library assumes {assumed:g} samples a second, not {rate:g}: frequencies, and all that depends on "
-                "them, are wrong by that factor; resample the channels",
-                stacklevel=3,
-            )
-
-    def process(
-        self, operation: int, hardware: bool, measurement_flags: int, spectrum_flags: int = 0, **fields: float
-    ) -> dict[str, str]:
-        """Runs one request and returns its texts."""
-        names = ("ua", "ub", "uc", "ia", "ib", "ic")
+    def to_dict(self) -> Columns:
+        """Every figure in columns table, quantity, column, value and unit, as `rt305 measure --csv` has them."""
         rows = [
-            Row(place, _row(names[place], channel.samples), channel.coefficient, channel.resistance, channel.gain)
-            for place, channel in enumerate(self.channels)
-            if channel is not None
+            (table, quantity, column, float("nan") if value is None else value, figures["unit"])
+            for table, quantities in self.document.items()
+            if isinstance(quantities, dict)
+            for quantity, figures in quantities.items()
+            if isinstance(figures, dict) and "unit" in figures
+            for column, value in figures.items()
+            if column != "unit"
         ]
-        measurement_flags |= 0 if hardware else c.SIMULATED_SOURCE_MASK
-        return process(rows, operation, _INPUT_TYPES[self.kinds()], spectrum_flags, measurement_flags, **fields)
+        return dict(zip(("table", "quantity", "column", "value", "unit"), map(list, zip(*rows)))) if rows else {}
 
-    def read(
-        self, read: Callable[[str, str], dict[str, Kind]], texts: dict[str, str], text: str, table: str
-    ) -> Channels[Kind]:
-        """The results of the measured kinds; the texts of the others are from earlier calls."""
-        results: dict[str, Kind] = {}
-        for kind in self.kinds():
-            results |= read(texts[text + kind], table + kind)
-        return Channels(results)
+    def to_row(self) -> dict[str, Any]:
+        """All figures in one row, under the names that `rt305 measure --csv-wide` has: derived_PF_total."""
+        facts = {"file": self.file, "station": self["recording"]["station"], "time": self.time, "start": self.start}
+        return facts | {"_".join((r["table"], r["quantity"], r["column"])): r["value"] for r in self.to_records()}
+
+    def __repr__(self) -> str:
+        measured = self["measured"]
+        duration = measured["samples"] / measured["rate"]
+        return f"<Measurement of {self.file}: {measured['content']}, {duration:g} s from {self.start:g} s>"
+
+
+def _sound(channels: Mapping[str, ArrayLike]) -> memoryview:
+    """The channels as a WAV file of 64-bit floats, which the tool reads to the last bit. Its rate is unused."""
+    rows = [row_of(name, samples) for name, samples in channels.items()]
+    if len({len(row) for row in rows}) != 1:
+        raise ValueError("give channels with equally many samples")
+    frame, size = 8 * len(rows), 8 * len(rows) * len(rows[0])
+    most = 2**32 - 1
+    form = struct.pack("<HHIIHHH", 3, len(rows), 1, frame, frame, 64, 0)
+    header = b"RIFF" + struct.pack("<I", min(size + 50, most)) + b"WAVEfmt " + struct.pack("<I", len(form)) + form
+    header += b"fact" + struct.pack("<II", 4, min(len(rows[0]), most)) + b"data" + struct.pack("<I", min(size, most))
+    content = np.empty(len(header) + size, dtype=np.uint8)
+    content[: len(header)] = np.frombuffer(header, dtype=np.uint8)
+    frames = content[len(header) :].view("<f8").reshape(-1, len(rows))
+    for place, row in enumerate(rows):
+        frames[:, place] = row
+    return content.data
 
 
 def measure(
-    ua: Samples,
-    ub: Samples,
-    uc: Samples,
-    ia: Samples | None,
-    ib: Samples | None,
-    ic: Samples | None,
+    ua: ArrayLike | None = None,
+    ub: ArrayLike | None = None,
+    uc: ArrayLike | None = None,
+    ia: ArrayLike | None = None,
+    ib: ArrayLike | None = None,
+    ic: ArrayLike | None = None,
     *,
     rate: float,
-    power: Power = "none",
-    wiring: Wiring = "four",
-    frequency: Frequency = "fixed",
-    two_currents: Phase | None = None,
-    keep_rebuilt_rms: bool = False,
-    invert_p: bool = False,
-    invert_q: bool = False,
-    hardware: bool = False,
-) -> Parameters:
-    """Electrical parameters: voltages, currents, frequency, distortion and power.
+    nominal: float | None = None,
+    **options: Option,
+) -> Measurement:
+    """Everything that `rt305 measure` measures of samples in V and A, of any channels at any rate.
 
-    rate              samples per second; the library assumes 10000, any other rate gives a warning
-    power             power method
-    wiring            "four": ua, ub, uc are phase voltages; "three": they are the line voltages ab, bc, ca
-    frequency         range of the fundamental: "fixed" 49.6-50.4 Hz, "control" 10-60 Hz
-    two_currents      compute the current of this phase from the other two; its argument may be None
-    keep_rebuilt_rms  RMS of the computed current from its samples instead of the mean of the other two
-    invert_p          change the sign of the total active power; invert_q: of the total reactive power
-    hardware          samples are counts, which gain and resistance of each Channel scale, instead of V and A
+    rate     samples per second; they are resampled to what the library needs
+    nominal  nominal frequency of the grid in Hz (default: by the fundamental)
+    options  those of the tool: wiring="three", two_currents="b", coefficients={"Ua": 100}, part="longest-steady"
     """
-    flags = _flag("power", power, _POWER) | _flag("wiring", wiring, _WIRING)
-    flags |= _flag("frequency", frequency, _FREQUENCY) | _flag("two_currents", two_currents, _TWO_CURRENTS)
-    flags |= keep_rebuilt_rms * c.KEEP_REBUILT_RMS
-    flags |= invert_p * c.NEGATE_ACTIVE_POWER | invert_q * c.NEGATE_REACTIVE_POWER
-    record = _Record.of((ua, ub, uc, ia, ib, ic), two_currents)
-    record.check_rate(rate)
-    texts = record.process(c.OPERATION_PARAMETERS, hardware, flags, sampleRate=rate)
-    return read_parameters(texts["paramData"])
+    given = {name: samples for name, samples in zip(UNITS, (ua, ub, uc, ia, ib, ic)) if samples is not None}
+    if not given:
+        raise TypeError("give the samples of at least one channel")
+    columns = ",".join(f"{name}({UNITS[name]})" for name in given)
+    fixed: dict[str, Option] = {"rate": rate, "nominal": nominal, "columns": columns, "gain": f"{next(iter(given))}=1"}
+    command = ["measure", "--json", *_tool.library_arguments(), *_tool.arguments(fixed | options), "-"]
+    with _tool.content(_sound(given)) as stdin:
+        return Measurement(json.loads(_tool.run(command, stdin)))
 
 
-def signals(
-    ua: Samples | None = None,
-    ub: Samples | None = None,
-    uc: Samples | None = None,
-    ia: Samples | None = None,
-    ib: Samples | None = None,
-    ic: Samples | None = None,
+def measure_files(
+    paths: PathLike | Iterable[PathLike],
     *,
-    two_currents: Phase | None = None,
-    hardware: bool = False,
-) -> Channels[Signal]:
-    """The conditioned samples of each channel, with mean, RMS, crest factor and peak-to-peak value."""
-    flags = _flag("two_currents", two_currents, _TWO_CURRENTS)
-    record = _Record.of((ua, ub, uc, ia, ib, ic), two_currents)
-    texts = record.process(c.OPERATION_SIGNALS, hardware, flags, sampleRate=1.0)
-    return record.read(read_signals, texts, "timeSignalData", "signalData")
+    window: float | str | None = None,
+    step: float | str | None = None,
+    jobs: int = 1,
+    errors: Literal["raise", "yield"] = "raise",
+    **options: Option,
+) -> Iterator[Measurement | Error]:
+    """Measures recordings and yields the results one by one, in the order of the paths.
 
-
-def spectrum(
-    ua: Samples | None = None,
-    ub: Samples | None = None,
-    uc: Samples | None = None,
-    ia: Samples | None = None,
-    ib: Samples | None = None,
-    ic: Samples | None = None,
-    *,
-    rate: float,
-    window: Window = "rect",
-    mode: Literal[1, 2] = 1,
-    db: bool = False,
-    peaks: int = 10,
-    criterion: float | None = None,
-    two_currents: Phase | None = None,
-    hardware: bool = False,
-) -> Channels[Spectrum]:
-    """The amplitude spectrum of each channel with its largest lines.
-
-    rate       samples per second; the library assumes 10000 for six channels and 500 for voltages or currents alone,
-               any other rate gives a warning
-    mode       1: fine lines up to 1000 Hz (250 Hz for voltages or currents alone); 2: coarser lines up to rate / 2
-    db         levels in dB relative to the largest line instead of V and A
-    peaks      number of peaks wanted; without criterion at most 20
-    criterion  only peaks above this height in V, A or dB, sorted by frequency
+    window   length of the windows to measure, in s or as "10cycles"-like text of the tool (default: all of a recording)
+    step     from the start of one window to that of the next (default: their length)
+    jobs     processes that measure at the same time
+    errors   "raise" ends with the first recording that fails; "yield" gives its Error in its place and goes on
+    options  those of `rt305 measure`: nominal=60, map={"Ua": "VA"}, primary=True, settings="auto"
     """
-    if not 0 <= peaks <= 32767:
-        raise ValueError(f"peaks is {peaks}, not between 0 and 32767")
-    flags = _flag("window", window, _WINDOW) | _flag("mode", mode, _MODE) | db * c.SPECTRUM_LEVEL_DB
-    flags |= 0 if criterion is None else c.SPECTRUM_CRITERION
-    rebuilt = _flag("two_currents", two_currents, _TWO_CURRENTS)
-    record = _Record.of((ua, ub, uc, ia, ib, ic), two_currents)
-    record.check_rate(rate)
-    texts = record.process(
-        c.OPERATION_SPECTRUM,
-        hardware,
-        rebuilt,
-        sampleRate=rate,
-        spectrum_flags=flags,
-        auxMode=peaks,
-        auxValue=criterion or 0.0,
-    )
-    return record.read(read_spectra, texts, "spectrumParam", "spectrumData")
+    if errors not in ("raise", "yield"):
+        raise ValueError(f"errors is {errors!r}, not 'raise' or 'yield'")
+    names = [os.fspath(path) for path in ([paths] if isinstance(paths, (str, os.PathLike)) else paths)]
+    if bad := [name for name in names if "\n" in name or not name]:
+        raise ValueError(f"the tool cannot be given the name {bad[0]!r}")
+    own: dict[str, Option] = {"window": window, "step": step, "jobs": jobs}
+    command = ["measure", "--json-lines", "--files-from=-", *_tool.library_arguments(), *_tool.arguments(own | options)]
+    return _results(command, names, errors == "yield")
 
 
-def distortion(
-    ua: Samples | None = None,
-    ub: Samples | None = None,
-    uc: Samples | None = None,
-    ia: Samples | None = None,
-    ib: Samples | None = None,
-    ic: Samples | None = None,
-    *,
-    rate: float,
-    two_currents: Phase | None = None,
-    hardware: bool = False,
-) -> Channels[Harmonics]:
-    """The harmonics of each channel: 40 of them with six channels, 5 with voltages or currents alone.
+def _results(command: list[str], names: list[str], yields_errors: bool) -> Iterator[Measurement | Error]:
+    failed = False
+    with contextlib.ExitStack() as stack:
+        stdin = stack.enter_context(_tool.content(os.fsencode("".join(name + "\n" for name in names))))
+        try:
+            with _tool.running(command, stdin) as output:
+                for line in output:
+                    document = json.loads(line)
+                    if "error" not in document:
+                        yield Measurement(document)
+                        continue
+                    failed = True
+                    error = _tool.failure(document["error"], document["exit_code"])
+                    if not yields_errors or not isinstance(error, Error):
+                        raise error
+                    error.file = document["recording"]["file"]
+                    yield error
+        except Error:
+            if not (failed and yields_errors):  # else the exit code tells of the failures that were yielded
+                raise
 
-    rate  as for spectrum()
-    """
-    flags = _flag("two_currents", two_currents, _TWO_CURRENTS)
-    record = _Record.of((ua, ub, uc, ia, ib, ic), two_currents)
-    record.check_rate(rate)
-    texts = record.process(c.OPERATION_DISTORTION, hardware, flags, sampleRate=rate)
-    return record.read(read_harmonics, texts, "paramDataThd", "thdData")
+
+def to_pandas(results: Iterable[Measurement]) -> pandas.DataFrame:
+    """A table of one row for each result: file, station, time, start, then every figure (see Measurement.to_row)."""
+    import pandas
+
+    return pandas.DataFrame([result.to_row() for result in results])

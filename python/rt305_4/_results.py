@@ -5,25 +5,15 @@ from __future__ import annotations
 import json
 from collections.abc import Iterator, Mapping
 from dataclasses import dataclass
-from typing import Any, Protocol, TypeVar
+from typing import Any, TypeVar
 
 import numpy as np
 
 from ._interface import PARAMETER_UNITS, ParameterFields
 from ._library import Values
+from ._tables import Columns, Table
 
-Columns = dict[str, list[Any]]
-
-
-class _Columned(Protocol):
-    def to_dict(self) -> Columns: ...
-
-
-Result = TypeVar("Result", bound=_Columned)
-
-
-def _row_by_row(columns: Columns) -> list[dict[str, Any]]:
-    return [dict(zip(columns, row)) for row in zip(*columns.values())]
+Result = TypeVar("Result", bound=Table)
 
 
 def _values(numbers: list[float | None]) -> Values:
@@ -43,7 +33,7 @@ def _rows(text: str, table: str) -> list[dict[str, Any]]:
 
 
 @dataclass(frozen=True)
-class Parameters(ParameterFields):
+class Parameters(Table, ParameterFields):
     """The 35 electrical parameters of six channels, by the names of the library: docs/results.md explains them."""
 
     @staticmethod
@@ -57,13 +47,9 @@ class Parameters(ParameterFields):
         values = [getattr(self, name) for name in names]
         return {"name": names, "value": values, "unit": list(PARAMETER_UNITS.values())}
 
-    def to_records(self) -> list[dict[str, Any]]:
-        """The same row by row."""
-        return _row_by_row(self.to_dict())
-
 
 @dataclass(frozen=True, eq=False)
-class Signal:
+class Signal(Table):
     """The conditioned samples of one channel, without their mean, in V or A."""
 
     channel: str
@@ -86,7 +72,7 @@ class Signal:
 
 
 @dataclass(frozen=True, eq=False)
-class Spectrum:
+class Spectrum(Table):
     """The amplitude spectrum of one channel: value[k] at frequency[k], and its largest lines."""
 
     channel: str
@@ -108,7 +94,7 @@ class Spectrum:
 
 
 @dataclass(frozen=True, eq=False)
-class Harmonics:
+class Harmonics(Table):
     """The harmonics of one channel, the fundamental first. NaN: not measured."""
 
     channel: str
@@ -126,7 +112,7 @@ class Harmonics:
         }
 
 
-class Channels(Mapping[str, Result]):
+class Channels(Table, Mapping[str, Result]):
     """Results of the measured channels: "Va", "Vb", "Vc", then "Ia", "Ib", "Ic"."""
 
     def __init__(self, results: dict[str, Result]) -> None:
@@ -151,10 +137,6 @@ class Channels(Mapping[str, Result]):
             for name, values in result.to_dict().items():
                 columns.setdefault(name, []).extend(values)
         return columns
-
-    def to_records(self) -> list[dict[str, Any]]:
-        """The same row by row."""
-        return _row_by_row(self.to_dict())
 
 
 def read_parameters(text: str) -> Parameters:

@@ -8,12 +8,12 @@ import unittest
 import numpy as np
 
 import rt305_4
-from rt305_4 import _interface, _measurement
+from rt305_4 import _interface, _operations
 from three_phase import sine, system
 
 
 def measure(channels, **options):
-    return rt305_4.measure(*channels, rate=10000, **options)
+    return rt305_4.parameters(*channels, rate=10000, **options)
 
 
 class Parameters(unittest.TestCase):
@@ -81,7 +81,7 @@ class ByChannel(unittest.TestCase):
 class Arguments(unittest.TestCase):
     def test_contiguous_doubles_are_not_copied(self):
         samples = sine(100, 1.0)
-        self.assertTrue(np.shares_memory(_measurement._row("ua", samples[10:]), samples))
+        self.assertTrue(np.shares_memory(_operations.row_of("ua", samples[10:]), samples))
 
     def test_others_are_converted(self):
         six = [np.round(1000 * channel) for channel in system()]
@@ -109,7 +109,7 @@ class Arguments(unittest.TestCase):
                 call()
 
     def test_other_rates_give_a_warning(self):
-        with self.assertWarnsRegex(UserWarning, "500 samples a second, not 10000") as caught:
+        with self.assertWarnsRegex(rt305_4.RateWarning, "500 samples a second, not 10000") as caught:
             rt305_4.distortion(*system()[:3], rate=10000)
         self.assertEqual(caught.filename, __file__)
 
