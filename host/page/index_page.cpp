@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::array<const char*, 8> quantities{"U", "I", "f", "P", "Q1", "PF", "THD_U", "THD_I"};
 
-/// The total of a quantity, or its phases with slashes between them; "-" where all are missing.
+/// The total of a quantity, or its phases below each other; "-" where all are missing. As HTML.
 std::string figuresOf(const std::vector<SummaryRow>& summary, const char* key) {
     const auto row =
         std::find_if(summary.begin(), summary.end(), [key](const SummaryRow& known) { return known.key == key; });
@@ -23,24 +23,27 @@ std::string figuresOf(const std::vector<SummaryRow>& summary, const char* key) {
         return "";
     }
     const auto [figures, unit] = textsOf(*row);
-    if (row->figures[0]) {
-        return figures[0] == "-" ? figures[0] : figures[0] + " " + unit;
-    }
-    std::string phases;
+    std::string lines;
     bool isMissing = true;
-    for (std::size_t i = 1; i < figures.size(); ++i) {
+    for (std::size_t i = row->figures[0] ? 0 : 1; i < (row->figures[0] ? 1 : figures.size()); ++i) {
         isMissing = isMissing && (figures[i].empty() || figures[i] == "-");
-        phases += (phases.empty() || figures[i].empty() ? "" : " / ") + figures[i];
+        lines += (lines.empty() || figures[i].empty() ? "" : "<br>") + figures[i];
+        lines += figures[i].empty() || unit.empty() ? "" : " " + unit;
     }
-    return isMissing ? "-" : phases + " " + unit;
+    return isMissing ? "-" : lines;
 }
 
-/// The number of events, and the kind of the first.
 std::string eventsOf(const std::optional<QualityResults>& quality) {
     if (!quality) {
         return "";
     }
     return quality->events.empty() ? "none" : std::to_string(quality->events.size());
+}
+
+/// The first clause of a remark.
+std::string briefly(const std::string& remark) {
+    const std::size_t end = remark.find(';');
+    return end == std::string::npos ? remark : remark.substr(0, end) + ".";
 }
 
 std::string cell(const std::string& text, std::string_view attributes = "") {
@@ -54,14 +57,13 @@ std::string indexRow(const std::string& pageName, const std::string& file, const
                      const std::string& remark) {
     const std::string link = element("a", "href=\"" + escaped(linkTo(pageName)) + '"', escaped(file));
     std::string cells = element("th", R"(scope="row")", link);
-    for (const std::string& text : {document.recording.station, document.recording.start}) {
-        cells += cell(text, R"(class="text")");
-    }
+    const std::string second = document.recording.start.substr(0, document.recording.start.find('.'));
+    cells += cell(document.recording.station, R"(class="text")") + cell(second, R"(class="text time")");
     cells += cell(formatNumber(document.recording.durationSeconds, 4) + " s");
     for (const char* const key : quantities) {
-        cells += cell(figuresOf(summary, key));
+        cells += element("td", "", figuresOf(summary, key));
     }
-    return element("tr", "", cells + cell(eventsOf(quality)) + cell(remark, R"(class="text long")"));
+    return element("tr", "", cells + cell(eventsOf(quality)) + cell(briefly(remark), R"(class="text long")"));
 }
 
 std::string indexRowOfFailure(const std::string& file, const std::string& reason) {
@@ -74,9 +76,10 @@ std::string indexRowOfFailure(const std::string& file, const std::string& reason
 
 std::string indexPage(const std::string& rows, const PageTexts& texts) {
     std::string head;
-    for (const char* const heading : {"File", "Station", "Start", "Length", "U", "I", "f", "P", "Q1", "PF", "THD of U",
-                                      "THD of I", "Events", "First remark"}) {
-        head += element("th", R"(scope="col")", heading);
+    for (const std::string_view heading : {"File", "Station", "Start", "Length", "U", "I", "f", "P", "Q1", "PF",
+                                           "THD of U", "THD of I", "Events", "First remark"}) {
+        const bool ofText = heading == "Station" || heading == "Start" || heading == "First remark";
+        head += element("th", ofText ? R"(class="text" scope="col")" : R"(scope="col")", heading);
     }
     const std::string title = texts.title.empty() ? "Measurements" : texts.title;
     const std::string style = styleFor(title) + "@page { size: landscape; }\n";

@@ -71,9 +71,10 @@ std::string withoutFolder(std::string message, const Recording& recording) {
     return message;
 }
 
-/// As a sentence of its own.
+/// As a sentence of its own. The name of a file at its begin stays as it is.
 std::string asSentence(std::string text) {
-    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
+    const std::string_view word = std::string_view(text).substr(0, text.find(' '));
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z' && word.find_first_of(".:") == std::string_view::npos) {
         text[0] = static_cast<char>(text[0] - 'a' + 'A');
     }
     return text + (text.empty() || text.back() == '.' ? "" : ".");
