@@ -80,10 +80,14 @@ class Measurement(Table, Mapping[str, Any]):
         facts = {"file": self.file, "station": self["recording"]["station"], "time": self.time, "start": self.start}
         return facts | {"_".join((r["table"], r["quantity"], r["column"])): r["value"] for r in self.to_records()}
 
-    def __repr__(self) -> str:
+    @property
+    def _caption(self) -> str:
         measured = self["measured"]
         duration = measured["samples"] / measured["rate"]
-        return f"<Measurement of {self.file}: {measured['content']}, {duration:g} s from {self.start:g} s>"
+        return f"{self.file}: {measured['content']}, {duration:g} s from {self.start:g} s"
+
+    def __repr__(self) -> str:
+        return f"<Measurement of {self._caption}>"
 
 
 def _sound(channels: Mapping[str, ArrayLike]) -> memoryview:

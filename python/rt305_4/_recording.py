@@ -149,7 +149,9 @@ class Recording(Table, Mapping[str, Values]):
         return len(self._columns)
 
     def measure(self, **options: Option) -> Measurement:
-        """The figures of the segment: measure_files() of this one file, with the same options."""
+        """The figures of the segment: measure_files() of this one file, with the same options except for windows."""
+        if "window" in options:
+            raise TypeError("measure_files() measures windows")
         given: dict[str, Any] = self._reading | {"segment": self.segment.number} | options
         (result,) = measure_files(self.file, **given)
         assert isinstance(result, Measurement)
@@ -169,9 +171,13 @@ class Recording(Table, Mapping[str, Values]):
         keys = ("unit", "channel", "minimum", "maximum", "mean")
         return {"name": list(self)} | {key: [column[key] for column in self._columns] for key in keys}
 
+    @property
+    def _caption(self) -> str:
+        facts = [str(fact) for fact in (self.station, self.start) if fact]
+        return f"{self.file}: {', '.join([*facts, f'{self.segment.samples} samples at {self.rate:g} Hz'])}"
+
     def __repr__(self) -> str:
-        samples = f"{self.segment.samples} samples at {self.rate:g} Hz"
-        return f"<Recording {self.file}: {', '.join(self)}; {samples}>"
+        return f"<Recording {self._caption}; {len(self)} columns>"
 
 
 def _fixed(values: Values) -> Values:

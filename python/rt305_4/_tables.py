@@ -20,6 +20,11 @@ def _cell(value: Any) -> str:
 class Table:
     """A result with named columns of equal length."""
 
+    @property
+    def _caption(self) -> str:
+        """The heading of the table in a notebook."""
+        return ""
+
     def to_dict(self) -> Columns:
         """The columns by name."""
         raise NotImplementedError
@@ -42,4 +47,5 @@ class Table:
         lines = ["".join(f"<td>{_cell(value)}</td>" for value in row) for row in rows[:_ROWS_SHOWN]]
         more = f"<p>and {len(rows) - _ROWS_SHOWN} rows more</p>" if len(rows) > _ROWS_SHOWN else ""
         heading = "".join(f"<th>{escape(name)}</th>" for name in columns)
-        return f"<table><tr>{heading}</tr>{''.join(f'<tr>{line}</tr>' for line in lines)}</table>{more}"
+        caption = f"<caption>{escape(self._caption)}</caption>" if self._caption else ""
+        return f"<table>{caption}<tr>{heading}</tr>{''.join(f'<tr>{line}</tr>' for line in lines)}</table>{more}"

@@ -72,6 +72,7 @@ class Measurements(unittest.TestCase):
         self.assertEqual(good[-1].time, datetime(2023, 7, 27, 9, 19, 53, 356666))
         row = good[0].to_row()
         self.assertEqual((row["file"], row["parameters_phase_voltage_b"]), (str(SAMPLE), good[0]["parameters"]["phase_voltage"]["b"]))
+        self.assertRegex(good[0]._repr_html_(), "<caption>.*sample.csv: .*<td>phase_voltage</td><td>a</td><td>230")
         next(iterator := rt305_4.measure_files([SAMPLE] * 1000))
         iterator.close()
         self.assertRaises(ChildProcessError, os.waitpid, -1, os.WNOHANG)
