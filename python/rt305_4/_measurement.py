@@ -147,7 +147,7 @@ def measure_files(
 ) -> Iterator[Measurement | Error]:
     """Measures recordings and yields the results one by one, in the order of the paths.
 
-    window   length of the windows to measure, in s or as "10cycles"-like text of the tool (default: all of a recording)
+    window   length of the windows to measure, in s or as text such as "200ms" (default: all of a recording)
     step     from the start of one window to that of the next (default: their length)
     jobs     processes that measure at the same time
     errors   "raise" ends with the first recording that fails; "yield" gives its Error in its place and goes on
