@@ -211,13 +211,16 @@ private:
         hasWritten_ = hasWritten_ || !content.empty();
         const int exitCode =
             isComplete
-                ? WEXITSTATUS(status) - completedMark
+                ? WEXITSTATUS(status) & ~(completedMark | stopsBatch)
                 : work_.fail(job.name,
                              WIFSIGNALED(status) ? "the process that measured it was ended by signal " +
                                                        std::to_string(WTERMSIG(status))
                                                  : "the process that measured it ended early, as when memory runs out",
                              ExitCode::environment);
         flushStdout();
+        if (isComplete && (WEXITSTATUS(status) & stopsBatch) != 0) {
+            failEnvironment("the run ends, as results cannot be written");
+        }
         return exitCode;
     }
 
@@ -236,7 +239,7 @@ int runBatch(const NextName& next, std::size_t total, std::size_t jobs, const Wo
     Jobs processes(work, jobs, tally);
     while (const auto name = next()) {
         if (total == 1) {
-            tally.add(*name, work.run(*name));
+            tally.add(*name, work.run(*name) & ~stopsBatch);
         } else {
             processes.start(*name);
         }

@@ -85,6 +85,7 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
     }
     const Library library(options.library);
     ResultDocument document = documentOf(recording, measurement, library.version());
+    document.options = options.given;
     if (const std::string remark = remarkOnTexts(measurement, operation == RT305_4_OPERATION_SPECTRUM);
         options.form == OutputForm::raw && !remark.empty()) {
         note(remark);
@@ -126,8 +127,9 @@ ReadOptions readOptionsOf(const MeasureOptions& options) {
 
 void showRecording(const MeasureOptions& options) {
     const Recording recording = read(options);
-    std::cout << (options.form == OutputForm::json ? recordingDocument(recording, options.settings.columns)
-                                                   : reportRecording(recording, options.settings.columns));
+    std::cout << (options.form == OutputForm::json
+                      ? recordingDocument(recording, options.settings.columns, options.given)
+                      : reportRecording(recording, options.settings.columns));
 }
 
 void showParameters(const MeasureOptions& options) {

@@ -25,6 +25,7 @@ struct MeasureOptions {
     std::string library;       // the library file; empty: searched for
     std::string settingsFile;  // "auto": .rt305.toml; empty: none
     OutputForm form = OutputForm::text;
+    GivenOptions given;  // for JSON
 };
 
 /// How to read the recording for the form of output: JSON has the checksums of files.
@@ -43,14 +44,21 @@ struct FileOptions {
     bool isMany() const { return files.size() > 1 || !filesFrom.empty(); }
 };
 
+/// A command that writes documents about many files.
+struct DocumentOptions : FileOptions {
+    std::string outputFolder;    // for a file of results of each recording; empty: stdout
+    bool force = false;          // also measure what has a result there
+    bool retriesFailed = false;  // measure the files that failed there
+};
+
 /// Full measurements of many files and windows.
-struct BatchOptions : FileOptions {
+struct BatchOptions : DocumentOptions {
     double windowSeconds = 0.0;  // 0: the whole recording at once
     double stepSeconds = 0.0;    // from the start of one window to the next; 0: the length of a window
 };
 
 /// Power quality of many files.
-struct QualityOptions : FileOptions {
+struct QualityOptions : DocumentOptions {
     QualityChoice choice{};
     std::string limitsFile;  // empty: no verdict
     QualityRows rows = QualityRows::cycles;
@@ -84,9 +92,9 @@ struct CheckOptions {
 void showRecording(const MeasureOptions& options);
 
 /// Reports the failures of single files itself. Returns the exit code.
-int measureEverything(const BatchOptions& options);
-int analyseQuality(const QualityOptions& options);
-int writeReports(const ReportOptions& options);
+int measureEverything(BatchOptions options);
+int analyseQuality(QualityOptions options);
+int writeReports(ReportOptions options);
 
 void showParameters(const MeasureOptions& options);
 void showSignals(const MeasureOptions& options);

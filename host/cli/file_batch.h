@@ -10,10 +10,8 @@
 
 namespace rt305 {
 
-/// Runs the work, which may throw, for each file in the command line and in the list of names: see runBatch(). Reports
-/// failures, for --json-lines as a line of their own, and returns the exit code. Fails on options that contradict each
-/// other. `hasManyDocuments`: each file or the only one gives more than one document.
-int runFiles(const FileOptions& options, bool hasManyDocuments, const std::function<void(const std::string&)>& work);
+/// Fails on files that contradict each other or other options.
+void checkFiles(const FileOptions& options);
 
 /// What a batch does with its files, several in processes of their own.
 struct FileWork {
@@ -23,6 +21,9 @@ struct FileWork {
         failed;                     // what to write in place of the output
     std::ostream& out = std::cout;  // receives the outputs of several files
 };
+
+/// Runs the work, which may throw, for each file in the command line and in the list of names: see runBatch(). Reports
+/// failures, and returns the exit code.
 int runFiles(const FileOptions& options, const FileWork& work);
 
 }  // namespace rt305

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <type_traits>
 
 #include "base/failure.h"
 #include "base/terminal.h"
@@ -103,12 +104,23 @@ struct CommandLine {
     std::string helped;
 };
 
+/// Of the commands that write JSON.
+template <class Options>
+void keepGiven(const GivenOptions& given, Options& options) {
+    if constexpr (std::is_base_of_v<FileOptions, Options>) {
+        options.each.given = given;
+    } else if constexpr (std::is_same_v<Options, MeasureOptions>) {
+        options.given = given;
+    }
+}
+
 template <class Run, class Options>
 CLI::App& addCommand(CLI::App& app, const char* name, const char* help, Run run, Options& options) {
     CLI::App* const added = app.add_subcommand(name, help);
     added->get_help_ptr()->group("Help");
     added->final_callback([run, added, &options] {
         applySettings(*added);
+        keepGiven(givenOptions(*added), options);
         run(options);
     });
     return *added;

@@ -5,7 +5,7 @@
 
 #include "base/failure.h"
 #include "base/terminal.h"
-#include "cli/file_batch.h"
+#include "cli/document_batch.h"
 #include "cli/messages.h"
 #include "cli/progress.h"
 #include "measuring/full_measurement.h"
@@ -24,22 +24,23 @@ namespace {
 /// Measures recordings, and writes a document for each window of a recording.
 class Measurer {
 public:
-    explicit Measurer(const BatchOptions& options)
-        : options_(options), isOneOfMany_(options.isMany()), library_(options.each.library) {}
+    explicit Measurer(const BatchOptions& options) : options_(options), library_(options.each.library) {}
 
-    void measure(const std::string& file) {
-        Recording recording = readShowingProgress(file, readOptionsOf(options_.each));
+    std::string libraryVersion() const { return library_.version(); }
+
+    void measure(DocumentRun& run) {
+        Recording recording = run.read();
         std::optional<Activity> activity(std::in_place, "preparing the samples");
         const FullMeasurement full = prepare(recording, options_.each.settings);
         activity.reset();
-        const std::string prefix = isOneOfMany_ ? file + ": " : "";
-        const auto warnPrefixed = [&prefix](const Remark& warning) { warn(prefix + warning.text); };
-        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
-        std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
+        run.known = factsOf(recording, full.measurement.settings.segment, full.measurement.nominalHz);
+        const auto warnOf = [&run](const Remark& warning) { run.warnOf(warning); };
+        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnOf);
+        std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnOf);
         if (!full.isSteady()) {
-            warnPrefixed(full.unsteadiness);
+            run.warnOf(full.unsteadiness);
         }
-        if (!isOneOfMany_) {
+        if (!run.isOneOfMany) {
             std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
             if (const std::string remark = remarkOnTexts(full.measurement, false);
                 options_.each.form == OutputForm::raw && !remark.empty()) {
@@ -47,13 +48,13 @@ public:
             }
         }
         if (options_.windowSeconds == 0.0) {
-            return writeOne(recording, full);
+            return writeOne(recording, full, *run.out);
         }
         const double step = options_.stepSeconds > 0.0 ? options_.stepSeconds : options_.windowSeconds;
         const std::size_t windows = countWindows(full.measurement, step, recording.source);
-        Progress progress("windows", windows, !isOneOfMany_);
-        for (std::size_t i = 0; i < windows && std::cout; ++i) {
-            writeOne(recording, windowOf(full, static_cast<double>(i) * step, options_.windowSeconds));
+        Progress progress("windows", windows, !run.isOneOfMany);
+        for (std::size_t i = 0; i < windows && *run.out; ++i) {
+            writeOne(recording, windowOf(full, static_cast<double>(i) * step, options_.windowSeconds), *run.out);
             progress.show(i + 1);
         }
     }
@@ -72,21 +73,22 @@ private:
         return static_cast<std::size_t>(left / step) + 1;
     }
 
-    void writeOne(const Recording& recording, const FullMeasurement& full) {
+    void writeOne(const Recording& recording, const FullMeasurement& full, std::ostream& out) {
         const OutputForm form = options_.each.form;
         if (form == OutputForm::text && documents_++ > 0) {
-            std::cout << '\n';
+            out << '\n';
         }
         std::optional<Activity> activity(std::in_place, "measuring");
         const SignalTexts signalTexts = form == OutputForm::raw ? SignalTexts::wanted : SignalTexts::notWanted;
         ResultDocument document = fullDocument(recording, full, measureAll(full, library_, signalTexts));
+        document.options = options_.each.given;
         const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
         if (!events.empty()) {
             document.remarks.push_back(events);
         }
         activity.reset();
-        write(document, form, styled_, std::cout);
-        std::cout.flush();
+        write(document, form, styled_, out);
+        out.flush();
     }
 
     /// A remark when there were events; empty when there were none.
@@ -99,7 +101,6 @@ private:
     }
 
     const BatchOptions& options_;
-    bool isOneOfMany_;
     Library library_;
     bool styled_ = stdoutTakesStyle();
     std::size_t documents_ = 0;
@@ -113,12 +114,16 @@ void checkWindows(const BatchOptions& options) {
 
 }  // namespace
 
-int measureEverything(const BatchOptions& options) {
+int measureEverything(BatchOptions options) {
     checkWindows(options);
+    prepareFiles(options, "measure");
     Measurer measurer(options);
     writeHeading(options.each.form, {.figures = figuresOfFullDocument()}, std::cout);
-    return runFiles(options, options.isMany() || options.windowSeconds > 0.0,
-                    [&measurer](const std::string& file) { measurer.measure(file); });
+    return runDocuments(options, {.command = "measure",
+                                  .library = measurer.libraryVersion(),
+                                  .options = options.each.given,
+                                  .hasManyDocuments = options.isMany() || options.windowSeconds > 0.0,
+                                  .run = [&measurer](DocumentRun& run) { measurer.measure(run); }});
 }
 
 }  // namespace rt305

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <set>
 #include <span>
 #include <type_traits>
 
@@ -298,13 +299,27 @@ void addCommonOptions(CLI::App& command, MeasureOptions& options, UsesLibrary us
 
 void addFileOptions(CLI::App& command, FileOptions& options) {
     command.option_defaults()->group("Input");
-    command.add_option("FILE", options.files, fileHelp)->type_name("");
+    command.add_option("FILE", options.files, std::string(fileHelp) + "; a folder or a quoted pattern: all in it")
+        ->type_name("");
     command
         .add_option("--files-from", options.filesFrom,
                     "also measure the files listed in this one, one a line; - reads the list from stdin")
         ->type_name("FILE");
     addNumberOption(command, "--jobs", options.jobs, "number of processes that measure files at the same time", 1.0,
                     1024.0, "N");
+}
+
+/// Results in a folder.
+void addFolderOptions(CLI::App& command, DocumentOptions& options) {
+    command.option_defaults()->group("Output");
+    command
+        .add_option(
+            "--output-folder", options.outputFolder,
+            "write JSON lines into a file of this folder for each recording, unless it is there, and a manifest")
+        ->type_name("DIR");
+    command.add_flag("--force", options.force, "measure recordings again whose results are in the output folder");
+    command.add_flag("--retry-failed", options.retriesFailed,
+                     "measure the files that failed according to the manifest in the output folder");
 }
 
 /// The declared voltage, the thresholds of events and the lamp.
@@ -340,6 +355,21 @@ void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
 }
 
 }  // namespace
+
+GivenOptions givenOptions(const CLI::App& command) {
+    static const std::set<std::string> files{"--settings", "--library", "--dat"};
+    static const std::set<std::string> groups{"Input", "Output", "Help", ""};
+    GivenOptions given;
+    for (const CLI::Option* const option : command.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() > 0 && files.count(name) == 0 && groups.count(option->get_group()) == 0) {
+            const bool isSwitch = option->get_items_expected_max() == 0;
+            given.emplace_back(name.substr(2), isSwitch ? "" : CLI::detail::join(option->results(), ","));
+        }
+    }
+    std::sort(given.begin(), given.end());
+    return given;
+}
 
 void addRecordingOptions(CLI::App& command, MeasureOptions& options) {
     command.option_defaults()->group("Input");
@@ -383,6 +413,7 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
     addCommonOptions(command, options.each);
     addSteadyPartOptions(command, options.each.settings);
     addFormOptions(command, options.each.form);
+    addFolderOptions(command, options);
     command.option_defaults()->group("Measurement");
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);
@@ -405,6 +436,7 @@ void addQualityOptions(CLI::App& command, QualityOptions& options) {
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each, UsesLibrary::no);
     addFormOptions(command, options.each.form, qualityForms);
+    addFolderOptions(command, options);
     command.option_defaults()->group("Measurement");
     addWiringOption(command, options.each.settings);
     addTwoCurrentsOption(command, options.each.settings.flags);

@@ -9,6 +9,9 @@ namespace rt305 {
 
 /// The options of the subcommands. Each function adds to a command the options that fill in the given settings.
 
+/// The options of a command that decide on its figures, as given: not those for files, the library and output.
+GivenOptions givenOptions(const CLI::App& command);
+
 void addRecordingOptions(CLI::App& command, MeasureOptions& options);  // the file and how it is read
 void addInfoOptions(CLI::App& command, MeasureOptions& options);
 void addMeasureOptions(CLI::App& command, MeasureOptions& options);  // of all commands for a single operation

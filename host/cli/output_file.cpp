@@ -110,14 +110,13 @@ std::string withoutLinks(const std::string& file) {
     return path.string();
 }
 
-/// The mode of a new file: all may read and write it, except for the bits of the process's mask.
+}  // namespace
+
 mode_t modeOfNewFile() {
     const mode_t mask = umask(0);
     umask(mask);
     return 0666U & ~mask;
 }
-
-}  // namespace
 
 void refuseInputAsOutput(const std::string& target, const std::vector<SourceFile>& inputs) {
     const auto output = target.empty() ? std::nullopt : statusOf(target);

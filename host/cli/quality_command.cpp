@@ -5,9 +5,10 @@
 #include <iostream>
 #include <iterator>
 
+#include "base/checksum.h"
 #include "base/failure.h"
 #include "base/terminal.h"
-#include "cli/file_batch.h"
+#include "cli/document_batch.h"
 #include "cli/messages.h"
 #include "measuring/full_measurement.h"
 #include "output/quality_document.h"
@@ -21,16 +22,17 @@ namespace {
 /// Analyses recordings one after the other.
 class QualityWork {
 public:
-    explicit QualityWork(const QualityOptions& options)
-        : options_(options), limits_(options.limitsFile.empty() ? LimitSet{} : readLimits(options.limitsFile)) {}
+    QualityWork(const QualityOptions& options, LimitSet limits) : options_(options), limits_(std::move(limits)) {}
 
-    void operator()(const std::string& file) const {
+    void operator()(DocumentRun& run) const {
         const MeasureOptions& each = options_.each;
-        Recording recording = readShowingProgress(file, readOptionsOf(each));
+        Recording recording = run.read();
         const RecordedPhases phases = recordedPhases(recording, each.settings);
-        report({recording.warnings.begin(), recording.warnings.end()}, file);
-        report(phases.measurement.warnings, file);
-        if (!options_.isMany()) {
+        run.known = factsOf(recording, phases.measurement.settings.segment, phases.measurement.nominalHz);
+        const auto warnOf = [&run](const Remark& warning) { run.warnOf(warning); };
+        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnOf);
+        std::for_each(phases.measurement.warnings.begin(), phases.measurement.warnings.end(), warnOf);
+        if (!run.isOneOfMany) {
             std::for_each(phases.measurement.notes.begin(), phases.measurement.notes.end(), note);
         }
         if (const std::string obstacle = obstacleToQuality(phases.measurement); !obstacle.empty()) {
@@ -43,17 +45,17 @@ public:
                 recording.source +
                 ": the voltages are dead or have gaps, so events have nothing to compare with; give --declared V");
         }
-        QualityDocument document{
-            .recording = factsOf(recording, phases.measurement.settings.segment, phases.measurement.nominalHz),
-            .content = contentOf(phases.measurement),
-            .isDeclaredKnown = options_.choice.settings.declaredVolts > 0.0,
-            .limits = limits_};
+        QualityDocument document{.recording = run.known,
+                                 .options = each.given,
+                                 .content = contentOf(phases.measurement),
+                                 .isDeclaredKnown = options_.choice.settings.declaredVolts > 0.0,
+                                 .limits = limits_};
         document.warnings = recording.warnings;
         for (const Remark& warning : phases.measurement.warnings) {
             document.warnings.push_back(warning.text);
         }
         if (each.form == OutputForm::csv || each.form == OutputForm::jsonLines) {
-            QualityRowWriter writer(file, options_.rows, each.form, settings, std::cout);
+            QualityRowWriter writer(document, options_.rows, each.form, settings, *run.out);
             document.results = analyse(phases.measurement.samples, settings, KeepTraces::no, writer.listener());
             document.verdicts = judge(limits_, document.results);
             writer.finish(document);
@@ -61,38 +63,52 @@ public:
             document.results = analyse(phases.measurement.samples, settings, KeepTraces::no);
             document.verdicts = judge(limits_, document.results);
             document.remarks = qualityRemarks(document);
-            writeQuality(document, each.form, stdoutTakesStyle(), std::cout);
+            writeQuality(document, each.form, stdoutTakesStyle(), *run.out);
         }
-        std::cout.flush();
+        run.out->flush();
     }
 
 private:
-    static LimitSet readLimits(const std::string& file) {
-        std::ifstream stream(file, std::ios::binary);
-        const std::string text{std::istreambuf_iterator<char>(stream), {}};
-        if (!stream) {
-            failInput(file + ": " + std::strerror(errno));
-        }
-        return parseLimits(text, file);
-    }
-
-    void report(const std::vector<Remark>& warnings, const std::string& file) const {
-        const std::string prefix = options_.isMany() ? file + ": " : "";
-        std::for_each(warnings.begin(), warnings.end(), [&](const Remark& warning) { warn(prefix + warning.text); });
-    }
-
     const QualityOptions& options_;
     LimitSet limits_;
 };
 
+std::string contentOf(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(stream), {}};
+    if (!stream) {
+        failInput(file + ": " + std::strerror(errno));
+    }
+    return text;
+}
+
+/// Reads the limits, and puts the checksum of their file in the place of its folder among the options as given.
+LimitSet takeLimits(QualityOptions& options) {
+    if (options.limitsFile.empty()) {
+        return {};
+    }
+    const std::string text = contentOf(options.limitsFile);
+    for (auto& [name, value] : options.each.given) {
+        if (name == "limits") {
+            value = baseNameOf(value) + " sha256:" + checksumOf(text);
+        }
+    }
+    return parseLimits(text, options.limitsFile);
+}
+
 }  // namespace
 
-int analyseQuality(const QualityOptions& options) {
+int analyseQuality(QualityOptions options) {
     if (options.each.settings.durationCycles > 0.0) {
         failUsage("rt305 measure and rt305 report take a --duration in cycles; give it in seconds here");
     }
-    const QualityWork work(options);
-    return runFiles(options, options.isMany(), [&work](const std::string& file) { work(file); });
+    prepareFiles(options, "quality");
+    LimitSet limits = takeLimits(options);
+    const QualityWork work(options, std::move(limits));
+    return runDocuments(options, {.command = "quality",
+                                  .options = options.each.given,
+                                  .hasManyDocuments = options.isMany(),
+                                  .run = [&work](DocumentRun& run) { work(run); }});
 }
 
 }  // namespace rt305

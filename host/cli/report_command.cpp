@@ -11,6 +11,7 @@
 #include "cli/messages.h"
 #include "cli/output_file.h"
 #include "cli/progress.h"
+#include "cli/recording_names.h"
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
 #include "measuring/measure_all.h"
@@ -27,7 +28,7 @@ namespace fs = std::filesystem;
 constexpr const char* indexName = "index.html";
 
 std::string shownName(const std::string& file) {
-    return file == "-" ? "stdin" : toUtf8(fs::path(file).filename().string(), "");
+    return toUtf8(baseNameOf(file), "");
 }
 
 /// Writes the page of one recording.
@@ -85,7 +86,7 @@ std::vector<SourceFile> inputsOf(const ReportOptions& options) {
 class PageNames {
 public:
     std::string nameFor(const std::string& file) {
-        const std::string name = file == "-" ? "stdin" : fs::path(file).filename().string();
+        const std::string name = baseNameOf(file);
         const std::size_t count = ++counts_[name];
         return name + (count == 1 ? "" : "-" + std::to_string(count)) + ".html";
     }
@@ -126,7 +127,8 @@ int writeFolder(const ReportOptions& options) {
 
 }  // namespace
 
-int writeReports(const ReportOptions& options) {
+int writeReports(ReportOptions options) {
+    options.files = recordingsNamed(options.files);
     if (options.isMany() && options.output.empty()) {
         failUsage("several recordings give several pages: name a folder for them with -o");
     }

@@ -68,14 +68,12 @@ Json textsOf(const std::vector<Remark>& remarks) {
 }
 
 Json jsonOf(const ResultDocument& document) {
-    Json object{{"tool", jsonOfTool(document.library)},
-                {"recording", jsonOf(document.recording)},
-                {"measured",
-                 {{"start", document.startSeconds},
-                  {"samples", document.samples},
-                  {"rate", document.rateHz},
-                  {"content", document.content},
-                  {"settings", document.settings.empty() ? Json() : Json(document.settings)}}}};
+    Json object = originOf(document.recording, document.options, document.library);
+    object["measured"] = {{"start", document.startSeconds},
+                          {"samples", document.samples},
+                          {"rate", document.rateHz},
+                          {"content", document.content},
+                          {"settings", document.settings.empty() ? Json() : Json(document.settings)}};
     for (const ResultTable& table : document.tables) {
         if (table.isList()) {  // voltages and currents share one
             Json& list = object.emplace(table.name, Json::array()).first.value();
@@ -259,8 +257,11 @@ void write(const ResultDocument& document, OutputForm form, bool styled, std::os
     }
 }
 
-void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out) {
-    out << dumped(Json{{"recording", {{"file", file}}}, {"error", message}, {"exit_code", exitCode}}, false);
+void writeErrorLine(const FailedDocument& failed, std::ostream& out) {
+    Json line = originOf(failed.recording, failed.options, failed.library);
+    line["error"] = failed.message;
+    line["exit_code"] = failed.exitCode;
+    out << dumped(line, false);
 }
 
 }  // namespace rt305

@@ -35,6 +35,7 @@ struct FigureName {
 /// The results of one recording, or of one window of it.
 struct ResultDocument {
     RecordingFacts recording{};
+    GivenOptions options{};
     double startSeconds = 0.0;  // after the first sample of the segment
     std::size_t samples = 0;
     double rateHz = 0.0;
@@ -57,8 +58,17 @@ void writeHeading(OutputForm form, const ResultDocument& document, std::ostream&
 
 void write(const ResultDocument& document, OutputForm form, bool styled, std::ostream& out);
 
-/// The line in place of a document that could not be made: {"recording":{"file":...},"error":...,"exit_code":...}.
-void writeErrorLine(const std::string& file, const std::string& message, int exitCode, std::ostream& out);
+/// A document that could not be made.
+struct FailedDocument {
+    RecordingFacts recording;  // as far as it is known
+    GivenOptions options;
+    std::string library;
+    std::string message;
+    int exitCode;
+};
+
+/// The line in its place: {"tool":...,"recording":{"file":...},"options":...,"error":...,"exit_code":...}.
+void writeErrorLine(const FailedDocument& failed, std::ostream& out);
 
 }  // namespace rt305
 

@@ -1,5 +1,7 @@
 #include "output/json.h"
 
+#include <algorithm>
+
 #include "base/version.h"
 
 namespace rt305 {
@@ -12,12 +14,6 @@ Json orNull(const std::string& text) {
 
 Json orNull(double value) {
     return value > 0.0 ? Json(value) : Json();
-}
-
-}  // namespace
-
-std::string dumped(const Json& document, bool indented) {
-    return document.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 Json jsonOfTool(const std::string& libraryVersion) {
@@ -36,7 +32,7 @@ Json jsonOf(const RecordingFacts& facts) {
     return {{"file", facts.file},
             {"sha256", orNull(facts.checksum)},
             {"other_files", others},
-            {"format", facts.format},
+            {"format", orNull(facts.format)},
             {"station", orNull(facts.station)},
             {"recorder", orNull(facts.recorder)},
             {"start", orNull(facts.start)},
@@ -45,6 +41,25 @@ Json jsonOf(const RecordingFacts& facts) {
             {"rate", orNull(facts.rateHz)},
             {"duration", orNull(facts.durationSeconds)},
             {"nominal", orNull(facts.nominalHz)}};
+}
+
+}  // namespace
+
+std::string dumped(const Json& document, bool indented) {
+    return document.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+Json jsonOf(const GivenOptions& options) {
+    Json object = Json::object();
+    for (auto [name, value] : options) {
+        std::replace(name.begin(), name.end(), '-', '_');
+        object[name] = value.empty() ? Json(true) : Json(value);
+    }
+    return object;
+}
+
+Json originOf(const RecordingFacts& facts, const GivenOptions& options, const std::string& libraryVersion) {
+    return {{"tool", jsonOfTool(libraryVersion)}, {"recording", jsonOf(facts)}, {"options", jsonOf(options)}};
 }
 
 }  // namespace rt305

@@ -15,11 +15,12 @@ using Json = nlohmann::ordered_json;
 /// contain.
 std::string dumped(const Json& document, bool indented);
 
-/// {"name": "rt305", "version": ..., "library": ...}; without a library if none was used.
-Json jsonOfTool(const std::string& libraryVersion);
+/// What every document and every line begins with, so that its figures can be traced: the objects `tool`, with the
+/// version of the library unless that is empty, `recording`, where null is not known, and `options`.
+Json originOf(const RecordingFacts& facts, const GivenOptions& options, const std::string& libraryVersion = "");
 
-/// The object `recording` of a document; what is not known is null.
-Json jsonOf(const RecordingFacts& facts);
+/// The object `options`: {"two_currents": "b", "sqrt2": true}.
+Json jsonOf(const GivenOptions& options);
 
 }  // namespace rt305
 

@@ -112,15 +112,11 @@ Json verdictOf(const QualityDocument& document) {
 Json jsonOf(const QualityDocument& document) {
     const QualityResults& results = document.results;
     const QualitySettings& settings = results.settings;
-    Json object{{"tool", jsonOfTool("")},
-                {"recording", jsonOf(document.recording)},
-                {"measured",
-                 {{"start", settings.startSeconds},
-                  {"duration", results.durationSeconds},
-                  {"content", document.content},
-                  {"declared", settings.hasVoltages() ? Json(settings.declaredVolts) : Json()},
-                  {"intervals", results.intervals},
-                  {"flagged", results.flagged}}}};
+    Json object = originOf(document.recording, document.options);
+    object["measured"] = {
+        {"start", settings.startSeconds}, {"duration", results.durationSeconds},
+        {"content", document.content},    {"declared", settings.hasVoltages() ? Json(settings.declaredVolts) : Json()},
+        {"intervals", results.intervals}, {"flagged", results.flagged}};
     object["events"] = Json::array();
     for (const Event& event : results.events) {
         object["events"].push_back(jsonOf(event));
@@ -149,6 +145,12 @@ std::string textOf(const Cells& cells, const std::string& alignment) {
         table.add(row);
     }
     return table.text();
+}
+
+/// The text of an object up to its last brace.
+std::string openText(const Json& object) {
+    const std::string text = dumped(object, false);
+    return text.substr(0, text.rfind('}'));
 }
 
 std::string limitText(const std::optional<double>& limit) {
@@ -268,9 +270,14 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
     }
 }
 
-QualityRowWriter::QualityRowWriter(std::string file, QualityRows rows, OutputForm form, const QualitySettings& settings,
-                                   std::ostream& out)
-    : file_(std::move(file)), rows_(rows), isCsv_(form == OutputForm::csv), settings_(settings), out_(out) {
+QualityRowWriter::QualityRowWriter(const QualityDocument& document, QualityRows rows, OutputForm form,
+                                   const QualitySettings& settings, std::ostream& out)
+    : file_(document.recording.file),
+      origin_(openText(originOf(document.recording, document.options))),
+      rows_(rows),
+      isCsv_(form == OutputForm::csv),
+      settings_(settings),
+      out_(out) {
     if (rows_ == QualityRows::halfCycles) {
         keys_ = {"frequency", "rocof"};
         for (std::size_t channel = 0; channel < channelTotal; ++channel) {
@@ -292,6 +299,10 @@ QualityRowWriter::QualityRowWriter(std::string file, QualityRows rows, OutputFor
     }
 }
 
+void QualityRowWriter::writeLine(const std::string& kind, const std::string& values) {
+    out_ << origin_ << R"(,"kind":")" << kind << "\"," << std::string_view(values).substr(1);
+}
+
 void QualityRowWriter::writeRow(const std::string& kind, double start, double duration,
                                 const std::vector<double>& values, const Interval* interval) {
     if (isCsv_) {
@@ -304,7 +315,7 @@ void QualityRowWriter::writeRow(const std::string& kind, double start, double du
         out_ << '\n';
         return;
     }
-    Json line{{"recording", {{"file", file_}}}, {"kind", kind}, {"start", start}, {"duration", duration}};
+    Json line{{"start", start}, {"duration", duration}};
     if (interval != nullptr) {
         line["flagged"] = interval->isFlagged;
         line["partial"] = interval->isPartial;
@@ -314,7 +325,7 @@ void QualityRowWriter::writeRow(const std::string& kind, double start, double du
             line[keys_[i]] = values[i];
         }
     }
-    out_ << dumped(line, false);
+    writeLine(kind, dumped(line, false));
 }
 
 void QualityRowWriter::write(const HalfCycle& cycle) {
@@ -347,11 +358,10 @@ QualityListener QualityRowWriter::listener() {
     }
     if (!isCsv_) {
         listener.event = [this](const Event& event) {
-            Json line{{"recording", {{"file", file_}}}};
-            line.update(jsonOf(event));
-            line["kind"] = "event";
-            line["event"] = nameOf(event.kind);
-            out_ << dumped(line, false);
+            Json line = jsonOf(event);
+            line["event"] = line["kind"];
+            line.erase("kind");
+            writeLine("event", dumped(line, false));
         };
     }
     return listener;
@@ -359,9 +369,7 @@ QualityListener QualityRowWriter::listener() {
 
 void QualityRowWriter::finish(const QualityDocument& document) {
     if (!isCsv_ && !document.verdicts.empty()) {
-        Json line{{"recording", {{"file", file_}}}, {"kind", "verdict"}};
-        line.update(verdictOf(document));
-        out_ << dumped(line, false);
+        writeLine("verdict", dumped(verdictOf(document), false));
     }
 }
 

@@ -18,6 +18,7 @@ enum class QualityRows { halfCycles, cycles, threeSeconds, tenMinutes };
 /// The power quality of one recording.
 struct QualityDocument {
     RecordingFacts recording{};
+    GivenOptions options{};
     std::string content{};         // "voltages and currents"
     bool isDeclaredKnown = false;  // the user gave the declared voltage
     QualityResults results{};
@@ -52,20 +53,23 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
 /// Writes rows while they are measured, as CSV with a heading or as JSON lines with the events among them.
 class QualityRowWriter {
 public:
-    QualityRowWriter(std::string file, QualityRows rows, OutputForm form, const QualitySettings& settings,
-                     std::ostream& out);
+    /// Of the document only the recording and the options are used.
+    QualityRowWriter(const QualityDocument& document, QualityRows rows, OutputForm form,
+                     const QualitySettings& settings, std::ostream& out);
     QualityListener listener();
 
     /// The lines that are known at the end: the verdicts.
     void finish(const QualityDocument& document);
 
 private:
+    void writeLine(const std::string& kind, const std::string& values);
     void writeRow(const std::string& kind, double start, double duration, const std::vector<double>& values,
                   const Interval* interval);
     void write(const HalfCycle& cycle);
     void write(const Interval& interval);
 
     std::string file_;
+    std::string origin_;  // how each line of JSON begins
     QualityRows rows_;
     bool isCsv_;
     QualitySettings settings_;

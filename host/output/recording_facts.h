@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "recording/recording.h"
@@ -24,6 +25,9 @@ struct RecordingFacts {
     double durationSeconds = 0.0;
     double nominalHz = 0.0;
 };
+
+/// The options that decide on the figures, sorted by name: without "--", and the value as given. A switch has no value.
+using GivenOptions = std::vector<std::pair<std::string, std::string>>;
 
 /// The facts with the segment of that number, from 1, or without it the main one if the rate is known. `nominalHz` is
 /// that of the grid.

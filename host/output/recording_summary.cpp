@@ -164,15 +164,15 @@ std::string reportRecording(const Recording& recording, const PerChannel<std::st
            (faults.empty() ? "" : "\nNot readable as samples:\n" + faults);
 }
 
-std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns) {
-    return dumped({{"tool", jsonOfTool("")},
-                   {"recording", jsonOf(factsOf(recording, std::nullopt, recording.nominalHz))},
-                   {"samples", recording.length},
-                   {"rate_origin", recording.rateOrigin.empty() ? Json() : Json(recording.rateOrigin)},
-                   {"segments", segmentsOf(recording)},
-                   {"columns", columnsOf(recording, assignColumns(recording, chosenColumns))},
-                   {"warnings", recording.warnings}},
-                  true);
+std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns,
+                              const GivenOptions& options) {
+    Json document = originOf(factsOf(recording, std::nullopt, recording.nominalHz), options);
+    document["samples"] = recording.length;
+    document["rate_origin"] = recording.rateOrigin.empty() ? Json() : Json(recording.rateOrigin);
+    document["segments"] = segmentsOf(recording);
+    document["columns"] = columnsOf(recording, assignColumns(recording, chosenColumns));
+    document["warnings"] = recording.warnings;
+    return dumped(document, true);
 }
 
 }  // namespace rt305

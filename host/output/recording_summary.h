@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "output/recording_facts.h"
 #include "recording/channels.h"
 #include "recording/recording.h"
 
@@ -13,7 +14,8 @@ namespace rt305 {
 std::string reportRecording(const Recording& recording, const PerChannel<std::string>& chosenColumns);
 
 /// The same as a JSON document.
-std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns);
+std::string recordingDocument(const Recording& recording, const PerChannel<std::string>& chosenColumns,
+                              const GivenOptions& options);
 
 }  // namespace rt305
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <optional>
 
 #include "base/text.h"
@@ -58,17 +57,7 @@ std::string resultTable(const ResultDocument& document, std::string_view name, c
 }
 
 std::string baseName(const std::string& path) {
-    return toUtf8(std::filesystem::path(path).filename().string(), "");
-}
-
-/// A message with the names of files without their folders.
-std::string withoutFolder(std::string message, const Recording& recording) {
-    for (const auto& [file, checksum] : recording.files) {
-        if (const std::size_t at = message.find(file); at != std::string::npos) {
-            message.replace(at, file.size(), baseName(file));
-        }
-    }
-    return message;
+    return toUtf8(baseNameOf(path), "");
 }
 
 /// As a sentence of its own. The name of a file at its begin stays as it is.
@@ -94,7 +83,7 @@ PageRemarks remarksOf(const ResultDocument& document, const std::vector<Remark>&
     PageRemarks sorted;
     const auto sort = [&](const std::vector<Remark>& remarks, std::vector<std::string>& general) {
         for (const Remark& remark : remarks) {
-            std::string text = asSentence(withoutFolder(remark.text, recording));
+            std::string text = asSentence(withoutFolders(remark.text, recording));
             if (remark.text == full.unsteadiness) {
                 text += " The figures are averages over all that is measured.";
                 sorted.caveats.insert(sorted.caveats.begin(), {std::move(text), remark.topics});
@@ -219,7 +208,7 @@ Facts recordingFacts(const Recording& recording) {
     facts.insert(facts.end(), recording.facts.begin(), recording.facts.end());
     facts.emplace_back("Rate", recording.rateOrigin);
     for (const SourceFile& file : recording.files) {
-        facts.emplace_back("SHA-256 of " + (file.isStdin() ? "stdin" : baseName(file.name)), file.checksum);
+        facts.emplace_back("SHA-256 of " + baseName(file.name), file.checksum);
     }
     return facts;
 }
@@ -380,7 +369,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                                         spectrumSection(results, figures),
                                         moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
-    const std::string file = recording.source == "-" ? "stdin" : baseName(recording.source);
+    const std::string file = baseName(recording.source);
     const std::string title = texts.title.empty() ? "Measurement of " + file : texts.title;
     const std::string style = styleFor(title);
     std::string page = filled(

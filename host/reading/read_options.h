@@ -1,6 +1,7 @@
 #ifndef RT305_HOST_READING_READ_OPTIONS_H
 #define RT305_HOST_READING_READ_OPTIONS_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,9 @@ struct ReadOptions {
     bool withChecksums = false;                           // Recording::files gets them
     std::string encoding{};                               // of text that is not UTF-8
     std::string dataFile{};                               // of a COMTRADE record; empty: found beside its configuration
+
+    /// Called with all files of the recording before their content is looked at; may throw.
+    std::function<void(const std::vector<SourceFile>&)> whenRead{};
 
     /// Fails when the user named columns, but not as many as the file has.
     void requireColumnTotal(std::size_t total, const std::string& source) const {

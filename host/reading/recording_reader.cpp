@@ -77,22 +77,29 @@ std::string contentOf(const std::string& path) {
 /// Reads the files of a recording and lists them.
 class SourceFiles {
 public:
-    explicit SourceFiles(bool withChecksums) : withChecksums_(withChecksums) {}
+    explicit SourceFiles(const ReadOptions& options) : options_(options) {}
 
     /// The content of a file, "-" for stdin, decompressed. The checksum is that of the file itself.
     std::string read(const std::string& path) {
         std::string content = contentOf(path);
-        files_.push_back({path, withChecksums_ ? checksumOf(content) : ""});
+        files_.push_back({path, options_.withChecksums ? checksumOf(content) : ""});
         if (isGzip(content)) {
             return decompressed(content, path == "-" ? "stdin" : path);
         }
         return content;
     }
 
+    /// All files have been read.
+    void end() const {
+        if (options_.whenRead) {
+            options_.whenRead(files_);
+        }
+    }
+
     const std::vector<SourceFile>& all() const { return files_; }
 
 private:
-    bool withChecksums_;
+    const ReadOptions& options_;
     std::vector<SourceFile> files_{};
 };
 
@@ -154,6 +161,7 @@ Recording readComtradePair(const std::string& configurationPath, const std::stri
     const std::string headerPath = companionOf(configurationPath, ".hdr");
     std::string data = files.read(dataPath);
     const std::string header = headerPath.empty() ? "" : files.read(headerPath);
+    files.end();
     return readComtrade({configurationPath, configuration, dataPath, data, {}, header}, options, ReadText(&data));
 }
 
@@ -166,12 +174,16 @@ Recording readByContent(const std::string& path, const ReadOptions& options, Sou
     const std::string source = fromStdin ? "stdin" : path;
     std::string content = files.read(path);
     if (isSound(content)) {
+        files.end();
         return readSound(content, source, options);
     }
     convertUtf16(content, options.encoding);
     const bool isOfPair = !fromStdin && (extension == ".cfg" || isComtradeConfiguration(content));
     if (!options.dataFile.empty() && !isOfPair) {
         failUsage("--dat: " + source + " is not the .cfg file of a COMTRADE record");
+    }
+    if (!isOfPair || isComtradeFile(content)) {
+        files.end();
     }
     if (isComtradeFile(content)) {
         return readComtrade(splitComtradeFile(content, source), options, ReadText(&content));
@@ -231,7 +243,7 @@ void changeSide(Column& column, Transformer::Side side) {
 }  // namespace
 
 Recording readRecording(const std::string& path, const ReadOptions& options) {
-    SourceFiles files(options.withChecksums);
+    SourceFiles files(options);
     Recording recording = readByContent(path, options, files);
     recording.files = files.all();
     return completed(std::move(recording), options);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <limits>
 
@@ -85,6 +86,19 @@ void Recording::setRate(double rateHz, std::string origin) {
     }
     segments = {{0, length, rateHz}};
     rateOrigin = std::move(origin);
+}
+
+std::string baseNameOf(const std::string& path) {
+    return path == "-" ? "stdin" : std::filesystem::path(path).filename().string();
+}
+
+std::string withoutFolders(std::string message, const Recording& recording) {
+    for (const auto& [file, checksum] : recording.files) {
+        if (const std::size_t at = message.find(file); at != std::string::npos) {
+            message.replace(at, file.size(), baseNameOf(file));
+        }
+    }
+    return message;
 }
 
 EvenTimes evenTimesOf(const std::vector<double>& seconds, std::size_t first, std::size_t count) {

@@ -67,6 +67,12 @@ struct Recording {
     void setRate(double rateHz, std::string origin);
 };
 
+/// A path without its folders; "stdin" for "-".
+std::string baseNameOf(const std::string& path);
+
+/// A message with the names of the recording's files without their folders.
+std::string withoutFolders(std::string message, const Recording& recording);
+
 /// Evenly spaced times: row k of a run has the time start + k * period.
 struct EvenTimes {
     double start;

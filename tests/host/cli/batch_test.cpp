@@ -88,6 +88,49 @@ TEST(Batch, GivesWholeLinesOrAnErrorForEachFile) {
     }
 }
 
+TEST(Batch, AFolderHasACompleteResultForEachRecording) {
+    makeFiles();
+    const std::string into = "rt305 measure --jobs 2 --output-folder results ";
+    const std::string states = "; sed -E 's/.*\"state\":\"([a-z]*).*/\\1/' results/manifest.jsonl | tail -n ";
+    expectShown({
+        {"mkdir -p in/a/.no in/b; cp 100.csv in/a/x.csv; cp 100.csv in/a/.no; cp 200.csv in/b/x.csv; cp bad.csv in; "
+         "cp $data/relay.* in; " +
+             into + "in; ls results; ls -A results/.unfinished",
+         "rt305: 1 of 4 files failed:\n in/bad.csv\nmanifest.jsonl\nrelay-; \nx-"},
+        {"ls results | wc -l; cat results/x-*.jsonl" + phaseVoltages, "4\n; 100; 200"},
+        {"grep -ho 'file\":\"[^\"]*' results/*-*.jsonl | sort | uniq -c", " 2 file\":\"x.csv"},
+        {"cp results/*-* .; cp -r in moved; cd moved; rt305 measure --output-folder ../results '*/x.csv' 'rela*'; cd "
+         ".." +
+             states + "3; for file in *-*.jsonl; do cmp $file results/$file; done",
+         "skipped\nskipped\nskipped\n"},
+        {into + "--force in/a" + states + "1; cmp x-*.jsonl results 2>&-; ls results | wc -l", "done\n; 4\n"},
+        {into + "--window 0.1s in/a/x.csv; cat results/*.jsonl | grep -c '\"options\":{\"window\":\"0.1s\"}'", "5\n"},
+        {"rt305 quality --output-folder results in/a; cat results/x-*.jsonl | grep -c '\"kind\":\"cycles\"'", "2\n"},
+        {"cp 300.csv in/bad.csv; printf '{\"half a li' >> results/manifest.jsonl; " + into + "--retry-failed" + states +
+             "1; " + into + "--retry-failed; echo $?",
+         "done\n0\n"},
+        {into + "--csv in", "--output-folder takes JSON lines", 2},
+        {into + "--retry-failed in", "give no FILE", 2},
+        {"rt305 measure --force in", "give --output-folder", 2},
+        {"rt305 measure --output-folder 100.csv in", "100.csv: Not a directory", 5},
+        {"mkdir none; rt305 measure none", "none: no recordings in this folder", 3},
+        {"yes 100.csv | head -n 99 > list; rm -r results; (ulimit -f 1; " + into +
+             "--files-from list | wc -l); ls results",
+         "rt305: the run ends, as results cannot be written"},
+    });
+}
+
+TEST(Batch, AFolderIsTheSameAfterAnyInterruption) {
+    makeFiles();
+    expectShown({
+        {"rt305 measure --window 10ms --output-folder whole ?00.csv; for time in 05 1 15 2 3 4 5; do "
+         "timeout -s KILL 0.$time rt305 measure --jobs 2 --window 10ms --output-folder cut ?00.csv 2>&-; ls cut/*-* "
+         "2>&- | xargs -r -n 1 sh -c 'cmp whole/${0#cut/} $0'; done; rt305 measure --window 10ms --output-folder cut "
+         "?00.csv; rm cut/manifest.jsonl whole/manifest.jsonl; diff -r whole cut && echo same; cat cut/*-* | wc -l",
+         "same\n150"},
+    });
+}
+
 TEST(Batch, AListThatCannotBeReadIsAnError) {
     makeFiles();
     expectShown({
