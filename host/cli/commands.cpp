@@ -16,6 +16,7 @@
 #include "measuring/full_measurement.h"
 #include "measuring/library.h"
 #include "measuring/measured_results.h"
+#include "measuring/thd_gate.h"
 #include "output/recording_summary.h"
 #include "output/remarks.h"
 #include "output/result_tables.h"
@@ -146,7 +147,8 @@ void showParameters(const MeasureOptions& options) {
     ResultDocument& document = result.document;
     document.settings = describeMethods(result.measurement);
     document.tables.push_back(parameterTable(parameters));
-    document.remarks = remarksOn(parameters, result.measurement, result.measurement.powerFlag());
+    document.remarks =
+        remarksOn(parameters, result.measurement, cyclesOf(result.measurement), result.measurement.powerFlag());
     if (std::isnan(parameterNamed(parameters, "Pf").value) && result.measurement.isCombined()) {
         document.remarks.emplace_back("No power factors: this library does not compute them; rt305 measure does.");
     }
@@ -178,7 +180,7 @@ void showSpectra(const MeasureOptions& options) {
 void showHarmonics(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
     result.warnOfChange();
-    if (const std::string remark = remarkOnLength(result.measurement); !remark.empty()) {
+    if (const std::string remark = remarkOnLength(result.measurement, cyclesOf(result.measurement)); !remark.empty()) {
         result.warnAndKeep(remark);
     }
     ResultTexts texts = result.texts(RT305_4_OPERATION_DISTORTION);

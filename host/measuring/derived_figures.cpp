@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "base/sum.h"
 #include "signal/effective_power.h"
 
 namespace rt305 {
@@ -18,12 +19,9 @@ constexpr TotalAndPhases undefined{nan, nan, nan, nan};
 /// The mean product of what varies in x and y.
 double meanProduct(const Samples& x, const Samples& y) {
     const double xMean = meanOf(x);
-    const double yMean = meanOf(y);
-    double sum = 0.0;
-    for (std::size_t k = 0; k < x.size(); ++k) {
-        sum += (x[k] - xMean) * (y[k] - yMean);
-    }
-    return sum / static_cast<double>(x.size());
+    const double yMean = &x == &y ? xMean : meanOf(y);
+    return sumOf(x.size(), [&](std::size_t k) { return (x[k] - xMean) * (y[k] - yMean); }) /
+           static_cast<double>(x.size());
 }
 
 double rmsOf(const Samples& x) {

@@ -25,7 +25,11 @@ struct FullMeasurement {
     /// The samples at their own rate, for statistics and waveforms.
     const Measurement& asRecorded() const { return notResampled ? *notResampled : measurement; }
     bool isSteady() const { return unsteadiness.empty(); }
-    double cyclesThere() const { return asRecorded().durationSeconds() * frequencyHz; }
+
+    /// Cycles of the fundamental, or of the nominal frequency where there is none.
+    double cyclesThere() const {
+        return asRecorded().durationSeconds() * (frequencyHz > 0.0 ? frequencyHz : measurement.nominalHz);
+    }
 };
 
 /// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are

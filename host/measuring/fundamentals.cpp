@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
+#include "base/sum.h"
 #include "measuring/nominal_frequency.h"
 #include "signal/median.h"
 
@@ -23,12 +23,9 @@ bool isGapless(const std::vector<double>& samples) {
 /// RMS without the mean.
 double variationOf(std::span<const double> samples) {
     const auto count = static_cast<double>(samples.size());
-    const double mean = std::accumulate(samples.begin(), samples.end(), 0.0) / count;
-    double sum = 0.0;
-    for (const double x : samples) {
-        sum += (x - mean) * (x - mean);
-    }
-    return std::sqrt(sum / count);
+    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
+    const auto square = [&](std::size_t k) { return (samples[k] - mean) * (samples[k] - mean); };
+    return std::sqrt(sumOf(samples.size(), square) / count);
 }
 
 /// The channels that vary by 1 % of the largest of their kind or more.

@@ -368,7 +368,8 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
         document.tables.push_back(powerTable(results.parameters));
         powerFlag |= powerMethods[complexThreeWattmeter].flag;
     }
-    const auto remarks = remarksOn(parameters, full.measurement, powerFlag, results.distortionDoubts);
+    const auto remarks =
+        remarksOn(parameters, full.measurement, full.cyclesThere(), powerFlag, results.distortionDoubts);
     document.remarks.insert(document.remarks.end(), remarks.begin(), remarks.end());
     for (const Remark& remark : {Remark(remarkOnNoise(results), topic::thd),
                                  Remark(remarkOnDisagreement(results.parameters), topic::library)}) {

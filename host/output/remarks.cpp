@@ -149,8 +149,7 @@ void explainPower(const Parameters& parameters, const Measurement& measurement, 
 
 }  // namespace
 
-std::string remarkOnLength(const Measurement& measurement) {
-    const double cycles = cyclesOf(measurement);
+std::string remarkOnLength(const Measurement& measurement, double cycles) {
     return isTooShortForThd(cycles)
                ? "THD and harmonics read too high in records of less than " + formatNumber(cyclesForThd) + " cycles (" +
                      formatNumber(cyclesForThd / measurement.nominalHz, 3) + " s at " +
@@ -184,15 +183,15 @@ std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Meas
     return remarks;
 }
 
-std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
-                              const PerChannel<std::string>& doubts) {
+std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, double cycles,
+                              std::uint32_t powerFlag, const PerChannel<std::string>& doubts) {
     std::vector<Remark> remarks;
     std::string thdReason;
     for (const ThdSet& set : thdSets) {
         const std::string reason = explainThd(set, parameters, measurement, doubts, remarks);
         thdReason = thdReason.empty() ? reason : thdReason;
     }
-    if (const std::string remark = remarkOnLength(measurement); !remark.empty()) {
+    if (const std::string remark = remarkOnLength(measurement, cycles); !remark.empty()) {
         remarks.emplace_back(remark, topic::thd);
     }
     if (measurement.isCombined()) {

@@ -9,8 +9,8 @@
 
 namespace rt305 {
 
-/// A sentence when the record is too short to measure its harmonics, else nothing.
-std::string remarkOnLength(const Measurement& measurement);
+/// A sentence when `cycles` of the fundamental are too few to measure its harmonics, else nothing.
+std::string remarkOnLength(const Measurement& measurement, double cycles);
 
 /// In what the library's own texts differ from the results of the tool: one sentence without a full stop, or nothing.
 std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
@@ -19,10 +19,11 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
 std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement);
 
 /// What a reader of the parameter table must know: one sentence for every group of missing values, with the reason as
-/// far as the tool can find it, and one for every figure that the settings make doubtful. The power was measured by the
-/// method of `powerFlag`. Reasons in `doubts`, of channels whose harmonics are not shown, are taken as said.
-std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, std::uint32_t powerFlag,
-                              const PerChannel<std::string>& doubts = {});
+/// far as the tool can find it, and one for every figure that the settings make doubtful. There are `cycles` of the
+/// fundamental. The power was measured by the method of `powerFlag`. Reasons in `doubts`, of channels whose harmonics
+/// are not shown, are taken as said.
+std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, double cycles,
+                              std::uint32_t powerFlag, const PerChannel<std::string>& doubts = {});
 
 }  // namespace rt305
 

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "base/failure.h"
+#include "base/sum.h"
 #include "base/text.h"
 #include "base/units.h"
 
@@ -179,10 +180,7 @@ std::size_t countMissing(const std::vector<double>& samples) {
 }
 
 double meanOf(const std::vector<double>& samples) {
-    double sum = 0.0;
-    for (const double x : samples) {
-        sum += std::isnan(x) ? 0.0 : x;
-    }
+    const double sum = sumOf(samples.size(), [&](std::size_t k) { return std::isnan(samples[k]) ? 0.0 : samples[k]; });
     return sum / static_cast<double>(samples.size() - countMissing(samples));
 }
 

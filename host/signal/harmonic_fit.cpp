@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "base/sum.h"
 #include "toolkit/fft.h"
 #include "toolkit/simd.h"
 
@@ -472,10 +473,7 @@ bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
 /// The half spectrum of the samples without their mean, under a Hann window and padded with zeros to a power of two.
 std::vector<coder::creal_T> hannSpectrum(std::span<const double> samples) {
     const auto count = static_cast<double>(samples.size());
-    double mean = 0.0;
-    for (const double x : samples) {
-        mean += x / count;
-    }
+    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
     std::vector<double> weighted(samples.size());
     for (std::size_t k = 0; k < samples.size(); ++k) {
         const double hann = 0.5 - 0.5 * std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / count);
@@ -551,7 +549,7 @@ Phasor phasorAt(std::span<const double> samples, double rateHz, double frequency
 std::vector<double> harmonicLevels(std::span<const double> samples, double rateHz, double frequencyHz,
                                    std::size_t orders) {
     const auto count = static_cast<double>(samples.size());
-    const double mean = std::accumulate(samples.begin(), samples.end(), 0.0) / count;
+    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
     const Groups single(samples, rateHz, rateHz, Groups::Weight::hann);
     std::vector<Block> cosines(orders, Block{});
     std::vector<Block> sines(orders, Block{});

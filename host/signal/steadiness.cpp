@@ -5,7 +5,8 @@
 #include <cmath>
 #include <iterator>
 #include <numbers>
-#include <numeric>
+
+#include "base/sum.h"
 
 namespace rt305 {
 
@@ -50,18 +51,8 @@ struct Correlator {
     }
 
     Phasor operator()(std::span<const double> x) const {
-        constexpr std::size_t chains = 4;  // sums side by side
-        std::array<double, chains> real{};
-        std::array<double, chains> imaginary{};
-        const std::size_t last = x.size() / chains * chains;
-        for (std::size_t k = 0; k < x.size(); k += chains) {
-            for (std::size_t c = 0; c < (k < last ? chains : x.size() - last); ++c) {
-                real[c] += cosine[k + c] * x[k + c];
-                imaginary[c] += sine[k + c] * x[k + c];
-            }
-        }
-        return {std::accumulate(real.begin(), real.end(), 0.0),
-                std::accumulate(imaginary.begin(), imaginary.end(), 0.0)};
+        return {sumOf(x.size(), [&](std::size_t k) { return cosine[k] * x[k]; }),
+                sumOf(x.size(), [&](std::size_t k) { return sine[k] * x[k]; })};
     }
 
     std::size_t length() const { return cosine.size(); }
