@@ -13,11 +13,9 @@
 #include "calc/distortion.h"
 #include "calc/electrical_parameters.h"
 #include "calc/frequency.h"
-#include "calc/input_conditioning.h"
 #include "calc/options.h"
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
-#include "extras/stage_names.h"
 #include "requests.h"
 #include "results/distortion_tables.h"
 #include "results/parameter_tables.h"
@@ -58,14 +56,13 @@ void makeText(Record& record, Stopwatch& watch) {
     watch.book(texts);
 }
 
-/// The stages of a call, in order.
+/// The stages of a call, in order. Samples are conditioned where a stage needs them: "conditioning" is the search for
+/// zeros and the offsets.
 Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const RawChannelSet& rawCurrents, double n) {
     namespace records = calc_modul_K9_web_ns::coder;
     Stopwatch watch;
-    ChannelSet voltages;
-    ChannelSet currents;
-    data_305_4(rawVoltages, n, option::sourceSimulated, voltages);
-    data_305_4(rawCurrents, n, option::sourceSimulated, currents);
+    const ConditionedSet voltages(rawVoltages, n, option::sourceSimulated);
+    const ConditionedSet currents(rawCurrents, n, option::sourceSimulated);
     watch.book(conditioning);
     const HarmonicsOfBoth measured = measureHarmonics(voltages, currents);
     watch.book(harmonics);
@@ -76,16 +73,16 @@ Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const
     makeText<RT305_4_ParamTable>(parameterRecord, watch);
     if (operation == RT305_4_OPERATION_SIGNALS) {
         std::array<records::b_table, 2> made;
-        TimeSignalData_mo_305_4(std::move(voltages), made[0]);
-        TimeSignalData_mo_305_4I(std::move(currents), made[1]);
+        measureTimeSignals(voltages, voltage, made[0]);
+        measureTimeSignals(currents, current, made[1]);
         watch.book(signals);
         makeText<RT305_4_USignalTable>(made[0], watch);
         makeText<RT305_4_ISignalTable>(made[1], watch);
     } else if (operation == RT305_4_OPERATION_SPECTRUM) {
         const SpectrumRequest request{n, 0.0, 20, SpectrumOptions(0)};
         std::array<records::f_table, 2> made;
-        b_SpectrumParam_fn_mo_305_4(voltages, request, made[0]);
-        b_SpectrumParam_fn_mo_305_4I(currents, request, made[1]);
+        measureSpectrum(voltages, voltage, band10000, request, made[0]);
+        measureSpectrum(currents, current, band10000, request, made[1]);
         watch.book(spectra);
         makeText<RT305_4_USpectrumTable>(made[0], watch);
         makeText<RT305_4_ISpectrumTable>(made[1], watch);

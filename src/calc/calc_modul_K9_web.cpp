@@ -9,7 +9,6 @@
 #include "calc/spectrum.h"
 #include "calc/time_signal.h"
 #include "rt305_4/rt305_4.h"
-#include "toolkit/broadcasting.h"
 #include "toolkit/scalar.h"
 
 namespace calc_modul_K9_web_ns {
@@ -23,13 +22,12 @@ bool any(const SetRecords& records) {
 }
 
 /// Without a neutral the three currents sum to zero, so a current that was not measured is minus the sum of the others.
-void rebuildCurrent(ChannelSet& currents, const MeasurementOptions& options) {
-    if (options.currents == option::threeCurrents || options.rebuiltCurrent == PhaseChoice::none) {
-        return;
+ConditionedSet conditionedCurrents(const Measurement& measurement, const MeasurementOptions& options) {
+    ConditionedSet currents(measurement.currents, measurement.samplesNumber, options.source);
+    if (options.currents != option::threeCurrents && options.rebuiltCurrent != PhaseChoice::none) {
+        currents.rebuild(withOthers(options.rebuiltCurrent));
     }
-    const PhaseWithOthers missing = withOthers(options.rebuiltCurrent);
-    coder::binary_expand_op(currents[missing.phase], currents[missing.first], currents[missing.second],
-                            [](double a, double b) { return -(a + b); });
+    return currents;
 }
 
 void prefill(const SetRecords& records, const ChannelKind& kind) {
@@ -66,7 +64,7 @@ SpectrumBand bandOf(const Selection& selection, const ChannelKind& kind, double 
 
 /// Fills the records of one channel set. harmonics: those of the set at 10 kHz, if they were measured.
 void runStages(const Selection& selection, const Measurement& measurement, const ChannelKind& kind,
-               SetHarmonics* harmonics, ChannelSet&& set, const SetRecords& records) {
+               SetHarmonics* harmonics, const ConditionedSet& set, const SetRecords& records) {
     if (records.spectrum != nullptr) {
         const SpectrumRequest request{measurement.samplesNumber, measurement.auxValue, measurement.auxMode,
                                       SpectrumOptions(measurement.spectrumFlags)};
@@ -80,7 +78,7 @@ void runStages(const Selection& selection, const Measurement& measurement, const
                            kind, *records.distortion);
     }
     if (records.signals != nullptr && selection.operation == RT305_4_OPERATION_SIGNALS) {
-        measureTimeSignals(std::move(set), kind, *records.signals);
+        measureTimeSignals(set, kind, *records.signals);
     }
 }
 
@@ -117,14 +115,13 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
                             (results.voltages.distortion != nullptr || results.currents.distortion != nullptr);
     const bool harmonicsOfBoth = selection.both() && (results.parameters != nullptr || distortion);
 
-    ChannelSet voltages;
-    ChannelSet currents;
+    ConditionedSet voltages;
+    ConditionedSet currents;
     if (harmonicsOfBoth || any(results.voltages)) {
-        data_305_4(measurement.voltages, measurement.samplesNumber, options.source, voltages);
+        voltages = ConditionedSet(measurement.voltages, measurement.samplesNumber, options.source);
     }
     if (harmonicsOfBoth || any(results.currents)) {
-        data_305_4(measurement.currents, measurement.samplesNumber, options.source, currents);
-        rebuildCurrent(currents, options);
+        currents = conditionedCurrents(measurement, options);
     }
     std::optional<HarmonicsOfBoth> harmonics;
     if (harmonicsOfBoth) {
@@ -133,10 +130,8 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
             ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, *harmonics, *results.parameters);
         }
     }
-    runStages(selection, measurement, voltage, harmonics ? &harmonics->voltages : nullptr, std::move(voltages),
-              results.voltages);
-    runStages(selection, measurement, current, harmonics ? &harmonics->currents : nullptr, std::move(currents),
-              results.currents);
+    runStages(selection, measurement, voltage, harmonics ? &harmonics->voltages : nullptr, voltages, results.voltages);
+    runStages(selection, measurement, current, harmonics ? &harmonics->currents : nullptr, currents, results.currents);
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cmath>
+#include <vector>
 
 #include "calc/frequency.h"
 #include "calc/frequency_window.h"
@@ -86,15 +87,15 @@ struct Rms {
 
 /// Several of them: side by side when all phases have the same length.
 template <class... Values>
-std::array<double, sizeof...(Values)> rmsOf(const ChannelSet& set, double N) {
-    const int n = set[0].numel();
-    if (set[1].numel() != n || set[2].numel() != n) {
-        return {Values::alone(set, N)...};
+std::array<double, sizeof...(Values)> rmsOf(const ConditionedSet& set, double N) {
+    if (!set.haveOneLength()) {
+        const ChannelSet rows = set.rows();
+        return {Values::alone(rows, N)...};
     }
-    const std::array<const double*, coder::phases> x{set[0].data(), set[1].data(), set[2].data()};
-    auto values = coder::blockedSum(static_cast<std::size_t>(n), [=](std::size_t i) {
-                      return coder::SideBySide<sizeof...(Values)>{{Values::term(x, i)...}};
-                  }).sums;
+    auto values = set.blockedSum<8>([](const auto& x, std::size_t i) {
+                         return coder::SideBySide<sizeof...(Values)>{{Values::term(x, i)...}};
+                     })
+                      .sums;
     for (double& value : values) {
         value = std::sqrt(value * (1.0 / N));
     }
@@ -106,13 +107,7 @@ using RmsB = Rms<square, 1>;
 using RmsC = Rms<square, 2>;
 using RmsOfSum = Rms<squareOfSum, 0, 1, 2>;
 
-row minus(const row& a, const row& b) {
-    row difference;
-    coder::binary_expand_op(difference, a, b, [](double x, double y) { return x - y; });
-    return difference;
-}
-
-void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_table& out) {
+void measureVoltages(const ConditionedSet& u, double N, std::string_view wiring, d_table& out) {
     if (wiring == option::wiringThree) {
         constexpr double root3 = 1.7320508075688772;
         const auto [ab, bc, ca, sum] = rmsOf<RmsA, RmsB, RmsC, RmsOfSum>(u, N);
@@ -129,7 +124,7 @@ void measureVoltages(const ChannelSet& u, double N, std::string_view wiring, d_t
     }
 }
 
-void measureCurrents(const ChannelSet& i, double N, const MeasurementOptions& options, d_table& out) {
+void measureCurrents(const ConditionedSet& i, double N, const MeasurementOptions& options, d_table& out) {
     PerPhase current = rmsOf<RmsA, RmsB, RmsC>(i, N);
     if (!options.keepRebuiltRms && options.rebuiltCurrent != PhaseChoice::none) {
         const PhaseWithOthers rebuilt = withOthers(options.rebuiltCurrent);
@@ -164,14 +159,14 @@ void storeDistortion(const SetHarmonics& set, const Gates& gates, Parameter firs
     store(out, first, percent);
 }
 
-void measureFrequencies(const ChannelSet& u, double N, std::string_view option, const Gates& gates, d_table& out) {
+void measureFrequencies(const ConditionedSet& u, double N, std::string_view option, const Gates& gates, d_table& out) {
     if (gates == Gates{}) {
         return;
     }
     const FrequencySearch search(N, option);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         if (gates[phase]) {
-            out[next(Parameter::Fa, phase)] = search.frequency(u[phase]);
+            out[next(Parameter::Fa, phase)] = search.frequency(u.row(phase));
         }
     }
 }
@@ -187,27 +182,41 @@ void storePhasePowers(const PerPhase& active, const PerPhase& reactive, const Pe
 }
 
 /// P = mean of u i, S = U I, Q = P tan(acos(P / S)): never negative, NaN where |P| > S.
-void threeWattmeter(const ChannelSet& u, const ChannelSet& i, double N, d_table& out) {
+void threeWattmeter(const ConditionedSet& u, const ConditionedSet& i, double N, d_table& out) {
     PerPhase active{};
     PerPhase reactive{};
     PerPhase apparent{};
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
         active[phase] = meanOf(
-            N, [](double a, double b) { return a * b; }, u[phase], i[phase]);
+            N, [](double a, double b) { return a * b; }, u.row(phase), i.row(phase));
         apparent[phase] = out[next(Parameter::Ida, phase)] * out[next(Parameter::Uda, phase)];
         reactive[phase] = active[phase] * std::tan(std::acos(active[phase] / apparent[phase]));
     }
     storePhasePowers(active, reactive, apparent, out);
 }
 
+/// Sum of u conj(i) over the analytic signals of a phase.
+creal_T complexProduct(const ConditionedSet& u, const ConditionedSet& i, std::size_t phase,
+                       const coder::RealFft& shared) {
+    const int n = shared.size();
+    if (u.length(phase) != i.length(phase) || u.length(phase) != static_cast<std::size_t>(n)) {
+        return coder::analyticProductSum(u.row(phase), i.row(phase), shared);
+    }
+    u.write(phase, shared.workspace());
+    const creal_T* const spectrum = shared.forward();
+    const std::vector<creal_T> U(spectrum, spectrum + shared.bins());
+    i.write(phase, shared.workspace());
+    return coder::analyticProductSum(U.data(), shared.forward(), n);
+}
+
 /// P + jQ = mean of u conj(i) / 2 over the analytic signals, S = |P + jQ| per phase. The total S is the arithmetic sum.
-void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d_table& out) {
+void threeWattmeterComplex(const ConditionedSet& u, const ConditionedSet& i, double N, d_table& out) {
     PerPhase active{};
     PerPhase reactive{};
     PerPhase apparent{};
-    const coder::RealFft shared(u[0].numel());
+    const coder::RealFft shared(static_cast<int>(u.length(0)));
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        const creal_T power = coder::analyticProductSum(u[phase], i[phase], shared);
+        const creal_T power = complexProduct(u, i, phase, shared);
         active[phase] = power.re * (1.0 / N) * 0.5;
         reactive[phase] = power.im * (1.0 / N) * 0.5;
         apparent[phase] = coder::rt_hypotd_snf(active[phase], reactive[phase]);
@@ -217,7 +226,7 @@ void threeWattmeterComplex(const ChannelSet& u, const ChannelSet& i, double N, d
 
 /// Two wattmeters: one reads current a and line voltage ab at the angle phi1, the other current c and line voltage bc
 /// at phi2.
-void twoWattmeter(double phi1, double phi2, bool magnitudes, d_table& out) {
+void storeTwoWattmeters(double phi1, double phi2, bool magnitudes, d_table& out) {
     const auto reading = [=](double factor, double current, double lineVoltage) {
         const double product = factor * current * lineVoltage;
         return magnitudes ? std::fabs(product) : product;
@@ -233,24 +242,48 @@ void twoWattmeter(double phi1, double phi2, bool magnitudes, d_table& out) {
     out[Parameter::S] = std::sqrt(active * active + reactive * reactive);
 }
 
-void measurePower(const ChannelSet& u, const ChannelSet& i, double N, std::string_view method, d_table& out) {
+/// Phase of the dominant line of a signal that fill(y, n) writes to y[n].
+template <class Fill>
+double dominantPhase(std::size_t n, const DominantPhase& shared, Fill fill) {
+    const auto phaseBy = [&](const DominantPhase& measurement) {
+        fill(measurement.row(), n);
+        return measurement.ofRow();
+    };
+    const int length = static_cast<int>(n);
+    return length == shared.length() ? phaseBy(shared) : phaseBy(DominantPhase(length));
+}
+
+void twoWattmeters(const ConditionedSet& u, const ConditionedSet& i, bool lineVoltages, d_table& out) {
+    const DominantPhase shared(static_cast<int>(u.length(0)));
+    const auto phaseOf = [&](const ConditionedSet& set, std::size_t phase) {
+        return dominantPhase(set.length(phase), shared, [&](double* y, std::size_t) { set.write(phase, y); });
+    };
+    const auto phaseOfDifference = [&](std::size_t a, std::size_t b) {
+        const int n = coder::expandedLength(static_cast<int>(u.length(a)), static_cast<int>(u.length(b)));
+        return dominantPhase(static_cast<std::size_t>(n), shared, [&](double* y, std::size_t count) {
+            u.writeCombined(a, b, 0, count, y, [](double one, double other) { return one - other; });
+        });
+    };
+    const double phi1 = phaseOf(i, 0) - (lineVoltages ? phaseOfDifference(1, 0) : phaseOf(u, 0));
+    const double phi2 = phaseOf(i, 2) - (lineVoltages ? phaseOfDifference(1, 2) : phaseOf(u, 1));
+    storeTwoWattmeters(phi1, phi2, lineVoltages, out);
+}
+
+void measurePower(const ConditionedSet& u, const ConditionedSet& i, double N, std::string_view method, d_table& out) {
     if (method == option::powerThreeWattmeter) {
         threeWattmeter(u, i, N, out);
     } else if (method == option::powerThreeWattmeterComplex) {
         threeWattmeterComplex(u, i, N, out);
     } else if (method == option::powerTwoWattmeter) {
-        const DominantPhase shared(u[0].numel());
-        twoWattmeter(phdiffmeasure(u[0], i[0], shared), phdiffmeasure(u[1], i[2], shared), false, out);
+        twoWattmeters(u, i, false, out);
     } else if (method == option::powerTwoWattmeterPhase) {
-        const DominantPhase shared(u[0].numel());
-        twoWattmeter(phdiffmeasure(minus(u[1], u[0]), i[0], shared), phdiffmeasure(minus(u[1], u[2]), i[2], shared),
-                     true, out);
+        twoWattmeters(u, i, true, out);
     }
 }
 
 }  // namespace
 
-void ParamData_mo_305_4(const ChannelSet& voltages, const ChannelSet& currents, double N,
+void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& currents, double N,
                         const MeasurementOptions& options, const HarmonicsOfBoth& harmonics, d_table& out) {
     measureVoltages(voltages, N, options.wiring, out);
     measureCurrents(currents, N, options, out);

@@ -3,33 +3,39 @@
 namespace calc_modul_K9_web_ns {
 namespace {
 
-/// Channels of as many samples as the first use the shared measurement, others make one of their own.
-template <std::size_t count>
-std::array<coder::HarmonicResult, count> measureRows(const std::array<coder::samples, count>& rows,
-                                                     const coder::HarmonicSettings& settings) {
-    const coder::HarmonicDistortion shared(static_cast<int>(rows[0].size()), settings);
-    const std::array<double, count> sums = coder::combineVectorElements(rows);
-    std::array<coder::HarmonicResult, count> harmonics;
-    for (std::size_t channel = 0; channel < count; ++channel) {
-        const coder::samples x = rows[channel];
-        const double mean = sums[channel] / static_cast<double>(x.size());
-        harmonics[channel] = x.size() == rows[0].size()
-                                 ? shared.measure(x, mean)
-                                 : coder::HarmonicDistortion(static_cast<int>(x.size()), settings).measure(x, mean);
+/// Channels of n samples use the shared measurement, others make one of their own.
+SetHarmonics measureSet(const ConditionedSet& set, const std::array<double, coder::phases>& sums, std::size_t n,
+                        const coder::HarmonicDistortion& shared, const coder::HarmonicSettings& settings) {
+    SetHarmonics harmonics;
+    for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+        const std::size_t length = set.length(phase);
+        const auto measureBy = [&](const coder::HarmonicDistortion& measurement) {
+            set.write(phase, measurement.row().data());
+            return measurement.measure(sums[phase] / static_cast<double>(length));
+        };
+        harmonics[phase] =
+            length == n ? measureBy(shared) : measureBy(coder::HarmonicDistortion(static_cast<int>(length), settings));
     }
     return harmonics;
 }
 
 }  // namespace
 
-SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings) {
-    return measureRows<coder::phases>({set[0], set[1], set[2]}, settings);
+// The sums come first: their memory is free again when that of the transform is needed.
+
+SetHarmonics measureHarmonics(const ConditionedSet& set, const coder::HarmonicSettings& settings) {
+    const auto sums = set.sums();
+    const std::size_t n = set.length(0);
+    return measureSet(set, sums, n, coder::HarmonicDistortion(static_cast<int>(n), settings), settings);
 }
 
-HarmonicsOfBoth measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents) {
-    auto [ua, ub, uc, ia, ib, ic] = measureRows<2 * coder::phases>(
-        {voltages[0], voltages[1], voltages[2], currents[0], currents[1], currents[2]}, coder::b_thdSettings);
-    return {{std::move(ua), std::move(ub), std::move(uc)}, {std::move(ia), std::move(ib), std::move(ic)}};
+HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents) {
+    const auto sumsOfVoltages = voltages.sums();
+    const auto sumsOfCurrents = currents.sums();
+    const std::size_t n = voltages.length(0);
+    const coder::HarmonicDistortion shared(static_cast<int>(n), coder::b_thdSettings);
+    return {measureSet(voltages, sumsOfVoltages, n, shared, coder::b_thdSettings),
+            measureSet(currents, sumsOfCurrents, n, shared, coder::b_thdSettings)};
 }
 
 }  // namespace calc_modul_K9_web_ns

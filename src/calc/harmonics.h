@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "calc/channel_kind.h"
+#include "calc/input_conditioning.h"
 #include "toolkit/harmonic_distortion.h"
 
 namespace calc_modul_K9_web_ns {
@@ -12,14 +12,14 @@ namespace calc_modul_K9_web_ns {
 using SetHarmonics = std::array<coder::HarmonicResult, coder::phases>;
 
 /// Harmonics of each channel of a set. Channels of the first one's length share its preparation.
-SetHarmonics measureHarmonics(const ChannelSet& set, const coder::HarmonicSettings& settings);
+SetHarmonics measureHarmonics(const ConditionedSet& set, const coder::HarmonicSettings& settings);
 
 /// Harmonics of both sets, sampled at 10 kHz: 40 harmonics.
 struct HarmonicsOfBoth {
     SetHarmonics voltages;
     SetHarmonics currents;
 };
-HarmonicsOfBoth measureHarmonics(const ChannelSet& voltages, const ChannelSet& currents);
+HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents);
 
 }  // namespace calc_modul_K9_web_ns
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
-#include <memory>
+#include <span>
 
 #include "toolkit/extremes.h"
 #include "toolkit/non_finite.h"
@@ -31,34 +31,30 @@ DominantPhase::DominantPhase(int n) : transform_(std::max(n, 1)) {
 }
 
 double DominantPhase::of(samples x) const {
-    assert(static_cast<int>(x.size()) == window_.numel());
-    if (x.empty()) {
+    assert(static_cast<int>(x.size()) == length());
+    std::copy(x.begin(), x.end(), row());
+    return ofRow();
+}
+
+double DominantPhase::ofRow() const {
+    const samples w = window_;
+    if (w.empty()) {
         return rtNaN;
     }
-    const auto bins = static_cast<std::size_t>(transform_.bins());
-    const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
-    const auto spectrum = std::make_unique_for_overwrite<creal_T[]>(bins);
-    const auto magnitudes = std::make_unique_for_overwrite<double[]>(bins);
-    coder::weighCentred(x, coder::mean(x), window_, windowed.get());
-    transform_.forward({windowed.get(), x.size()}, spectrum.get());
-    coder::vectorized<magnitudesOf>(static_cast<const creal_T*>(spectrum.get()), bins, magnitudes.get());
+    coder::weighCentred(row(), coder::mean({row(), w.size()}), w);
+    const creal_T* const spectrum = transform_.forward();
+    const std::span magnitudes(transform_.workspace(spectrum), static_cast<std::size_t>(transform_.bins()));
+    coder::vectorized<magnitudesOf>(spectrum, magnitudes.size(), magnitudes.data());
     double largest = 0.0;
     int position = 0;
-    coder::maximum({magnitudes.get(), bins}, &largest, &position);
-    const creal_T line = spectrum[static_cast<std::size_t>(position) - 1];
+    coder::maximum(magnitudes, &largest, &position);
+    const creal_T line = spectrum[position - 1];
     return coder::rt_atan2d_snf(line.im, line.re);
 }
 
-double phdiffmeasure(samples x, samples y, const DominantPhase& shared) {
-    const auto angle = [&](samples signal) {
-        const int n = static_cast<int>(signal.size());
-        return n == shared.length() ? shared.of(signal) : DominantPhase(n).of(signal);
-    };
-    return angle(y) - angle(x);
-}
-
 double phdiffmeasure(samples x, samples y) {
-    return phdiffmeasure(x, y, DominantPhase(static_cast<int>(x.size())));
+    const DominantPhase shared(static_cast<int>(x.size()));
+    return (x.size() == y.size() ? shared.of(y) : DominantPhase(static_cast<int>(y.size())).of(y)) - shared.of(x);
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -1,8 +1,6 @@
 #ifndef RT305_4_CALC_PHASE_DIFFERENCE_H
 #define RT305_4_CALC_PHASE_DIFFERENCE_H
 
-#include <vector>
-
 #include "toolkit/array.h"
 #include "toolkit/fft.h"
 
@@ -20,6 +18,10 @@ public:
     /// with the opposite angle. The first of equal lines counts. NaN if x is empty or contains NaN.
     double of(coder::samples x) const;
 
+    /// The same for the n samples in row().
+    double ofRow() const;
+    double* row() const { return transform_.workspace(); }
+
 private:
     coder::RealFft transform_;
     coder::column window_;
@@ -27,9 +29,6 @@ private:
 
 /// Phase of the dominant line of y minus that of x in radians, not wrapped: in (-2 pi, 2 pi).
 double phdiffmeasure(coder::samples x, coder::samples y);
-
-/// phdiffmeasure for several pairs: signals of the length of `shared` use it, others prepare one of their own.
-double phdiffmeasure(coder::samples x, coder::samples y, const DominantPhase& shared);
 
 }  // namespace calc_modul_K9_web_ns
 

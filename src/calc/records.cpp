@@ -19,13 +19,6 @@ constexpr d_table::Units packedUnits(parameterUnits);
 
 constexpr std::string_view frequencyAxis = "Frequency, Hz";
 
-row singleNaN() {
-    row result;
-    result.set_size(1, 1);
-    result[0] = rtNaN;
-    return result;
-}
-
 }  // namespace
 
 void d_table::prefill() {
@@ -36,7 +29,7 @@ void d_table::prefill() {
 
 void b_table::prefill(const ChannelKind& kind) {
     variables.labels.assign(kind.labels);
-    variables.signals = {singleNaN(), singleNaN(), singleNaN()};
+    variables.signals.fill(std::make_shared<const std::vector<double>>(1, rtNaN));
     variables.verticalAxis.assignAll(kind.axisLabel);
     variables.horizontalAxis.assignAll("Sample");
     for (table& statistics : variables.statistics) {

@@ -41,13 +41,14 @@ struct struct2_T {
 };
 
 using cell_wrap_8 = Labels<phases, 2>;    // row labels
-using cell_wrap_9 = std::array<row, 3>;   // one row of samples or bins per phase
 using cell_wrap_16 = Labels<phases, 4>;   // vertical axis of a spectrum
 using cell_wrap_17 = Labels<phases, 13>;  // horizontal axis of a spectrum
 using cell_wrap_22 = Labels<phases, 7>;   // vertical axis of a distortion spectrum
 
 /// A row that several cells share, such as a frequency axis; null when there is none.
 using SharedRow = std::shared_ptr<const std::vector<double>>;
+
+using cell_wrap_9 = std::array<SharedRow, phases>;  // one row of samples or bins per phase
 
 /// The first part of every record. `variables` is the number of columns of the result table.
 template <std::size_t Variables>

@@ -4,6 +4,8 @@
 #include <cassert>
 #include <cmath>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "toolkit/level.h"
 #include "toolkit/peaks.h"
@@ -63,13 +65,12 @@ public:
     /// The frequencies of the bins in Hz.
     const coder::SharedRow& frequencies() const { return frequencies_; }
 
-    row rowOf(samples x) {
+    coder::SharedRow rowOf(samples x) {
         assert(kept_ >= 1 && kept_ <= zoom_.bins());
         zoom_.load(x);
         // Levels need a second bin: bin 0 takes its value.
         const int computed = std::min(std::max(kept_, 2), zoom_.bins());
-        row result;
-        result.set_size(1, computed);
+        std::vector<double> result(static_cast<std::size_t>(computed));
         zoom_.magnitudes(computed, result.data());
         if (logarithmic_) {
             coder::toLevels(result, zoom_.largest(result));
@@ -80,8 +81,8 @@ public:
             std::transform(result.begin(), result.end(), result.begin(),
                            [N = N_](double magnitude) { return 2.0 * magnitude / N; });
         }
-        result.set_size(1, kept_);
-        return result;
+        result.resize(static_cast<std::size_t>(kept_));
+        return std::make_shared<const std::vector<double>>(std::move(result));
     }
 
 private:
@@ -92,7 +93,7 @@ private:
     coder::SharedRow frequencies_;
 };
 
-void fillMaxima(const row& spectrum, samples frequencies, const SpectrumRequest& request, coder::e_table& out) {
+void fillMaxima(samples spectrum, samples frequencies, const SpectrumRequest& request, coder::e_table& out) {
     constexpr int mostByCount = 20;
     const std::vector<coder::Peak> peaks = request.options.peaksByCriterion
                                                ? coder::peaksByCriterion(spectrum, request.criterion, request.peaks)
@@ -111,22 +112,19 @@ void fillMaxima(const row& spectrum, samples frequencies, const SpectrumRequest&
 
 }  // namespace
 
-void measureSpectrum(const ChannelSet& set, const ChannelKind& kind, const SpectrumBand& band,
+void measureSpectrum(const ConditionedSet& set, const ChannelKind& kind, const SpectrumBand& band,
                      const SpectrumRequest& request, coder::f_table& out) {
     out.prefill(kind);
     out.verticalAxis.assignAll(request.options.scale == option::scaleLevel ? "L,dB" : kind.spectrumAxisLabel);
-    const int n = set[0].numel();
-    const bool complete = n > 0 && std::all_of(set.begin(), set.end(), [&](const row& x) {
-                              return x.numel() == n && static_cast<double>(n) == request.N;
-                          });
-    if (!complete) {
+    const std::size_t n = set.length(0);
+    if (n == 0 || !set.haveOneLength() || static_cast<double>(n) != request.N) {
         return;
     }
-    SpectrumRows rows(n, band, kind, request);
+    SpectrumRows rows(static_cast<int>(n), band, kind, request);
     out.frequencies = rows.frequencies();
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        out.spectra[phase] = rows.rowOf(set[phase]);
-        fillMaxima(out.spectra[phase], *out.frequencies, request, out.maxima[phase]);
+        out.spectra[phase] = rows.rowOf(set.row(phase));
+        fillMaxima(*out.spectra[phase], *out.frequencies, request, out.maxima[phase]);
     }
 }
 

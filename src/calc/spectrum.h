@@ -1,8 +1,7 @@
 #ifndef RT305_4_CALC_SPECTRUM_H
 #define RT305_4_CALC_SPECTRUM_H
 
-#include "calc/channel_kind.h"
-#include "calc/options.h"
+#include "calc/input_conditioning.h"
 
 namespace calc_modul_K9_web_ns {
 
@@ -35,7 +34,7 @@ constexpr SpectrumBand bandAt(double rate) {
 /// Rows are a in volts or amperes, or d in dB. Maxima by count are the (at most 20) highest, highest first; maxima by
 /// criterion are the highest above the criterion, by frequency. NaN signals give NaN rows; zero signals give zero
 /// amplitudes and NaN levels. The spectrum is empty unless all channels have N samples.
-void measureSpectrum(const ChannelSet& set, const ChannelKind& kind, const SpectrumBand& band,
+void measureSpectrum(const ConditionedSet& set, const ChannelKind& kind, const SpectrumBand& band,
                      const SpectrumRequest& request, coder::f_table& out);
 
 }  // namespace calc_modul_K9_web_ns

@@ -1,6 +1,9 @@
 #include "calc/time_signal.h"
 
 #include <cmath>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "toolkit/extremes.h"
 #include "toolkit/sums.h"
@@ -29,12 +32,14 @@ std::array<double, coder::table::rows> statisticsOf(samples x) {
 
 }  // namespace
 
-void measureTimeSignals(ChannelSet&& set, const ChannelKind& kind, coder::b_table& record) {
+void measureTimeSignals(const ConditionedSet& set, const ChannelKind& kind, coder::b_table& record) {
     record.prefill(kind);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        record.variables.statistics[phase].values = statisticsOf(set[phase]);
+        std::vector<double> signal(set.length(phase));
+        set.write(phase, signal.data());
+        record.variables.statistics[phase].values = statisticsOf(signal);
+        record.variables.signals[phase] = std::make_shared<const std::vector<double>>(std::move(signal));
     }
-    record.variables.signals = std::move(set);
 }
 
 }  // namespace calc_modul_K9_web_ns

@@ -9,11 +9,11 @@
 
 namespace calc_modul_K9_web_ns {
 
-inline void TimeSignalData_mo_305_4(ChannelSet&& set, coder::b_table& record) {
-    measureTimeSignals(std::move(set), voltage, record);
+inline void TimeSignalData_mo_305_4(const ChannelSet& set, coder::b_table& record) {
+    measureTimeSignals(set, voltage, record);
 }
-inline void TimeSignalData_mo_305_4I(ChannelSet&& set, coder::b_table& record) {
-    measureTimeSignals(std::move(set), current, record);
+inline void TimeSignalData_mo_305_4I(const ChannelSet& set, coder::b_table& record) {
+    measureTimeSignals(set, current, record);
 }
 
 /// At the sample rate fs.

@@ -8,16 +8,11 @@
 #include <vector>
 
 #include "table/mlab_table.h"
-#include "toolkit/array.h"
 
 // Converts the values of a computation record to the cells of a result table.
 
 inline MatlabCell textCell(std::string_view text) {
     return MatlabCell(text);
-}
-
-inline MatlabCell rowCell(const coder::row& values) {
-    return MatlabCell(std::vector<double>(values.begin(), values.end()));
 }
 
 /// A cell that shares its row with others; an empty row for null.

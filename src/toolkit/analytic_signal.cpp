@@ -28,7 +28,12 @@ creal_T analyticProductSum(samples a, samples b, const RealFft& shared) {
     };
     const std::vector<creal_T> A = spectrum(a);
     const std::vector<creal_T> B = spectrum(b);
-    const creal_T total = blockedSum(bins, [&](std::size_t k) {
+    return analyticProductSum(A.data(), B.data(), n);
+}
+
+creal_T analyticProductSum(const creal_T* A, const creal_T* B, int n) {
+    const std::size_t bins = static_cast<std::size_t>(n) / 2 + 1;
+    const creal_T total = blockedSum(bins, [=](std::size_t k) {
         const double weight = k == 0 || 2 * k == static_cast<std::size_t>(n) ? 1.0 : 4.0;
         return creal_T{weight * (A[k].re * B[k].re + A[k].im * B[k].im),
                        weight * (A[k].im * B[k].re - A[k].re * B[k].im)};

@@ -11,6 +11,9 @@ namespace coder {
 /// make a plan of their own.
 creal_T analyticProductSum(samples a, samples b, const RealFft& shared);
 
+/// The same sum, given the half spectra of both rows of n samples.
+creal_T analyticProductSum(const creal_T* A, const creal_T* B, int n);
+
 }  // namespace coder
 
 #endif

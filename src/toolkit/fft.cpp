@@ -20,6 +20,7 @@ namespace {
 using index = std::ptrdiff_t;
 
 /// Uninitialised memory for n complex numbers, used as split arrays or as pairs. Both parts start on a cache line.
+/// There is room for a pair more: the half spectrum of 2 n real samples.
 class AlignedBuffer {
 public:
     AlignedBuffer() = default;
@@ -265,6 +266,29 @@ private:
 struct RealFft::Plan {
     explicit Plan(SmoothFft made) : transform(std::move(made)) {}
 
+    /// The transform of n real samples, for odd n in transform.pairs(), as a complex sequence.
+    Split transformed(index n, const double* x) const {
+        if (n % 2 != 0) {
+            double* const pairs = transform.pairs();
+            for (index i = n - 1; i >= 0; --i) {
+                pairs[2 * i] = x[i];
+                pairs[2 * i + 1] = 0.0;
+            }
+            x = pairs;
+        }
+        return bluestein ? (*bluestein)(transform, x) : transform(x);
+    }
+
+    /// The half spectrum of n real samples, from transformed().
+    void writeSpectrum(index n, Split z, creal_T* half) const {
+        if (n % 2 == 0) {
+            return splitRealSpectrum({n / 2, z, roots.split(), half});
+        }
+        for (index k = 0; k <= n / 2; ++k) {
+            half[k] = {z.re[k], z.im[k]};
+        }
+    }
+
     SmoothFft transform;                          // of the complex sequence, or for the convolution that replaces it
     std::optional<BluesteinTransform> bluestein;  // when the length of the sequence is not smooth
     AlignedBuffer roots;                          // for even n: e^(-2 pi i k / n), k = 0 ... n/4
@@ -294,28 +318,28 @@ RealFft::RealFft(RealFft&&) noexcept = default;
 RealFft& RealFft::operator=(RealFft&&) noexcept = default;
 RealFft::~RealFft() = default;
 
-void RealFft::forward(samples x, creal_T* half) const {
+double* RealFft::workspace(const creal_T* spectrum) const {
     const SmoothFft& transform = plan_->transform;
-    const bool paired = n_ % 2 == 0;
-    const index given = std::min(static_cast<index>(x.size()), static_cast<index>(n_));
-    const double* pairs = x.data();
-    if (!paired || given < n_) {
-        double* const padded = transform.pairs();
-        const index step = paired ? 1 : 2;
-        std::fill_n(padded, step * n_, 0.0);
-        for (index i = 0; i < given; ++i) {
-            padded[step * i] = x[static_cast<std::size_t>(i)];
-        }
-        pairs = padded;
+    double* const other = transform.pairs();
+    return spectrum != nullptr && &spectrum->re == other ? transform.pairs({other, nullptr}) : other;
+}
+
+void RealFft::forward(samples x, creal_T* half) const {
+    const std::size_t given = std::min(x.size(), static_cast<std::size_t>(n_));
+    if (given == static_cast<std::size_t>(n_) && n_ % 2 == 0) {
+        return plan_->writeSpectrum(n_, plan_->transformed(n_, x.data()), half);
     }
-    const Split z = plan_->bluestein ? (*plan_->bluestein)(transform, pairs) : transform(pairs);
-    if (paired) {
-        splitRealSpectrum({n_ / 2, z, plan_->roots.split(), half});
-        return;
-    }
-    for (index k = 0; k < bins(); ++k) {
-        half[k] = {z.re[k], z.im[k]};
-    }
+    double* const own = workspace();
+    std::fill_n(std::copy_n(x.begin(), given, own), static_cast<std::size_t>(n_) - given, 0.0);
+    plan_->writeSpectrum(n_, plan_->transformed(n_, own), half);
+}
+
+const creal_T* RealFft::forward() const {
+    const Split z = plan_->transformed(n_, workspace());
+    // Pairs of doubles are complex numbers as they are stored.
+    auto* const half = reinterpret_cast<creal_T*>(plan_->transform.pairs(z));
+    plan_->writeSpectrum(n_, z, half);
+    return half;
 }
 
 }  // namespace coder

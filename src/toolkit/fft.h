@@ -27,6 +27,14 @@ public:
     /// half must not overlap x.
     void forward(samples x, creal_T* half) const;
 
+    /// Memory of the plan for n + 2 numbers, undefined until they are written. It does not overlap the spectrum of the
+    /// last transform, if that is given.
+    double* workspace(const creal_T* spectrum = nullptr) const;
+
+    /// The transform of the n samples in workspace(), which it overwrites: half[n/2+1], in the plan's memory as well,
+    /// valid until the next transform.
+    const creal_T* forward() const;
+
 private:
     struct Plan;
 

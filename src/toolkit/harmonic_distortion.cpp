@@ -109,15 +109,15 @@ std::size_t nearestBin(samples F, double target) {
     return i;
 }
 
-HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
-    assert(F.size() == static_cast<std::size_t>(Pxx.numel()));
+HarmonicResult computeTHD(std::span<double> Pxx, samples F, double rbw, double nHarm) {
+    assert(F.size() == Pxx.size());
     const std::size_t n = static_cast<std::size_t>(std::max(truncatedToInt(nHarm), 0));
     HarmonicResult result{rtNaN, std::vector<double>(n, rtNaN), std::vector<double>(n, rtNaN)};
     if (n == 0 || F.empty() || F.front() > 0.0 || F.back() < 0.0) {
         return result;
     }
     const double spacing = (F.back() - F.front()) / static_cast<double>(F.size() - 1);
-    PowerSpectrum spectrum{{Pxx.begin(), Pxx.end()}, F, spacing, rbw};
+    PowerSpectrum spectrum{Pxx, F, spacing, rbw};
     spectrum.power[0] *= 2.0;
     clearDc(spectrum);
 
@@ -138,9 +138,7 @@ HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm) {
 HarmonicDistortion::HarmonicDistortion(int n, const HarmonicSettings& settings)
     : periodogram_(kaiserOfLength(n), settings.rate), harmonics_(settings.harmonics) {}
 
-HarmonicResult HarmonicDistortion::measure(samples x, double mean) const {
-    column density;
-    periodogram_.density(x, mean, density);
+HarmonicResult HarmonicDistortion::distortionOf(std::span<double> density) const {
     return computeTHD(density, periodogram_.frequencies(), periodogram_.noiseBandwidth(), harmonics_);
 }
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "toolkit/periodogram.h"
-#include "toolkit/sums.h"
 
 namespace coder {
 
@@ -32,11 +31,15 @@ class HarmonicDistortion {
 public:
     HarmonicDistortion(int n, const HarmonicSettings& settings);
 
-    HarmonicResult measure(samples x) const { return measure(x, mean(x)); }
-    /// The same for a row whose mean is known.
-    HarmonicResult measure(samples x, double mean) const;
+    HarmonicResult measure(samples x) const { return distortionOf(periodogram_.density(x)); }
+
+    /// The same for the n samples in row(), of which the mean is known.
+    HarmonicResult measure(double mean) const { return distortionOf(periodogram_.density(mean)); }
+    std::span<double> row() const { return periodogram_.row(); }
 
 private:
+    HarmonicResult distortionOf(std::span<double> density) const;
+
     Periodogram periodogram_;
     int harmonics_;
 };
@@ -45,7 +48,7 @@ private:
 /// Pxx[L] over ascending, equally spaced frequencies F[L] in Hz; rbw is the noise bandwidth of a line in Hz. DC is
 /// cleared from Pxx. Everything is NaN when F is empty or does not include 0 Hz. Harmonics beyond the last frequency
 /// are NaN and not part of the sum; if none is left, r is -Inf.
-HarmonicResult computeTHD(column& Pxx, samples F, double rbw, double nHarm);
+HarmonicResult computeTHD(std::span<double> Pxx, samples F, double rbw, double nHarm);
 
 /// 0-based index of the element of F closest to a finite target, the first of two equally close ones. F is ascending,
 /// equally spaced and not empty.

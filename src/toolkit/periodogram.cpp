@@ -1,7 +1,7 @@
 #include "toolkit/periodogram.h"
 
+#include <algorithm>
 #include <cassert>
-#include <memory>
 
 #include "toolkit/simd.h"
 #include "toolkit/sums.h"
@@ -36,19 +36,25 @@ Periodogram::Periodogram(column window, double rate) : window_(std::move(window)
     noiseBandwidth_ = scale_ / (sum * sum);
 }
 
-void Periodogram::density(samples x, double mean, column& pxx) const {
-    assert(x.size() == static_cast<std::size_t>(window_.numel()));
-    const auto windowed = std::make_unique_for_overwrite<double[]>(x.size());
-    weighCentred(x, mean, window_, windowed.get());
-    const auto bins = static_cast<std::size_t>(fft_.bins());
-    const auto transform = std::make_unique_for_overwrite<creal_T[]>(bins);
-    fft_.forward({windowed.get(), x.size()}, transform.get());
-    pxx.set_size(fft_.bins());
-    vectorized<scaledPower>(transform.get(), scale_, bins, pxx.data());
-    pxx[0] *= 0.5;
-    if (fft_.size() % 2 == 0) {
-        pxx[fft_.size() / 2] *= 0.5;
+std::span<double> Periodogram::density(samples x) const {
+    assert(x.size() == row().size());
+    std::copy(x.begin(), x.end(), row().begin());
+    return density(mean(x));
+}
+
+std::span<double> Periodogram::density(double mean) const {
+    weighCentred(row().data(), mean, window_);
+    if (row().empty()) {
+        *fft_.workspace() = 0.0;
     }
+    const creal_T* const transform = fft_.forward();
+    const std::span pxx(fft_.workspace(transform), static_cast<std::size_t>(fft_.bins()));
+    vectorized<scaledPower>(transform, scale_, pxx.size(), pxx.data());
+    pxx.front() *= 0.5;
+    if (fft_.size() % 2 == 0) {
+        pxx.back() *= 0.5;
+    }
+    return pxx;
 }
 
 double bandpower(samples pxx, double spacing) {

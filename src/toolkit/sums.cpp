@@ -1,6 +1,5 @@
 #include "toolkit/sums.h"
 
-#include <cassert>
 #include <cmath>
 #include <numeric>
 
@@ -9,9 +8,9 @@
 namespace coder {
 namespace {
 
-ALWAYS_INLINE inline void weigh(const double* x, double offset, const double* w, std::size_t n, double* out) {
+ALWAYS_INLINE inline void weigh(double* x, double offset, const double* w, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        out[i] = (x[i] - offset) * w[i];
+        x[i] = (x[i] - offset) * w[i];
     }
 }
 
@@ -44,9 +43,8 @@ double sumOfMagnitudes(samples x) {
     return vectorized<addMagnitudes>(x.data(), x.size());
 }
 
-void weighCentred(samples x, double mean, samples w, double* out) {
-    assert(x.size() == w.size());
-    vectorized<weigh>(x.data(), mean, w.data(), x.size(), out);
+void weighCentred(double* x, double mean, samples w) {
+    vectorized<weigh>(x, mean, w.data(), w.size());
 }
 
 }  // namespace coder

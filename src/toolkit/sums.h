@@ -64,21 +64,32 @@ Value addLastBlocks(Value total, std::size_t from, std::size_t n, Term term) {
     return addBlocks<most>(total, from, n, term);
 }
 
+/// Number of blocks that blockedSum adds side by side.
+template <class Value, std::size_t chains>
+constexpr std::size_t blocksAtOnce = (chains + sizeof(Value) / sizeof(double) - 1) / (sizeof(Value) / sizeof(double));
+
 /// Sum of term(0) ... term(n-1); 0 for n = 0. The order is fixed bit for bit: blocks of 1024 terms (the last may be
 /// shorter) are each added left to right to -0, which changes no sum, then the block sums are added left to right.
 /// Blocks are independent chains of additions, and so are the values of a term, so about `chains` of them run side by
-/// side without changing the result. Fewer take less code.
-template <std::size_t chains = 10, class Term>
-auto blockedSum(std::size_t n, Term term) {
+/// side without changing the result. Fewer take less code. Before each group of blocks, prepare(from, count) is called
+/// with the first and the number of its terms.
+template <std::size_t chains = 10, class Term, class Prepare>
+auto blockedSum(std::size_t n, Term term, Prepare prepare) {
     using Value = decltype(term(std::size_t{}));
-    constexpr std::size_t valuesOfTerm = sizeof(Value) / sizeof(double);  // NOLINT(bugprone-sizeof-expression): values
-    constexpr std::size_t lanes = (chains + valuesOfTerm - 1) / valuesOfTerm;
+    constexpr std::size_t lanes = blocksAtOnce<Value, chains>;
     Value total = n == 0 ? Value{} : -Value{};
     std::size_t from = 0;
     for (; from + lanes * sumBlock <= n; from += lanes * sumBlock) {
+        prepare(from, lanes * sumBlock);
         total = addBlocks<lanes>(total, from, n, term);
     }
+    prepare(from, n - from);
     return addLastBlocks<lanes>(total, from, n, term);
+}
+
+template <std::size_t chains = 10, class Term>
+auto blockedSum(std::size_t n, Term term) {
+    return blockedSum<chains>(n, term, [](std::size_t, std::size_t) {});
 }
 
 /// Blocked sum of a row or column; 0 when empty.
@@ -109,8 +120,8 @@ double sumOfMagnitudes(samples x);
 /// Blocked sum divided by the count; NaN when empty.
 double mean(samples x);
 
-/// out = (x - mean) w for w as long as x.
-void weighCentred(samples x, double mean, samples w, double* out);
+/// x = (x - mean) w for as many numbers as w has.
+void weighCentred(double* x, double mean, samples w);
 
 }  // namespace coder
 

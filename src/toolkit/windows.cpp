@@ -1,9 +1,9 @@
 #include "toolkit/windows.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
-#include <vector>
 
 #include "toolkit/bessel.h"
 #include "toolkit/polynomial.h"
@@ -64,13 +64,15 @@ struct KaiserShape {
     double i0OfBeta;
 };
 
-/// The squares of the arguments beta sqrt(1 - r^2) of I0, r = (last - 2k) / last, as square[k] + squareLow[k]. v = beta
-/// r is split into vHigh + vLow: the square of vHigh and its product with last are exact, so vLow has full precision.
-ALWAYS_INLINE inline void kaiserArguments(double beta, double last, int count, double* square, double* squareLow) {
+/// The squares of the arguments beta sqrt(1 - r^2) of I0, r = (last - 2 (first + k)) / last, as square[k] +
+/// squareLow[k]. v = beta r is split into vHigh + vLow: the square of vHigh and its product with last are exact, so
+/// vLow has full precision.
+ALWAYS_INLINE inline void kaiserArguments(double beta, double last, int first, int count, double* square,
+                                          double* squareLow) {
     const double betaSquare = beta * beta;
     const double perLast = 1.0 / last;
     for (int k = 0; k < count; ++k) {
-        const double scaled = beta * (last - 2.0 * k);
+        const double scaled = beta * (last - 2.0 * (first + k));
         const double vHigh = head(scaled * perLast);
         const double vLow = (scaled - vHigh * last) * perLast;
         const double difference = betaSquare - vHigh * vHigh;
@@ -85,11 +87,16 @@ void kaiserWindow(double length, const KaiserShape& shape, column& w) {
     if (n < 2) {
         return;
     }
+    constexpr int atOnce = 256;
     const int half = n / 2;
-    std::vector<double> square(static_cast<std::size_t>(half));
-    std::vector<double> squareLow(square.size());
-    vectorized<kaiserArguments>(shape.beta, n - 1.0, half, square.data(), squareLow.data());
-    besseliOfSquare(square, squareLow, w.data());
+    double square[atOnce];
+    double squareLow[atOnce];
+    for (int done = 0; done < half; done += atOnce) {
+        const int some = std::min(atOnce, half - done);
+        vectorized<kaiserArguments>(shape.beta, n - 1.0, done, some, &square[0], &squareLow[0]);
+        const auto count = static_cast<std::size_t>(some);
+        besseliOfSquare({square, count}, {squareLow, count}, w.data() + done);
+    }
     std::for_each_n(w.begin(), half, [&](double& value) { value /= shape.i0OfBeta; });
     w[half] = 1.0;
     mirror(w.data(), n);

@@ -185,7 +185,6 @@ ZoomSpectrum::ZoomSpectrum(int n, int factor, std::span<const double> window)
       bins_(checkedLength(n, factor) / 2 + 1),
       weights_(window.begin(), window.end()),
       fft_(2 * n),
-      fftInput_(2 * static_cast<std::size_t>(n)),
       spectrum_(static_cast<std::size_t>(n) + blocks * width) {
     assert(static_cast<int>(window.size()) == n && (factor == 2 || factor == 4 || factor == 16));
     if (binsPerValue_ == 1) {
@@ -215,10 +214,13 @@ void ZoomSpectrum::load(samples x) {
     // the row to the end.
     const int middle = binsPerValue_ == 1 ? 0 : n_ / 2;
     const auto weighted = [perScale](double sample, double weight) { return sample * perScale * weight; };
-    std::transform(x.begin(), x.begin() + middle, weights_.begin(), fftInput_.end() - middle, weighted);
-    std::transform(x.begin() + middle, x.end(), weights_.begin() + middle, fftInput_.begin(), weighted);
+    double* const padded = fft_.workspace();
+    double* const firstHalf = padded + 2 * static_cast<std::size_t>(n_) - middle;
+    double* const zeros = std::transform(x.begin() + middle, x.end(), weights_.begin() + middle, padded, weighted);
+    std::fill(zeros, firstHalf, 0.0);
+    std::transform(x.begin(), x.begin() + middle, weights_.begin(), firstHalf, weighted);
     creal_T* const half = spectrum_.data() + margin;
-    fft_.forward(fftInput_, half);
+    fft_.forward({padded, 2 * static_cast<std::size_t>(n_)}, half);
     // The transform of a real row is continued below 0 and above half the rate by symmetry, with period 2n.
     const auto continued = [&](int k) {
         const int wrapped = (k % (2 * n_) + 2 * n_) % (2 * n_);

@@ -50,7 +50,6 @@ private:
     std::vector<double> kernel_;     // [value][lane]: weight of each value in the bins computed side by side
     double kernelSum_ = 1.0;         // bound of the sum of a bin's weights
     RealFft fft_;                    // of length 2n
-    std::vector<double> fftInput_;   // the weighted row, its middle at index 0, zeros in between
     std::vector<creal_T> spectrum_;  // transform of the loaded row, continued by symmetry at both ends
     double blockScale_ = 1.0;        // the power of two that the loaded row was divided by
 };

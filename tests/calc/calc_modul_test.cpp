@@ -53,12 +53,16 @@ struct Computed {
     }
 };
 
+int lengthOf(const coder::SharedRow& row) {
+    return row != nullptr ? static_cast<int>(row->size()) : 0;
+}
+
 void expectSpectrum(const coder::f_table& spectrum, double rate, double limit, int factor) {
     const int padded = factor * static_cast<int>(n);
     const std::vector<double>& f = *spectrum.frequencies;
     const int kept = std::min(static_cast<int>(limit * padded / rate), padded / 2) + 1;
     for (std::size_t phase = 0; phase < 3; ++phase) {
-        ASSERT_EQ(spectrum.spectra[phase].numel(), kept);
+        ASSERT_EQ(lengthOf(spectrum.spectra[phase]), kept);
         ASSERT_EQ(static_cast<int>(f.size()), kept);
         EXPECT_NEAR(f.back(), (kept - 1) * rate / padded, 1e-12 * rate);
         ASSERT_EQ(spectrum.maxima[phase].frequencies.numel(), 2);
@@ -75,7 +79,7 @@ void expectSet(const SetOfRecords& records, const Computed& call, int ownType, i
     const double rate = mode != 2 ? call.measurement.sampleRate : type == 21 ? 10000.0 : 500.0;
     expectSpectrum(records.spectrum, rate, rate == 500.0 ? 250.0 : 1000.0, padding);
     EXPECT_EQ(records.distortion.levels[2].size(), mode != 3 ? 0U : type == 21 ? 40U : 5U);
-    EXPECT_EQ(records.signals.variables.signals[0].numel(), mode == 1 ? static_cast<int>(n) : 1);
+    EXPECT_EQ(lengthOf(records.signals.variables.signals[0]), mode == 1 ? static_cast<int>(n) : 1);
     EXPECT_EQ(std::isnan(records.signals.variables.statistics[1].values[1]), mode != 1);
 }
 
@@ -117,7 +121,7 @@ TEST(StageNames, EndInIForCurrents) {
         SetOfRecords records;
         distortion(set, records.distortion);
         spectrum(set, request, records.spectrum);
-        signals(ChannelSet(set), records.signals);
+        signals(set, records.signals);
         for (const auto& labels :
              {records.distortion.labels, records.spectrum.labels, records.signals.variables.labels}) {
             EXPECT_EQ(labels[0][0], letter);
@@ -149,7 +153,7 @@ TEST(Spectrum, OddRatesCutTheRowAndTheAxis) {
     };
     for (const auto& c : cases) {
         const coder::f_table spectrum = Computed(0.0, 0, c.rate).run().voltages.spectrum;
-        ASSERT_EQ(spectrum.spectra[0].numel(), c.bins) << c.rate;
+        ASSERT_EQ(lengthOf(spectrum.spectra[0]), c.bins) << c.rate;
         ASSERT_EQ(static_cast<int>(spectrum.frequencies->size()), c.frequencies) << c.rate;
         EXPECT_TRUE(c.frequencies == 0 || plain::same(spectrum.frequencies->front(), c.first)) << c.rate;
         const coder::column& maxima = spectrum.maxima[0].frequencies;
@@ -162,15 +166,15 @@ TEST(Spectrum, AChannelOfAnotherLengthRunsNone) {
     for (const double samplesNumber : {n - 1.0, n + 1.0, 0.0, 1e18, double(NAN)}) {
         Computed call(0.0, 2, 500.0);
         call.measurement.samplesNumber = samplesNumber;
-        EXPECT_EQ(call.run().voltages.spectrum.spectra[0].numel(), 0) << samplesNumber;
+        EXPECT_EQ(lengthOf(call.run().voltages.spectrum.spectra[0]), 0) << samplesNumber;
     }
     Computed call(0.0, 2, 500.0);
     call.measurement.currents[1].samples = coder::samples(call.x).first(n - 1);
     call.run();
-    EXPECT_EQ(call.voltages.spectrum.spectra[1].numel(), 2 * static_cast<int>(n) + 1)
+    EXPECT_EQ(lengthOf(call.voltages.spectrum.spectra[1]), 2 * static_cast<int>(n) + 1)
         << "the other set is not affected";
     for (std::size_t phase = 0; phase < 3; ++phase) {
-        EXPECT_EQ(call.currents.spectrum.spectra[phase].numel(), 0);
+        EXPECT_EQ(lengthOf(call.currents.spectrum.spectra[phase]), 0);
         EXPECT_EQ(call.currents.spectrum.maxima[phase].frequencies.numel(), 0);
     }
 }

@@ -147,10 +147,7 @@ TEST_P(AllocationFailure, LeavesNoTraceOfTheCall) {
 TEST_P(AllocationFailure, LeavesTheTableUnchanged) {
     calc_modul_K9_web_ns::coder::b_table record;
     record.prefill(calc_modul_K9_web_ns::voltage);
-    for (auto& signal : record.variables.signals) {
-        signal.set_size(1, 2);
-        signal[0] = signal[1] = 1.5;
-    }
+    record.variables.signals.fill(std::make_shared<const std::vector<double>>(2, 1.5));
     RT305_4_USignalTable table;
     table.init(record);
     const std::string text = table.toJsonText();
