@@ -57,18 +57,19 @@ void makeText(Record& record, Stopwatch& watch) {
 }
 
 /// The stages of a call, in order. Samples are conditioned where a stage needs them: "conditioning" is the search for
-/// zeros and the offsets.
+/// zeros, the offsets and the sums.
 Times timedCall(std::uint32_t operation, const RawChannelSet& rawVoltages, const RawChannelSet& rawCurrents, double n) {
     namespace records = calc_modul_K9_web_ns::coder;
     Stopwatch watch;
     const ConditionedSet voltages(rawVoltages, n, option::sourceSimulated);
     const ConditionedSet currents(rawCurrents, n, option::sourceSimulated);
+    const SumsOfBoth sums(voltages, currents);
     watch.book(conditioning);
-    const HarmonicsOfBoth measured = measureHarmonics(voltages, currents);
+    const HarmonicsOfBoth measured = measureHarmonics(voltages, currents, sums);
     watch.book(harmonics);
     records::d_table parameterRecord;
     parameterRecord.prefill();
-    ParamData_mo_305_4(voltages, currents, n, MeasurementOptions(RT305_4_FOUR_WIRE), measured, parameterRecord);
+    ParamData_mo_305_4(voltages, currents, sums, n, MeasurementOptions(RT305_4_FOUR_WIRE), measured, parameterRecord);
     watch.book(parameters);
     makeText<RT305_4_ParamTable>(parameterRecord, watch);
     if (operation == RT305_4_OPERATION_SIGNALS) {

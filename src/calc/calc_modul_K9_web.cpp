@@ -125,9 +125,11 @@ void calc_modul_K9_web(const Measurement& measurement, const ResultRecords& resu
     }
     std::optional<HarmonicsOfBoth> harmonics;
     if (harmonicsOfBoth) {
-        harmonics = measureHarmonics(voltages, currents);
+        const SumsOfBoth sums(voltages, currents);
+        harmonics = measureHarmonics(voltages, currents, sums);
         if (results.parameters != nullptr) {
-            ParamData_mo_305_4(voltages, currents, measurement.samplesNumber, options, *harmonics, *results.parameters);
+            ParamData_mo_305_4(voltages, currents, sums, measurement.samplesNumber, options, *harmonics,
+                               *results.parameters);
         }
     }
     runStages(selection, measurement, voltage, harmonics ? &harmonics->voltages : nullptr, voltages, results.voltages);

@@ -1,5 +1,6 @@
 #include "calc/electrical_parameters.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <vector>
@@ -22,8 +23,6 @@ using coder::expandedLength;
 using coder::Parameter;
 using coder::row;
 
-using PerPhase = std::array<double, coder::phases>;
-
 /// The parameter of a phase, given that of phase a.
 Parameter next(Parameter a, std::size_t phase) {
     assert(phase < coder::phases);
@@ -40,92 +39,37 @@ double total(const PerPhase& values) {
     return values[0] + values[1] + values[2];
 }
 
-/// sum over i of term(rows[i]...) with singleton expansion, times 1/N.
-template <class Term, class... Rows>
-double meanOfExpanded(double N, Term term, const Rows&... rows) {
-    int n = 1;
-    ((n = expandedLength(n, rows.numel())), ...);
-    const double sum = coder::blockedSum<1>(static_cast<std::size_t>(n),
-                                            [&, ... x = Expanded(rows)](std::size_t i) { return term(x[i]...); });
+/// Mean of u i with singleton expansion: the sum times 1/N.
+double meanProduct(double N, const row& u, const row& i) {
+    const auto n = static_cast<std::size_t>(expandedLength(u.numel(), i.numel()));
+    const auto product = [](const auto& x, const auto& y) { return [=](std::size_t k) { return x[k] * y[k]; }; };
+    const double sum = u.numel() == i.numel() ? coder::blockedSum(n, product(u.data(), i.data()))
+                                              : coder::blockedSum<1>(n, product(Expanded(u), Expanded(i)));
     return sum * (1.0 / N);
 }
 
-/// The same, faster for two rows of one length.
-template <class Term>
-double meanOf(double N, Term term, const row& a, const row& b) {
-    if (a.numel() != b.numel()) {
-        return meanOfExpanded(N, term, a, b);
-    }
-    const double sum = coder::blockedSum(static_cast<std::size_t>(a.numel()),
-                                         [=, x = a.data(), y = b.data()](std::size_t i) { return term(x[i], y[i]); });
-    return sum * (1.0 / N);
+/// Root mean squares from sums of squares.
+PerPhase rmsOf(const PerPhase& squares, double N) {
+    PerPhase rms{};
+    std::transform(squares.begin(), squares.end(), rms.begin(), [=](double sum) { return std::sqrt(sum * (1.0 / N)); });
+    return rms;
 }
 
-double square(double a) {
-    return a * a;
-}
-
-double squareOfDifference(double a, double b) {
-    return square(a - b);
-}
-
-double squareOfSum(double a, double b, double c) {
-    return square(a + b + c);
-}
-
-/// The root mean square of a combination of phases, given the square of one sample of each.
-template <auto squareOf, std::size_t... phase>
-struct Rms {
-    static double term(const std::array<const double*, coder::phases>& x, std::size_t i) {
-        return squareOf(x[phase][i]...);
-    }
-    static double alone(const ChannelSet& set, double N) {
-        return std::sqrt(meanOfExpanded(
-            N, [](auto... x) { return squareOf(x...); }, set[phase]...));
-    }
-};
-
-/// Several of them: side by side when all phases have the same length.
-template <class... Values>
-std::array<double, sizeof...(Values)> rmsOf(const ConditionedSet& set, double N) {
-    if (!set.haveOneLength()) {
-        const ChannelSet rows = set.rows();
-        return {Values::alone(rows, N)...};
-    }
-    auto values = set.blockedSum<8>([](const auto& x, std::size_t i) {
-                         return coder::SideBySide<sizeof...(Values)>{{Values::term(x, i)...}};
-                     })
-                      .sums;
-    for (double& value : values) {
-        value = std::sqrt(value * (1.0 / N));
-    }
-    return values;
-}
-
-using RmsA = Rms<square, 0>;
-using RmsB = Rms<square, 1>;
-using RmsC = Rms<square, 2>;
-using RmsOfSum = Rms<squareOfSum, 0, 1, 2>;
-
-void measureVoltages(const ConditionedSet& u, double N, std::string_view wiring, d_table& out) {
+void measureVoltages(const ChannelSums& u, double N, std::string_view wiring, d_table& out) {
+    const PerPhase rms = rmsOf(u.squares, N);
     if (wiring == option::wiringThree) {
         constexpr double root3 = 1.7320508075688772;
-        const auto [ab, bc, ca, sum] = rmsOf<RmsA, RmsB, RmsC, RmsOfSum>(u, N);
-        store(out, Parameter::Uda, {ab / root3, bc / root3, ca / root3});
-        store(out, Parameter::Udab, {ab, bc, ca});
-        out[Parameter::Ud0] = sum * 0.3333333333333333;
+        store(out, Parameter::Uda, {rms[0] / root3, rms[1] / root3, rms[2] / root3});
+        store(out, Parameter::Udab, rms);
     } else {
-        const auto [a, b, c, ab, bc, ca, sum] =
-            rmsOf<RmsA, RmsB, RmsC, Rms<squareOfDifference, 0, 1>, Rms<squareOfDifference, 1, 2>,
-                  Rms<squareOfDifference, 2, 0>, RmsOfSum>(u, N);
-        store(out, Parameter::Uda, {a, b, c});
-        store(out, Parameter::Udab, {ab, bc, ca});
-        out[Parameter::Ud0] = sum * 0.3333333333333333;
+        store(out, Parameter::Uda, rms);
+        store(out, Parameter::Udab, rmsOf(u.squaresOfDifferences, N));
     }
+    out[Parameter::Ud0] = std::sqrt(u.squaresOfSum * (1.0 / N)) * 0.3333333333333333;
 }
 
-void measureCurrents(const ConditionedSet& i, double N, const MeasurementOptions& options, d_table& out) {
-    PerPhase current = rmsOf<RmsA, RmsB, RmsC>(i, N);
+void measureCurrents(const ChannelSums& i, double N, const MeasurementOptions& options, d_table& out) {
+    PerPhase current = rmsOf(i.squares, N);
     if (!options.keepRebuiltRms && options.rebuiltCurrent != PhaseChoice::none) {
         const PhaseWithOthers rebuilt = withOthers(options.rebuiltCurrent);
         current[rebuilt.phase] = (current[rebuilt.first] + current[rebuilt.second]) * 0.5;
@@ -187,8 +131,7 @@ void threeWattmeter(const ConditionedSet& u, const ConditionedSet& i, double N, 
     PerPhase reactive{};
     PerPhase apparent{};
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        active[phase] = meanOf(
-            N, [](double a, double b) { return a * b; }, u.row(phase), i.row(phase));
+        active[phase] = meanProduct(N, u.row(phase), i.row(phase));
         apparent[phase] = out[next(Parameter::Ida, phase)] * out[next(Parameter::Uda, phase)];
         reactive[phase] = active[phase] * std::tan(std::acos(active[phase] / apparent[phase]));
     }
@@ -242,51 +185,58 @@ void storeTwoWattmeters(double phi1, double phi2, bool magnitudes, d_table& out)
     out[Parameter::S] = std::sqrt(active * active + reactive * reactive);
 }
 
-/// Phase of the dominant line of a signal that fill(y, n) writes to y[n].
+/// Phase of the dominant line of a signal of n samples: fill(y) writes them to y[n] and returns their mean.
 template <class Fill>
 double dominantPhase(std::size_t n, const DominantPhase& shared, Fill fill) {
-    const auto phaseBy = [&](const DominantPhase& measurement) {
-        fill(measurement.row(), n);
-        return measurement.ofRow();
-    };
+    const auto phaseBy = [&](const DominantPhase& measurement) { return measurement.ofRow(fill(measurement.row())); };
     const int length = static_cast<int>(n);
     return length == shared.length() ? phaseBy(shared) : phaseBy(DominantPhase(length));
 }
 
-void twoWattmeters(const ConditionedSet& u, const ConditionedSet& i, bool lineVoltages, d_table& out) {
+void twoWattmeters(const ConditionedSet& u, const ConditionedSet& i, const SumsOfBoth& sums, bool lineVoltages,
+                   d_table& out) {
     const DominantPhase shared(static_cast<int>(u.length(0)));
-    const auto phaseOf = [&](const ConditionedSet& set, std::size_t phase) {
-        return dominantPhase(set.length(phase), shared, [&](double* y, std::size_t) { set.write(phase, y); });
-    };
-    const auto phaseOfDifference = [&](std::size_t a, std::size_t b) {
-        const int n = coder::expandedLength(static_cast<int>(u.length(a)), static_cast<int>(u.length(b)));
-        return dominantPhase(static_cast<std::size_t>(n), shared, [&](double* y, std::size_t count) {
-            u.writeCombined(a, b, 0, count, y, [](double one, double other) { return one - other; });
+    const auto phaseOf = [&](const ConditionedSet& set, const ChannelSums& sumsOfSet, std::size_t phase) {
+        const std::size_t n = set.length(phase);
+        return dominantPhase(n, shared, [&](double* y) {
+            set.write(phase, y);
+            return sumsOfSet.samples[phase] / static_cast<double>(n);
         });
     };
-    const double phi1 = phaseOf(i, 0) - (lineVoltages ? phaseOfDifference(1, 0) : phaseOf(u, 0));
-    const double phi2 = phaseOf(i, 2) - (lineVoltages ? phaseOfDifference(1, 2) : phaseOf(u, 1));
+    const auto phaseOfDifference = [&](std::size_t a, std::size_t b) {
+        const auto n =
+            static_cast<std::size_t>(expandedLength(static_cast<int>(u.length(a)), static_cast<int>(u.length(b))));
+        return dominantPhase(n, shared, [&](double* y) {
+            u.writeCombined(a, b, 0, n, y, [](double one, double other) { return one - other; });
+            return coder::mean({y, n});
+        });
+    };
+    const double phi1 =
+        phaseOf(i, sums.currents, 0) - (lineVoltages ? phaseOfDifference(1, 0) : phaseOf(u, sums.voltages, 0));
+    const double phi2 =
+        phaseOf(i, sums.currents, 2) - (lineVoltages ? phaseOfDifference(1, 2) : phaseOf(u, sums.voltages, 1));
     storeTwoWattmeters(phi1, phi2, lineVoltages, out);
 }
 
-void measurePower(const ConditionedSet& u, const ConditionedSet& i, double N, std::string_view method, d_table& out) {
+void measurePower(const ConditionedSet& u, const ConditionedSet& i, const SumsOfBoth& sums, double N,
+                  std::string_view method, d_table& out) {
     if (method == option::powerThreeWattmeter) {
         threeWattmeter(u, i, N, out);
     } else if (method == option::powerThreeWattmeterComplex) {
         threeWattmeterComplex(u, i, N, out);
     } else if (method == option::powerTwoWattmeter) {
-        twoWattmeters(u, i, false, out);
+        twoWattmeters(u, i, sums, false, out);
     } else if (method == option::powerTwoWattmeterPhase) {
-        twoWattmeters(u, i, true, out);
+        twoWattmeters(u, i, sums, true, out);
     }
 }
 
 }  // namespace
 
-void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& currents, double N,
-                        const MeasurementOptions& options, const HarmonicsOfBoth& harmonics, d_table& out) {
-    measureVoltages(voltages, N, options.wiring, out);
-    measureCurrents(currents, N, options, out);
+void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& currents, const SumsOfBoth& sums,
+                        double N, const MeasurementOptions& options, const HarmonicsOfBoth& harmonics, d_table& out) {
+    measureVoltages(sums.voltages, N, options.wiring, out);
+    measureCurrents(sums.currents, N, options, out);
 
     const FrequencyWindow window = frequencyWindow(options.frequency);
     const Gates voltageGates = admit(harmonics.voltages, window, gatedByPartner);
@@ -299,7 +249,7 @@ void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& cu
     if (voltageGates != all || currentGates != all) {
         return;
     }
-    measurePower(voltages, currents, N, options.power, out);
+    measurePower(voltages, currents, sums, N, options.power, out);
     if (options.negateActivePower) {
         out[Parameter::P] = -out[Parameter::P];
     }

@@ -20,8 +20,9 @@ namespace calc_modul_K9_web_ns {
 ///   - frequency in Hz of each admitted voltage phase;
 ///   - powers in W, VA and var by the chosen method, if all six channels are admitted.
 /// All other values, power factors included, stay unchanged.
-void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& currents, double N,
-                        const MeasurementOptions& options, const HarmonicsOfBoth& harmonics, coder::d_table& out);
+void ParamData_mo_305_4(const ConditionedSet& voltages, const ConditionedSet& currents, const SumsOfBoth& sums,
+                        double N, const MeasurementOptions& options, const HarmonicsOfBoth& harmonics,
+                        coder::d_table& out);
 
 }  // namespace calc_modul_K9_web_ns
 

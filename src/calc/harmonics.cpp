@@ -4,7 +4,7 @@ namespace calc_modul_K9_web_ns {
 namespace {
 
 /// Channels of n samples use the shared measurement, others make one of their own.
-SetHarmonics measureSet(const ConditionedSet& set, const std::array<double, coder::phases>& sums, std::size_t n,
+SetHarmonics measureSet(const ConditionedSet& set, const PerPhase& sums, std::size_t n,
                         const coder::HarmonicDistortion& shared, const coder::HarmonicSettings& settings) {
     SetHarmonics harmonics;
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
@@ -21,21 +21,18 @@ SetHarmonics measureSet(const ConditionedSet& set, const std::array<double, code
 
 }  // namespace
 
-// The sums come first: their memory is free again when that of the transform is needed.
-
 SetHarmonics measureHarmonics(const ConditionedSet& set, const coder::HarmonicSettings& settings) {
-    const auto sums = set.sums();
+    const PerPhase sums = sumsOfSamples(set);  // before the plan, so that their memory is free again for it
     const std::size_t n = set.length(0);
     return measureSet(set, sums, n, coder::HarmonicDistortion(static_cast<int>(n), settings), settings);
 }
 
-HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents) {
-    const auto sumsOfVoltages = voltages.sums();
-    const auto sumsOfCurrents = currents.sums();
+HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents,
+                                 const SumsOfBoth& sums) {
     const std::size_t n = voltages.length(0);
     const coder::HarmonicDistortion shared(static_cast<int>(n), coder::b_thdSettings);
-    return {measureSet(voltages, sumsOfVoltages, n, shared, coder::b_thdSettings),
-            measureSet(currents, sumsOfCurrents, n, shared, coder::b_thdSettings)};
+    return {measureSet(voltages, sums.voltages.samples, n, shared, coder::b_thdSettings),
+            measureSet(currents, sums.currents.samples, n, shared, coder::b_thdSettings)};
 }
 
 }  // namespace calc_modul_K9_web_ns

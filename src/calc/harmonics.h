@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "calc/input_conditioning.h"
+#include "calc/channel_sums.h"
 #include "toolkit/harmonic_distortion.h"
 
 namespace calc_modul_K9_web_ns {
@@ -19,7 +19,8 @@ struct HarmonicsOfBoth {
     SetHarmonics voltages;
     SetHarmonics currents;
 };
-HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents);
+HarmonicsOfBoth measureHarmonics(const ConditionedSet& voltages, const ConditionedSet& currents,
+                                 const SumsOfBoth& sums);
 
 }  // namespace calc_modul_K9_web_ns
 

@@ -111,17 +111,6 @@ coder::row ConditionedSet::row(std::size_t phase) const {
     return y;
 }
 
-std::array<double, coder::phases> ConditionedSet::sums() const {
-    if (!haveOneLength()) {
-        const ChannelSet all = rows();
-        return coder::combineVectorElements<coder::phases>({all[0], all[1], all[2]});
-    }
-    return blockedSum<9>([](const auto& y, std::size_t i) {
-               return coder::SideBySide<coder::phases>{{y[0][i], y[1][i], y[2][i]}};
-           })
-        .sums;
-}
-
 void data_305_4(const RawChannelSet& raw, double N, std::string_view source, ChannelSet& conditioned) {
     conditioned = ConditionedSet(raw, N, source).rows();
 }

@@ -96,19 +96,13 @@ public:
         const std::size_t room = std::min(n, coder::blocksAtOnce<Value, chains> * coder::sumBlock);
         const auto memory = std::make_unique_for_overwrite<double[]>(coder::phases * room);
         double* const y = memory.get();
-        std::size_t start = 0;
-        return coder::blockedSum<chains>(
-            n, [&, x = Samples{y, y + room, y + 2 * room}](std::size_t i) { return term(x, i - start); },
-            [&](std::size_t from, std::size_t count) {
-                start = from;
-                for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-                    write(phase, from, count, y + phase * room);
-                }
-            });
+        return coder::blockedSumOfParts<chains>(n, [&](std::size_t from, std::size_t count) {
+            for (std::size_t phase = 0; phase < coder::phases; ++phase) {
+                write(phase, from, count, y + phase * room);
+            }
+            return [=, x = Samples{y, y + room, y + 2 * room}](std::size_t i) { return term(x, i); };
+        });
     }
-
-    /// The blocked sums of the channels.
-    std::array<double, coder::phases> sums() const;
 
 private:
     std::array<ConditionedChannel, coder::phases> channels_;

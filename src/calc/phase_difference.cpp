@@ -33,15 +33,15 @@ DominantPhase::DominantPhase(int n) : transform_(std::max(n, 1)) {
 double DominantPhase::of(samples x) const {
     assert(static_cast<int>(x.size()) == length());
     std::copy(x.begin(), x.end(), row());
-    return ofRow();
+    return ofRow(coder::mean(x));
 }
 
-double DominantPhase::ofRow() const {
+double DominantPhase::ofRow(double mean) const {
     const samples w = window_;
     if (w.empty()) {
         return rtNaN;
     }
-    coder::weighCentred(row(), coder::mean({row(), w.size()}), w);
+    coder::weighCentred(row(), mean, w);
     const creal_T* const spectrum = transform_.forward();
     const std::span magnitudes(transform_.workspace(spectrum), static_cast<std::size_t>(transform_.bins()));
     coder::vectorized<magnitudesOf>(spectrum, magnitudes.size(), magnitudes.data());

@@ -18,8 +18,8 @@ public:
     /// with the opposite angle. The first of equal lines counts. NaN if x is empty or contains NaN.
     double of(coder::samples x) const;
 
-    /// The same for the n samples in row().
-    double ofRow() const;
+    /// The same for the n samples in row(), of which the mean is known.
+    double ofRow(double mean) const;
     double* row() const { return transform_.workspace(); }
 
 private:

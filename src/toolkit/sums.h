@@ -68,28 +68,32 @@ Value addLastBlocks(Value total, std::size_t from, std::size_t n, Term term) {
 template <class Value, std::size_t chains>
 constexpr std::size_t blocksAtOnce = (chains + sizeof(Value) / sizeof(double) - 1) / (sizeof(Value) / sizeof(double));
 
+/// blockedSum, given a few blocks at a time: termsFrom(from, count) returns the terms from ... from + count - 1,
+/// counted from 0, as a function of their index.
+template <std::size_t chains, class Terms>
+auto blockedSumOfParts(std::size_t n, Terms termsFrom) {
+    using Value = decltype(termsFrom(std::size_t{}, std::size_t{})(std::size_t{}));
+    constexpr std::size_t blocks = blocksAtOnce<Value, chains>;
+    constexpr std::size_t part = blocks * sumBlock;
+    Value total = n == 0 ? Value{} : -Value{};
+    std::size_t from = 0;
+    for (; from + part <= n; from += part) {
+        total = addBlocks<blocks>(total, 0, part, termsFrom(from, part));
+    }
+    return addLastBlocks<blocks>(total, 0, n - from, termsFrom(from, n - from));
+}
+
 /// Sum of term(0) ... term(n-1); 0 for n = 0. The order is fixed bit for bit: blocks of 1024 terms (the last may be
 /// shorter) are each added left to right to -0, which changes no sum, then the block sums are added left to right.
 /// Blocks are independent chains of additions, and so are the values of a term, so about `chains` of them run side by
-/// side without changing the result. Fewer take less code. Before each group of blocks, prepare(from, count) is called
-/// with the first and the number of its terms.
-template <std::size_t chains = 10, class Term, class Prepare>
-auto blockedSum(std::size_t n, Term term, Prepare prepare) {
-    using Value = decltype(term(std::size_t{}));
-    constexpr std::size_t lanes = blocksAtOnce<Value, chains>;
-    Value total = n == 0 ? Value{} : -Value{};
-    std::size_t from = 0;
-    for (; from + lanes * sumBlock <= n; from += lanes * sumBlock) {
-        prepare(from, lanes * sumBlock);
-        total = addBlocks<lanes>(total, from, n, term);
-    }
-    prepare(from, n - from);
-    return addLastBlocks<lanes>(total, from, n, term);
-}
-
+/// side without changing the result. Fewer take less code.
 template <std::size_t chains = 10, class Term>
 auto blockedSum(std::size_t n, Term term) {
-    return blockedSum<chains>(n, term, [](std::size_t, std::size_t) {});
+    return blockedSumOfParts<chains>(n, [&](std::size_t from, std::size_t) {
+        return [=](std::size_t i) __attribute__((always_inline)) {
+            return term(from + i);
+        };
+    });
 }
 
 /// Blocked sum of a row or column; 0 when empty.

@@ -23,7 +23,8 @@ ChannelSet balanced(double amplitude) {
 d_table measure(const ChannelSet& u, const ChannelSet& i, const MeasurementOptions& options) {
     d_table out;
     out.prefill();
-    ParamData_mo_305_4(u, i, u[0].numel(), options, measureHarmonics(u, i), out);
+    const SumsOfBoth sums(u, i);
+    ParamData_mo_305_4(u, i, sums, u[0].numel(), options, measureHarmonics(u, i, sums), out);
     return out;
 }
 
