@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "base/text_encoding.h"
 
 namespace rt305 {
 
@@ -66,7 +67,7 @@ std::string scrollingTable(const std::string& caption, std::string_view attribut
 
 std::string escaped(std::string_view text) {
     std::string html;
-    for (const char c : text) {
+    for (const char c : toUtf8(text)) {
         switch (c) {
             case '&':
                 html += "&amp;";

@@ -10,7 +10,7 @@
 
 namespace rt305 {
 
-/// Text escaped for use between tags or in an attribute.
+/// Text escaped for use between tags or in an attribute. Bytes that are not UTF-8 become U+FFFD.
 std::string escaped(std::string_view text);
 
 /// <tag attributes>content</tag>; the content is HTML.
