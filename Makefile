@@ -50,6 +50,7 @@ test-full: test lint
 	@scripts/check-release
 	@scripts/check-cpus build/debug
 	@scripts/check-report build/debug
+	@scripts/check-engines build/debug
 
 coverage:
 	@scripts/setup all
