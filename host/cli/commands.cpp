@@ -28,12 +28,8 @@ namespace {
 
 Recording read(const MeasureOptions& options) {
     Recording recording = readShowingProgress(options.file, readOptionsOf(options));
-    std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
+    warnAll(recording.warnings);
     return recording;
-}
-
-void warnAll(const std::vector<Remark>& warnings) {
-    std::for_each(warnings.begin(), warnings.end(), [](const Remark& warning) { warn(warning.text); });
 }
 
 /// A measurement and the document for it.

@@ -98,7 +98,7 @@ Conversion conversionOf(const ConvertOptions& options) {
 void convertRecording(const ConvertOptions& options) {
     const std::string form = formOf(options);
     const Recording recording = readShowingProgress(options.measure.file, options.measure.reading);
-    std::for_each(recording.warnings.begin(), recording.warnings.end(), warn);
+    warnAll(recording.warnings);
     std::optional<Activity> activity(std::in_place, "converting");
     const Recording result = converted(recording, conversionOf(options));
     activity.reset();

@@ -42,6 +42,12 @@ void warn(const std::string& message) {
     printMessage("warning: " + message);
 }
 
+void warnAll(const std::vector<Remark>& warnings, const std::string& prefix) {
+    for (const Remark& warning : warnings) {
+        warn(prefix + warning.text);
+    }
+}
+
 void note(const std::string& message) {
     printMessage("note: " + message);
 }

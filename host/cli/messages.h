@@ -3,6 +3,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "recording/remark.h"
 
 namespace rt305 {
 
@@ -14,6 +17,7 @@ void writeToStderr(std::string_view text) noexcept;
 /// text from a file looks like no other message. Without memory the message says only that.
 void printMessage(const std::string& message) noexcept;
 void warn(const std::string& message);
+void warnAll(const std::vector<Remark>& warnings, const std::string& prefix = "");
 void note(const std::string& message);
 
 }  // namespace rt305

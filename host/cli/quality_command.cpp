@@ -51,9 +51,8 @@ public:
                                  .isDeclaredKnown = options_.choice.settings.declaredVolts > 0.0,
                                  .limits = limits_};
         document.warnings = recording.warnings;
-        for (const Remark& warning : phases.measurement.warnings) {
-            document.warnings.push_back(warning.text);
-        }
+        document.warnings.insert(document.warnings.end(), phases.measurement.warnings.begin(),
+                                 phases.measurement.warnings.end());
         if (each.form == OutputForm::csv || each.form == OutputForm::jsonLines) {
             QualityRowWriter writer(document, options_.rows, each.form, settings, *run.out);
             document.results = analyse(phases.measurement.samples, settings, KeepTraces::no, writer.listener());

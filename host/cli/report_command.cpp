@@ -39,11 +39,10 @@ public:
     /// Returns the row of the page in an index.
     std::string write(const std::string& file, const std::string& target) const {
         const std::string prefix = options_.isMany() ? file + ": " : "";
-        const auto warnPrefixed = [&prefix](const Remark& warning) { warn(prefix + warning.text); };
         ReadOptions reading = options_.each.reading;
         reading.withChecksums = true;
         Recording recording = readShowingProgress(file, reading);
-        std::for_each(recording.warnings.begin(), recording.warnings.end(), warnPrefixed);
+        warnAll(recording.warnings, prefix);
         refuseInputAsOutput(target, recording.files);
         std::optional<Activity> activity(std::in_place, "preparing the samples");
         const FullMeasurement full = prepare(recording, options_.each.settings);
@@ -51,9 +50,9 @@ public:
         if (!options_.isMany()) {
             std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
         }
-        std::for_each(full.measurement.warnings.begin(), full.measurement.warnings.end(), warnPrefixed);
+        warnAll(full.measurement.warnings, prefix);
         if (!full.isSteady()) {
-            warnPrefixed(full.unsteadiness);
+            warn(prefix + full.unsteadiness);
         }
         activity.emplace("measuring");
         FullResults results = measureAll(full, library_);

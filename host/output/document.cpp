@@ -59,14 +59,6 @@ void addList(const ResultTable& table, Json& list) {
     }
 }
 
-Json textsOf(const std::vector<Remark>& remarks) {
-    Json texts = Json::array();
-    for (const Remark& remark : remarks) {
-        texts.push_back(remark.text);
-    }
-    return texts;
-}
-
 Json jsonOf(const ResultDocument& document) {
     Json object = originOf(document.recording, document.options, document.library);
     object["measured"] = {{"start", document.startSeconds},
@@ -82,8 +74,8 @@ Json jsonOf(const ResultDocument& document) {
             object[table.name] = rowsOf(table);
         }
     }
-    object["remarks"] = textsOf(document.remarks);
-    object["warnings"] = textsOf(document.warnings);
+    object["remarks"] = jsonOf(document.remarks);
+    object["warnings"] = jsonOf(document.warnings);
     return object;
 }
 

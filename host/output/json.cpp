@@ -24,6 +24,14 @@ Json jsonOfTool(const std::string& libraryVersion) {
     return tool;
 }
 
+Json jsonOf(const std::vector<Remark>& remarks) {
+    Json texts = Json::array();
+    for (const Remark& remark : remarks) {
+        texts.push_back(remark.text);
+    }
+    return texts;
+}
+
 Json jsonOf(const RecordingFacts& facts) {
     Json others = Json::array();
     for (const SourceFile& file : facts.otherFiles) {

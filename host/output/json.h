@@ -3,8 +3,10 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "output/recording_facts.h"
+#include "recording/remark.h"
 
 namespace rt305 {
 
@@ -21,6 +23,9 @@ Json originOf(const RecordingFacts& facts, const GivenOptions& options, const st
 
 /// The object `options`: {"two_currents": "b", "sqrt2": true}.
 Json jsonOf(const GivenOptions& options);
+
+/// The sentences of remarks.
+Json jsonOf(const std::vector<Remark>& remarks);
 
 }  // namespace rt305
 

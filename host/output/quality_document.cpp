@@ -135,7 +135,7 @@ Json jsonOf(const QualityDocument& document) {
     object["ten_seconds"] = jsonOf(results.quantities, results.tenSeconds);
     object["verdict"] = document.limits.limits.empty() ? Json() : verdictOf(document);
     object["remarks"] = document.remarks;
-    object["warnings"] = document.warnings;
+    object["warnings"] = jsonOf(document.warnings);
     return object;
 }
 

@@ -25,7 +25,7 @@ struct QualityDocument {
     LimitSet limits{};  // without limits: none were asked for
     std::vector<Verdict> verdicts{};
     std::vector<std::string> remarks{};
-    std::vector<std::string> warnings{};
+    std::vector<Remark> warnings{};
 };
 
 /// One event in words: "dip of Ua to 40.0 % for 0.100 s at 0.450 s".

@@ -171,7 +171,7 @@ std::string recordingDocument(const Recording& recording, const PerChannel<std::
     document["rate_origin"] = recording.rateOrigin.empty() ? Json() : Json(recording.rateOrigin);
     document["segments"] = segmentsOf(recording);
     document["columns"] = columnsOf(recording, assignColumns(recording, chosenColumns));
-    document["warnings"] = recording.warnings;
+    document["warnings"] = jsonOf(recording.warnings);
     return dumped(document, true);
 }
 

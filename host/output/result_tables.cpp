@@ -71,7 +71,7 @@ ResultDocument documentOf(const Recording& recording, const Measurement& measure
                             .rateHz = measurement.rateHz,
                             .content = contentOf(measurement),
                             .library = libraryVersion,
-                            .warnings = {recording.warnings.begin(), recording.warnings.end()}};
+                            .warnings = recording.warnings};
     document.warnings.insert(document.warnings.end(), measurement.warnings.begin(), measurement.warnings.end());
     return document;
 }

@@ -12,16 +12,12 @@ namespace {
 
 /// A text as a string of CSS.
 std::string cssString(std::string_view text) {
+    static constexpr std::string_view special = "\"\\<\n";
+    static constexpr std::string_view escapes[] = {"\\22 ", "\\5c ", "\\3c ", "\\a "};
     std::string quoted = "\"";
     for (const char c : text) {
-        const bool isSpecial = c == '"' || c == '\\' || c == '<' || c == '\n';
-        quoted += isSpecial ? '\\' +
-                                  std::string(c == '\n'  ? "a"
-                                              : c == '<' ? "3c"
-                                              : c == '"' ? "22"
-                                                         : "5c") +
-                                  ' '
-                            : std::string(1, c);
+        const std::size_t place = special.find(c);
+        quoted.append(place == std::string_view::npos ? std::string_view(&c, 1) : escapes[place]);
     }
     return quoted + '"';
 }

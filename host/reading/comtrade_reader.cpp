@@ -35,7 +35,7 @@ constexpr double stampRange = 0x1p32;  // stamps are 32-bit numbers and wrap
 struct Rows {
     std::vector<std::vector<double>> samples;  // by channel, scaled; NaN: missing
     std::vector<double> stamps;                // NaN: missing
-    std::vector<std::string> warnings;
+    std::vector<Remark> warnings;
 
     std::size_t length() const { return stamps.size(); }
 };
@@ -308,8 +308,9 @@ private:
         }
         const bool isOneRate = slowest == fastest;
         if (!isOneRate) {
-            recording.warnings.push_back(recording.source + ": rates from " + formatNumber(slowest) + " to " +
-                                         formatNumber(fastest) + " Hz are treated as one");
+            recording.warnings.emplace_back(recording.source + ": rates from " + formatNumber(slowest) + " to " +
+                                                formatNumber(fastest) + " Hz are treated as one",
+                                            topic::frequency);
         }
         const double span = recording.seconds[end - 1] - recording.seconds[first];
         if (span > 0.0 && ratesAreFromStamps_) {
@@ -352,10 +353,11 @@ void compareWithHeader(std::string_view header, Recording& recording) {
         columns.erase(column);
     }
     if (agreeing.size() >= 2 && 2 * agreeing.size() >= listed) {
-        recording.warnings.push_back(
+        recording.warnings.emplace_back(
             "the header lists values of " + joined(agreeing) +
-            " that equal their peaks: the recorder seems to store instantaneous values divided "
-            "by sqrt(2); multiply them with --sqrt2");
+                " that equal their peaks: the recorder seems to store instantaneous values divided "
+                "by sqrt(2); multiply them with --sqrt2",
+            topic::ofCurrent);
     }
 }
 

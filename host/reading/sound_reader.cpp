@@ -114,7 +114,8 @@ Recording readSound(std::string_view content, const std::string& source, const R
     recording.setRate(info.samplerate, "as the file says");
     if (options.gains.empty()) {
         recording.warnings.emplace_back(
-            "samples are relative to full scale; convert them to V and A with --gain NAME=FACTOR,...");
+            "samples are relative to full scale; convert them to V and A with --gain NAME=FACTOR,...",
+            topic::voltage | topic::current | topic::power);
     }
     return recording;
 }

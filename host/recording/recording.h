@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "recording/remark.h"
+
 namespace rt305 {
 
 /// The instrument transformer between grid and recorder, and the side that the values in the file refer to.
@@ -57,7 +59,7 @@ struct Recording {
     std::string rateOrigin{};                                  // "from column ..." and the like
     std::string format{};                                      // "CSV", "COMTRADE, BINARY" and the like
     std::vector<std::pair<std::string, std::string>> facts{};  // other information in the file: label, text
-    std::vector<std::string> warnings{};                       // problems that did not prevent reading
+    std::vector<Remark> warnings{};                            // problems that did not prevent reading
     std::vector<SourceFile> files{};                           // all files read
 
     /// The information with that label; empty when the file has none.

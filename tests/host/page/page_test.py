@@ -11,6 +11,7 @@ import tempfile
 import unittest
 
 SAMPLE = pathlib.Path(os.environ["RT305_4_SOURCE"], "examples/recordings/sample.csv")
+DATA = pathlib.Path(__file__).parents[1] / "data"
 LINES = SAMPLE.read_text().splitlines()
 
 
@@ -122,7 +123,9 @@ class ReportPage(unittest.TestCase):
                 (unsteady, ["--rate", "10kHz"],
                  [["Voltage U", "1", "177.34", "177.34", "177.34", "V"],
                   ["Unbalance of voltage U2/U1", "not shown: the signal is not steady", "%"]],
-                 ["averages over all", "longest steady part"])):
+                 ["averages over all", "longest steady part"]),
+                (f"cat {DATA / 'sound.wav'}", ["--map", "Ua=1"], [["Voltage U", "1", "577.26", "mV"]],
+                 ["relative to full scale"])):
             recording = subprocess.run(generate, shell=True, check=True, capture_output=True, cwd=self.folder,
                                        env={**os.environ, "PATH": os.path.dirname(os.environ["TOOL"]) + ":/usr/bin:/bin"}).stdout
             page = Page(report("-", *options, input=recording))

@@ -28,8 +28,8 @@ inline std::string described(const std::function<rt305::Recording()>& read, std:
     for (const double x : column.samples) {
         text << ' ' << x;
     }
-    for (const std::string& warning : recording.warnings) {
-        remarks += warning + "\n";
+    for (const rt305::Remark& warning : recording.warnings) {
+        remarks += warning.text + "\n";
     }
     return text.str();
 } catch (const rt305::Failure& failure) {
