@@ -134,8 +134,8 @@ private:
 Recording DocumentRun::read() {
     Recording recording = readShowingProgress(file, reading);
     if (!keepsFolders) {
-        for (std::string& warning : recording.warnings) {
-            warning = withoutFolders(std::move(warning), recording);
+        for (Remark& warning : recording.warnings) {
+            warning.text = withoutFolders(std::move(warning.text), recording);
         }
         for (SourceFile& part : recording.files) {
             part.name = baseNameOf(part.name);

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 
 #include "base/failure.h"
@@ -85,13 +85,15 @@ std::vector<SourceFile> inputsOf(const ReportOptions& options) {
 class PageNames {
 public:
     std::string nameFor(const std::string& file) {
-        const std::string name = baseNameOf(file);
-        const std::size_t count = ++counts_[name];
-        return name + (count == 1 ? "" : "-" + std::to_string(count)) + ".html";
+        std::string name = baseNameOf(file) + ".html";
+        for (std::size_t number = 2; !taken_.insert(name).second; ++number) {
+            name = baseNameOf(file) + "-" + std::to_string(number) + ".html";
+        }
+        return name;
     }
 
 private:
-    std::map<std::string, std::size_t> counts_{};
+    std::set<std::string> taken_{indexName};
 };
 
 /// A page for each recording, and the index, which is written last.

@@ -24,14 +24,6 @@ Json jsonOfTool(const std::string& libraryVersion) {
     return tool;
 }
 
-Json jsonOf(const std::vector<Remark>& remarks) {
-    Json texts = Json::array();
-    for (const Remark& remark : remarks) {
-        texts.push_back(remark.text);
-    }
-    return texts;
-}
-
 Json jsonOf(const RecordingFacts& facts) {
     Json others = Json::array();
     for (const SourceFile& file : facts.otherFiles) {
@@ -68,6 +60,14 @@ Json jsonOf(const GivenOptions& options) {
 
 Json originOf(const RecordingFacts& facts, const GivenOptions& options, const std::string& libraryVersion) {
     return {{"tool", jsonOfTool(libraryVersion)}, {"recording", jsonOf(facts)}, {"options", jsonOf(options)}};
+}
+
+Json jsonOf(const std::vector<Remark>& remarks) {
+    Json texts = Json::array();
+    for (const Remark& remark : remarks) {
+        texts.push_back(remark.text);
+    }
+    return texts;
 }
 
 }  // namespace rt305

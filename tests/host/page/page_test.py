@@ -138,16 +138,18 @@ class ReportPage(unittest.TestCase):
     def test_several_recordings_and_texts(self):
         pathlib.Path(self.folder, "a#.csv").write_text("\n".join(LINES[:2001]))
         pathlib.Path(self.folder, "<bad>.csv").write_text("nothing")
+        pathlib.Path(self.folder, "index").write_text("\n".join(LINES[:2001]))
         pathlib.Path(self.folder, "texts.toml").write_text('site = "Bay <3>"')
         options = ["--settings", "texts.toml", "--title", 'A "b" </style>', "--note", "one\ntwo", "-o", "pages"]
-        run = subprocess.run([os.environ["TOOL"], "report", str(SAMPLE), "a#.csv", "<bad>.csv", "a#.csv", *options],
+        run = subprocess.run([os.environ["TOOL"], "report", str(SAMPLE), "a#.csv", "<bad>.csv", "a#.csv", "index", *options],
                              cwd=self.folder, capture_output=True, text=True)
         pages = pathlib.Path(self.folder, "pages")
         self.assertEqual((run.returncode, sorted(page.name for page in pages.iterdir())),
-                         (4, ["a#.csv-2.html", "a#.csv.html", "index.html", "sample.csv.html"]))
+                         (4, ["a#.csv-2.html", "a#.csv.html", "index-2.html", "index.html", "sample.csv.html"]))
         index = Page((pages / "index.html").read_bytes())
-        self.assertEqual((index.faults, index.targets), ([], ["./sample.csv.html", "./a%23.csv.html", "./a%23.csv-2.html"]))
-        self.assertEqual([row[0] for row in index.rows[1:]], ["sample.csv", "a#.csv", "<bad>.csv", "a#.csv"])
+        self.assertEqual((index.faults, index.targets), ([], ["./sample.csv.html", "./a%23.csv.html", "./a%23.csv-2.html",
+                                                             "./index-2.html"]))
+        self.assertEqual([row[0] for row in index.rows[1:]], ["sample.csv", "a#.csv", "<bad>.csv", "a#.csv", "index"])
         self.assertTrue(index.rows[3][1].startswith("No page: <bad>.csv"), index.rows[3])
         page = Page((pages / "a#.csv.html").read_bytes())
         self.assertEqual(page.faults, [])
