@@ -258,7 +258,8 @@ Section summarySection(const FullMeasurement& full, const std::vector<SummaryRow
     const std::string table = summaryTable(rows, remarks.caveats, recorded.isThreePhase());
     return {"results", "Results",
             element("div", R"(class="beside")",
-                    element("div", R"(class="answer")", table + caveatList(remarks.caveats)) + figures.phasors) +
+                    element("div", R"(class="answer")", table + caveatList(remarks.caveats)) +
+                        (figures.phasors.empty() ? "" : element("div", R"(class="aside")", figures.phasors))) +
                 listOf(R"(class="notices")", remarks.warnings) + listOf(R"(class="remarks")", remarks.others) +
                 paragraph(R"(class="remark")", definitionsFor(recorded))};
 }
@@ -291,9 +292,11 @@ Section moreSection(const FullMeasurement& full, const FullResults& results, con
                 folded("Crest factors and peaks", tablesOf(results.signals, "without the mean", peakTable))};
 }
 
-Section eventSection(const std::optional<QualityResults>& quality, const Figures& figures) {
+Section eventSection(const std::optional<QualityResults>& quality, bool hasVoltages, const Figures& figures) {
     if (!quality) {
-        return {"events", "Events", paragraph("", "The voltages cannot be followed from cycle to cycle.")};
+        return {"events", "Events",
+                paragraph("", hasVoltages ? "The voltages cannot be followed from cycle to cycle."
+                                          : "Events are those of voltages, which are not recorded.")};
     }
     const auto cells = eventCells(*quality);
     const auto [factor, prefix] = metricPrefixFor(quality->settings.declaredVolts);
@@ -362,7 +365,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
     const PageRemarks remarks =
         remarksOf(document, remarksOnOffsets(full, results.derived), full, shownTopics, recording);
     const std::vector<Section> sections{summarySection(full, summary, remarks, figures),
-                                        eventSection(quality, figures),
+                                        eventSection(quality, full.measurement.hasVoltages(), figures),
                                         {"signals", "Waveforms", figures.waveforms},
                                         {"course", "RMS and frequency over time", figures.traces},
                                         harmonicSection(results, document, figures),
