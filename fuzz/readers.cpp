@@ -248,7 +248,7 @@ void requireShown(Recording recording, const rt305::MeasurementSettings& setting
         return;
     }
     rt305::addSpectraAndStatistics(results, full, library);
-    const std::string page = rt305::reportOf(recording, full, results, {}, "").page;
+    const std::string page = rt305::reportOf(recording, full, results, {}, {}, "").page;
     require(rt305::toUtf8(page) == page, "a page is UTF-8");
 }
 

@@ -67,6 +67,7 @@ struct QualityOptions : DocumentOptions {
 /// Full measurements of recordings as HTML pages.
 struct ReportOptions : FileOptions {
     PageTexts texts;
+    std::string limitsFile{};  // empty: none are drawn
     std::string output;  // a file, or a folder for a page each and an index; empty: stdout
 };
 

@@ -354,6 +354,10 @@ void addDeclaredOptions(CLI::App& command, QualityChoice& choice) {
         ->check(CLI::IsMember(lamps));
 }
 
+void addLimitsOption(CLI::App& command, std::string& file, const std::string& help) {
+    command.add_option("--limits", file, help)->type_name("FILE");
+}
+
 }  // namespace
 
 GivenOptions givenOptions(const CLI::App& command) {
@@ -431,8 +435,7 @@ void addQualityOptions(CLI::App& command, QualityOptions& options) {
             "--interval", [&options](const std::string& word) { options.rows = rows.at(word); },
             "lines of --csv and --json-lines: of each half cycle, of 10 or 12 cycles (default), 3 s or 10 minutes")
         ->check(CLI::IsMember(rows));
-    command.add_option("--limits", options.limitsFile, "judge the recording by the limits in this file")
-        ->type_name("FILE");
+    addLimitsOption(command, options.limitsFile, "judge the recording by the limits in this file");
     addColumnOptions(command, options.each);
     addCommonOptions(command, options.each, UsesLibrary::no);
     addFormOptions(command, options.each.form, qualityForms);
@@ -455,6 +458,7 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
         ->type_name("TEXT");
     command.add_option("--site", options.texts.site, "where it was measured, below the title")->type_name("TEXT");
     command.add_option("--note", options.texts.note, "a note below that; it may have several lines")->type_name("TEXT");
+    addLimitsOption(command, options.limitsFile, "draw the limits in this file, a table as for rt305 quality");
     addCommonOptions(command, options.each);
     addSteadyPartOptions(command, options.each.settings);
     command.option_defaults()->group("Measurement");

@@ -1,9 +1,5 @@
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include "base/checksum.h"
 #include "base/failure.h"
@@ -72,27 +68,18 @@ private:
     LimitSet limits_;
 };
 
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream) {
-        failInput(file + ": " + std::strerror(errno));
-    }
-    return text;
-}
-
 /// Reads the limits, and puts the checksum of their file in the place of its folder among the options as given.
 LimitSet takeLimits(QualityOptions& options) {
     if (options.limitsFile.empty()) {
         return {};
     }
-    const std::string text = contentOf(options.limitsFile);
+    auto [text, limits] = readLimits(options.limitsFile);
     for (auto& [name, value] : options.each.given) {
         if (name == "limits") {
             value = baseNameOf(value) + " sha256:" + checksumOf(text);
         }
     }
-    return parseLimits(text, options.limitsFile);
+    return limits;
 }
 
 }  // namespace

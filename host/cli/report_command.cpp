@@ -34,7 +34,10 @@ std::string shownName(const std::string& file) {
 /// Writes the page of one recording.
 class Reporter {
 public:
-    explicit Reporter(const ReportOptions& options) : options_(options), library_(options.each.library) {}
+    explicit Reporter(const ReportOptions& options)
+        : options_(options),
+          library_(options.each.library),
+          limits_(options.limitsFile.empty() ? LimitSet{} : readLimits(options.limitsFile).limits) {}
 
     /// Returns the row of the page in an index.
     std::string write(const std::string& file, const std::string& target) const {
@@ -59,7 +62,7 @@ public:
         addSpectraAndStatistics(results, full, library_);
         PageTexts texts = options_.texts;
         texts.title += texts.title.empty() || !options_.isMany() ? "" : ": " + shownName(file);
-        const Report report = reportOf(recording, full, results, texts, fs::path(target).filename().string());
+        const Report report = reportOf(recording, full, results, texts, limits_, fs::path(target).filename().string());
         activity.reset();
         writeOutput(target, [&report](std::ostream& out) { out << report.page; });
         return report.row;
@@ -68,6 +71,7 @@ public:
 private:
     const ReportOptions& options_;
     Library library_;
+    LimitSet limits_;
 };
 
 /// The files of the command line, none of which a page may replace.

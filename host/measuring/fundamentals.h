@@ -19,6 +19,10 @@ struct Fundamentals {
     PerChannel<bool>
         hasSignal{};  // the channel varies, mostly with the fundamental, by 1 % of its kind's largest or more
 
+    const Phasor& of(std::size_t channel) const {
+        return isCurrent(channel) ? currents[channel - phaseTotal] : voltages[channel];
+    }
+
     /// Whether one of three channels has a signal.
     bool anySignal(std::size_t firstChannel) const {
         return hasSignal[firstChannel] || hasSignal[firstChannel + 1] || hasSignal[firstChannel + 2];

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "base/text.h"
 #include "measuring/measured_results.h"
@@ -82,7 +83,7 @@ void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) 
 
 /// The harmonics that the library gives, from what lies at their frequencies alone.
 std::vector<double> plainHarmonicsOf(const std::vector<double>& samples, const FullMeasurement& full) {
-    constexpr std::size_t orders = 40;
+    constexpr std::size_t orders = 50;
     auto percents = harmonicLevels(samples, full.asRecorded().rateHz, full.frequencyHz, orders);
     const double fundamental = percents[0];
     for (double& percent : percents) {
@@ -128,10 +129,17 @@ void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, 
     if (results.signals.empty()) {
         results.signals = measuredSignals(full.asRecorded(), library, SignalTexts::notWanted);
     }
-    MeasurementSettings settings = full.measurement.settings;
+    // the library writes every line into a text, which takes 1 kB a sample
+    constexpr double longest = 1.0;
+    const bool isPart = full.asRecorded().durationSeconds() > longest;
+    const std::optional<FullMeasurement> part = isPart ? std::optional(windowOf(full, 0.0, longest)) : std::nullopt;
+    const Measurement& measurement = isPart ? part->measurement : full.measurement;
+    MeasurementSettings settings = measurement.settings;
     settings.spectrumFlags = fullSpectrumFlags;
-    Call call(full.measurement, settings, RT305_4_OPERATION_SPECTRUM);
-    results.spectra = measuredSpectra(library.measure(call), full.measurement, settings);
+    Call call(measurement, settings, RT305_4_OPERATION_SPECTRUM);
+    results.spectra = measuredSpectra(library.measure(call), measurement, settings);
+    results.spectraStart = settings.startSeconds;
+    results.spectraSeconds = measurement.durationSeconds();
 }
 
 }  // namespace rt305

@@ -24,6 +24,8 @@ struct FullResults {
     std::vector<KindResults<SignalStatistics>> signals{};  // at the recorded rate
     std::vector<KindResults<Harmonics>> harmonics{};
     std::vector<KindResults<Spectrum>> spectra{};
+    double spectraStart = 0.0;  // of the samples in them, s after the segment's first one
+    double spectraSeconds = 0.0;
     Fundamentals fundamentals{};
     DerivedFigures derived{};
     PerChannel<std::string>
@@ -38,7 +40,7 @@ struct FullResults {
 FullResults measureAll(const FullMeasurement& full, const Library& library,
                        SignalTexts signalTexts = SignalTexts::notWanted);
 
-/// Adds what only a report shows: spectra, and statistics if there are none.
+/// Adds what only a report shows: spectra of the first second, and statistics if there are none.
 void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, const Library& library);
 
 }  // namespace rt305

@@ -1,7 +1,11 @@
 #include "output/quality_limits.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
+#include <fstream>
+#include <iterator>
 
 #include "base/failure.h"
 #include "base/lines.h"
@@ -148,6 +152,16 @@ std::string limitQuantities() {
 
 LimitSet parseLimits(std::string_view text, const std::string& source) {
     return LimitReader(text, source).read();
+}
+
+LimitFile readLimits(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(stream), {}};
+    if (!stream) {
+        failInput(file + ": " + std::strerror(errno));
+    }
+    LimitSet limits = parseLimits(text, file);
+    return {std::move(text), std::move(limits)};
 }
 
 std::vector<Verdict> judge(const LimitSet& set, const QualityResults& results) {

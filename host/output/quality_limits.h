@@ -30,6 +30,13 @@ std::string limitQuantities();
 /// empty. Lines that are empty or begin with # are skipped. Fails with the line on anything else.
 LimitSet parseLimits(std::string_view text, const std::string& source);
 
+/// The content of a file, and the table in it.
+struct LimitFile {
+    std::string text;
+    LimitSet limits;
+};
+LimitFile readLimits(const std::string& file);
+
 /// How a recording keeps a limit, in its worst channel.
 struct Verdict {
     Limit limit;

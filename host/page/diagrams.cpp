@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <tuple>
+#include <utility>
 
 #include "base/text.h"
 #include "page/html.h"
@@ -88,46 +88,112 @@ std::string arrow(std::size_t channel, Phasor phasor, double length) {
            label("name", {name.x, name.y + 4.0}, "middle", std::string(channelNames[channel]));
 }
 
-/// The smallest number of the form 1, 2 or 5 times a power of ten that is not below the value; 1 if the value is not
-/// positive.
+/// The smallest number of the form 1, 2 or 5 times a power of ten that is not below a positive value.
 double roundedUp(double value) {
-    if (!(value > 0.0)) {
-        return 1.0;
-    }
     const double decade = std::pow(10.0, std::floor(std::log10(value)));
     constexpr std::array<double, 3> steps{1.0, 2.0, 5.0};
     const auto* const step = std::find_if(steps.begin(), steps.end(), [&](double s) { return s * decade >= value; });
     return (step == steps.end() ? 10.0 : *step) * decade;
 }
 
-/// The area of the bars.
-struct BarField {
-    double left = 48.0;
-    double right = 712.0;
-    double top = 12.0;
-    double bottom = 184.0;
-    double largest = 1.0;  // percent at the top
+constexpr double leastShownPercent = 0.01;  // where a logarithmic axis begins
 
-    double heightOf(double percent) const { return (bottom - top) * percent / largest; }
+/// The area of the bars, with a linear or a logarithmic axis.
+struct BarField {
+    bool isLogarithmic = false;
+    double largest = 1.0;  // percent at the top
+    std::size_t orders = 2;
+
+    static constexpr double left = 56.0, right = 712.0, top = 12.0, bottom = 184.0;
+
+    double heightOf(double percent) const {
+        const double share = isLogarithmic ? std::log10(std::fmax(percent, leastShownPercent) / leastShownPercent) /
+                                                 std::log10(largest / leastShownPercent)
+                                           : percent / largest;
+        return (bottom - top) * share;
+    }
+    double step() const { return (right - left) / static_cast<double>(orders - 1); }
+    double leftOf(std::size_t order) const { return left + static_cast<double>(order - 2) * step(); }
+    const char* name() const { return isLogarithmic ? "log" : "linear"; }
+
+    /// The percentages at which the axis has lines.
+    std::vector<double> ticks() const {
+        std::vector<double> percents;
+        if (isLogarithmic) {
+            const auto decades = std::lround(std::log10(largest / leastShownPercent));
+            for (long i = 0; i <= decades; ++i) {
+                percents.push_back(leastShownPercent * std::pow(10.0, i));
+            }
+        } else {
+            for (int i = 0; i <= 4; ++i) {
+                percents.push_back(largest * i / 4.0);
+            }
+        }
+        return percents;
+    }
 };
 
-std::string barGrid(const BarField& field, std::size_t orders) {
+std::string barGrid(const BarField& field) {
     std::string grid;
-    constexpr int parts = 4;
-    for (int i = 0; i <= parts; ++i) {
-        const double percent = field.largest * i / parts;
+    for (const double percent : field.ticks()) {
         const double y = field.bottom - field.heightOf(percent);
         grid += line("grid", {field.left, y}, {field.right, y}) +
                 label("tick", {field.left - 6.0, y + 4.0}, "end", formatNumber(percent) + " %");
     }
-    const double step = (field.right - field.left) / static_cast<double>(orders);
-    for (std::size_t i = 0; i < orders; ++i) {
-        if (const std::size_t order = i + 2; order % 2 == 1 || orders < 15) {
-            grid += label("tick", {field.left + (static_cast<double>(i) + 0.5) * step, field.bottom + 16.0}, "middle",
+    return grid;
+}
+
+std::string orderAxis(const BarField& field) {
+    std::string axis;
+    for (std::size_t order = 2; order <= field.orders; ++order) {
+        if (order % 2 == 1 || field.orders < 25) {
+            axis += label("tick", {field.leftOf(order) + 0.5 * field.step(), field.bottom + 16.0}, "middle",
                           std::to_string(order));
         }
     }
-    return grid + label("tick", {(field.left + field.right) / 2.0, field.bottom + 34.0}, "middle", "Harmonic order");
+    return axis + label("tick", {(field.left + field.right) / 2.0, field.bottom + 34.0}, "middle", "Harmonic order");
+}
+
+/// The bars of one channel, and the marks of the limits, as one path each.
+std::string barsOf(const BarField& field, const HarmonicChart& chart) {
+    const double width = 0.8 * field.step() / static_cast<double>(phaseTotal);
+    std::string content;
+    for (const HarmonicChart::Channel& channel : chart.channels) {
+        std::string path;
+        for (std::size_t order = 2; order <= std::min(chart.orders, channel.percents.size()); ++order) {
+            const double height = field.heightOf(channel.percents[order - 1]);
+            if (height >= 0.05) {  // not NaN, and high enough to be visible
+                const double x = field.leftOf(order) + 0.1 * field.step() + static_cast<double>(channel.phase) * width;
+                path +=
+                    "M" + at(x) + " " + at(field.bottom) + "v-" + at(height) + "h" + at(width) + "v" + at(height) + "z";
+            }
+        }
+        content += element("path", attributes({{"class", "bar " + phaseClass(channel.phase)}, {"d", path}}), "");
+    }
+    std::string marks;
+    for (const auto& [order, percent] : chart.limits) {
+        if (order <= chart.orders) {
+            marks += "M" + at(field.leftOf(order)) + " " + at(field.bottom - field.heightOf(percent)) + "h" +
+                     at(field.step());
+        }
+    }
+    return content + (marks.empty() ? "" : element("path", attributes({{"class", "limit"}, {"d", marks}}), ""));
+}
+
+/// Areas that show the figures of their order on hover.
+std::string orderZones(const BarField& field, const HarmonicChart& chart) {
+    std::string zones;
+    for (std::size_t order = 2; order <= chart.orders; ++order) {
+        zones += element("g", R"(class="order")",
+                         element("title", "", "Order " + std::to_string(order) + ": " + escaped(chart.textOf(order))) +
+                             element("rect",
+                                     attributes({{"x", at(field.leftOf(order))},
+                                                 {"y", at(field.top)},
+                                                 {"width", at(field.step())},
+                                                 {"height", at(field.bottom - field.top)}}),
+                                     ""));
+    }
+    return zones;
 }
 
 }  // namespace
@@ -141,51 +207,51 @@ std::string phasorDiagram(const Fundamentals& fundamentals) {
     }
     content += line("grid", {centre.x - voltageRadius, centre.y}, {centre.x + voltageRadius, centre.y}) +
                line("grid", {centre.x, centre.y - voltageRadius}, {centre.x, centre.y + voltageRadius});
-    const Phasors& voltages = fundamentals.voltages;
-    const Phasors& currents = fundamentals.currents;
-    const double reference = std::arg(std::abs(voltages[0]) > 0.0 ? voltages[0] : currents[0]);
-    for (const auto& [set, radius, first] :
-         {std::tuple{&voltages, voltageRadius, std::size_t{0}}, {&currents, currentRadius, phaseTotal}}) {
-        const double largest = std::fmax(std::abs((*set)[0]), std::fmax(std::abs((*set)[1]), std::abs((*set)[2])));
-        for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-            const Phasor turned = (*set)[phase] * std::polar(1.0, -reference);
-            content += arrow(first + phase, turned, radius * std::abs(turned) / largest);
+    double reference = 0.0;
+    for (std::size_t channel = channelTotal; channel-- > 0;) {
+        reference = fundamentals.hasSignal[channel] ? std::arg(fundamentals.of(channel)) : reference;
+    }
+    for (const auto& [radius, first] : {std::pair{voltageRadius, std::size_t{0}}, {currentRadius, phaseTotal}}) {
+        double largest = 0.0;
+        for (std::size_t channel = first; channel < first + phaseTotal; ++channel) {
+            largest = std::fmax(largest, fundamentals.hasSignal[channel] ? std::abs(fundamentals.of(channel)) : 0.0);
+        }
+        for (std::size_t channel = first; channel < first + phaseTotal; ++channel) {
+            if (fundamentals.hasSignal[channel]) {
+                const Phasor turned = fundamentals.of(channel) * std::polar(1.0, -reference);
+                content += arrow(channel, turned, radius * std::abs(turned) / largest);
+            }
         }
     }
     return drawing("phasors", 2.0 * centre.x, 2.0 * centre.y, "Phasors of the fundamentals", content);
 }
 
-std::string harmonicBars(const std::vector<Harmonics>& channels) {
-    std::vector<std::vector<double>> percents;
-    BarField field;
-    double largest = 0.0;
-    std::size_t orders = 1;
-    for (const Harmonics& channel : channels) {
-        const auto all = percentsOf(channel);
-        percents.emplace_back(all.begin() + (all.empty() ? 0 : 1), all.end());  // without the fundamental
-        orders = std::max(orders, percents.back().size());
-        for (const double percent : percents.back()) {
-            largest = std::fmax(largest, percent);
+std::string HarmonicChart::textOf(std::size_t order) const {
+    std::string text;
+    for (const Channel& channel : channels) {
+        const double percent = order <= channel.percents.size() ? channel.percents[order - 1] : NAN;
+        text += (text.empty() ? "" : ", ") + channel.name + " " + formatFixed(percent, 2) + " %";
+    }
+    const auto limit = limits.find(order);
+    return limit == limits.end() ? text : text + ", limit " + formatNumber(limit->second) + " %";
+}
+
+std::string harmonicBars(const HarmonicChart& chart) {
+    double largest = 1.0;
+    for (const HarmonicChart::Channel& channel : chart.channels) {
+        for (std::size_t order = 2; order <= std::min(chart.orders, channel.percents.size()); ++order) {
+            largest = std::fmax(largest, channel.percents[order - 1]);
         }
     }
-    field.largest = roundedUp(largest);
-    const double step = (field.right - field.left) / static_cast<double>(orders);
-    const double width = 0.8 * step / static_cast<double>(phaseTotal);
-    std::string content = barGrid(field, orders);
-    for (std::size_t c = 0; c < percents.size(); ++c) {
-        for (std::size_t i = 0; i < percents[c].size(); ++i) {
-            const double height = field.heightOf(percents[c][i]);
-            if (height >= 0.05) {  // not NaN, and high enough to be visible
-                const double x = field.left + (static_cast<double>(i) + 0.1) * step + static_cast<double>(c) * width;
-                content += element("rect",
-                                   attributes({{"class", "bar " + phaseClass(c)},
-                                               {"x", at(x)},
-                                               {"y", at(field.bottom - height)},
-                                               {"width", at(width)},
-                                               {"height", at(height)}}),
-                                   "");
-            }
-        }
+    for (const auto& [order, percent] : chart.limits) {
+        largest = std::fmax(largest, percent);
+    }
+    const BarField linear{.largest = roundedUp(largest), .orders = chart.orders};
+    const BarField logarithmic{
+        .isLogarithmic = true, .largest = std::pow(10.0, std::ceil(std::log10(largest))), .orders = chart.orders};
+    std::string content = orderZones(linear, chart) + orderAxis(linear);
+    for (const BarField& field : {linear, logarithmic}) {
+        content += element("g", attributes({{"class", field.name()}}), barGrid(field) + barsOf(field, chart));
     }
     return drawing("bars", 720.0, 224.0, "Harmonics in percent of the fundamental", content);
 }

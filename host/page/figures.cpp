@@ -2,183 +2,212 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <map>
+#include <numbers>
 
 #include "base/text.h"
 #include "page/diagrams.h"
 #include "page/html.h"
-#include "page/plots.h"
+#include "page/page_files.h"
+#include "page/plot_groups.h"
 
 namespace rt305 {
 
 namespace {
 
-// These limits keep a page at 300 kB for one second, uPlot included, and at 2 MB for the longest recording.
-constexpr double waveformPointsPerSecond = 2000.0;
-constexpr double mostWaveformPoints = 20000.0;
-constexpr std::size_t mostSpectrumPoints = 1500;
-constexpr std::size_t mostTracePoints = 4000;
-constexpr double lowestLevelDb = -140.0;
-constexpr double firstShownSeconds = 0.2;
-
-std::string figure(const std::string& drawing, const std::string& caption) {
-    return element("figure", "", drawing + element("figcaption", "", escaped(caption)));
-}
-
-/// The elements in which the script draws the plots.
-std::string plotElements(const PlotGroup& group) {
-    std::string elements;
-    for (const PlotPanel& panel : group.panels) {
-        elements += element("div", R"(class="plot" role="group" aria-label=")" + escaped(panel.axis) + '"', "");
-    }
-    return element("div", "id=\"" + group.name + '"', elements);
-}
-
-PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
-    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
-                    .start = recorded.settings.startSeconds,
-                    .step = 1.0 / recorded.rateHz};
-    double largest = 0.0;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const auto& samples = recorded.samples[firstChannel + phase];
-        if (!samples.empty()) {
-            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, samples});
-        }
-        for (const double x : samples) {
-            largest = std::fmax(largest, std::fabs(x));
-        }
-    }
-    panel.decimals = decimalsFor(largest, 4);
-    return panel;
-}
-
-PlotGroup waveformPlots(const Measurement& recorded) {
-    const double pairs = std::clamp(recorded.durationSeconds(), 1.0, mostWaveformPoints / waveformPointsPerSecond) *
-                         waveformPointsPerSecond / 2.0;
-    PlotGroup group{.name = "waveforms",
-                    .axis = "Time, s",
-                    .decimals = 5,
-                    .mostPoints = 2 * static_cast<std::size_t>(pairs),
-                    .shown = firstShownSeconds};
-    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
-        if (!recorded.samples[first].empty()) {
-            group.panels.push_back(waveformsOf(recorded, first));
-        }
-    }
-    return group;
-}
-
-PlotGroup spectrumPlots(const std::vector<KindResults<Spectrum>>& kinds) {
-    PlotGroup group{
-        .name = "spectra", .axis = "Frequency, Hz", .decimals = 2, .mostPoints = mostSpectrumPoints, .shown = 0.0};
-    for (const KindResults<Spectrum>& kind : kinds) {
-        const std::vector<double>& axis = kind.channels[0].frequencies;
-        if (axis.size() < 2) {
-            continue;
-        }
-        PlotPanel panel{.axis = kind.areCurrents ? "Current, dB" : "Voltage, dB",
-                        .decimals = 1,
-                        .start = axis[0],
-                        .step = axis[1] - axis[0]};
-        for (const Spectrum& spectrum : kind.channels) {
-            Curve curve{spectrum.channel, panel.curves.size(), spectrum.lines};
-            curve.values.resize(axis.size(), lowestLevelDb);
-            for (double& level : curve.values) {
-                level = std::fmax(level, lowestLevelDb);
-            }
-            panel.curves.push_back(std::move(curve));
-        }
-        group.panels.push_back(std::move(panel));
-    }
-    return group;
-}
+constexpr std::size_t highestOrder = 50;
 
 std::string remark(const std::string& text) {
     return element("p", R"(class="remark")", escaped(text));
 }
 
-/// Nothing when there is no steady fundamental.
+std::string figure(const std::string& drawing, const std::string& caption) {
+    return element("figure", "", drawing + element("figcaption", "", escaped(caption)));
+}
+
+/// The elements in which the script draws the plots of a group, with a caption; empty without plots or scripts.
+std::string plotElements(const PlotGroup& group, const std::string& caption) {
+    if (group.panels.empty() || page::plotLibrary.empty()) {
+        return {};
+    }
+    std::string elements;
+    for (const PlotPanel& panel : group.panels) {
+        elements += element("div", R"(class="plot" role="img" aria-label=")" + escaped(panel.quantity) + '"', "");
+    }
+    return element("div", "id=\"" + group.name + R"(" class="plots")", elements) + remark(caption);
+}
+
+std::string waveformFigure(const PlotGroup& waveforms, const Measurement& recorded) {
+    const std::string constant = constantChannels(recorded);
+    return plotElements(waveforms, waveforms.panels.empty() ? ""
+                                                            : "Samples as recorded, joined by straight lines. " +
+                                                                  describeStretch(waveforms)) +
+           (constant.empty() ? "" : remark(constant));
+}
+
+std::string traceFigure(const PlotGroup& traces, const QualitySettings& settings) {
+    return plotElements(
+        traces, "RMS of one cycle, refreshed each half cycle, and the frequency. The dashed lines are shares of " +
+                    formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) +
+                    " V, the RMS of the first steady part; events refer to it too. rt305 quality has more.");
+}
+
+std::string spectrumFigure(const PlotGroup& spectra, const FullResults& results) {
+    return plotElements(spectra, "Of " + formatNumber(results.spectraSeconds, 4) + " s from " +
+                                     formatNumber(results.spectraStart, 6) +
+                                     " s on. Hann window; 0 dB is the largest line of each channel.");
+}
+
+/// An RMS value with a metric prefix.
+std::string amount(double value, const char* unit) {
+    const MetricPrefix prefix = metricPrefixFor(value);
+    return formatFixed(value / prefix.factor, decimalsFor(value / prefix.factor, 5)) + " " + prefix.symbol + unit;
+}
+
+/// The magnitudes and angles of the phasors that are drawn, with a heading.
+std::vector<std::vector<std::string>> phasorRows(const Measurement& recorded, const Fundamentals& fundamentals) {
+    std::vector<std::vector<std::string>> rows{{"Fundamental", "RMS", "Angle"}};
+    std::optional<double> reference;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (fundamentals.hasSignal[channel]) {
+            const Phasor phasor = fundamentals.of(channel);
+            reference = reference.value_or(std::arg(phasor));
+            const double angle = std::arg(phasor * std::polar(1.0, -*reference)) * 180.0 / std::numbers::pi;
+            rows.push_back({std::string(recorded.nameOf(channel)),
+                            amount(std::abs(phasor), isCurrent(channel) ? "A" : "V"),
+                            formatFixed(angle, 2) + "\u00b0"});
+        }
+    }
+    return rows;
+}
+
+/// Nothing without a steady fundamental.
 std::string phasorFigure(const FullMeasurement& full, const Fundamentals& fundamentals) {
-    if (fundamentals.frequencyHz == 0.0 || !full.isSteady()) {
+    const auto rows = phasorRows(full.asRecorded(), fundamentals);
+    if (fundamentals.frequencyHz == 0.0 || !full.isSteady() || rows.size() == 1) {
         return {};
     }
     return figure(phasorDiagram(fundamentals),
                   "Fundamentals: voltages against the outer circle, currents (dashed) against the inner one; a lagging "
-                  "phasor is turned clockwise.");
+                  "phasor is turned clockwise.") +
+           htmlTexts("Phasors", rows);
 }
 
-PlotPanel tracesOf(const QualityTraces& traces, std::size_t firstChannel) {
-    PlotPanel panel{.axis = isCurrent(firstChannel) ? "Current, A" : "Voltage, V",
-                    .start = traces.startSeconds,
-                    .step = traces.stepSeconds};
-    double largest = 0.0;
+HarmonicChart chartOf(const FullMeasurement& full, const FullResults& results, std::size_t firstChannel,
+                      const LimitSet& limits) {
+    const double orders = 0.5 * full.asRecorded().rateHz / full.frequencyHz;
+    HarmonicChart chart{
+        .channels = {},
+        .orders = std::min(highestOrder, static_cast<std::size_t>(std::fmax(std::ceil(orders) - 1.0, 0.0)))};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const auto& rms = traces.rms[firstChannel + phase];
-        if (std::any_of(rms.begin(), rms.end(), [](double x) { return !std::isnan(x); })) {
-            panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, rms});
-            largest = std::fmax(largest, largestMagnitude(rms));
+        if (const auto& percents = results.plainHarmonics[firstChannel + phase]; !percents.empty()) {
+            chart.channels.push_back({std::string(full.asRecorded().nameOf(firstChannel + phase)), phase, percents});
         }
     }
-    panel.decimals = decimalsFor(largest, 5);
-    return panel;
-}
-
-/// RMS of each cycle and the frequency over time.
-PlotGroup qualityPlots(const QualityTraces& traces) {
-    PlotGroup group{.name = "traces", .axis = "Time, s", .decimals = 3, .mostPoints = mostTracePoints, .shown = 0.0};
-    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
-        if (PlotPanel panel = tracesOf(traces, first); !panel.curves.empty()) {
-            group.panels.push_back(std::move(panel));
+    for (const Limit& limit : limits.limits) {
+        constexpr std::string_view prefix = "harmonic_";
+        if (!isCurrent(firstChannel) && limit.quantity.starts_with(prefix) && limit.upper) {
+            chart.limits[*parseCount(limit.quantity.substr(prefix.size()))] = *limit.upper;
         }
     }
-    if (!group.panels.empty()) {
-        group.panels.push_back({.axis = "Frequency, Hz",
-                                .decimals = 3,
-                                .start = traces.startSeconds,
-                                .step = traces.stepSeconds,
-                                .curves = {{"f", 0, traces.frequency}}});
+    return chart;
+}
+
+std::vector<std::vector<std::string>> harmonicRows(const HarmonicChart& chart, double frequencyHz) {
+    std::vector<std::vector<std::string>> rows{{"Order", "Hz"}};
+    for (const auto& channel : chart.channels) {
+        rows[0].push_back(channel.name + ", %");
     }
-    return group;
-}
-
-std::string waveformFigure(const PlotGroup& waveforms) {
-    return plotElements(waveforms) +
-           element("p", R"(class="remark on-screen")",
-                   escaped("As recorded; the first " + formatNumber(firstShownSeconds) +
-                           " s are shown. Drag across a plot to zoom into both, double-click to show all. Long "
-                           "recordings are thinned without losing peaks."));
-}
-
-std::string traceFigure(const PlotGroup& traces, const QualitySettings& settings) {
-    return plotElements(traces) +
-           remark("RMS of one cycle, refreshed each half cycle; percentages and thresholds refer to " +
-                  formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) +
-                  " V, the RMS of the first steady part. rt305 quality has more.");
-}
-
-std::string harmonicFigures(const std::vector<KindResults<Harmonics>>& kinds) {
-    std::string content;
-    for (const auto& kind : kinds) {
-        const std::string title = kind.areCurrents ? "Currents" : "Voltages";
-        content += element("h3", "", title) +
-                   element("div", R"(class="scroll" role="region" tabindex="0" aria-label=")" + title + '"',
-                           figure(harmonicBars(kind.channels),
-                                  "Percent of the fundamental; phases a, b and c from left to right at each order."));
+    if (!chart.limits.empty()) {
+        rows[0].emplace_back("Limit, %");
     }
-    return content;
+    for (std::size_t order = 2; order <= chart.orders; ++order) {
+        auto& row = rows.emplace_back(
+            std::vector{std::to_string(order), formatFixed(static_cast<double>(order) * frequencyHz, 1)});
+        for (const auto& channel : chart.channels) {
+            row.push_back(formatFixed(channel.percents[order - 1], 2));
+        }
+        if (const auto limit = chart.limits.find(order); limit != chart.limits.end()) {
+            row.push_back(formatNumber(limit->second));
+        } else if (!chart.limits.empty()) {
+            row.emplace_back();
+        }
+    }
+    return rows;
+}
+
+/// Why a kind of channels has no harmonics, "Ia and Ib: there is hardly a fundamental"; empty where it has all.
+std::string missingHarmonics(const FullMeasurement& full, const FullResults& results, std::size_t firstChannel) {
+    std::map<std::string, std::vector<std::string>> byReason;
+    for (std::size_t channel = firstChannel; channel < firstChannel + phaseTotal; ++channel) {
+        if (full.asRecorded().measures(channel) && results.plainHarmonics[channel].empty()) {
+            byReason[results.distortionDoubts[channel]].emplace_back(full.asRecorded().nameOf(channel));
+        }
+    }
+    std::string text;
+    for (const auto& [reason, names] : byReason) {
+        text += (text.empty() ? "No harmonics of " : "; of ") + joined(names) + ": " + reason;
+    }
+    return text.empty() ? "" : text + ".";
+}
+
+std::string legendOf(const HarmonicChart& chart) {
+    std::string names;
+    for (const auto& channel : chart.channels) {
+        names += element("span", std::string("class=\"phase-") + static_cast<char>('a' + channel.phase) + '"',
+                         escaped(channel.name));
+    }
+    if (!chart.limits.empty()) {
+        names += element("span", R"(class="limit")", "limit");
+    }
+    return element("p", R"(class="legend")", names);
+}
+
+std::string harmonicFigure(const FullMeasurement& full, const FullResults& results, std::size_t firstChannel,
+                           const LimitSet& limits) {
+    const std::string title = isCurrent(firstChannel) ? "Currents" : "Voltages";
+    const std::string missing = missingHarmonics(full, results, firstChannel);
+    const HarmonicChart chart = chartOf(full, results, firstChannel, limits);
+    std::string content = element("h3", "", title);
+    if (!chart.channels.empty() && chart.orders >= 2) {
+        const std::string id = isCurrent(firstChannel) ? "log-currents" : "log-voltages";
+        const std::string caption = "RMS in percent of the fundamental, " +
+                                    formatNumber(results.fundamentals.frequencyHz, 6) + " Hz, each order on its own" +
+                                    (chart.limits.empty() ? "." : "; the marks are the limits of " + limits.name + ".");
+        content += element(
+            "div", R"(class="harmonics")",
+            R"(<input type="checkbox" id=")" + id + "\">" +
+                element("label", "for=\"" + id + '"', "Logarithmic scale of " + lowerCase(title)) + legendOf(chart) +
+                element(
+                    "div",
+                    R"(class="scroll" role="region" tabindex="0" aria-label="Harmonics of )" + lowerCase(title) + '"',
+                    harmonicBars(chart)) +
+                element("p", R"(class="figures" role="status")", "") + remark(caption) +
+                element("details", "",
+                        element("summary", "", "Values of " + lowerCase(title)) +
+                            htmlTexts("Harmonics in percent of the fundamental",
+                                      harmonicRows(chart, results.fundamentals.frequencyHz))));
+    }
+    return content + (missing.empty() ? "" : remark(missing));
 }
 
 }  // namespace
 
-Figures figuresOf(const FullMeasurement& full, const FullResults& results,
-                  const std::optional<QualityResults>& quality) {
-    const PlotGroup waveforms = waveformPlots(full.asRecorded());
-    const PlotGroup traces = quality ? qualityPlots(quality->traces) : PlotGroup{};
-    const PlotGroup spectra = spectrumPlots(results.spectra);
-    Figures figures{.waveforms = waveformFigure(waveforms),
-                    .spectra = plotElements(spectra) + remark("Hann window; 0 dB is the largest line of each channel."),
+Figures figuresOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
+                  const std::optional<QualityResults>& quality, const LimitSet& limits) {
+    const PlotGroup waveforms = waveformPlots(recording, full, quality);
+    const PlotGroup traces = quality ? tracePlots(*quality, waveforms, limits) : PlotGroup{};
+    const PlotGroup spectra = spectrumPlots(results);
+    Figures figures{.waveforms = waveformFigure(waveforms, full.asRecorded()),
+                    .spectra = spectrumFigure(spectra, results),
                     .phasors = phasorFigure(full, results.fundamentals),
-                    .harmonics = harmonicFigures(results.harmonics),
                     .data = plotData({waveforms, traces, spectra})};
+    for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
+        if (full.asRecorded().measures(first)) {
+            figures.harmonics += harmonicFigure(full, results, first, limits);
+        }
+    }
     if (quality) {
         figures.traces = traceFigure(traces, quality->settings);
     }

@@ -6,7 +6,9 @@
 
 #include "measuring/full_measurement.h"
 #include "measuring/measure_all.h"
+#include "output/quality_limits.h"
 #include "quality/results.h"
+#include "recording/recording.h"
 
 namespace rt305 {
 
@@ -17,14 +19,14 @@ struct Figures {
     std::string traces{};  // RMS and frequency over time
     std::string events{};  // duration and voltage of each
     std::string spectra{};
-    std::string phasors{};
-    std::string harmonics{};
-    std::string data{};  // of the plots, for the script of the page
+    std::string phasors{};    // with a table of magnitudes and angles
+    std::string harmonics{};  // with a table of all of them
+    std::string data{};       // of the plots, for the script of the page
 };
 
-/// `quality` is empty where the voltages cannot be followed.
-Figures figuresOf(const FullMeasurement& full, const FullResults& results,
-                  const std::optional<QualityResults>& quality);
+/// `quality` is empty where the voltages cannot be followed. `limits` are drawn where they concern what is drawn.
+Figures figuresOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
+                  const std::optional<QualityResults>& quality, const LimitSet& limits);
 
 }  // namespace rt305
 

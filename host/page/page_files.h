@@ -5,11 +5,11 @@
 
 namespace rt305::page {
 
-/// The files of a report, embedded by the build.
+/// The files of a report, embedded by the build. Without plots the script and uPlot are empty.
 extern const std::string_view html;
 extern const std::string_view index;        // the page that lists others
-extern const std::string_view style;        // the style sheet of uPlot, then page.css
-extern const std::string_view script;       // page.js
+extern const std::string_view style;        // page.css, plots.css and the style sheet of uPlot
+extern const std::string_view script;       // plots.js
 extern const std::string_view plotLibrary;  // the licence of uPlot, then uPlot
 
 }  // namespace rt305::page

@@ -17,6 +17,7 @@
 #include "page/html.h"
 #include "page/index_page.h"
 #include "page/page_files.h"
+#include "page/plot_scripts.h"
 #include "page/policy.h"
 
 namespace rt305 {
@@ -312,13 +313,10 @@ Section spectrumSection(const FullResults& results, const Figures& figures) {
     return {"lines", "Spectra", figures.spectra + tablesOf(results.spectra, "largest lines", spectrumTable)};
 }
 
-Section harmonicSection(const FullResults& results, const ResultDocument& document, const Figures& figures) {
+Section harmonicSection(const ResultDocument& document, const Figures& figures) {
     return {"harmonics", "Harmonics",
             resultTable(document, "highest_harmonics", "Highest harmonics, order and % of the fundamental") +
-                figures.harmonics +
-                folded("All harmonics",
-                       tablesOf(results.harmonics, "all harmonics", harmonicTable) +
-                           paragraph(R"(class="remark")", "0 dB is 1 V or 1 A RMS; % is of the fundamental."))};
+                figures.harmonics};
 }
 
 Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
@@ -350,13 +348,13 @@ std::string htmlOf(const std::vector<Section>& sections) {
 }  // namespace
 
 Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
-                const PageTexts& texts, const std::string& pageName) {
+                const PageTexts& texts, const LimitSet& limits, const std::string& pageName) {
     const ResultDocument document = fullDocument(recording, full, results);
     std::optional<QualityResults> quality;
     if (const auto settings = qualitySettingsOf(recording, full)) {
         quality = analyse(full.asRecorded().samples, *settings, KeepTraces::yes);
     }
-    const Figures figures = figuresOf(full, results, quality);
+    const Figures figures = figuresOf(recording, full, results, quality, limits);
     const auto summary = summaryOf(full, results);
     unsigned shownTopics = 0;
     for (const SummaryRow& row : summary) {
@@ -368,7 +366,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                                         eventSection(quality, full.measurement.hasVoltages(), figures),
                                         {"signals", "Waveforms", figures.waveforms},
                                         {"course", "RMS and frequency over time", figures.traces},
-                                        harmonicSection(results, document, figures),
+                                        harmonicSection(document, figures),
                                         spectrumSection(results, figures),
                                         moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
@@ -382,12 +380,10 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                      {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
                      {"navigation", navigationOf(sections)},
                      {"sections", htmlOf(sections)},
-                     {"data", figures.data},
+                     {"scripts", plotScripts(figures.data)},
                      {"style", style},
-                     {"script", std::string(page::script)},
-                     {"plot-library", std::string(page::plotLibrary)},
                      {"style-hash", policyHashOf(style)},
-                     {"script-hashes", policyHashOf(page::plotLibrary) + " " + policyHashOf(page::script)}});
+                     {"script-hashes", plotScriptHashes()}});
     const std::string first = !remarks.caveats.empty()    ? remarks.caveats[0].text
                               : !remarks.warnings.empty() ? remarks.warnings[0]
                                                           : "";

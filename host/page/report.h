@@ -5,6 +5,7 @@
 
 #include "measuring/full_measurement.h"
 #include "measuring/measure_all.h"
+#include "output/quality_limits.h"
 #include "page/page_texts.h"
 #include "recording/recording.h"
 
@@ -16,10 +17,10 @@ struct Report {
 };
 
 /// The results of `rt305 measure` with waveforms, spectra and harmonics, as one HTML page that needs no other file. The
-/// same recording, settings and texts give the same bytes. `results` include spectra and statistics. `pageName` is what
-/// the index links to.
+/// same recording, settings, texts and limits give the same bytes. `results` include spectra and statistics. `pageName`
+/// is what the index links to.
 Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
-                const PageTexts& texts, const std::string& pageName);
+                const PageTexts& texts, const LimitSet& limits, const std::string& pageName);
 
 }  // namespace rt305
 
