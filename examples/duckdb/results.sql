@@ -2,7 +2,8 @@
 -- DuckDB 1.0 or later in the folder that holds `results`: duckdb < results.sql
 --
 -- Keys that are not listed here are left out; a figure that a line does not have is null. `path` is the file as it was
--- given to rt305, from the manifest, and `day` the date of the window, or of the event.
+-- given to rt305, from the manifest, `time` that of the first sample of the window or of the event, null in later segments,
+-- whose distance from the first is not known, and `day` its date or that of the recording.
 
 create or replace temp view manifest as
 select result, max_by(file, done_at) as path
@@ -15,7 +16,7 @@ group by result;
 create or replace temp view lines as
 select coalesce(l.recording.station, '-') as station,
        coalesce(l.recording.recorder, '-') as recorder,
-       coalesce(strftime(t.time, '%Y-%m-%d'), '-') as day,
+       coalesce(strftime(coalesce(t.time, t.first), '%Y-%m-%d'), '-') as day,
        t.time, m.path, l.recording.file, l.recording.sha256, l.tool.version as tool, l.tool.library, l.options,
        l.recording.nominal, coalesce(l.kind, 'measurement') as kind,
        t.start, l.duration, l.event, l.percent, l.phases,
@@ -26,7 +27,8 @@ select coalesce(l.recording.station, '-') as station,
        l.derived.P.total as P, l.derived.S.total as S, l.derived.PF.total as PF, l.derived.frequency.total as frequency
 from read_json('results/*-*.jsonl', format = 'newline_delimited', filename = true, columns = {
        tool: 'struct(version varchar, library varchar)',
-       recording: 'struct(file varchar, sha256 varchar, station varchar, recorder varchar, "start" varchar, nominal double)',
+       recording: 'struct(file varchar, sha256 varchar, station varchar, recorder varchar, "start" varchar, nominal double,
+                    segment integer)',
        options: 'json',
        measured: 'struct("start" double)',
        kind: 'varchar', "start": 'double', duration: 'double', "event": 'varchar', percent: 'double', phases: 'varchar[]',
@@ -35,8 +37,9 @@ from read_json('results/*-*.jsonl', format = 'newline_delimited', filename = tru
        derived: 'struct(P struct(total double), S struct(total double), PF struct(total double),
                  frequency struct(total double))'}) as l
 cross join lateral (
-  select s.start, try_cast(l.recording.start as timestamp) + to_microseconds(cast(1e6 * s.start as bigint)) as time
-  from (select coalesce(l.start, l.measured.start) as start) as s) as t
+  select s.start, s.first,
+         case when l.recording.segment = 1 then s.first + to_microseconds(cast(1e6 * s.start as bigint)) end as time
+  from (select coalesce(l.start, l.measured.start) as start, try_cast(l.recording.start as timestamp) as first) as s) as t
 left join manifest as m on m.result = parse_filename(l.filename);
 
 -- station=.../day=.../data_0.parquet
