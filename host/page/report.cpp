@@ -322,8 +322,9 @@ Section harmonicSection(const ResultDocument& document, const Figures& figures) 
 Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
     return {"origin", "Recording and settings",
             htmlFacts("Recording", recordingFacts(recording)) +
-                htmlFacts("Channels", channelFacts(recording, full.measurement.assignment)) +
-                htmlFacts("Measurement", settingFacts(document)) +
+                element("div", R"(class="beside")",
+                        htmlFacts("Channels", channelFacts(recording, full.measurement.assignment)) +
+                            htmlFacts("Measurement", settingFacts(document))) +
                 listOf(R"(class="remarks")", full.measurement.notes)};
 }
 
