@@ -186,7 +186,7 @@ std::string harmonicFigure(const FullMeasurement& full, const FullResults& resul
                 element("p", R"(class="figures" role="status")", "") + remark(caption) +
                 element("details", "",
                         element("summary", "", "Values of " + lowerCase(title)) +
-                            htmlTexts("Harmonics in percent of the fundamental",
+                            htmlTexts(title + " in percent of the fundamental",
                                       harmonicRows(chart, results.fundamentals.frequencyHz))));
     }
     return content + (missing.empty() ? "" : remark(missing));
