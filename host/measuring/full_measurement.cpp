@@ -323,7 +323,12 @@ FullMeasurement prepare(Recording& recording, const MeasurementSettings& setting
     if (full.notResampled) {
         makePhases(*full.notResampled);
     }
-    return chosenPart(std::move(full), recording);
+    full = chosenPart(std::move(full), recording);
+    if (recording.segments.size() == 1) {
+        keepPart(recording.seconds, 0, std::min<std::size_t>(recording.seconds.size(), 1));
+        recording.seconds.shrink_to_fit();
+    }
+    return full;
 }
 
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds) {

@@ -33,7 +33,8 @@ struct FullMeasurement {
 };
 
 /// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are
-/// wanted. Fails when there is no such part. Takes the samples out of the recording, which keeps everything else.
+/// wanted. Fails when there is no such part. Takes the samples out of the recording, which keeps
+/// everything else; of the times of a single segment it keeps the first.
 FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings);
 
 /// The part that the settings choose at its own rate: phase voltages and currents in V and A with coefficients applied.
