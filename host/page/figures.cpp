@@ -26,9 +26,12 @@ std::string figure(const std::string& drawing, const std::string& caption) {
     return element("figure", "", drawing + element("figcaption", "", escaped(caption)));
 }
 
-/// The elements in which the script draws the plots of a group, with a caption; empty without plots or scripts.
+/// The elements in which the script draws the plots of a group, with a caption; empty without plots.
 std::string plotElements(const PlotGroup& group, const std::string& caption) {
-    if (group.panels.empty() || page::plotLibrary.empty()) {
+    if (page::plotLibrary.empty()) {
+        return remark("Not plotted: this build of rt305 has no plots.");
+    }
+    if (group.panels.empty()) {
         return {};
     }
     std::string elements;

@@ -162,7 +162,9 @@ PlotGroup waveformPlots(const Recording& recording, const FullMeasurement& full,
     if (group.clock && trigger) {
         const double seconds = static_cast<double>(*trigger - *group.clock) * 1e-9;
         if (first <= seconds && seconds <= last) {
-            group.marks.insert(group.marks.begin(), {seconds, seconds, "trigger"});
+            group.marks.push_back({seconds, seconds, "trigger"});
+            std::stable_sort(group.marks.begin(), group.marks.end(),
+                             [](const PlotMark& one, const PlotMark& other) { return one.from < other.from; });
         }
         place = first + cycle < seconds && seconds <= last ? seconds : place;
     }

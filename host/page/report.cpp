@@ -313,12 +313,6 @@ Section spectrumSection(const FullResults& results, const Figures& figures) {
     return {"lines", "Spectra", figures.spectra + tablesOf(results.spectra, "largest lines", spectrumTable)};
 }
 
-Section harmonicSection(const ResultDocument& document, const Figures& figures) {
-    return {"harmonics", "Harmonics",
-            resultTable(document, "highest_harmonics", "Highest harmonics, order and % of the fundamental") +
-                figures.harmonics};
-}
-
 Section originSection(const Recording& recording, const FullMeasurement& full, const ResultDocument& document) {
     return {"origin", "Recording and settings",
             htmlFacts("Recording", recordingFacts(recording)) +
@@ -367,7 +361,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                                         eventSection(quality, full.measurement.hasVoltages(), figures),
                                         {"signals", "Waveforms", figures.waveforms},
                                         {"course", "RMS and frequency over time", figures.traces},
-                                        harmonicSection(document, figures),
+                                        {"harmonics", "Harmonics", figures.harmonics},
                                         spectrumSection(results, figures),
                                         moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
