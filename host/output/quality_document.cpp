@@ -178,12 +178,13 @@ std::string describe(const Event& event) {
 }
 
 Cells eventCells(const QualityResults& results) {
-    Cells cells{{"Event", "Start, s", "Duration, s", "Phases", "V", "%", "Jump, deg", ""}};
+    const auto [factor, prefix] = metricPrefixFor(results.settings.declaredVolts);
+    const int decimals = decimalsFor(results.settings.declaredVolts / factor, 5);
+    Cells cells{{"Event", "Start, s", "Duration, s", "Phases", std::string(prefix) + "V", "%", "Jump, deg", ""}};
     for (const Event& event : results.events) {
-        const int decimals = decimalsFor(results.settings.declaredVolts, 5);
         cells.push_back({wordsFor(event.kind), formatFixed(event.startSeconds, 4),
                          formatFixed(event.durationSeconds, 4), joined(phasesOf(event)),
-                         formatFixed(event.volts, decimals), formatFixed(event.percent, 1),
+                         formatFixed(event.volts / factor, decimals), formatFixed(event.percent, 1),
                          std::isnan(event.jumpDegrees) ? "" : formatFixed(event.jumpDegrees, 1),
                          event.isCut ? "not all of it is recorded" : ""});
     }
