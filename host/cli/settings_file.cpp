@@ -32,7 +32,8 @@ const std::vector<std::string>& knownKeys() {
 std::string findFile(const std::vector<std::string>& recordings) {
     std::vector<fs::path> folders;
     for (const std::string& recording : recordings) {
-        if (const fs::path folder = fs::path(recording).parent_path();
+        if (const fs::path folder =
+                fs::is_directory(recording) ? fs::path(recording) : fs::path(recording).parent_path();
             recording != "-" && std::find(folders.begin(), folders.end(), folder) == folders.end()) {
             folders.push_back(folder);
         }

@@ -162,6 +162,7 @@ TEST(Tool, SettingsComeFromAFile) {
         {"rt305 measure --json-lines --nominal 50 --map Ua=Ua --settings site/.rt305.toml site/a.csv",
          "settings of site/.rt305.toml: sqrt2; recording/nominal = 50"},
         {"cd site; rt305 info --settings auto - < a.csv", "settings of .rt305.toml: sqrt2 and map"},
+        {folder + "rt305 measure --settings auto site", "settings of site/.rt305.toml"},
         {"rt305 measure --settings auto site/a.csv ./site/../a.csv", "in several: name a file", 2},
         {"rt305 info --settings auto $sample", "!settings"},
     });
