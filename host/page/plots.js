@@ -183,13 +183,13 @@
     /* The values at a place: [its place, the text of each curve, and its value for a dot]. */
     read(place) {
       const index = Math.max(0, Math.min(this.count - 1, Math.round(this.indexOf(place))));
-      const text = (value) => (Number.isNaN(value) ? "missing" : fixed(value, this.decimals));
+      const text = (low, high = "") => (Number.isNaN(low) ? "missing" : `${fixed(low, this.decimals)}${high} ${this.unit}`);
       if (this.isInStretch(index)) {
         const values = this.curves.map((curve) => curve.values[index - this.first]);
-        return { place: this.placeOf(index), texts: values.map((value) => `${text(value)} ${this.unit}`), values };
+        return { place: this.placeOf(index), texts: values.map((value) => text(value)), values };
       }
       const band = this.bandAt(index);
-      const texts = this.curves.map(({ low, high }) => `${text(low[band])} to ${text(high[band])} ${this.unit}`);
+      const texts = this.curves.map(({ low, high }) => text(low[band], ` to ${fixed(high[band], this.decimals)}`));
       return { place: this.placeOf(index), texts, values: texts.map(() => NaN) };
     }
   }
