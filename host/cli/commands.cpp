@@ -45,7 +45,7 @@ struct Measured {
 
     void warnAndKeep(const std::string& message) {
         warn(message);
-        document.warnings.push_back(message);
+        document.warnings.emplace_back(message);
     }
 
     /// THD, frequencies and power by phase angles are those of a steady signal.

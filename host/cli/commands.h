@@ -68,7 +68,7 @@ struct QualityOptions : DocumentOptions {
 struct ReportOptions : FileOptions {
     PageTexts texts;
     std::string limitsFile{};  // empty: none are drawn
-    std::string output;  // a file, or a folder for a page each and an index; empty: stdout
+    std::string output;        // a file, or a folder for a page each and an index; empty: stdout
 };
 
 /// A recording in another form.

@@ -84,7 +84,7 @@ private:
         document.options = options_.each.given;
         const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
         if (!events.empty()) {
-            document.remarks.push_back(events);
+            document.remarks.emplace_back(events);
         }
         activity.reset();
         write(document, form, styled_, out);

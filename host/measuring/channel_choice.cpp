@@ -171,8 +171,8 @@ void measureCompleteKinds(Measurement& measurement, const std::string& source) {
     }
     const std::size_t incomplete = missingVoltages.empty() ? currents : voltages;
     if (const auto unused = namesOf(measurement, incomplete, true); !unused.empty()) {
-        measurement.warnings.push_back(joined(unused) + " not used: there is no column for " +
-                                       joined(namesOf(measurement, incomplete, false)));
+        measurement.warnings.emplace_back(joined(unused) + " not used: there is no column for " +
+                                          joined(namesOf(measurement, incomplete, false)));
     }
     empty(measurement, incomplete);
 }

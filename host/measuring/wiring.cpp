@@ -140,6 +140,15 @@ std::string reasonNotToJudge(const FullMeasurement& full, const Fundamentals& fu
     return "";
 }
 
+void addCurrentSum(const CurrentSum& sum, std::vector<Remark>& verdict) {
+    constexpr double largestShare = 0.05;
+    if (sum.ofSum > largestShare * sum.ofLargest) {
+        verdict.emplace_back("The currents of three wires must add up to zero, but their sum is " +
+                                 formatNumber(100.0 * sum.ofSum / sum.ofLargest, 3) + " % of the largest.",
+                             topic::ofCurrent);
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> wiringFaults(Phasors voltages, const Phasors& currents) {
@@ -182,12 +191,7 @@ std::vector<Remark> judgeWiring(const FullMeasurement& full, const Fundamentals&
                                                            : "phase order a-b-c, about 120 degrees apart.");
     }
     if (full.fromLineVoltages && derived.currentSum) {
-        const auto [sum, largest] = *derived.currentSum;
-        if (sum > 0.05 * largest) {
-            verdict.emplace_back("The currents of three wires must add up to zero, but their sum is " +
-                                     formatNumber(100.0 * sum / largest, 3) + " % of the largest.",
-                                 topic::ofCurrent);
-        }
+        addCurrentSum(*derived.currentSum, verdict);
     }
     return verdict;
 }

@@ -114,9 +114,9 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
         memory.release(parts.data.data() + end * recordSize);
     }
     if (const std::size_t rest = parts.data.size() % recordSize; rest != 0) {
-        rows.warnings.push_back(parts.dataName + ": byte " + std::to_string(length * recordSize) + ": the last " +
-                                counted(rest, "byte") + (rest == 1 ? " is" : " are") + " ignored: a record has " +
-                                counted(recordSize, "byte"));
+        rows.warnings.emplace_back(parts.dataName + ": byte " + std::to_string(length * recordSize) + ": the last " +
+                                   counted(rest, "byte") + (rest == 1 ? " is" : " are") + " ignored: a record has " +
+                                   counted(recordSize, "byte"));
     }
     return rows;
 }
@@ -148,12 +148,12 @@ Rows readAsciiRows(const ComtradeParts& parts, const ComtradeConfiguration& conf
             if (!lines.areAllRead()) {
                 failInput(here + counts);
             }
-            rows.warnings.push_back(here + counts + "; this last line is ignored");
+            rows.warnings.emplace_back(here + counts + "; this last line is ignored");
             break;
         }
         const bool endsWithComma = fields.size() == expected + 1 && fields.back().empty();
         if (fields.size() != expected && !endsWithComma && !std::exchange(hasWarned, true)) {
-            rows.warnings.push_back(here + counts);
+            rows.warnings.emplace_back(here + counts);
         }
         rows.stamps.push_back(fields[1].empty() ? nan : parseNumber(fields[1]).value_or(nan));
         for (std::size_t i = headFields; i < needed; ++i) {
@@ -235,9 +235,9 @@ public:
         addSegments(recording);
         recording.rateOrigin = ratesAreFromStamps_ ? "from the time stamps" : "as the configuration says";
         if (!intervals_.gaps.empty()) {
-            recording.warnings.push_back(recording.source + ": time jumps before sample " +
-                                         std::to_string(intervals_.gaps[0] + 1) + " (" +
-                                         counted(intervals_.gaps.size(), "such jump") + " in total)");
+            recording.warnings.emplace_back(recording.source + ": time jumps before sample " +
+                                            std::to_string(intervals_.gaps[0] + 1) + " (" +
+                                            counted(intervals_.gaps.size(), "such jump") + " in total)");
         }
     }
 
@@ -389,13 +389,13 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options, R
     recording.nominalHz = configuration.nominalHz;
     recording.warnings = std::move(rows.warnings);
     if (options.encoding.empty() && !isUtf8(parts.configuration)) {
-        recording.warnings.push_back(undecodedText(parts.configurationName));
+        recording.warnings.emplace_back(undecodedText(parts.configurationName));
     }
     addColumns(configuration.analog, rows, recording);
     if (configuration.announcedLength != recording.length) {
-        recording.warnings.push_back(parts.dataName + ": holds " + counted(recording.length, "sample") +
-                                     ", but the configuration announces " +
-                                     std::to_string(configuration.announcedLength));
+        recording.warnings.emplace_back(parts.dataName + ": holds " + counted(recording.length, "sample") +
+                                        ", but the configuration announces " +
+                                        std::to_string(configuration.announcedLength));
     }
     TimeAxis(configuration, std::move(rows.stamps)).applyTo(recording);
     if (!options.storedAsRms) {

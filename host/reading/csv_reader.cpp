@@ -154,8 +154,8 @@ public:
         nameColumns();
         readRows();
         if (!layout_.doubtfulNumber.empty()) {
-            recording_.warnings.push_back(recording_.source + ": the comma in numbers such as " +
-                                          inQuotes(layout_.doubtfulNumber) + " is read as a decimal sign");
+            recording_.warnings.emplace_back(recording_.source + ": the comma in numbers such as " +
+                                             inQuotes(layout_.doubtfulNumber) + " is read as a decimal sign");
         }
         findUnnamedTime();
         rejectEmptyColumns();
@@ -325,7 +325,7 @@ private:
         if (cells > layout_.width || !lines_.areAllRead()) {
             failHere(counts);
         }
-        recording_.warnings.push_back(here() + counts + "; this last row is ignored");
+        recording_.warnings.emplace_back(here() + counts + "; this last row is ignored");
     }
 
     void addSample(Column& column, std::string_view cell) {
@@ -421,7 +421,7 @@ private:
                 continue;
             }
             if (factor != 1.0) {
-                recording_.warnings.push_back(
+                recording_.warnings.emplace_back(
                     recording_.source + ": column " + inQuotes(time_.name) + " has no unit and is read as " + unit +
                     ", because as s it would give a signal of " + formatNumber(*plausible, 3) +
                     " Hz; to decide yourself, name it in --columns with its unit, or give --rate");
@@ -439,9 +439,9 @@ private:
         if (!even) {
             return;
         }
-        recording_.warnings.push_back(recording_.source + ": column " + inQuotes(time_.name) +
-                                      " is rounded to steps of " + formatNumber(rounding, 3) +
-                                      " s; the samples are treated as evenly spaced");
+        recording_.warnings.emplace_back(recording_.source + ": column " + inQuotes(time_.name) +
+                                         " is rounded to steps of " + formatNumber(rounding, 3) +
+                                         " s; the samples are treated as evenly spaced");
         for (std::size_t k = 0; k < seconds.size(); ++k) {
             seconds[k] = even->start + even->period * static_cast<double>(k);
         }
@@ -455,7 +455,7 @@ private:
                       " does not increase from the first row to the last, so the sample rate is unknown; give "
                       "it with --rate");
         }
-        recording_.warnings.push_back(column + " has uneven steps; the samples are treated as evenly spaced");
+        recording_.warnings.emplace_back(column + " has uneven steps; the samples are treated as evenly spaced");
     }
 
     /// One segment up to each gap, with the rate of the straight line through its times.
@@ -479,9 +479,9 @@ private:
     void warnOfGaps(const std::vector<double>& steps, const SamplingIntervals& intervals) {
         const std::size_t row = intervals.gaps[0];
         const std::string where = time_.lines.empty() ? recording_.source + ": " : at(time_.lineOf(row));
-        recording_.warnings.push_back(where + "the time step before this row is " + formatNumber(steps[row - 1]) +
-                                      " s instead of the usual " + formatNumber(intervals.usualStep) + " s (" +
-                                      std::to_string(intervals.gaps.size()) + " such steps in total)");
+        recording_.warnings.emplace_back(where + "the time step before this row is " + formatNumber(steps[row - 1]) +
+                                         " s instead of the usual " + formatNumber(intervals.usualStep) + " s (" +
+                                         std::to_string(intervals.gaps.size()) + " such steps in total)");
     }
 
     const ReadOptions& options_;

@@ -252,7 +252,7 @@ Recording readRecording(const std::string& path, const ReadOptions& options) {
 Recording completed(Recording recording, const ReadOptions& options) {
     const auto isUndecoded = [](const Column& column) { return !isUtf8(column.name) || !isUtf8(column.unit); };
     if (options.encoding.empty() && std::any_of(recording.columns.begin(), recording.columns.end(), isUndecoded)) {
-        recording.warnings.push_back(undecodedText(recording.source));
+        recording.warnings.emplace_back(undecodedText(recording.source));
     }
     for (Column& column : recording.columns) {
         column.name = shortened(toUtf8(column.name, options.encoding));

@@ -108,8 +108,8 @@ Recording readSound(std::string_view content, const std::string& source, const R
         failInput(source + ": there are no samples");
     }
     if (static_cast<sf_count_t>(recording.length) != info.frames) {
-        recording.warnings.push_back(source + ": holds " + counted(recording.length, "sample") +
-                                     ", but its header announces " + std::to_string(info.frames));
+        recording.warnings.emplace_back(source + ": holds " + counted(recording.length, "sample") +
+                                        ", but its header announces " + std::to_string(info.frames));
     }
     recording.setRate(info.samplerate, "as the file says");
     if (options.gains.empty()) {

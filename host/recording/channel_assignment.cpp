@@ -359,8 +359,8 @@ void warnOfUnused(const Recording& recording, const Identities& identities, cons
             names.resize(mostNames);
             names.push_back(std::to_string(total - mostNames) + " more");
         }
-        assignment.warnings.push_back("columns of voltages or currents that are not used: " + joined(names) +
-                                      "; --map chooses columns");
+        assignment.warnings.emplace_back("columns of voltages or currents that are not used: " + joined(names) +
+                                         "; --map chooses columns");
     }
 }
 
