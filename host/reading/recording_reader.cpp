@@ -222,6 +222,18 @@ void requireRates(const Recording& recording) {
     }
 }
 
+/// Warns when the user gives another rate than the file, which is no mistake only where the file is wrong.
+void warnOfOtherRate(double rateHz, Recording& recording) {
+    constexpr double sameRate = 0.01;
+    const double fileHz = recording.segments.empty() ? rateHz : recording.segments[mainSegment(recording)].rateHz;
+    if (std::fabs(rateHz / fileHz - 1.0) > sameRate) {
+        recording.warnings.emplace_back(recording.source + ": by the file the rate is " + formatNumber(fileHz) +
+                                        " Hz; --rate " + formatNumber(rateHz) +
+                                        " changes all times and frequencies by the factor " +
+                                        formatNumber(rateHz / fileHz, 4) + " (convert --resample keeps them)");
+    }
+}
+
 void scale(Column& column, double factor) {
     for (double& x : column.samples) {
         x *= factor;
@@ -270,6 +282,7 @@ Recording completed(Recording recording, const ReadOptions& options) {
         text = shortened(std::move(text));
     }
     if (options.rateHz) {
+        warnOfOtherRate(*options.rateHz, recording);
         recording.setRate(*options.rateHz, "as given");
     }
     requireRates(recording);
