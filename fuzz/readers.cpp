@@ -210,14 +210,8 @@ void requireConverted(const Recording& recording, const rt305::MeasurementSettin
 /// What `rt305 quality` does.
 void requireQuality(Recording& recording, const rt305::MeasurementSettings& settings) {
     const rt305::RecordedPhases phases = rt305::recordedPhases(recording, settings);
-    if (!rt305::obstacleToQuality(phases.measurement).empty()) {
-        return;
-    }
     const rt305::QualitySettings quality =
         rt305::qualitySettings(recording, phases.measurement, phases.fromLineVoltages, {});
-    if (quality.hasVoltages() && !(quality.declaredVolts > 0.0)) {
-        return;
-    }
     rt305::QualityDocument document;
     document.results = rt305::analyse(phases.measurement.samples, quality, rt305::KeepTraces::no);
     document.remarks = rt305::qualityRemarks(document);

@@ -31,16 +31,8 @@ public:
         if (!run.isOneOfMany) {
             std::for_each(phases.measurement.notes.begin(), phases.measurement.notes.end(), note);
         }
-        if (const std::string obstacle = obstacleToQuality(phases.measurement); !obstacle.empty()) {
-            failInput(recording.source + ": " + obstacle);
-        }
         const QualitySettings settings =
             qualitySettings(recording, phases.measurement, phases.fromLineVoltages, options_.choice);
-        if (settings.hasVoltages() && !(settings.declaredVolts > 0.0)) {
-            failInput(
-                recording.source +
-                ": the voltages are dead or have gaps, so events have nothing to compare with; give --declared V");
-        }
         QualityDocument document{.recording = run.known,
                                  .options = each.given,
                                  .content = contentOf(phases.measurement),

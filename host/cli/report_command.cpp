@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "base/failure.h"
-#include "base/text_encoding.h"
 #include "cli/file_batch.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
@@ -26,10 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* indexName = "index.html";
-
-std::string shownName(const std::string& file) {
-    return toUtf8(baseNameOf(file), "");
-}
 
 /// Writes the page of one recording.
 class Reporter {
@@ -61,7 +56,7 @@ public:
         FullResults results = measureAll(full, library_);
         addSpectraAndStatistics(results, full, library_);
         PageTexts texts = options_.texts;
-        texts.title += texts.title.empty() || !options_.isMany() ? "" : ": " + shownName(file);
+        texts.title += texts.title.empty() || !options_.isMany() ? "" : ": " + baseNameOf(file);
         const Report report = reportOf(recording, full, results, texts, limits_, fs::path(target).filename().string());
         activity.reset();
         writeOutput(target, [&report](std::ostream& out) { out << report.page; });
@@ -123,7 +118,7 @@ int writeFolder(const ReportOptions& options) {
                                             },
                                             [&](const std::string& file) { page = names.nameFor(file); },
                                             [](const std::string& file, const std::string& message, ExitCode) {
-                                                return indexRowOfFailure(shownName(file), message);
+                                                return indexRowOfFailure(baseNameOf(file), message);
                                             },
                                             rows});
     writeOutput(index, [&](std::ostream& out) { out << indexPage(rows.str(), options.texts); });

@@ -6,6 +6,7 @@
 
 #include "base/sum.h"
 #include "signal/effective_power.h"
+#include "signal/rms.h"
 
 namespace rt305 {
 
@@ -19,29 +20,29 @@ constexpr TotalAndPhases undefined{nan, nan, nan, nan};
 /// The mean product of what varies in x and y.
 double meanProduct(const Samples& x, const Samples& y) {
     const double xMean = meanOf(x);
-    const double yMean = &x == &y ? xMean : meanOf(y);
+    const double yMean = meanOf(y);
     return sumOf(x.size(), [&](std::size_t k) { return (x[k] - xMean) * (y[k] - yMean); }) /
            static_cast<double>(x.size());
 }
 
-double rmsOf(const Samples& x) {
-    return std::sqrt(meanProduct(x, x));
+/// RMS of x[0] + sign y[0] + z[0], ..., without the mean. Makes no copy of the samples.
+double rmsOfSum(const Samples& x, const Samples& y, double sign, const Samples* z = nullptr) {
+    return rmsWithoutMean(x.size(), [&](std::size_t k) { return x[k] + sign * y[k] + (z != nullptr ? (*z)[k] : 0.0); });
 }
 
-/// RMS of x[0] + sign x[1] + ..., without the mean.
-double rmsOfSum(const Samples& x, const Samples& y, double sign, const Samples* z = nullptr) {
-    Samples sum(x.size());
-    for (std::size_t k = 0; k < sum.size(); ++k) {
-        sum[k] = x[k] + sign * y[k] + (z != nullptr ? (*z)[k] : 0.0);
+PerPhase<double> lineRmsOf(const Measurement& recorded) {
+    PerPhase<double> rms{};
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        rms[phase] = rmsOfSum(recorded.samples[phase], recorded.samples[(phase + 1) % phaseTotal], -1.0);
     }
-    return rmsOf(sum);
+    return rms;
 }
 
 TotalAndPhases rmsValues(const Measurement& recorded, std::size_t firstChannel) {
     TotalAndPhases values = undefined;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         const Samples& samples = recorded.samples[firstChannel + phase];
-        values[1 + phase] = samples.empty() ? nan : rmsOf(samples);
+        values[1 + phase] = samples.empty() ? nan : rmsWithoutMean(samples);
     }
     return values;
 }
@@ -58,7 +59,7 @@ double sumOfPhases(const TotalAndPhases& values) {
 }
 
 /// That of IEEE Std 1459-2010. NaN unless all six channels are measured.
-double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, const TotalAndPhases& i) {
+double effectivePower(const FullMeasurement& full, const DerivedFigures& rms) {
     const auto& samples = full.asRecorded().samples;
     if (std::any_of(samples.begin(), samples.end(), [](const Samples& x) { return x.empty(); })) {
         return nan;
@@ -67,10 +68,12 @@ double effectivePower(const FullMeasurement& full, const TotalAndPhases& u, cons
     double lines = 0.0;
     double currents = 0.0;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const double line = rmsOfSum(samples[phase], samples[(phase + 1) % phaseTotal], -1.0);
-        phases += u[1 + phase] * u[1 + phase];
+        const double line = (*rms.lineVoltages)[phase];
+        const double u = (*rms.voltages)[1 + phase];
+        const double i = (*rms.currents)[1 + phase];
+        phases += u * u;
         lines += line * line;
-        currents += i[1 + phase] * i[1 + phase];
+        currents += i * i;
     }
     const double neutral = rmsOfSum(samples[3], samples[4], 1.0, &samples[5]);
     return effectiveApparentPower({phases, lines, currents, neutral * neutral}, !full.fromLineVoltages);
@@ -97,8 +100,8 @@ Phasor meanPower(const Samples& voltage, const Samples& current, const FullMeasu
     return sum / static_cast<double>(u.size());
 }
 
-PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamentals, const TotalAndPhases& u,
-                     const TotalAndPhases& i) {
+/// `rms` has those of voltages and currents.
+PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamentals, const DerivedFigures& rms) {
     PowerFigures power{undefined, undefined, undefined, undefined, undefined, undefined,
                        undefined, undefined, nan,       nan,       nan};
     Phasor vectorSum = 0.0;
@@ -114,7 +117,7 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
                                        ? fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase])
                                        : meanPower(voltage, current, full);
         power.P[at] = meanProduct(voltage, current);
-        power.S[at] = u[at] * i[at];
+        power.S[at] = (*rms.voltages)[at] * (*rms.currents)[at];
         power.N[at] = nonActive(power.S[at], power.P[at]);
         power.PF[at] = factorOf(power.P[at], power.S[at]);
         power.P1[at] = hasFundamental ? fundamental.real() : nan;
@@ -125,7 +128,7 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
     }
     power.vectorS = std::abs(vectorSum);
     power.arithmeticS = sumOfPhases(power.S);
-    power.effectiveS = effectivePower(full, u, i);
+    power.effectiveS = effectivePower(full, rms);
     for (TotalAndPhases* const sums : {&power.P, &power.P1, &power.Q1}) {
         sums->front() = sumOfPhases(*sums);
     }
@@ -187,15 +190,19 @@ DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& f
     if (recorded.hasVoltages()) {
         figures.voltages = rmsValues(recorded, 0);
     }
+    if (areAllMeasured(recorded, 0)) {
+        figures.lineVoltages = lineRmsOf(recorded);
+    }
     if (recorded.hasCurrents()) {
         figures.currents = rmsValues(recorded, phaseTotal);
     }
     if (recorded.isCombined()) {
-        figures.power = powerOf(full, fundamentals, *figures.voltages, *figures.currents);
+        figures.power = powerOf(full, fundamentals, figures);
     }
     if (areAllMeasured(recorded, phaseTotal)) {
         const Samples* const i = &recorded.samples[phaseTotal];
-        figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]), std::max({rmsOf(i[0]), rmsOf(i[1]), rmsOf(i[2])})};
+        figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]),
+                              std::max({rmsWithoutMean(i[0]), rmsWithoutMean(i[1]), rmsWithoutMean(i[2])})};
     }
     if (full.isSteady()) {
         addAnglesAndComponents(figures, recorded, fundamentals);

@@ -32,8 +32,9 @@ struct CurrentSum {
 /// What the tool computes itself from the samples at their own rate. Empty where the channels for it are not measured;
 /// NaN where they give no value. Symmetrical components and angles need a steady fundamental.
 struct DerivedFigures {
-    std::optional<TotalAndPhases> voltages{};  // RMS without the mean, V
-    std::optional<TotalAndPhases> currents{};  // A
+    std::optional<TotalAndPhases> voltages{};        // RMS without the mean, V
+    std::optional<PerPhase<double>> lineVoltages{};  // of ab, bc and ca: the same
+    std::optional<TotalAndPhases> currents{};        // A
     std::optional<PowerFigures> power{};
     std::optional<SequenceComponents> voltageSequence{};
     std::optional<SequenceComponents> currentSequence{};

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/sum.h"
 #include "measuring/nominal_frequency.h"
 #include "signal/median.h"
+#include "signal/rms.h"
 
 namespace rt305 {
 
@@ -20,21 +20,13 @@ bool isGapless(const std::vector<double>& samples) {
     return !samples.empty() && std::none_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
 }
 
-/// RMS without the mean.
-double variationOf(std::span<const double> samples) {
-    const auto count = static_cast<double>(samples.size());
-    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
-    const auto square = [&](std::size_t k) { return (samples[k] - mean) * (samples[k] - mean); };
-    return std::sqrt(sumOf(samples.size(), square) / count);
-}
-
 /// The channels that vary by 1 % of the largest of their kind or more.
 std::vector<std::size_t> varyingChannels(const Measurement& recorded) {
     PerChannel<double> variations{};
     std::array<double, 2> largest{};
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (isGapless(recorded.samples[channel])) {
-            variations[channel] = variationOf(recorded.samples[channel]);
+            variations[channel] = rmsWithoutMean(recorded.samples[channel]);
             double& most = largest[isCurrent(channel) ? 1 : 0];
             most = std::max(most, variations[channel]);
         }
@@ -140,7 +132,7 @@ Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool mea
         const Phasor phasor = phasorAt(samples, recorded.rateHz, result.frequencyHz);
         (isCurrent(channel) ? result.currents : result.voltages)[channel % phaseTotal] = phasor;
         result.hasSignal[channel] = std::find(channels.begin(), channels.end(), channel) != channels.end() &&
-                                    std::abs(phasor) >= leastFundamentalShare * variationOf(samples);
+                                    std::abs(phasor) >= leastFundamentalShare * rmsWithoutMean(samples);
     }
     return result;
 }
@@ -162,7 +154,7 @@ std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, co
         for (const Phasor& cycle : trace) {
             square += std::norm(cycle) / static_cast<double>(trace.size());
         }
-        if (std::sqrt(square) >= leastFundamentalShare * variationOf(recorded.samples[channel])) {
+        if (std::sqrt(square) >= leastFundamentalShare * rmsWithoutMean(recorded.samples[channel])) {
             kept.push_back(channel);
         }
     }

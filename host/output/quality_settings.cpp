@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/failure.h"
 #include "base/text.h"
 #include "base/time_stamp.h"
 #include "signal/usual_level.h"
@@ -20,9 +21,7 @@ constexpr std::int64_t nanosecondsOfTwoHours = 7'200'000'000'000;
 
 /// The time of the first sample that is measured, since a full two hours; 0 without a clock.
 double clockOf(const Recording& recording, const MeasurementSettings& settings) {
-    std::string text = recording.fact("Start");
-    std::replace(text.begin(), text.end(), 'T', ' ');
-    const auto stamp = parseTimeStamp(text);
+    const auto stamp = parseTimeStamp(recording.fact("Start"));
     if (!stamp || recording.segments.empty()) {
         return 0.0;
     }
@@ -42,8 +41,8 @@ std::vector<std::span<const double>> gaplessVoltages(const Measurement& recorded
     return voltages;
 }
 
-}  // namespace
-
+/// Why the power quality of samples cannot be followed: fewer than 12 samples a nominal cycle, or less than three
+/// cycles. Empty when it can.
 std::string obstacleToQuality(const Measurement& recorded) {
     const std::string grid = "; a grid of " + formatNumber(recorded.nominalHz, 4) + " Hz needs ";
     if (recorded.rateHz < leastSamplesPerCycle * recorded.nominalHz) {
@@ -58,8 +57,9 @@ std::string obstacleToQuality(const Measurement& recorded) {
     return {};
 }
 
-QualitySettings qualitySettings(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
-                                const QualityChoice& choice) {
+/// The declared voltage stays 0 where voltages are dead or have gaps.
+QualitySettings settingsFor(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
+                            const QualityChoice& choice) {
     QualitySettings settings = choice.settings;
     settings.rateHz = recorded.rateHz;
     settings.nominalHz = recorded.nominalHz;
@@ -77,12 +77,27 @@ QualitySettings qualitySettings(const Recording& recording, const Measurement& r
     return settings;
 }
 
+}  // namespace
+
+QualitySettings qualitySettings(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
+                                const QualityChoice& choice) {
+    if (const std::string obstacle = obstacleToQuality(recorded); !obstacle.empty()) {
+        failInput(recording.source + ": " + obstacle);
+    }
+    const QualitySettings settings = settingsFor(recording, recorded, fromLineVoltages, choice);
+    if (settings.hasVoltages() && !(settings.declaredVolts > 0.0)) {
+        failInput(recording.source +
+                  ": the voltages are dead or have gaps, so events have nothing to compare with; give --declared V");
+    }
+    return settings;
+}
+
 std::optional<QualitySettings> qualitySettingsOf(const Recording& recording, const FullMeasurement& full) {
     const Measurement& recorded = full.asRecorded();
     if (!recorded.hasVoltages() || !(full.frequencyHz > 0.0) || !obstacleToQuality(recorded).empty()) {
         return std::nullopt;
     }
-    QualitySettings settings = qualitySettings(recording, recorded, full.fromLineVoltages, {});
+    QualitySettings settings = settingsFor(recording, recorded, full.fromLineVoltages, {});
     settings.eventsOnly = true;
     return settings.declaredVolts > 0.0 ? std::optional(settings) : std::nullopt;
 }

@@ -15,10 +15,6 @@ struct QualityChoice {
     std::optional<Lamp> lamp{};  // empty: by the nominal frequency
 };
 
-/// Why the power quality of samples cannot be followed: fewer than 12 samples a nominal cycle, or less than three
-/// cycles. Empty when it can.
-std::string obstacleToQuality(const Measurement& recorded);
-
 /// The settings for a recording. `recorded` has its samples at their own rate. Fails when there are fewer than 12
 /// samples a nominal cycle or less than three cycles, and for dead voltages without a declared one.
 QualitySettings qualitySettings(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,

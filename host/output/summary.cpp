@@ -32,24 +32,13 @@ Cells byPhase(const TotalAndPhases& values, const Measurement& measurement, std:
     return byPhase(PerPhase<double>{values[1], values[2], values[3]}, measurement, firstChannel);
 }
 
-double rmsWithoutMean(const std::vector<double>& samples) {
-    const double mean = meanOf(samples);
-    double squares = 0.0;
-    for (const double x : samples) {
-        squares += (x - mean) * (x - mean);
-    }
-    return std::sqrt(squares / static_cast<double>(samples.size()));
-}
-
-void addVoltages(std::vector<SummaryRow>& rows, const FullMeasurement& full, const TotalAndPhases& voltages) {
+void addVoltages(std::vector<SummaryRow>& rows, const FullMeasurement& full, const DerivedFigures& derived) {
     const Measurement& recorded = full.asRecorded();
     rows.push_back({"U", full.fromLineVoltages ? "Voltage U to the virtual neutral" : "Voltage U", "V", -1,
-                    topic::voltage, 0.0, byPhase(voltages, recorded, 0)});
-    if (recorded.isThreePhase()) {
-        const auto lines = lineVoltagesOf(recorded);
-        const PerPhase<double> values{rmsWithoutMean(lines[0]), rmsWithoutMean(lines[1]), rmsWithoutMean(lines[2])};
-        rows.push_back(
-            {"U_line", "Line voltage ab, bc, ca", "V", -1, topic::voltage, 0.0, byPhase(values, recorded, 0)});
+                    topic::voltage, 0.0, byPhase(*derived.voltages, recorded, 0)});
+    if (derived.lineVoltages) {
+        rows.push_back({"U_line", "Line voltage ab, bc, ca", "V", -1, topic::voltage, 0.0,
+                        byPhase(*derived.lineVoltages, recorded, 0)});
     }
 }
 
@@ -153,7 +142,7 @@ std::vector<SummaryRow> summaryOf(const FullMeasurement& full, const FullResults
     const DerivedFigures& derived = results.derived;
     std::vector<SummaryRow> rows;
     if (derived.voltages) {
-        addVoltages(rows, full, *derived.voltages);
+        addVoltages(rows, full, derived);
     }
     if (derived.currents) {
         rows.push_back(

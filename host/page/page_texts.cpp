@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "base/text_encoding.h"
 #include "page/html.h"
 #include "page/page_files.h"
 
@@ -10,12 +11,12 @@ namespace rt305 {
 
 namespace {
 
-/// A text as a string of CSS.
-std::string cssString(std::string_view text) {
+/// A text as a string of CSS. Bytes that are not UTF-8 become U+FFFD.
+std::string cssString(const std::string& text) {
     static constexpr std::string_view special = "\"\\<\n";
     static constexpr std::string_view escapes[] = {"\\22 ", "\\5c ", "\\3c ", "\\a "};
     std::string quoted = "\"";
-    for (const char c : text) {
+    for (const char c : toUtf8(text)) {
         const std::size_t place = special.find(c);
         quoted.append(place == std::string_view::npos ? std::string_view(&c, 1) : escapes[place]);
     }

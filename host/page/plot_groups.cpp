@@ -59,9 +59,7 @@ bool isConstant(const std::vector<double>& samples) {
 
 /// A date and time of the recording, in ns since 1970.
 std::optional<std::int64_t> stampOf(const Recording& recording, std::string_view fact) {
-    std::string text = recording.fact(fact);
-    std::replace(text.begin(), text.end(), 'T', ' ');
-    const auto stamp = parseTimeStamp(text);
+    const auto stamp = parseTimeStamp(recording.fact(fact));
     return stamp && !isoTime(*stamp).empty() ? stamp : std::nullopt;
 }
 

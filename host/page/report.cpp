@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "base/text.h"
-#include "base/text_encoding.h"
 #include "base/time_stamp.h"
 #include "base/version.h"
 #include "output/full_document.h"
@@ -55,10 +54,6 @@ std::string tablesOf(const std::vector<KindResults<Channel>>& kinds, const std::
 std::string resultTable(const ResultDocument& document, std::string_view name, const std::string& caption) {
     const ResultTable* const table = document.table(name);
     return table == nullptr || table->rows.empty() ? "" : htmlTable(caption, *table);
-}
-
-std::string baseName(const std::string& path) {
-    return toUtf8(baseNameOf(path), "");
 }
 
 /// As a sentence of its own. The name of a file at its begin stays as it is.
@@ -164,12 +159,8 @@ using Facts = std::vector<std::pair<std::string, std::string>>;
 
 /// The trigger, and how long after the first sample it is.
 std::string triggerOf(const RecordingFacts& facts) {
-    const auto stampOf = [](std::string text) {
-        std::replace(text.begin(), text.end(), 'T', ' ');
-        return parseTimeStamp(text);
-    };
-    const auto start = stampOf(facts.start);
-    const auto trigger = stampOf(facts.trigger);
+    const auto start = parseTimeStamp(facts.start);
+    const auto trigger = parseTimeStamp(facts.trigger);
     if (!start || !trigger || *trigger == *start) {
         return facts.trigger;
     }
@@ -193,7 +184,7 @@ std::string recordedFacts(const Recording& recording, const ResultDocument& docu
                       {"Sample rate", formatNumber(facts.rateHz) + " Hz"},
                       {"Nominal frequency", formatNumber(facts.nominalHz, 4) + " Hz"},
                       {"Content", document.content},
-                      {"File", baseName(recording.source)},
+                      {"File", baseNameOf(recording.source)},
                       {"SHA-256", facts.checksum.substr(0, shortChecksum)}};
     std::string items;
     for (const auto& [name, text] : shown) {
@@ -205,11 +196,11 @@ std::string recordedFacts(const Recording& recording, const ResultDocument& docu
 }
 
 Facts recordingFacts(const Recording& recording) {
-    Facts facts{{"Recording", baseName(recording.source)}, {"Format", recording.format}};
+    Facts facts{{"Recording", baseNameOf(recording.source)}, {"Format", recording.format}};
     facts.insert(facts.end(), recording.facts.begin(), recording.facts.end());
     facts.emplace_back("Rate", recording.rateOrigin);
     for (const SourceFile& file : recording.files) {
-        facts.emplace_back("SHA-256 of " + baseName(file.name), file.checksum);
+        facts.emplace_back("SHA-256 of " + baseNameOf(file.name), file.checksum);
     }
     return facts;
 }
@@ -365,7 +356,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                                         spectrumSection(results, figures),
                                         moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
-    const std::string file = baseName(recording.source);
+    const std::string file = baseNameOf(recording.source);
     const std::string title = texts.title.empty() ? "Measurement of " + file : texts.title;
     const std::string style = styleFor(title);
     std::string page = filled(

@@ -386,7 +386,6 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options, R
     recording.length = rows.length();
     recording.nominalHz = configuration.nominalHz;
     recording.facts = std::move(configuration.facts);
-    recording.nominalHz = configuration.nominalHz;
     recording.warnings = std::move(rows.warnings);
     if (options.encoding.empty() && !isUtf8(parts.configuration)) {
         recording.warnings.emplace_back(undecodedText(parts.configurationName));
