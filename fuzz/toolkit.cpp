@@ -334,7 +334,7 @@ coder::HarmonicResult plainDistortion(Row P, const Row& F, double rbw, std::size
             tone = plainTone(P, F, rbw, largestBin(P, from, std::min(bin + 1, P.size() - 1)));
             distortion += std::isnan(tone.power) ? 0.0 : tone.power;
         }
-        result.harmPow[k - 1] = 10.0 * std::log10(tone.power);
+        result.harmPow[k - 1] = tone.power;
         result.harmFreq[k - 1] = tone.frequency;
     }
     result.r = 10.0 * std::log10(distortion / fundamental.power);

@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cmath>
 #include <map>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "adapter/nlohmann/json.h"
@@ -83,6 +85,9 @@ public:
     static Key keyOf(const std::string& name) { return quotedText(name) + ':'; }
 
     void value(double value) {
+        if (!std::isfinite(value)) {
+            return this->value(nullptr);
+        }
         separate();
         if (count_ == numbers_.size()) {
             flush();
@@ -176,7 +181,7 @@ private:
         }
         first_ = false;
     }
-    void plain(const std::string& text) {
+    void plain(std::string_view text) {
         separate();
         put(text);
     }
@@ -192,7 +197,7 @@ private:
         *room(1) = c;
         ++collected_;
     }
-    void put(const std::string& text) {
+    void put(std::string_view text) {
         if (text.size() > sizeof buffer_) {
             flush();
             out_ += text;

@@ -60,6 +60,11 @@ Tone toneAt(const PowerSpectrum& spectrum, std::size_t start) {
     return narrow.power > tone.power ? narrow : tone;
 }
 
+/// NaN is less than any number.
+bool isLess(double a, double b) {
+    return a < b || (std::isnan(a) && !std::isnan(b));
+}
+
 std::size_t indexOfMaximum(samples x) {
     double value = 0.0;
     int index = 0;
@@ -77,7 +82,9 @@ Tone toneNear(const PowerSpectrum& spectrum, double target) {
     const std::size_t nearest = nearestBin(F, target);
     const std::size_t from = nearest == 0 ? 0 : nearest - 1;
     const std::size_t to = std::min(nearest + 1, F.size() - 1);
-    return toneAt(spectrum, from + indexOfMaximum(spectrum.power.subspan(from, to - from + 1)));
+    const auto start = std::max_element(spectrum.power.begin() + static_cast<std::ptrdiff_t>(from),
+                                        spectrum.power.begin() + static_cast<std::ptrdiff_t>(to + 1), isLess);
+    return toneAt(spectrum, static_cast<std::size_t>(start - spectrum.power.begin()));
 }
 
 void clearDc(PowerSpectrum& spectrum) {
@@ -97,7 +104,7 @@ std::size_t nearestBin(samples F, double target) {
     assert(!F.empty());
     // The position by equal spacing; rounding may make it wrong by a bin, which the loops correct.
     const double last = static_cast<double>(F.size() - 1);
-    const double place = std::round((target - F.front()) / (F.back() - F.front()) * last);
+    const double place = (target - F.front()) / (F.back() - F.front()) * last + 0.5;
     auto i = static_cast<std::size_t>(place > 0.0 ? std::min(place, last) : 0.0);
     const auto distance = [&](std::size_t bin) { return std::fabs(F[bin] - target); };
     while (i + 1 < F.size() && distance(i + 1) < distance(i)) {
@@ -125,7 +132,7 @@ HarmonicResult computeTHD(std::span<double> Pxx, samples F, double rbw, double n
     double distortion = 0.0;
     for (std::size_t k = 1; k <= n; ++k) {
         const Tone tone = k == 1 ? fundamental : toneNear(spectrum, static_cast<double>(k) * fundamental.frequency);
-        result.harmPow[k - 1] = 10.0 * std::log10(tone.power);
+        result.harmPow[k - 1] = tone.power;
         result.harmFreq[k - 1] = tone.frequency;
         if (k > 1 && !std::isnan(tone.power)) {
             distortion += tone.power;

@@ -12,7 +12,7 @@ namespace coder {
 /// the analysed band are NaN.
 struct HarmonicResult {
     double r;                      ///< total harmonic distortion, power of harmonics over power of fundamental, dB
-    std::vector<double> harmPow;   ///< mean squares, dB of x-units^2
+    std::vector<double> harmPow;   ///< mean squares in x-units^2
     std::vector<double> harmFreq;  ///< Hz
 };
 
