@@ -84,7 +84,7 @@ packages:
 arm64:
 	@scripts/setup arm64
 	@cmake --workflow --preset arm64
-	@cmake --preset debug >/dev/null && cmake --build --preset debug --target machine_texts rt305_4
+	@cmake --preset debug >/dev/null && cmake --build --preset debug --target machine_texts rt305_4 rt305
 	@scripts/check-cpus build/debug build/arm64
 	@scripts/debian-source build/package-arm64
 	@cd build/package-arm64/rt305-4 && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -a arm64 -d -b -us -uc
