@@ -163,11 +163,13 @@ public:
 
     index size() const { return a_.size(); }
 
-    /// Memory for the pairs of the next transform; it does not overlap the result of the last one.
-    double* pairs(Split result = {}) const { return result.re == b_.pairs() ? a_.pairs() : b_.pairs(); }
+    /// Memory for the pairs of the next transform.
+    double* pairs() const { return b_.pairs(); }
+    /// The same, beside numbers that may be in this memory: samples in pairs(), or the result of the last transform.
+    double* pairsBeside(const double* numbers) const { return numbers == b_.pairs() ? a_.pairs() : b_.pairs(); }
 
-    /// Transform of n pairs. The pairs are overwritten only if they are in pairs(). The result is valid until the next
-    /// transform.
+    /// Transform of n pairs. The pairs are overwritten only if they are in this memory. The result is valid until the
+    /// next transform.
     Split operator()(const double* pairs) const {
         Split in = a_.split();
         Split out = b_.split();
@@ -198,6 +200,58 @@ private:
     AlignedBuffer b_;
 };
 
+// Loops of the convolution below, over k < n: pairs and split arrays do not overlap.
+
+ALWAYS_INLINE inline void putPair(double* to, index at, creal_T z) {
+    to[2 * at] = z.re;
+    to[2 * at + 1] = z.im;
+}
+
+ALWAYS_INLINE inline creal_T get(Split from, index at) {
+    return {from.re[at], from.im[at]};
+}
+
+ALWAYS_INLINE inline creal_T swapped(creal_T z) {
+    return {z.im, z.re};
+}
+
+/// to[k] = x[k] y[k] for pairs or, where x is real, numbers x[k].
+template <bool isReal>
+ALWAYS_INLINE inline void multiplySequence(const double* x, Split y, index n, double* to) {
+    for (index k = 0; k < n; ++k) {
+        putPair(to, k, times(isReal ? creal_T{x[k], 0.0} : creal_T{x[2 * k], x[2 * k + 1]}, get(y, k)));
+    }
+}
+
+/// to[k] = x[k] y[k] with the parts swapped.
+ALWAYS_INLINE inline void multiplySwapping(Split x, Split y, index n, double* to) {
+    for (index k = 0; k < n; ++k) {
+        putPair(to, k, swapped(times(get(x, k), get(y, k))));
+    }
+}
+
+/// x[k] with the parts swapped, times y[k].
+ALWAYS_INLINE inline void swapAndMultiply(Split x, Split y, index n) {
+    for (index k = 0; k < n; ++k) {
+        const creal_T product = times(swapped(get(x, k)), get(y, k));
+        x.re[k] = product.re;
+        x.im[k] = product.im;
+    }
+}
+
+/// The pairs kernel[0] ... kernel[size-1] with which a convolution of that length multiplies by conj(c[k-m]) / size for
+/// k < bins and m < n: c[k], k < n, are even in k.
+ALWAYS_INLINE inline void writeKernel(Split c, index n, index bins, index size, double* kernel) {
+    const double scale = 1.0 / static_cast<double>(size);
+    std::fill(kernel + 2 * bins, kernel + 2 * (size - n + 1), 0.0);
+    for (index k = 0; k < bins; ++k) {
+        putPair(kernel, k, {c.re[k] * scale, -c.im[k] * scale});
+    }
+    for (index k = 1; k < n; ++k) {
+        putPair(kernel, size - k, {c.re[k] * scale, -c.im[k] * scale});
+    }
+}
+
 /// The first `bins` bins of a complex transform of any length n, as a convolution with the chirp c[k] = e^(-pi i k^2 /
 /// n): since 2 k m = k^2 + m^2 - (k - m)^2, X[k] = c[k] sum (c[m] x[m]) conj(c[k-m]). L. I. Bluestein, IEEE Trans.
 /// Audio Electroacoust. 18 (1970), "A linear filtering approach to the computation of discrete Fourier transform".
@@ -205,55 +259,42 @@ class BluesteinTransform {
 public:
     /// convolution: a transform of length n + bins - 1 or more.
     BluesteinTransform(index n, index bins, const SmoothFft& convolution)
-        : bins_(bins),
-          chirp_(rootsAt(2 * n, n, [n](index k) { return k * k % (2 * n); })),
-          response_(convolution.size()) {
+        : bins_(bins), chirp_(chirpOf(n)), response_(convolution.size()) {
         const index size = convolution.size();
         assert(bins <= n && size >= n + bins - 1);
-        const double scale = 1.0 / static_cast<double>(size);
         double* const kernel = convolution.pairs();
-        std::fill_n(kernel, 2 * size, 0.0);
-        for (index k = 0; k < n; ++k) {
-            const creal_T c = get(chirp_.split(), k);
-            const creal_T scaled{c.re * scale, -c.im * scale};
-            if (k > 0) {
-                putPair(kernel, size - k, scaled);
-            }
-            if (k < bins) {
-                putPair(kernel, k, scaled);
-            }
-        }
+        vectorized<writeKernel>(chirp_.split(), n, bins, size, kernel);
         const Split response = convolution(kernel);
         std::copy_n(response.re, size, response_.split().re);
         std::copy_n(response.im, size, response_.split().im);
     }
 
-    /// The bins of n pairs. The result is valid until the next transform by `convolution`.
-    Split operator()(const SmoothFft& convolution, const double* pairs) const {
-        double* const chirped = convolution.pairs();
-        for (index k = 0; k < chirp_.size(); ++k) {
-            putPair(chirped, k, times({pairs[2 * k], pairs[2 * k + 1]}, get(chirp_.split(), k)));
-        }
-        std::fill(chirped + 2 * chirp_.size(), chirped + 2 * convolution.size(), 0.0);
+    /// The bins of n pairs or, where x is real, numbers. The result is valid until the next transform by `convolution`.
+    template <bool isReal>
+    Split bins(const SmoothFft& convolution, const double* x) const {
+        const index size = convolution.size();
+        double* const chirped = convolution.pairsBeside(x);
+        vectorized<multiplySequence<isReal>>(x, chirp_.split(), chirp_.size(), chirped);
+        std::fill(chirped + 2 * chirp_.size(), chirped + 2 * size, 0.0);
         const Split spectrum = convolution(chirped);
-        double* const product = convolution.pairs(spectrum);
-        for (index k = 0; k < convolution.size(); ++k) {
-            putPair(product, k, swapped(times(get(spectrum, k), get(response_.split(), k))));
-        }
+        double* const product = convolution.pairsBeside(spectrum.re);
+        vectorized<multiplySwapping>(spectrum, response_.split(), size, product);
         // Real and imaginary parts are swapped before and after, which makes the transform an inverse one.
         const Split filtered = convolution(product);
-        for (index k = 0; k < bins_; ++k) {
-            put(filtered, k, times(swapped(get(filtered, k)), get(chirp_.split(), k)));
-        }
+        vectorized<swapAndMultiply>(filtered, chirp_.split(), bins_);
         return filtered;
     }
 
 private:
-    static creal_T swapped(creal_T z) { return {z.im, z.re}; }
-    static creal_T get(Split from, index at) { return {from.re[at], from.im[at]}; }
-    static void putPair(double* to, index at, creal_T z) {
-        to[2 * at] = z.re;
-        to[2 * at + 1] = z.im;
+    /// c[0] ... c[n-1].
+    static AlignedBuffer chirpOf(index n) {
+        index square = 0;  // k^2 modulo 2 n
+        return rootsAt(2 * n, n, [&square, n](index k) {
+            const index position = square;
+            square += 2 * k + 1;
+            square -= square >= 2 * n ? 2 * n : 0;
+            return position;
+        });
     }
 
     index bins_;
@@ -266,17 +307,20 @@ private:
 struct RealFft::Plan {
     explicit Plan(SmoothFft made) : transform(std::move(made)) {}
 
-    /// The transform of n real samples, for odd n in transform.pairs(), as a complex sequence.
+    /// The transform of n real samples as a complex sequence. The samples are in the plan's memory or elsewhere.
     Split transformed(index n, const double* x) const {
-        if (n % 2 != 0) {
-            double* const pairs = transform.pairs();
-            for (index i = n - 1; i >= 0; --i) {
-                pairs[2 * i] = x[i];
-                pairs[2 * i + 1] = 0.0;
-            }
-            x = pairs;
+        const bool isReal = n % 2 != 0;
+        if (bluestein) {
+            return isReal ? bluestein->bins<true>(transform, x) : bluestein->bins<false>(transform, x);
         }
-        return bluestein ? (*bluestein)(transform, x) : transform(x);
+        if (!isReal) {
+            return transform(x);
+        }
+        double* const pairs = transform.pairsBeside(x);
+        for (index i = 0; i < n; ++i) {
+            putPair(pairs, i, {x[i], 0.0});
+        }
+        return transform(pairs);
     }
 
     /// The half spectrum of n real samples, from transformed().
@@ -320,8 +364,7 @@ RealFft::~RealFft() = default;
 
 double* RealFft::workspace(const creal_T* spectrum) const {
     const SmoothFft& transform = plan_->transform;
-    double* const other = transform.pairs();
-    return spectrum != nullptr && &spectrum->re == other ? transform.pairs({other, nullptr}) : other;
+    return spectrum == nullptr ? transform.pairs() : transform.pairsBeside(&spectrum->re);
 }
 
 void RealFft::forward(samples x, creal_T* half) const {
@@ -337,7 +380,7 @@ void RealFft::forward(samples x, creal_T* half) const {
 const creal_T* RealFft::forward() const {
     const Split z = plan_->transformed(n_, workspace());
     // Pairs of doubles are complex numbers as they are stored.
-    auto* const half = reinterpret_cast<creal_T*>(plan_->transform.pairs(z));
+    auto* const half = reinterpret_cast<creal_T*>(plan_->transform.pairsBeside(z.re));
     plan_->writeSpectrum(n_, z, half);
     return half;
 }
