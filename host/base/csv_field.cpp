@@ -5,7 +5,7 @@
 namespace rt305 {
 
 std::string csvField(const std::string& text) {
-    const bool isFormula = text.find_first_of("=+-@") == 0 && !parseNumber(text);
+    const bool isFormula = std::string_view("=+-@").find(text[0]) != std::string_view::npos && !parseNumber(text);
     std::string field = isFormula ? '\'' + text : text;
     if (field.find_first_of(",\"\r\n") == std::string::npos) {
         return field;

@@ -8,9 +8,9 @@
 namespace rt305 {
 
 /// The sum of term(0) ... term(count - 1), 0 for none. Every eighth term belongs to one of eight sums, which a
-/// processor adds side by side; these are added from left to right in the end.
+/// processor adds side by side; these are added from left to right in the end. Inlined, so that vector code can use it.
 template <class Term>
-double sumOf(std::size_t count, Term term) {
+[[gnu::always_inline]] inline double sumOf(std::size_t count, Term term) {
     constexpr std::size_t chains = 8;
     std::array<double, chains> sums{};
     const std::size_t whole = count / chains * chains;

@@ -107,6 +107,10 @@ std::string decoded(std::string_view bytes, const std::string& encoding) {
 }  // namespace
 
 std::string shown(std::string_view text, std::size_t most) {
+    const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
+    if (text.size() <= most && std::all_of(text.begin(), text.end(), isPlain)) {
+        return std::string(text);  // as nearly always
+    }
     std::string result;
     while (!text.empty()) {
         const std::size_t length = std::max<std::size_t>(characterLength(text), 1);

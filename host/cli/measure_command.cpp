@@ -79,25 +79,30 @@ private:
             out << '\n';
         }
         std::optional<Activity> activity(std::in_place, "measuring");
-        const SignalTexts signalTexts = form == OutputForm::raw ? SignalTexts::wanted : SignalTexts::notWanted;
-        ResultDocument document = fullDocument(recording, full, measureAll(full, library_, signalTexts));
+        const Shown shown = shownBy(form);
+        ResultDocument document = fullDocument(recording, full, measureAll(full, library_, shown));
         document.options = options_.each.given;
-        const std::string events = options_.windowSeconds == 0.0 ? eventsIn(recording, full) : "";
-        if (!events.empty()) {
-            document.remarks.emplace_back(events);
+        if (shown == Shown::everything && options_.windowSeconds == 0.0) {
+            addEvents(recording, full, document);
         }
         activity.reset();
         write(document, form, styled_, out);
         out.flush();
     }
 
-    /// A remark when there were events; empty when there were none.
-    static std::string eventsIn(const Recording& recording, const FullMeasurement& full) {
+    static Shown shownBy(OutputForm form) {
+        const bool hasRemarks = form == OutputForm::text || form == OutputForm::json || form == OutputForm::jsonLines;
+        return hasRemarks ? Shown::everything : form == OutputForm::raw ? Shown::texts : Shown::figures;
+    }
+
+    /// Adds a remark when there were events.
+    static void addEvents(const Recording& recording, const FullMeasurement& full, ResultDocument& document) {
         const auto settings = qualitySettingsOf(recording, full);
-        if (!settings) {
-            return {};
+        const std::string events =
+            settings ? remarkOnEvents(analyse(full.asRecorded().samples, *settings, KeepTraces::no)) : "";
+        if (!events.empty()) {
+            document.remarks.emplace_back(events);
         }
-        return remarkOnEvents(analyse(full.asRecorded().samples, *settings, KeepTraces::no));
     }
 
     const BatchOptions& options_;

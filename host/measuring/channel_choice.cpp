@@ -69,7 +69,7 @@ void recogniseLineVoltages(Measurement& measurement) {
     const std::size_t common = *findChannel(namesOf(measurement, voltages, false).at(0));
     const std::size_t before = (common + 2) % phaseTotal;  // its voltage against `common` is a line voltage as it is
     const std::size_t after = (common + 1) % phaseTotal;
-    const double frequency = commonFundamental(samples, measurement.rateHz);
+    const double frequency = commonFundamental(spansOf(samples), measurement.rateHz);
     const auto x = phasorAt(samples[before], measurement.rateHz, frequency);
     const auto y = phasorAt(samples[after], measurement.rateHz, frequency);
     const double ratio = std::abs(y) / std::abs(x);

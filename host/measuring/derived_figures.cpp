@@ -201,8 +201,8 @@ DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& f
     }
     if (areAllMeasured(recorded, phaseTotal)) {
         const Samples* const i = &recorded.samples[phaseTotal];
-        figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]),
-                              std::max({rmsWithoutMean(i[0]), rmsWithoutMean(i[1]), rmsWithoutMean(i[2])})};
+        const auto& [total, a, b, c] = *figures.currents;
+        figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]), std::max({a, b, c})};
     }
     if (full.isSteady()) {
         addAnglesAndComponents(figures, recorded, fundamentals);

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -18,11 +19,12 @@ using Samples = std::vector<double>;
 
 void applyCoefficients(Measurement& measurement) {
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        double& factor = measurement.settings.coefficients[channel];
-        for (double& x : measurement.samples[channel]) {
-            x *= factor;
+        const double factor = std::exchange(measurement.settings.coefficients[channel], 1.0);
+        if (factor != 1.0) {
+            for (double& x : measurement.samples[channel]) {
+                x *= factor;
+            }
         }
-        factor = 1.0;
     }
 }
 

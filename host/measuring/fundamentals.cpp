@@ -20,16 +20,20 @@ bool isGapless(const std::vector<double>& samples) {
     return !samples.empty() && std::none_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
 }
 
-/// The channels that vary by 1 % of the largest of their kind or more.
-std::vector<std::size_t> varyingChannels(const Measurement& recorded) {
+/// RMS without the mean; 0 for a channel that is not measured or has missing samples.
+PerChannel<double> variationsOf(const Measurement& recorded) {
     PerChannel<double> variations{};
+    std::transform(recorded.samples.begin(), recorded.samples.end(), variations.begin(),
+                   [](const std::vector<double>& x) { return isGapless(x) ? rmsWithoutMean(x) : 0.0; });
+    return variations;
+}
+
+/// The channels that vary by 1 % of the largest of their kind or more.
+std::vector<std::size_t> varyingChannels(const PerChannel<double>& variations) {
     std::array<double, 2> largest{};
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (isGapless(recorded.samples[channel])) {
-            variations[channel] = rmsWithoutMean(recorded.samples[channel]);
-            double& most = largest[isCurrent(channel) ? 1 : 0];
-            most = std::max(most, variations[channel]);
-        }
+        double& most = largest[isCurrent(channel) ? 1 : 0];
+        most = std::max(most, variations[channel]);
     }
     std::vector<std::size_t> channels;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
@@ -87,9 +91,10 @@ double frequencyIn(const SteadyPart& part, const Measurement& recorded, const st
                    double nearHz) {
     std::vector<std::optional<FundamentalFit>> fits;
     std::vector<double> frequencies;
+    const LineSearch search(part.count);
     for (const std::size_t channel : leading) {
         const auto samples = std::span(recorded.samples[channel]).subspan(part.first, part.count);
-        const auto found = findFundamental(samples, recorded.rateHz, nearHz * (1.0 - nominalTolerance),
+        const auto found = findFundamental(search, samples, recorded.rateHz, nearHz * (1.0 - nominalTolerance),
                                            nearHz * (1.0 + nominalTolerance));
         fits.push_back(found ? fitFundamental(samples, recorded.rateHz, found->frequencyHz) : std::nullopt);
         if (fits.back()) {
@@ -111,7 +116,8 @@ std::size_t longestOf(const std::vector<SteadyPart>& parts) {
 
 Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool measureFrequency) {
     Fundamentals result{.frequencyHz = nearHz};
-    const auto channels = varyingChannels(recorded);
+    const auto variations = variationsOf(recorded);
+    const auto channels = varyingChannels(variations);
     if (channels.empty() || !(nearHz > 0.0)) {
         return {};
     }
@@ -132,7 +138,7 @@ Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool mea
         const Phasor phasor = phasorAt(samples, recorded.rateHz, result.frequencyHz);
         (isCurrent(channel) ? result.currents : result.voltages)[channel % phaseTotal] = phasor;
         result.hasSignal[channel] = std::find(channels.begin(), channels.end(), channel) != channels.end() &&
-                                    std::abs(phasor) >= leastFundamentalShare * rmsWithoutMean(samples);
+                                    std::abs(phasor) >= leastFundamentalShare * variations[channel];
     }
     return result;
 }
@@ -146,7 +152,7 @@ std::vector<std::span<const double>> spansOf(const Measurement& recorded, const 
 
 /// Those of `channels` whose cycles have most of their variation in the fundamental; all where none has.
 std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, const std::vector<std::size_t>& channels,
-                                                 double frequencyHz) {
+                                                 const PerChannel<double>& variations, double frequencyHz) {
     std::vector<std::size_t> kept;
     for (const std::size_t channel : channels) {
         const auto trace = fundamentalTrace(recorded.samples[channel], recorded.rateHz, frequencyHz);
@@ -154,7 +160,7 @@ std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, co
         for (const Phasor& cycle : trace) {
             square += std::norm(cycle) / static_cast<double>(trace.size());
         }
-        if (std::sqrt(square) >= leastFundamentalShare * rmsWithoutMean(recorded.samples[channel])) {
+        if (std::sqrt(square) >= leastFundamentalShare * variations[channel]) {
             kept.push_back(channel);
         }
     }
@@ -162,15 +168,16 @@ std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, co
 }
 
 GridState gridStateOf(const Measurement& recorded, double nominalHz) {
-    const auto varying = varyingChannels(recorded);
+    const auto variations = variationsOf(recorded);
+    const auto varying = varyingChannels(variations);
     GridState state;
     // The strongest line of a record with a fault can be far from the grid's frequency, and a grid far from its nominal
     // frequency: the one at which more of the record is steady counts.
-    for (const double start : {nominalHz, commonFundamental(recorded.samples, recorded.rateHz)}) {
+    for (const double start : {nominalHz, commonFundamental(spansOf(recorded.samples), recorded.rateHz)}) {
         if (!(start > 0.0) || varying.empty()) {
             continue;
         }
-        const auto channels = channelsWithFundamental(recorded, varying, start);
+        const auto channels = channelsWithFundamental(recorded, varying, variations, start);
         const Steadiness steadiness = steadinessOf(spansOf(recorded, channels), recorded.rateHz, start);
         if (state.frequencyHz == 0.0 || longestOf(steadiness.parts) > longestOf(state.steadiness.parts)) {
             state = {start, {}, steadiness, channels};

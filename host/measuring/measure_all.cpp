@@ -81,20 +81,27 @@ void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) 
     }
 }
 
-/// The harmonics that the library gives, from what lies at their frequencies alone.
-std::vector<double> plainHarmonicsOf(const std::vector<double>& samples, const FullMeasurement& full) {
+/// The harmonics that the library gives, from what lies at their frequencies alone, of the channels without doubts.
+PerChannel<std::vector<double>> plainHarmonicsOf(const FullMeasurement& full, const PerChannel<std::string>& doubts) {
     constexpr std::size_t orders = 50;
-    auto percents = harmonicLevels(samples, full.asRecorded().rateHz, full.frequencyHz, orders);
-    const double fundamental = percents[0];
-    for (double& percent : percents) {
-        percent *= 100.0 / fundamental;
+    const Measurement& recorded = full.asRecorded();
+    PerChannel<std::vector<double>> harmonics{};
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (recorded.measures(channel) && doubts[channel].empty()) {
+            auto& percents = harmonics[channel] =
+                harmonicLevels(recorded.samples[channel], recorded.rateHz, full.frequencyHz, orders);
+            const double fundamental = percents[0];
+            for (double& percent : percents) {
+                percent *= 100.0 / fundamental;
+            }
+        }
     }
-    return percents;
+    return harmonics;
 }
 
 }  // namespace
 
-FullResults measureAll(const FullMeasurement& full, const Library& library, SignalTexts signalTexts) {
+FullResults measureAll(const FullMeasurement& full, const Library& library, Shown shown) {
     const Measurement& measurement = full.measurement;
     FullResults results{.libraryVersion = library.version()};
     for (const PowerMethod& method : powerMethods) {
@@ -111,17 +118,16 @@ FullResults measureAll(const FullMeasurement& full, const Library& library, Sign
         }
     }
     if (!measurement.isCombined()) {
-        results.signals = measuredSignals(full.asRecorded(), library, signalTexts);
+        results.signals = measuredSignals(full.asRecorded(), library,
+                                          shown == Shown::texts ? SignalTexts::wanted : SignalTexts::notWanted);
     }
     results.fundamentals = fundamentalsOf(full.asRecorded(), full.frequencyHz, full.frequencySource.empty());
     removeDoubtfulHarmonics(results, full);
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (full.asRecorded().measures(channel) && results.distortionDoubts[channel].empty()) {
-            results.plainHarmonics[channel] = plainHarmonicsOf(full.asRecorded().samples[channel], full);
-        }
-    }
     results.derived = derivedFigures(full, results.fundamentals);
-    results.wiring = judgeWiring(full, results.fundamentals, results.derived);
+    if (shown == Shown::everything) {
+        results.plainHarmonics = plainHarmonicsOf(full, results.distortionDoubts);
+        results.wiring = judgeWiring(full, results.fundamentals, results.derived);
+    }
     return results;
 }
 

@@ -16,6 +16,13 @@ namespace rt305 {
 /// The spectra of a full measurement: Hann window, dB below the largest line.
 inline constexpr std::uint32_t fullSpectrumFlags = RT305_4_SPECTRUM_WINDOW_HANN | RT305_4_SPECTRUM_LEVEL_DB;
 
+/// What of the results is shown; nothing else is computed.
+enum class Shown {
+    everything,
+    figures,  // without remarks and harmonics by the tool
+    texts     // of the library
+};
+
 /// Everything that the library and the tool find in one measurement.
 struct FullResults {
     std::string libraryVersion;
@@ -37,8 +44,7 @@ struct FullResults {
 /// The figures of `rt305 measure`: the parameters, with voltages and currents by every power method and each with the
 /// voltages that it requires; for one kind of channels also their statistics; and always the harmonics, the derived
 /// figures and the wiring.
-FullResults measureAll(const FullMeasurement& full, const Library& library,
-                       SignalTexts signalTexts = SignalTexts::notWanted);
+FullResults measureAll(const FullMeasurement& full, const Library& library, Shown shown = Shown::everything);
 
 /// Adds what only a report shows: spectra of the first second, and statistics if there are none.
 void addSpectraAndStatistics(FullResults& results, const FullMeasurement& full, const Library& library);

@@ -159,8 +159,8 @@ struct ChosenPart {
 };
 
 /// The samples of the part.
-PerChannel<std::span<const double>> samplesOf(const ChosenPart& chosen) {
-    PerChannel<std::span<const double>> part;
+ChannelSpans samplesOf(const ChosenPart& chosen) {
+    ChannelSpans part;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (const auto& samples = chosen.measurement.samples[channel]; !samples.empty()) {
             part[channel] = std::span(samples).subspan(chosen.first, chosen.count);
@@ -191,8 +191,7 @@ constexpr double windowMargin = 0.0005;
 void chooseWindow(Measurement& measurement) {
     const FrequencyWindow narrow = fixedWindow.scaled(measurement.frequencyScale());
     const FrequencyWindow wide = controlWindow.scaled(measurement.frequencyScale());
-    for (const auto& samples : measurement.samples) {
-        const double fundamental = fundamentalOf(samples, measurement.rateHz);
+    for (const double fundamental : fundamentalsOf(spansOf(measurement.samples), measurement.rateHz)) {
         const bool isSafe =
             narrow.contains(fundamental * (1.0 - windowMargin)) && narrow.contains(fundamental * (1.0 + windowMargin));
         if (!isSafe && wide.contains(fundamental)) {

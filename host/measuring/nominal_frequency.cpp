@@ -19,25 +19,49 @@ double highestHz(double rateHz) {
     return std::min(1100.0, rateHz / 3.0);
 }
 
-double strongestLineOf(std::span<const double> samples, double rateHz) {
+using Estimate = double(const LineSearch& search, std::span<const double> samples, double rateHz);
+
+double fundamentalBy(const LineSearch& search, std::span<const double> samples, double rateHz) {
+    const auto fit = findFundamental(search, samples, rateHz, lowestHz, highestHz(rateHz));
+    return fit ? fit->frequencyHz : 0.0;
+}
+
+double strongestLineBy(const LineSearch& search, std::span<const double> samples, double rateHz) {
     constexpr double fewestCycles = 2.0;
-    const double line = strongestLine(samples, rateHz, lowestHz, highestHz(rateHz)).value_or(0.0);
+    const double line = search.strongestLine(samples, rateHz, lowestHz, highestHz(rateHz)).value_or(0.0);
     return line * static_cast<double>(samples.size()) >= fewestCycles * rateHz ? line : 0.0;
+}
+
+/// A search in signals as long as the longest; the others are empty.
+LineSearch searchIn(const ChannelSpans& samples) {
+    std::size_t longest = 0;
+    for (const auto& each : samples) {
+        longest = std::max(longest, each.size());
+    }
+    return LineSearch(longest);
 }
 
 }  // namespace
 
 double fundamentalOf(std::span<const double> samples, double rateHz) {
-    const auto fit = findFundamental(samples, rateHz, lowestHz, highestHz(rateHz));
-    return fit ? fit->frequencyHz : 0.0;
+    return fundamentalBy(LineSearch(samples.size()), samples, rateHz);
 }
 
-double commonFundamental(const PerChannel<std::span<const double>>& samples, double rateHz) {
-    for (const auto& estimate : {fundamentalOf, strongestLineOf}) {
+PerChannel<double> fundamentalsOf(const ChannelSpans& samples, double rateHz) {
+    const LineSearch search = searchIn(samples);
+    PerChannel<double> frequencies{};
+    std::transform(samples.begin(), samples.end(), frequencies.begin(),
+                   [&](std::span<const double> each) { return fundamentalBy(search, each, rateHz); });
+    return frequencies;
+}
+
+double commonFundamental(const ChannelSpans& samples, double rateHz) {
+    const LineSearch search = searchIn(samples);
+    for (Estimate* const estimate : {fundamentalBy, strongestLineBy}) {
         for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
             std::vector<double> found;
             for (std::size_t channel = first; channel < first + phaseTotal; ++channel) {
-                if (const double frequency = estimate(samples[channel], rateHz); frequency > 0.0) {
+                if (const double frequency = estimate(search, samples[channel], rateHz); frequency > 0.0) {
                     found.push_back(frequency);
                 }
             }

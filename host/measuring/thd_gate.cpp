@@ -107,7 +107,7 @@ MissingThd missingThd(const ThdSet& set, const Parameters& parameters, const Mea
 double cyclesOf(const Measurement& measurement) {
     constexpr double tolerance = 0.2;
     const double nominal = measurement.nominalHz;
-    const double fundamental = commonFundamental(measurement.samples, measurement.rateHz);
+    const double fundamental = commonFundamental(spansOf(measurement.samples), measurement.rateHz);
     const bool isPlausible = std::fabs(fundamental - nominal) <= tolerance * nominal;
     return measurement.durationSeconds() * (isPlausible ? fundamental : nominal);
 }

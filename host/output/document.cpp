@@ -79,14 +79,22 @@ Json jsonOf(const ResultDocument& document) {
     return object;
 }
 
+char separatorOf(OutputForm form) {
+    return form == OutputForm::plain ? '\t' : ',';
+}
+
+/// A text as a field of CSV, or of plain lines.
+std::string fieldOf(const std::string& text, OutputForm form) {
+    return form == OutputForm::plain ? shown(text) : csvField(shown(text));
+}
+
 void writeFields(const std::vector<std::string>& fields, OutputForm form, std::ostream& out) {
-    const bool csv = form != OutputForm::plain;
-    const char* separator = "";
+    std::string line;
     for (const std::string& field : fields) {
-        out << separator << (csv ? csvField(shown(field)) : shown(field));
-        separator = csv ? "," : "\t";
+        line += fieldOf(field, form) + separatorOf(form);
     }
-    out << '\n';
+    line.back() = '\n';
+    out << line;
 }
 
 std::string csvNumber(const ResultTable::Cell& figure) {
@@ -95,16 +103,26 @@ std::string csvNumber(const ResultTable::Cell& figure) {
 
 /// Writes one line for each figure; a missing value is empty.
 void writeFigures(const ResultDocument& document, const ResultTable& table, OutputForm form, std::ostream& out) {
+    const char separator = separatorOf(form);
+    const std::string start = fieldOf(document.recording.file, form) + separator +
+                              formatNumber(document.startSeconds, 12) + separator + fieldOf(table.name, form) +
+                              separator;
+    std::vector<std::string> columns;
+    for (const ResultTable::Line& column : table.columns) {
+        columns.push_back(fieldOf(column.csvKey(), form) + separator);
+    }
+    std::string lines;
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const std::string row = start + fieldOf(table.rows[r].key, form) + separator;
+        const std::string unit = separator + fieldOf(table.rows[r].unit, form) + '\n';
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
             if (const auto& figure = table.cells[r][c]) {
-                writeFields({document.recording.file, formatNumber(document.startSeconds, 12), table.name,
-                             table.rows[r].key, table.columns[c].csvKey(), csvNumber(figure),
-                             table.unitsByColumn ? table.columns[c].unit : table.rows[r].unit},
-                            form, out);
+                lines.append(row).append(columns[c]).append(csvNumber(figure));
+                lines += table.unitsByColumn ? separator + fieldOf(table.columns[c].unit, form) + '\n' : unit;
             }
         }
     }
+    out << lines;
 }
 
 /// The lists of a document, which have the same rows.
@@ -120,7 +138,7 @@ std::vector<const ResultTable*> listsOf(const ResultDocument& document) {
 
 /// The names of all figures outside lists.
 std::vector<FigureName> figuresOf(const ResultDocument& document) {
-    std::vector<FigureName> names = document.figures;
+    std::vector<FigureName> names(document.figures.begin(), document.figures.end());
     for (const ResultTable& table : document.tables) {
         for (std::size_t r = 0; document.figures.empty() && r < table.rows.size(); ++r) {
             for (std::size_t c = 0; c < table.columns.size(); ++c) {

@@ -2,6 +2,7 @@
 #define RT305_HOST_OUTPUT_DOCUMENT_H
 
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,10 +44,10 @@ struct ResultDocument {
     std::string library{};   // its version
     std::string settings{};  // how it was measured, in a few words; may be empty
     std::vector<ResultTable> tables{};
-    std::vector<Remark> remarks{};        // what a reader of the results must know
-    std::vector<Remark> warnings{};       // what makes the results doubtful; also printed on stderr
-    std::vector<std::string> rawTexts{};  // as the library wrote them
-    std::vector<FigureName> figures{};    // the columns of its wide CSV, where it is one of many; empty: all it has
+    std::vector<Remark> remarks{};          // what a reader of the results must know
+    std::vector<Remark> warnings{};         // what makes the results doubtful; also printed on stderr
+    std::vector<std::string> rawTexts{};    // as the library wrote them
+    std::span<const FigureName> figures{};  // the columns of its wide CSV, where it is one of many; empty: all it has
 
     /// The table of that name; null when the document has none.
     const ResultTable* table(std::string_view name) const;

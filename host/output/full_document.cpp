@@ -442,11 +442,14 @@ void addDerivedFigures(std::vector<FigureName>& figures) {
 
 }  // namespace
 
-std::vector<FigureName> figuresOfFullDocument() {
-    std::vector<FigureName> figures;
-    addElectricalFigures(figures);
-    addPowerFigures(figures);
-    addDerivedFigures(figures);
+std::span<const FigureName> figuresOfFullDocument() {
+    static const std::vector<FigureName> figures = [] {
+        std::vector<FigureName> all;
+        addElectricalFigures(all);
+        addPowerFigures(all);
+        addDerivedFigures(all);
+        return all;
+    }();
     return figures;
 }
 

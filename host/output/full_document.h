@@ -1,6 +1,8 @@
 #ifndef RT305_HOST_OUTPUT_FULL_DOCUMENT_H
 #define RT305_HOST_OUTPUT_FULL_DOCUMENT_H
 
+#include <span>
+
 #include "measuring/full_measurement.h"
 #include "measuring/measure_all.h"
 #include "output/document.h"
@@ -14,7 +16,7 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
 
 /// The figures of the wide CSV of `rt305 measure`, the same for every recording: all of "parameters", "power" and
 /// "derived".
-std::vector<FigureName> figuresOfFullDocument();
+std::span<const FigureName> figuresOfFullDocument();
 
 }  // namespace rt305
 

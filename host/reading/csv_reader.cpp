@@ -13,7 +13,7 @@
 #include "base/units.h"
 #include "reading/csv_layout.h"
 #include "reading/sampling_intervals.h"
-#include "signal/harmonic_fit.h"
+#include "signal/line_search.h"
 
 namespace rt305 {
 

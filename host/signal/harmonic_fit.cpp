@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <complex>
 #include <numbers>
@@ -11,7 +10,6 @@
 #include <vector>
 
 #include "base/sum.h"
-#include "toolkit/fft.h"
 #include "toolkit/simd.h"
 
 namespace rt305 {
@@ -20,7 +18,6 @@ namespace {
 
 using std::numbers::pi;
 
-constexpr std::size_t mostSamples = 65536;
 constexpr double leastCycles = 2.0;
 constexpr double groupsPerCycle = 32.0;  // enough for ten harmonics
 constexpr std::size_t mostHarmonics = 10;
@@ -218,6 +215,35 @@ ALWAYS_INLINE inline void addHarmonics(const Groups* groups, double mean, double
     });
 }
 
+/// The weighted RMS of what a model leaves: offset and the cosine of each harmonic; drift and, as far as these go,
+/// their sines.
+ALWAYS_INLINE inline double residual(const Groups* groups, double angle, std::span<const double> cosines,
+                                     std::span<const double> sines) {
+    double squares = 0.0;
+    double weights = 0.0;
+    forBlocks(*groups, angle, [&, groups, cosines, sines](std::size_t first, const Turns& turns) ALWAYS_INLINE {
+        Turns power = turns;
+        Block even = blockAt(groups->sums, first);
+        Block odd = blockAt(groups->differences, first);
+        for (std::size_t i = 0; i < block; ++i) {
+            even[i] = 0.5 * even[i] - cosines[0];
+            odd[i] = 0.5 * odd[i] - sines[0] * groups->places[first + i];
+        }
+        for (std::size_t h = 1; h < cosines.size(); ++h, power.multiply(turns)) {
+            for (std::size_t i = 0; i < block; ++i) {
+                even[i] -= cosines[h] * power.real[i];
+                odd[i] -= sines[h] * power.imaginary[i];
+            }
+        }
+        for (std::size_t i = 0; i < block; ++i) {
+            const double weight = groups->weights[first + i];
+            weights += weight;
+            squares += weight * (even[i] * even[i] + odd[i] * odd[i]);
+        }
+    });
+    return std::sqrt(squares / weights);
+}
+
 /// Normal equations. The first `evenCount` unknowns do not meet the next `evenCount`; others meet all.
 class NormalEquations {
 public:
@@ -410,29 +436,8 @@ private:
 
     /// The weighted RMS of what the solution leaves.
     double residualOf() const {
-        double squares = 0.0;
-        double weights = 0.0;
-        forBlocks(groups_, angle(), [&](std::size_t first, const Turns& turns) {
-            Turns power = turns;
-            Block even = blockAt(groups_.sums, first);
-            Block odd = blockAt(groups_.differences, first);
-            for (std::size_t i = 0; i < block; ++i) {
-                even[i] = 0.5 * even[i] - solution_[0];
-                odd[i] = 0.5 * odd[i] - solution_[sineOf(0)] * groups_.places[first + i];
-            }
-            for (std::size_t h = 1; h <= harmonics_; ++h, power.multiply(turns)) {
-                for (std::size_t i = 0; i < block; ++i) {
-                    even[i] -= solution_[h] * power.real[i];
-                    odd[i] -= solution_[sineOf(h)] * power.imaginary[i];
-                }
-            }
-            for (std::size_t i = 0; i < block; ++i) {
-                const double weight = groups_.weights[first + i];
-                weights += weight;
-                squares += weight * (even[i] * even[i] + odd[i] * odd[i]);
-            }
-        });
-        return std::sqrt(squares / weights);
+        return coder::vectorized<residual>(&groups_, angle(), std::span(solution_).first(sineOf(0)),
+                                           std::span(solution_).subspan(sineOf(0)));
     }
 
     const Groups& groups_;
@@ -461,60 +466,11 @@ Phasor sineIn(std::span<const double> samples, double rateHz, double frequencyHz
     return equations.solve(solution, unused) ? Phasor(solution[2], solution[1]) / std::numbers::sqrt2 : 0.0;
 }
 
-std::span<const double> middleOf(std::span<const double> samples) {
-    const std::size_t count = std::min(samples.size(), mostSamples);
-    return samples.subspan((samples.size() - count) / 2, count);
-}
-
 bool canBeFitted(std::size_t count, double rateHz, double nearHz) {
     return nearHz > 0.0 && rateHz > 4.0 * nearHz && static_cast<double>(count) / rateHz * nearHz >= leastCycles;
 }
 
-/// The half spectrum of the samples without their mean, under a Hann window and padded with zeros to a power of two.
-std::vector<coder::creal_T> hannSpectrum(std::span<const double> samples) {
-    const auto count = static_cast<double>(samples.size());
-    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
-    std::vector<double> weighted(samples.size());
-    for (std::size_t k = 0; k < samples.size(); ++k) {
-        const double hann = 0.5 - 0.5 * std::cos(2.0 * pi * (static_cast<double>(k) + 0.5) / count);
-        weighted[k] = hann * (samples[k] - mean);
-    }
-    const coder::RealFft transform(static_cast<int>(std::bit_ceil(std::max<std::size_t>(2 * samples.size(), 8))));
-    std::vector<coder::creal_T> bins(static_cast<std::size_t>(transform.bins()));
-    transform.forward(weighted, bins.data());
-    return bins;
-}
-
 }  // namespace
-
-std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz) {
-    const auto middle = middleOf(samples);
-    const bool hasRange = rateHz > 0.0 && std::isfinite(rateHz) && lowestHz <= highestHz;
-    if (middle.size() < 4 || !hasRange) {
-        return std::nullopt;
-    }
-    const std::vector<coder::creal_T> bins = hannSpectrum(middle);
-    const auto length = static_cast<double>(2 * (bins.size() - 1));
-    const double binHz = rateHz / length;
-    const auto magnitude = [&bins](std::size_t k) { return std::hypot(bins[k].re, bins[k].im); };
-    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(lowestHz / binHz), 1.0, length));
-    const auto end = static_cast<std::size_t>(
-        std::clamp(std::floor(highestHz / binHz) + 1.0, 0.0, static_cast<double>(bins.size() - 1)));
-    std::size_t best = 0;
-    for (std::size_t k = first; k < end; ++k) {
-        const bool isPeak = magnitude(k) >= magnitude(k - 1) && magnitude(k) >= magnitude(k + 1);
-        best = isPeak && magnitude(k) > (best == 0 ? 0.0 : magnitude(best)) ? k : best;
-    }
-    if (best == 0) {
-        return std::nullopt;
-    }
-    const double before = std::log(magnitude(best - 1));
-    const double at = std::log(magnitude(best));
-    const double behind = std::log(magnitude(best + 1));
-    const double curvature = before - 2.0 * at + behind;
-    const double shift = curvature < 0.0 ? 0.5 * (before - behind) / curvature : 0.0;
-    return (static_cast<double>(best) + std::clamp(std::isfinite(shift) ? shift : 0.0, -0.5, 0.5)) * binHz;
-}
 
 std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, double rateHz, double nearHz) {
     if (!canBeFitted(samples.size(), rateHz, nearHz)) {
@@ -528,9 +484,9 @@ std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, do
     return fit.result();
 }
 
-std::optional<FundamentalFit> findFundamental(std::span<const double> samples, double rateHz, double lowestHz,
-                                              double highestHz) {
-    const auto line = strongestLine(samples, rateHz, lowestHz, highestHz);
+std::optional<FundamentalFit> findFundamental(const LineSearch& search, std::span<const double> samples, double rateHz,
+                                              double lowestHz, double highestHz) {
+    const auto line = search.strongestLine(samples, rateHz, lowestHz, highestHz);
     auto fit = line ? fitFundamental(middleOf(samples), rateHz, *line) : std::nullopt;
     return fit && fit->residual <= std::abs(fit->phasor) ? fit : std::nullopt;
 }

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "signal/line_search.h"
 #include "signal/phasors.h"
 
 namespace rt305 {
@@ -17,11 +18,6 @@ struct FundamentalFit {
     double residual;     // RMS of what is neither offset, drift nor one of the fitted harmonics
 };
 
-/// The strongest line between two frequencies in Hz, to a fraction of a bin: under a Hann window, the largest peak and
-/// a parabola through the logarithms of its neighbours. Nothing when the range holds no peak, the rate is not a
-/// positive number, or the samples are constant or hold NaN. Of a long signal the middle 65536 samples are looked at.
-std::optional<double> strongestLine(std::span<const double> samples, double rateHz, double lowestHz, double highestHz);
-
 /// Least-squares fit of offset, drift and up to ten harmonics with their common frequency, under a Hann weight: the
 /// Gauss-Newton method from `nearHz` (R. Pintelon, J. Schoukens, IEEE Trans. Instrum. Meas. 45 (1996), p. 588, with
 /// harmonics; the weight keeps interharmonics and decaying offsets out). Over ten cycles with 1 % of noise and 5 % of
@@ -30,10 +26,10 @@ std::optional<double> strongestLine(std::span<const double> samples, double rate
 /// Nothing when they do not, when the fit does not settle, and for a signal with NaN or without a fundamental.
 std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, double rateHz, double nearHz);
 
-/// The same fit from the strongest line between two frequencies. Of a long signal the middle 65536 samples are fitted.
+/// The same fit from the strongest line between two frequencies. Of a long signal the middle is fitted.
 /// Nothing when no fit from there settles within a bin of the line, or when it leaves more than it explains.
-std::optional<FundamentalFit> findFundamental(std::span<const double> samples, double rateHz, double lowestHz,
-                                              double highestHz);
+std::optional<FundamentalFit> findFundamental(const LineSearch& search, std::span<const double> samples, double rateHz,
+                                              double lowestHz, double highestHz);
 
 /// The phasor at a frequency that is known, with the angle of the sine at the first sample: by least squares of the
 /// same model with equal weights, so that it belongs to the same samples as their RMS. In records of less than two

@@ -7,6 +7,7 @@
 #include <numbers>
 
 #include "base/sum.h"
+#include "toolkit/simd.h"
 
 namespace rt305 {
 
@@ -33,6 +34,11 @@ constexpr Windows usual{2, 2, rt305::steadyShare, 2};  // one window alone may l
 constexpr Windows brief{1, 8, 0.1, 3};
 constexpr Windows single{1, 1, 0.0, 0};
 
+ALWAYS_INLINE inline Phasor correlation(const double* cosine, const double* sine, const double* x, std::size_t count) {
+    return {sumOf(count, [=](std::size_t k) { return cosine[k] * x[k]; }),
+            sumOf(count, [=](std::size_t k) { return sine[k] * x[k]; })};
+}
+
 /// A window times the turn back of the fundamental, from its first sample on.
 struct Correlator {
     std::vector<double> cosine;
@@ -51,8 +57,7 @@ struct Correlator {
     }
 
     Phasor operator()(std::span<const double> x) const {
-        return {sumOf(x.size(), [&](std::size_t k) { return cosine[k] * x[k]; }),
-                sumOf(x.size(), [&](std::size_t k) { return sine[k] * x[k]; })};
+        return coder::vectorized<correlation>(cosine.data(), sine.data(), x.data(), x.size());
     }
 
     std::size_t length() const { return cosine.size(); }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "signal/harmonic_fit.h"
+#include "signal/line_search.h"
 #include "signal/median.h"
 #include "signal/sample_store.h"
 #include "signal/steadiness.h"

@@ -115,7 +115,7 @@ TEST(HarmonicFit, FindsTheFundamentalNearTheCramerRaoBound) {
             for (std::size_t k = 0; k < n; ++k) {
                 x[k] += c.offset * std::exp(-static_cast<double>(k) / 400.0);
             }
-            const auto fit = rt305::findFundamental(x, 10000.0, 10.0, 1000.0);
+            const auto fit = rt305::findFundamental(rt305::LineSearch(x.size()), x, 10000.0, 10.0, 1000.0);
             ASSERT_TRUE(fit) << c.cycles << " cycles";
             squares += 1e6 * (fit->frequencyHz - f) * (fit->frequencyHz - f);
         }
