@@ -1,5 +1,6 @@
-// Reads a recording and does nothing else, for comparisons with other readers: read_recording FILE. Without a file it only
-// starts. scripts/bench-tool runs it. With --transform it prints T, the time of FFTW's transform that performance.md counts in.
+// Reads a recording and does nothing else, for comparisons with other readers: read_recording FILE. Without a file it
+// only starts. scripts/bench-tool runs it. With --transform it prints T, the time of FFTW's transform that
+// performance.md counts in.
 
 #include <fftw3.h>
 

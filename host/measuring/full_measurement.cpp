@@ -356,15 +356,12 @@ std::string changeIn(const Measurement& measurement) {
     return describeChange(gridStateOf(measurement, measurement.nominalHz), measurement);
 }
 
-PerPhase<std::vector<double>> lineVoltagesOf(const Measurement& measurement) {
-    PerPhase<std::vector<double>> lines;
-    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
-        const auto& from = measurement.samples[phase];
-        const auto& to = measurement.samples[(phase + 1) % phaseTotal];
-        lines[phase].resize(from.size());
-        std::transform(from.begin(), from.end(), to.begin(), lines[phase].begin(), std::minus<>());
-    }
-    return lines;
+std::vector<double> lineVoltage(const Measurement& measurement, std::size_t phase) {
+    const auto& from = measurement.samples[phase];
+    const auto& to = measurement.samples[(phase + 1) % phaseTotal];
+    std::vector<double> line(from.size());
+    std::transform(from.begin(), from.end(), to.begin(), line.begin(), std::minus<>());
+    return line;
 }
 
 }  // namespace rt305

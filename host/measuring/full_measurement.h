@@ -51,8 +51,8 @@ FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, doubl
 /// What makes a signal unsteady, by how much and where; empty when it is steady.
 std::string changeIn(const Measurement& measurement);
 
-/// The line voltages ab, bc and ca of phase voltages.
-PerPhase<std::vector<double>> lineVoltagesOf(const Measurement& measurement);
+/// The voltage between a phase and the next: ab, bc or ca.
+std::vector<double> lineVoltage(const Measurement& measurement, std::size_t phase);
 
 }  // namespace rt305
 

@@ -14,8 +14,10 @@ namespace rt305 {
 
 namespace {
 
-/// Asks with the settings and the voltages that a power method requires.
-ResultTexts ask(const Measurement& measurement, const PowerMethod& method, std::uint32_t operation,
+/// Asks with the settings and the voltages that a power method requires. Powers by line voltages are those of ab and
+/// bc. The third, of which only the text tells, is a sixth of the samples of a recording; if the text is not shown, bc
+/// stands in for it.
+ResultTexts ask(const Measurement& measurement, const PowerMethod& method, std::uint32_t operation, Shown shown,
                 const Library& library) {
     MeasurementSettings settings = measurement.settings;
     settings.flags |= method.flag;
@@ -27,11 +29,15 @@ ResultTexts ask(const Measurement& measurement, const PowerMethod& method, std::
     if (method.flag == RT305_4_POWER_TWO_WATTMETER) {
         invertForTwoWattmeters(settings);
     }
-    const auto lines = lineVoltagesOf(measurement);
+    PerPhase<std::vector<double>> lines{lineVoltage(measurement, 0), lineVoltage(measurement, 1), {}};
+    if (shown == Shown::texts) {
+        lines[2] = lineVoltage(measurement, 2);
+    }
     Call call(measurement, settings, operation);
     for (ChannelData& channel : call.channels) {
         if (channel.signalKind == RT305_4_KIND_VOLTAGE) {
-            channel.samples = lines[channel.phase].data();
+            const auto& line = lines[channel.phase];
+            channel.samples = (line.empty() ? lines[1] : line).data();
         }
     }
     return library.measure(call);
@@ -108,8 +114,9 @@ FullResults measureAll(const FullMeasurement& full, const Library& library, Show
         if (isAsked(method, measurement)) {
             // any call gives the parameters, so the first one gives the harmonics too
             const bool isFirst = results.parameters.empty();
-            ResultTexts texts = ask(measurement, method,
-                                    isFirst ? RT305_4_OPERATION_DISTORTION : RT305_4_OPERATION_PARAMETERS, library);
+            ResultTexts texts =
+                ask(measurement, method, isFirst ? RT305_4_OPERATION_DISTORTION : RT305_4_OPERATION_PARAMETERS, shown,
+                    library);
             results.parameters.push_back(measuredParameters(texts.parameters, measurement));
             results.parameterTexts.push_back(std::move(texts.parameters));
             if (isFirst) {
