@@ -406,15 +406,15 @@ void ranges(Bytes& bytes) {
     if (std::fabs((b - a) / d) > 5000.0) {
         return;
     }
-    coder::row y;
+    Row y;
     coder::eml_float_colon(a, d, b, y);
     if (std::isnan(b - a) || !std::isfinite(d)) {
-        require(y.numel() == 1 && std::isnan(y[0]), "a range that is not one is NaN");
+        require(y.size() == 1 && std::isnan(y[0]), "a range that is not one is NaN");
         return;
     }
     const double slack = 0x4p-53 * std::max(std::fabs(a), std::fabs(b));
-    for (int k = 0; k < y.numel(); ++k) {
-        require(std::fabs(y[k] - (a + k * d)) <= slack, "a range has even steps");
+    for (std::size_t k = 0; k < y.size(); ++k) {
+        require(std::fabs(y[k] - (a + static_cast<double>(k) * d)) <= slack, "a range has even steps");
         require(d > 0.0 ? y[k] <= b + slack : y[k] >= b - slack, "a range ends at its end");
     }
 }

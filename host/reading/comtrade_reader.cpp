@@ -13,11 +13,12 @@
 
 #include "base/failure.h"
 #include "base/lines.h"
-#include "base/pages.h"
+#include "base/read_text.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/units.h"
 #include "reading/sampling_intervals.h"
+#include "toolkit/large_pages.h"
 
 namespace rt305 {
 
@@ -96,9 +97,9 @@ Rows readBinaryRows(const ComtradeParts& parts, const ComtradeConfiguration& con
                   std::string(nameOf(form)) + " samples takes " + std::to_string(recordSize));
     }
     Rows rows{std::vector<std::vector<double>>(channels), {}, {}};
-    reserveLargePages(rows.stamps, length);
+    coder::reserveLargePages(rows.stamps, length);
     for (std::vector<double>& samples : rows.samples) {
-        reserveLargePages(samples, length);
+        coder::reserveLargePages(samples, length);
     }
     for (std::size_t first = 0; first < length; first += rowsAtOnce) {
         const std::size_t end = std::min(first + rowsAtOnce, length);
@@ -248,7 +249,7 @@ private:
     /// where the rate changes.
     std::vector<double> seconds() const {
         std::vector<double> seconds;
-        reserveLargePages(seconds, length_);
+        coder::reserveLargePages(seconds, length_);
         seconds.push_back(0.0);
         const bool areStepsMeasured = ratesAreFromStamps_ && intervals_.even;
         auto gap = intervals_.gaps.begin();

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/pages.h"
+#include "base/read_text.h"
 #include "reading/comtrade_configuration.h"
 #include "reading/read_options.h"
 #include "recording/recording.h"

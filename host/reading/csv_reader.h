@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/pages.h"
+#include "base/read_text.h"
 #include "reading/read_options.h"
 #include "recording/recording.h"
 

@@ -13,7 +13,7 @@
 #include "base/checksum.h"
 #include "base/failure.h"
 #include "base/limits.h"
-#include "base/pages.h"
+#include "base/read_text.h"
 #include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/units.h"
@@ -23,6 +23,7 @@
 #include "reading/gzip.h"
 #include "reading/sound_reader.h"
 #include "recording/channel_assignment.h"
+#include "toolkit/large_pages.h"
 
 namespace rt305 {
 
@@ -43,7 +44,7 @@ std::string contentOf(std::istream& stream, const std::string& name, std::size_t
     std::string content;
     std::vector<char> block(std::size_t{1} << 16);
     if (expected <= most) {
-        reserveLargePages(content, expected);
+        coder::reserveLargePages(content, expected);
     }
     do {  // read() reports errors, such as a folder instead of a file, that an iterator would throw
         if (content.size() > most || expected > most) {

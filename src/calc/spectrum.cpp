@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/large_pages.h"
 #include "toolkit/level.h"
 #include "toolkit/peaks.h"
 #include "toolkit/ranges.h"
@@ -17,7 +18,6 @@ namespace calc_modul_K9_web_ns {
 namespace {
 
 using coder::column;
-using coder::row;
 using coder::samples;
 
 column windowOf(std::string_view name, int n) {
@@ -57,9 +57,9 @@ public:
             const double last = std::floor(band.limit * factor * request.N / band.rate);
             kept_ = last >= 0.0 ? static_cast<int>(std::min(last, kept_ - 1.0)) + 1 : 1;
         }
-        row axis;
+        std::vector<double> axis;
         coder::eml_float_colon(0.0, band.rate / (static_cast<double>(n) * factor), band.rate / 2.0, axis, kept_);
-        frequencies_ = std::make_shared<const std::vector<double>>(axis.begin(), axis.end());
+        frequencies_ = std::make_shared<const std::vector<double>>(std::move(axis));
     }
 
     /// The frequencies of the bins in Hz.
@@ -70,7 +70,9 @@ public:
         zoom_.load(x);
         // Levels need a second bin: bin 0 takes its value.
         const int computed = std::min(std::max(kept_, 2), zoom_.bins());
-        std::vector<double> result(static_cast<std::size_t>(computed));
+        std::vector<double> result;
+        coder::reserveLargePages(result, static_cast<std::size_t>(computed));
+        result.resize(static_cast<std::size_t>(computed));
         zoom_.magnitudes(computed, result.data());
         if (logarithmic_) {
             coder::toLevels(result, zoom_.largest(result));

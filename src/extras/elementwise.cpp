@@ -37,7 +37,7 @@ creal_T sum(const complex_row& x) {
     return blockedSum(static_cast<std::size_t>(x.numel()), [p = x.data()](std::size_t i) { return p[i]; });
 }
 
-void eml_float_colon(double a, double b, row& y) {
+void eml_float_colon(double a, double b, std::vector<double>& y) {
     eml_float_colon(a, 1.0, b, y);
 }
 

@@ -1,6 +1,8 @@
 #ifndef RT305_4_EXTRAS_ELEMENTWISE_H
 #define RT305_4_EXTRAS_ELEMENTWISE_H
 
+#include <vector>
+
 #include "toolkit/array.h"
 
 namespace coder {
@@ -19,7 +21,7 @@ bool iseq(double a, double b);
 creal_T sum(const complex_row& x);
 
 /// The row a, a + 1, a + 2, ... up to b, the range with unit step.
-void eml_float_colon(double a, double b, row& y);
+void eml_float_colon(double a, double b, std::vector<double>& y);
 
 /// Largest minus smallest element of a non-empty vector, NaN skipped; NaN when all are NaN.
 double peak2peak(samples x);

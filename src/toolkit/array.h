@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/large_pages.h"
+
 namespace coder {
 
 /// Complex double. Arrays store re and im interleaved.
@@ -142,6 +144,7 @@ private:
         }
         assert(wanted >= n && wanted > numel_);
         T* const block = new T[static_cast<std::size_t>(wanted)];
+        preferLargePages(block, static_cast<std::size_t>(n) * sizeof(T));
         std::copy(data_, data_ + numel_, block);
         release();
         data_ = block;

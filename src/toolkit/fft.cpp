@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "toolkit/fft_kernels.h"
+#include "toolkit/large_pages.h"
 #include "toolkit/polynomial.h"
 #include "toolkit/scalar.h"
 #include "toolkit/simd.h"
@@ -40,7 +41,10 @@ private:
         void operator()(double* parts) const { ::operator delete[](parts, cacheLine); }
     };
     static double* allocate(std::size_t n) {
-        return static_cast<double*>(::operator new[](n * sizeof(double), cacheLine));
+        const std::size_t bytes = n * sizeof(double);
+        auto* const parts = static_cast<double*>(::operator new[](bytes, cacheLine));
+        preferLargePages(parts, bytes);
+        return parts;
     }
 
     index n_ = 0;

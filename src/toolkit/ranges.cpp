@@ -5,6 +5,7 @@
 #include <cmath>
 #include <new>
 
+#include "toolkit/large_pages.h"
 #include "toolkit/non_finite.h"
 
 namespace coder {
@@ -28,11 +29,10 @@ Steps stepsBetween(double a, double d, double b) {
 
 }  // namespace
 
-void eml_float_colon(double a, double d, double b, row& y, int most) {
+void eml_float_colon(double a, double d, double b, std::vector<double>& y, int most) {
     assert(most >= 1);
     if (std::isnan(b - a) || !std::isfinite(d)) {
-        y.set_size(1, 1);
-        y[0] = rtNaN;
+        y.assign(1, rtNaN);
         return;
     }
     const Steps steps = d == 0.0 ? Steps{-1.0, a} : stepsBetween(a, d, b);
@@ -41,7 +41,9 @@ void eml_float_colon(double a, double d, double b, row& y, int most) {
     }
     const int last = steps.count < 0.0 ? -1 : static_cast<int>(steps.count);
     const int made = std::min(last + 1, most);
-    y.set_size(1, made);
+    y.clear();
+    reserveLargePages(y, static_cast<std::size_t>(made));
+    y.resize(static_cast<std::size_t>(made));
     const bool whole = a == std::floor(a) && d == std::floor(d);
     const int fromStart = whole ? made : std::min(last / 2 + 1, made);
     double* const value = y.data();

@@ -2,8 +2,7 @@
 #define RT305_4_TOOLKIT_RANGES_H
 
 #include <limits>
-
-#include "toolkit/array.h"
+#include <vector>
 
 namespace coder {
 
@@ -12,7 +11,7 @@ namespace coder {
 /// NaN in any argument, an infinite step, or ends that are the same infinity give the single value NaN; a step of zero,
 /// or one that leads away from b, gives an empty row. Throws std::bad_array_new_length when the count exceeds 32 bits.
 /// Only the first `most` >= 1 elements are written.
-void eml_float_colon(double a, double d, double b, row& y, int most = std::numeric_limits<int>::max());
+void eml_float_colon(double a, double d, double b, std::vector<double>& y, int most = std::numeric_limits<int>::max());
 
 }  // namespace coder
 

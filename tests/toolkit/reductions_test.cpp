@@ -64,13 +64,13 @@ TEST(Reductions, RangesAreFilledFromBothEnds) {
         {0, -0.5, -1, {0, -0.5, -1}},
         {0, 0, 1, {}},
     };
-    row y;
+    Row y;
     for (const auto& c : cases) {
         coder::eml_float_colon(c.a, c.d, c.b, y);
-        EXPECT_EQ(Row(y.begin(), y.end()), c.y) << c.a << ":" << c.d << ":" << c.b;
+        EXPECT_EQ(y, c.y) << c.a << ":" << c.d << ":" << c.b;
         for (std::ptrdiff_t most = 1; most <= std::ssize(c.y); ++most) {
             coder::eml_float_colon(c.a, c.d, c.b, y, static_cast<int>(most));
-            EXPECT_EQ(Row(y.begin(), y.end()), Row(c.y.begin(), c.y.begin() + most)) << c.a << ":" << c.d << ":" << c.b;
+            EXPECT_EQ(y, Row(c.y.begin(), c.y.begin() + most)) << c.a << ":" << c.d << ":" << c.b;
         }
     }
     EXPECT_THROW(coder::eml_float_colon(0.0, 1.0, 1e18, y), std::bad_array_new_length);

@@ -1,5 +1,5 @@
-#ifndef RT305_HOST_BASE_PAGES_H
-#define RT305_HOST_BASE_PAGES_H
+#ifndef RT305_HOST_BASE_READ_TEXT_H
+#define RT305_HOST_BASE_READ_TEXT_H
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -9,22 +9,6 @@
 #include <string>
 
 namespace rt305 {
-
-/// Reserves memory for `total` elements of a text or vector that are written soon, in large pages where the system has
-/// them: a long file then needs hundreds of page faults instead of tens of thousands.
-template <class Sequence>
-void reserveLargePages(Sequence& sequence, std::size_t total) {
-    constexpr std::uintptr_t largePage = std::uintptr_t{2} << 20;
-    sequence.reserve(total);
-    const auto address = reinterpret_cast<std::uintptr_t>(sequence.data());
-    const std::uintptr_t first = (address + largePage - 1) / largePage * largePage;
-    const std::uintptr_t last = (address + total * sizeof(*sequence.data())) / largePage * largePage;
-    if (first < last) {
-        // a failure leaves small pages
-        static_cast<void>(
-            madvise(reinterpret_cast<char*>(sequence.data()) + (first - address), last - first, MADV_HUGEPAGE));
-    }
-}
 
 /// Gives the memory of a text back to the system while it is read from left to right, so that a long file and its
 /// samples are not in memory together. Bytes behind the reader become 0.
