@@ -73,8 +73,8 @@ static inline int rt305_4_isMade(const DataProcessRequest* request, uint32_t tex
 
 /* A request for the parameter table of these channels; change any field before the call. The input type follows from
  * the kinds of the channels, and the rate from the type. samplesNumber is the count of the first channel. Without
- * channels the caller sets the type and samplesNumber. Every option is 0; a spectrum lists its ten largest lines. All
- * texts are set to "". */
+ * channels the caller sets the type and samplesNumber. Every option is 0, which means line voltages and no power; a
+ * spectrum lists its ten largest lines. All texts are set to "". */
 static inline DataProcessRequest rt305_4_request(const ChannelData* channels, int32_t channelCount,
                                                  RT305_4_Texts* texts) {
     const RT305_4_Texts empty = {"", "", "", "", "", "", "", ""};

@@ -19,7 +19,7 @@
  *
  * Texts: zero-terminated, printable ASCII, therefore valid UTF-8. Results are compact JSON: one object with one named
  * table. Numbers are written with the digits that give the same double when read; a value that could not be measured
- * (NaN or infinite) is null. Messages are plain English sentences.
+ * (NaN or infinite) is null. docs/results.md describes every field. Messages are plain English sentences.
  *
  * Lifetime: the library owns every text that it returns. A text is valid until the next call of dataProccess or until
  * the library is unloaded. Do not free it; copy it to keep it longer. The library only reads the host's channels and
@@ -95,7 +95,8 @@ typedef struct ChannelData {
 
 /* ---- The request ---- */
 
-/* Option bits; zero in both is a good start. The bits are described below. */
+/* Option bits, described below. For phase voltages, currents and power start with measurementFlags =
+ * RT305_4_FOUR_WIRE | RT305_4_POWER_THREE_WATTMETER_COMPLEX: zero means line voltages and no power. */
 typedef struct struct1_T {
     uint32_t spectrumFlags;    /* RT305_4_SPECTRUM_* */
     uint32_t measurementFlags; /* wiring, power method and the like */

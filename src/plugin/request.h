@@ -24,7 +24,8 @@ bool hasAllOutputs(const DataProcessRequest& request);
 /// than a row can hold, makes its channel empty.
 calc_modul_K9_web_ns::Measurement measurementOf(const DataProcessRequest& request);
 
-/// Gives an empty channel the samples of the other quantity in the same phase.
+/// Fills empty channels from the other quantity in the same phase: the current of phase c and every voltage, and for
+/// types 0 and 4 the other two currents.
 void fillMissingChannels(calc_modul_K9_web_ns::Measurement& measurement, std::uint32_t inputType);
 
 #endif
