@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <memory>
 
 #include "base/failure.h"
@@ -137,6 +138,44 @@ bool isUtf8(std::string_view bytes) {
         bytes.remove_prefix(length);
     }
     return true;
+}
+
+std::string percentEscaped(std::string_view bytes) {
+    constexpr const char* digits = "0123456789ABCDEF";
+    std::string text;
+    for (const char c : bytes) {
+        if (const auto code = static_cast<unsigned char>(c); c == '%' || code < ' ' || code > '~') {
+            text += {'%', digits[code / 16], digits[code % 16]};
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
+std::string withoutPercentEscapes(std::string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned char code = 0;
+        const char* const digits = text.data() + i + 1;
+        if (text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
+            bytes += static_cast<char>(code);
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
+std::string firstBytes(std::string_view text, std::size_t most) {
+    const auto isInside = [&](std::size_t place) {
+        return place < text.size() && (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U;
+    };
+    while (isInside(most)) {
+        --most;
+    }
+    return std::string(text.substr(0, most));
 }
 
 std::string undecodedText(const std::string& source) {

@@ -29,7 +29,7 @@ void checkFiles(const FileOptions& options) {
         failUsage("--dat is the data file of one recording; give one FILE");
     }
     if (options.files.empty() && options.filesFrom.empty()) {
-        failUsage("no FILE to measure; see rt305 COMMAND --help");
+        failUsage("no FILE is given; a recording, a folder, a pattern, or --files-from a list");
     }
     if (fromStdin > 1) {
         failUsage("stdin can be one recording or one list of names, not both");

@@ -1,5 +1,6 @@
 #include "cli/output_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,11 +12,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <optional>
 
 #include "base/failure.h"
+#include "cli/open_file.h"
 
 namespace rt305 {
 
@@ -25,8 +26,8 @@ namespace fs = std::filesystem;
 
 using FileStatus = struct stat;
 
-[[noreturn]] void failOutput(const std::string& name) {
-    failEnvironment(name + ": " + std::strerror(errno));
+[[noreturn]] void failOutput(const std::string& name, int error = errno) {
+    failEnvironment(name + ": " + std::strerror(error));
 }
 
 std::optional<FileStatus> statusOf(const std::string& file) {
@@ -89,12 +90,20 @@ private:
 };
 
 /// Writes content to a file under its own name.
-void writeDirectly(const std::string& file, const std::string& shownName,
+void writeDirectly(const std::string& path, const std::string& shownName,
                    const std::function<void(std::ostream&)>& content) {
-    std::ofstream stream(file, std::ios::binary);
+    OpenFile file(path, O_WRONLY | O_CREAT | O_TRUNC);
+    if (file.descriptor() < 0) {
+        failOutput(shownName);
+    }
+    DescriptorBuffer buffer(file.descriptor());
+    std::ostream stream(&buffer);
     content(stream);
-    stream.close();
+    stream.flush();
     if (!stream) {
+        failOutput(shownName, buffer.error());
+    }
+    if (!file.close()) {
         failOutput(shownName);
     }
 }

@@ -13,12 +13,19 @@
 #include <string_view>
 
 #include "cli/messages.h"
+#include "cli/open_file.h"
 
 namespace rt305 {
 
 namespace {
 
 bool isOwnExit = false;
+
+/// Lives to the end of the process, as std::cout does.
+DescriptorBuffer& stdoutBuffer() {
+    static auto& buffer = *new DescriptorBuffer(STDOUT_FILENO);
+    return buffer;
+}
 
 void openClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -64,6 +71,7 @@ void prepareProcess() {
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     static_cast<void>(std::atexit(endOnForeignExit));
+    std::cout.rdbuf(&stdoutBuffer());
 }
 
 int ending(int exitCode) {
@@ -74,7 +82,8 @@ int ending(int exitCode) {
 void flushStdout() {
     std::cout.flush();
     if (!std::cout) {
-        failEnvironment("cannot write to stdout" + (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
+        const int error = stdoutBuffer().error();
+        failEnvironment("cannot write to stdout" + (error != 0 ? std::string(": ") + std::strerror(error) : ""));
     }
 }
 

@@ -14,6 +14,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "cli/open_file.h"
 
 namespace rt305 {
 
@@ -41,35 +42,50 @@ bool isRecording(const fs::path& path) {
 
 std::vector<std::string> recordingsInFolder(const std::string& folder) {
     std::vector<std::string> found;
-    std::error_code error;
-    for (auto entry = fs::recursive_directory_iterator(folder, error); !error && entry != end(entry);
-         entry.increment(error)) {
-        std::error_code ignored;
-        if (entry->path().filename().string()[0] == '.') {
-            entry.disable_recursion_pending();
-        } else if (entry->is_regular_file(ignored) && isRecording(entry->path())) {
-            found.push_back(entry->path().string());
+    std::vector<std::string> waiting{folder};
+    while (!waiting.empty()) {
+        const std::string inside = std::move(waiting.back());
+        waiting.pop_back();
+        std::error_code error;
+        for (auto entry = fs::directory_iterator(inside, error); !error && entry != end(entry);
+             entry.increment(error)) {
+            std::error_code ignored;
+            const std::string path = entry->path().string();
+            if (entry->path().filename().string()[0] == '.') {
+                continue;
+            }
+            if (entry->symlink_status(ignored).type() == fs::file_type::directory) {
+                waiting.push_back(path);
+            } else if (entry->is_regular_file(ignored) && isRecording(path)) {
+                found.push_back(path);
+            }
         }
-    }
-    if (error) {
-        failInput(folder + ": " + error.message());
+        if (error) {
+            found.push_back(inside);
+        }
     }
     std::sort(found.begin(), found.end());
     return found;
 }
 
+/// What a pattern matches, and the folders in its way that cannot be read.
 std::vector<std::string> matchesOf(const std::string& pattern) {
+    static std::vector<std::string> unreadable;
+    unreadable.clear();
+    const auto keep = [](const char* folder, int error) {
+        if (error != ENOENT) {
+            unreadable.emplace_back(folder);
+        }
+        return 0;
+    };
     glob_t matches{};
     const std::unique_ptr<glob_t, decltype(&globfree)> owner(&matches, globfree);
-    errno = 0;
-    const int outcome = glob(pattern.c_str(), GLOB_ERR, nullptr, &matches);
-    if (outcome == GLOB_NOSPACE) {
+    if (glob(pattern.c_str(), 0, keep, &matches) == GLOB_NOSPACE) {
         throw std::bad_alloc();
     }
-    if (outcome == GLOB_ABORTED) {
-        failInput(pattern + ": " + std::strerror(errno));
-    }
-    return {matches.gl_pathv, matches.gl_pathv + matches.gl_pathc};
+    std::vector<std::string> all(matches.gl_pathv, matches.gl_pathv + matches.gl_pathc);
+    all.insert(all.end(), unreadable.begin(), unreadable.end());
+    return all;
 }
 
 /// Without the other files of COMTRADE records whose .cfg file is among them.
@@ -98,7 +114,7 @@ std::string_view withoutCarriageReturn(std::string_view line) {
 
 std::vector<std::string> recordingsNamed(const std::string& name) {
     std::error_code ignored;
-    if (fs::is_directory(name, ignored)) {
+    if (isFolder(name)) {
         return recordingsInFolder(name);
     }
     if (name.find_first_of("*?[") == std::string::npos || fs::exists(name, ignored)) {
@@ -106,7 +122,7 @@ std::vector<std::string> recordingsNamed(const std::string& name) {
     }
     std::vector<std::string> recordings;
     for (const std::string& match : withPairsOnce(matchesOf(name))) {
-        const auto inside = fs::is_directory(match, ignored) ? recordingsInFolder(match) : std::vector{match};
+        const auto inside = isFolder(match) ? recordingsInFolder(match) : std::vector{match};
         recordings.insert(recordings.end(), inside.begin(), inside.end());
     }
     return recordings.empty() ? std::vector{name} : recordings;

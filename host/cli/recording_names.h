@@ -14,8 +14,9 @@ namespace rt305 {
 
 /// The recordings that a name stands for, in the order of their paths. A folder: the recordings in it and in the
 /// folders below, by their extensions (recordingExtensions); a .cfg file stands for its pair; what begins with a dot
-/// and links to folders are left out. A pattern with *, ? or [ that is no file: what it matches, of a pair only the
-/// .cfg file. Any other name, and a pattern without matches: the name. Fails on a folder that cannot be read.
+/// and links to folders are left out. A folder that cannot be read is in the list, to fail as a recording without
+/// stopping the others. A pattern with *, ? or [ that is no file: what it matches, of a pair only the .cfg file. Any
+/// other name, and a pattern without matches: the name.
 std::vector<std::string> recordingsNamed(const std::string& name);
 
 /// What a recording in a folder ends with, besides ".gz".

@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "cli/file_batch.h"
 #include "cli/messages.h"
+#include "cli/open_file.h"
 #include "cli/output_file.h"
 #include "cli/progress.h"
 #include "cli/recording_names.h"
@@ -132,7 +133,7 @@ int writeReports(ReportOptions options) {
     if (options.isMany() && options.output.empty()) {
         failUsage("several recordings give several pages: name a folder for them with -o");
     }
-    if (options.isMany() || options.output.ends_with('/') || fs::is_directory(options.output)) {
+    if (options.isMany() || options.output.ends_with('/') || isFolder(options.output)) {
         return writeFolder(options);
     }
     const Reporter reporter(options);

@@ -11,12 +11,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <map>
 #include <new>
 
 #include "base/checksum.h"
+#include "base/text_encoding.h"
 #include "base/version.h"
+#include "cli/open_file.h"
 #include "cli/output_file.h"
 #include "output/json.h"
 
@@ -26,27 +29,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void failFolder(const std::string& path) {
-    throw FolderFailure(path + ": " + std::strerror(errno));
+[[noreturn]] void failFolder(const std::string& path, int error = errno) {
+    throw FolderFailure(path + ": " + std::strerror(error));
 }
-
-/// A file that is closed, and so unlocked, at the end.
-class OpenFile {
-public:
-    OpenFile(const std::string& path, int flags) : file_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile() {
-        if (file_ >= 0) {
-            close(file_);
-        }
-    }
-
-    int descriptor() const { return file_; }
-
-private:
-    int file_;
-};
 
 int lock(int file, int operation) {
     int outcome = 0;
@@ -82,7 +67,8 @@ std::string stemOf(const std::string& name) {
     if (path.extension() == ".gz" || path.extension() == ".GZ") {
         path = path.stem();
     }
-    return path.stem().string().substr(0, longest);
+    const std::string stem = path.stem().string();
+    return isUtf8(stem) ? firstBytes(stem, longest) : firstBytes(percentEscaped(stem), longest);
 }
 
 }  // namespace
@@ -91,7 +77,7 @@ std::string ResultIdentity::fileName() const {
     constexpr std::size_t digits = 16;
     Json identity{{"tool", toolVersion}, {"library", library}, {"command", command}, {"options", jsonOf(options)}};
     for (const SourceFile& file : files) {
-        identity["files"].push_back({baseNameOf(file.name), file.checksum});
+        identity["files"].push_back({percentEscaped(baseNameOf(file.name)), file.checksum});
     }
     return stemOf(baseNameOf(files.at(0).name)) + '-' + checksumOf(dumped(identity, false)).substr(0, digits) +
            ".jsonl";
@@ -118,8 +104,10 @@ std::size_t ResultFolder::linesOf(const std::string& result) const {
 }
 
 void ResultFolder::log(const ManifestLine& line) const {
-    Json json{{"command", line.command}, {"file", line.file},          {"state", line.state},
-              {"seconds", line.seconds}, {"exit_code", line.exitCode}, {"windows", line.windows}};
+    Json json{{"command", line.command}};
+    setName(json, line.file);
+    json.update(
+        {{"state", line.state}, {"seconds", line.seconds}, {"exit_code", line.exitCode}, {"windows", line.windows}});
     for (const auto& [key, text] :
          {std::pair{"result", line.result}, {"sha256", line.checksum}, {"error", line.error}}) {
         json[key] = text.empty() ? Json() : Json(text);
@@ -150,7 +138,7 @@ std::vector<std::string> failedFilesIn(const std::string& folder, const std::str
         if (!line.is_object() || line.value("command", "") != command) {
             continue;
         }
-        const std::string file = line.value("file", "");
+        const std::string file = nameIn(line);
         if (hasFailed.insert_or_assign(file, line.value("state", "") == stateFailed).second) {
             files.push_back(file);
         }
@@ -173,7 +161,8 @@ UnfinishedResult::UnfinishedResult(const ResultFolder& folder) : folder_(folder)
         }
         static_cast<void>(lock(file_, LOCK_EX));
     } while (fstat(file_, &status) == 0 && status.st_nlink == 0);
-    stream_.open(path_, std::ios::binary);
+    buffer_.emplace(file_);
+    stream_.rdbuf(&*buffer_);
 }
 
 UnfinishedResult::~UnfinishedResult() {
@@ -186,8 +175,11 @@ UnfinishedResult::~UnfinishedResult() {
 }
 
 void UnfinishedResult::finish(const std::string& result) {
-    stream_.close();
-    if (!stream_ || fsync(file_) != 0 || std::rename(path_.c_str(), (folder_.path() + "/" + result).c_str()) != 0) {
+    stream_.flush();
+    if (!stream_) {
+        failFolder(folder_.path() + "/" + result, buffer_->error());
+    }
+    if (fsync(file_) != 0 || std::rename(path_.c_str(), (folder_.path() + "/" + result).c_str()) != 0) {
         failFolder(folder_.path() + "/" + result);
     }
     path_.clear();

@@ -1,11 +1,13 @@
 #ifndef RT305_HOST_CLI_RESULT_FOLDER_H
 #define RT305_HOST_CLI_RESULT_FOLDER_H
 
-#include <fstream>
+#include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "base/failure.h"
+#include "cli/open_file.h"
 #include "output/recording_facts.h"
 
 namespace rt305 {
@@ -88,7 +90,8 @@ private:
     const ResultFolder& folder_;
     std::string path_;
     int file_ = -1;  // locked while the process lives
-    std::ofstream stream_{};
+    std::optional<DescriptorBuffer> buffer_{};
+    std::ostream stream_{nullptr};
 };
 
 }  // namespace rt305

@@ -9,6 +9,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "cli/messages.h"
+#include "cli/open_file.h"
 #include "cli/suggestion.h"
 
 namespace rt305 {
@@ -32,8 +33,7 @@ const std::vector<std::string>& knownKeys() {
 std::string findFile(const std::vector<std::string>& recordings) {
     std::vector<fs::path> folders;
     for (const std::string& recording : recordings) {
-        if (const fs::path folder =
-                fs::is_directory(recording) ? fs::path(recording) : fs::path(recording).parent_path();
+        if (const fs::path folder = isFolder(recording) ? fs::path(recording) : fs::path(recording).parent_path();
             recording != "-" && std::find(folders.begin(), folders.end(), folder) == folders.end()) {
             folders.push_back(folder);
         }
@@ -43,7 +43,7 @@ std::string findFile(const std::vector<std::string>& recordings) {
     }
     folders.emplace_back();
     const auto found = std::find_if(folders.begin(), folders.end(),
-                                    [](const fs::path& folder) { return fs::is_regular_file(folder / fileName); });
+                                    [](const fs::path& folder) { return isRegularFile(folder / fileName); });
     return found == folders.end() ? "" : (*found / fileName).string();
 }
 
@@ -59,7 +59,7 @@ Setting settingOf(const CLI::ConfigItem& item) {
 
 std::vector<Setting> readSettings(const std::string& path) {
     std::ifstream file(path);
-    if (!file || fs::is_directory(path)) {
+    if (!file || isFolder(path)) {
         failInput(path + ": " + std::strerror(file ? EISDIR : errno));
     }
     std::vector<Setting> settings;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/text_encoding.h"
 #include "base/version.h"
 
 namespace rt305 {
@@ -27,23 +28,38 @@ Json jsonOfTool(const std::string& libraryVersion) {
 Json jsonOf(const RecordingFacts& facts) {
     Json others = Json::array();
     for (const SourceFile& file : facts.otherFiles) {
-        others.push_back({{"file", file.name}, {"sha256", orNull(file.checksum)}});
+        setName(others.emplace_back(), file.name);
+        others.back()["sha256"] = orNull(file.checksum);
     }
-    return {{"file", facts.file},
-            {"sha256", orNull(facts.checksum)},
-            {"other_files", others},
-            {"format", orNull(facts.format)},
-            {"station", orNull(facts.station)},
-            {"recorder", orNull(facts.recorder)},
-            {"start", orNull(facts.start)},
-            {"trigger", orNull(facts.trigger)},
-            {"segment", facts.segment == 0 ? Json() : Json(facts.segment)},
-            {"rate", orNull(facts.rateHz)},
-            {"duration", orNull(facts.durationSeconds)},
-            {"nominal", orNull(facts.nominalHz)}};
+    Json object;
+    setName(object, facts.file);
+    object.update({{"sha256", orNull(facts.checksum)},
+                   {"other_files", others},
+                   {"format", orNull(facts.format)},
+                   {"station", orNull(facts.station)},
+                   {"recorder", orNull(facts.recorder)},
+                   {"start", orNull(facts.start)},
+                   {"trigger", orNull(facts.trigger)},
+                   {"segment", facts.segment == 0 ? Json() : Json(facts.segment)},
+                   {"rate", orNull(facts.rateHz)},
+                   {"duration", orNull(facts.durationSeconds)},
+                   {"nominal", orNull(facts.nominalHz)}});
+    return object;
 }
 
 }  // namespace
+
+void setName(Json& object, const std::string& name) {
+    object["file"] = name;
+    if (!isUtf8(name)) {
+        object["file_escaped"] = percentEscaped(name);
+    }
+}
+
+std::string nameIn(const Json& object) {
+    const std::string escaped = object.value("file_escaped", "");
+    return escaped.empty() ? object.value("file", "") : withoutPercentEscapes(escaped);
+}
 
 std::string dumped(const Json& document, bool indented) {
     return document.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + '\n';

@@ -17,6 +17,12 @@ using Json = nlohmann::ordered_json;
 /// contain.
 std::string dumped(const Json& document, bool indented);
 
+/// Sets `file` to a name and, unless it is UTF-8, `file_escaped` to the form from which nameIn() has every byte.
+void setName(Json& object, const std::string& name);
+
+/// The name that setName() has set; empty if there is none.
+std::string nameIn(const Json& object);
+
 /// What every document and every line begins with, so that its figures can be traced: the objects `tool`, with the
 /// version of the library unless that is empty, `recording`, where null is not known, and `options`.
 Json originOf(const RecordingFacts& facts, const GivenOptions& options, const std::string& libraryVersion = "");

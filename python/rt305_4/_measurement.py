@@ -10,6 +10,7 @@ from collections.abc import Iterable, Iterator, Mapping
 from dataclasses import dataclass
 from datetime import datetime, timedelta
 from typing import TYPE_CHECKING, Any, Literal
+from urllib.parse import unquote_to_bytes
 
 import numpy as np
 from numpy.typing import ArrayLike
@@ -49,7 +50,7 @@ class Measurement(Table, Mapping[str, Any]):
     @property
     def file(self) -> str:
         """The file as it was given."""
-        return str(self["recording"]["file"])
+        return _name_in(self["recording"])
 
     @property
     def start(self) -> float:
@@ -88,6 +89,12 @@ class Measurement(Table, Mapping[str, Any]):
 
     def __repr__(self) -> str:
         return f"<Measurement of {self._caption}>"
+
+
+def _name_in(recording: Mapping[str, Any]) -> str:
+    """The name as os.listdir() gives it, which is not UTF-8 everywhere."""
+    escaped = recording.get("file_escaped")
+    return os.fsdecode(unquote_to_bytes(escaped)) if escaped else str(recording["file"])
 
 
 def _sound(channels: Mapping[str, ArrayLike]) -> memoryview:
@@ -178,7 +185,7 @@ def _results(command: list[str], names: list[str], yields_errors: bool) -> Itera
                     error = _tool.failure(document["error"], document["exit_code"])
                     if not yields_errors or not isinstance(error, Error):
                         raise error
-                    error.file = document["recording"]["file"]
+                    error.file = _name_in(document["recording"])
                     yield error
         except Error:
             if not (failed and yields_errors):  # else the exit code tells of the failures that were yielded

@@ -64,7 +64,7 @@ class Measurements(unittest.TestCase):
                 self.assertAlmostEqual(result[table][quantity][column] / value, 1, 6, (quantity, options))
 
     def test_files(self):
-        files = [SAMPLE, DATA / "nothing.cfg", DATA / "single.cff"]
+        files = [SAMPLE, DATA / "nothing\udcff.cfg", DATA / "single.cff"]
         results = list(rt305_4.measure_files(files, window=0.1, step=0.05, jobs=2, errors="yield"))
         good = [result for result in results if isinstance(result, rt305_4.Measurement)]
         self.assertEqual([result.start for result in good[-5:]], [k * 0.05 for k in range(5)])

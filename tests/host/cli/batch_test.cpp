@@ -20,8 +20,17 @@ TEST(Batch, AFailingFileStopsNoOther) {
         expectShown({{"rt305 measure " + files + ">/dev/null",
                       "rt305: missing.csv: No such file; 2 of 5 files failed:\n bad.csv\n missing.csv\n", 4}});
     }
-    expectShown(
-        {{"rt305 measure bad.csv", "rt305: bad.csv", 3}, {"rt305 measure --jobs 2 100.csv 200.csv", "Current"}});
+    const std::string withoutRights =
+        "as='setpriv --bounding-set=-dac_override,-dac_read_search'; $as true 2>&- || as=; $as rt305 ";
+    expectShown({
+        {"rt305 measure bad.csv", "rt305: bad.csv", 3},
+        {"rt305 measure --jobs 2 100.csv 200.csv", "Current"},
+        {"mkdir -p closed/b; for name in a b/x c; do cp 100.csv closed/$name.csv; done; chmod 0 closed/b; " +
+             withoutRights + "measure --json-lines closed 'closed/*/x.csv' 2>&-" + phaseVoltages,
+         "100 error 3 100 error 3 "},
+        {withoutRights + "report 100.csv -o closed/b/x.html", "rt305: closed/b/x.html: Permission denied", 5},
+        {"rm -r closed; rt305 measure $sample > /dev/full", "cannot write to stdout: No space left on device", 5},
+    });
 }
 
 TEST(Batch, NamesComeFromAListAndWindowsAreLines) {
@@ -109,6 +118,11 @@ TEST(Batch, AFolderHasACompleteResultForEachRecording) {
         {"cp 300.csv in/bad.csv; printf '{\"half a li' >> results/manifest.jsonl; " + into + "--retry-failed" + states +
              "1; " + into + "--retry-failed; echo $?",
          "done\n0\n"},
+        {"n=$(printf '\xcf\xf0.csv'); cp bad.csv $n; " + into + "$n in; cp 300.csv $n; " + into + "--retry-failed" +
+             states + "1; rm $n; ls results",
+         "done; %CF%F0-"},
+        {"n=x$(yes \u00e9 | head -n 120 | tr -d '\n').csv; cp 100.csv $n; " + into + "$n; ls results | iconv -f utf-8",
+         "\u00e9-"},
         {into + "--csv in", "--output-folder takes JSON lines", 2},
         {into + "--retry-failed in", "give no FILE", 2},
         {"rt305 measure --force in", "give --output-folder", 2},

@@ -31,7 +31,7 @@ RUNS = [
     *((f"quality --json {DATA / name}", "", "quality") for name in ("relay.cfg", "swing.CFG")),
     *((f"quality --json-lines --interval {interval} {DATA / 'relay.cfg'}", "", "qualityLine")
       for interval in ("half-cycle", "cycles", "3s", "10min")),
-    ("measure --json-lines missing.csv", "", "failure"),
+    ("measure --json-lines missing\udcff.csv", "", "failure"),
 ]
 
 
