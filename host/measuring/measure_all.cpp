@@ -91,15 +91,19 @@ void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) 
 PerChannel<std::vector<double>> plainHarmonicsOf(const FullMeasurement& full, const PerChannel<std::string>& doubts) {
     constexpr std::size_t orders = 50;
     const Measurement& recorded = full.asRecorded();
-    PerChannel<std::vector<double>> harmonics{};
+    std::vector<std::size_t> channels;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (recorded.measures(channel) && doubts[channel].empty()) {
-            auto& percents = harmonics[channel] =
-                harmonicLevels(recorded.samples[channel], recorded.rateHz, full.frequencyHz, orders);
-            const double fundamental = percents[0];
-            for (double& percent : percents) {
-                percent *= 100.0 / fundamental;
-            }
+            channels.push_back(channel);
+        }
+    }
+    auto levels = harmonicLevels(spansOf(recorded, channels), recorded.rateHz, full.frequencyHz, orders);
+    PerChannel<std::vector<double>> harmonics{};
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const double fundamental = levels[i][0];
+        std::vector<double>& percents = harmonics[channels[i]] = std::move(levels[i]);
+        for (double& percent : percents) {
+            percent *= 100.0 / fundamental;
         }
     }
     return harmonics;

@@ -25,51 +25,62 @@ constexpr int mostSteps = 30;
 constexpr std::size_t block = 8;               // pairs of groups that are added side by side
 constexpr std::size_t blocksPerRotation = 16;  // after which the angles are computed afresh
 
-/// Samples averaged in groups of neighbours, which costs no accuracy and saves most of the work at high rates. Two
+/// Samples are averaged in groups of neighbours, which costs no accuracy and saves most of the work at high rates. Two
 /// groups at the same distance from the centre make a pair, as a model of even and odd functions has equal values there
-/// but for signs. A group in the centre is a pair of its own, of half the weight.
-struct Groups {
+/// but for signs. A group in the centre is a pair of its own, of half the weight. Signals of one length have one grid.
+struct Grid {
     std::size_t count;  // of groups
     std::size_t size;
-    double rateHz;                      // of the groups
-    double halfSeconds;                 // half the length
-    std::vector<double> places{};       // of each pair from the centre on, in half lengths; padded to whole blocks
-    std::vector<double> weights{};      // 0 for padding
-    std::vector<double> sums{};         // of the means in a pair
-    std::vector<double> differences{};  // the later less the earlier
+    double rateHz;                  // of the groups
+    double halfSeconds;             // half the length
+    std::vector<double> places{};   // of each pair from the centre on, in half lengths; padded to whole blocks
+    std::vector<double> weights{};  // 0 for padding
 
     enum class Weight { hann, equal };
 
-    Groups(std::span<const double> samples, double samplesPerSecond, double nearHz, Weight weight)
+    Grid(std::size_t samples, double samplesPerSecond, double nearHz, Weight weight)
         : count(0),
           size(std::max<std::size_t>(1, static_cast<std::size_t>(samplesPerSecond / (groupsPerCycle * nearHz)))),
           rateHz(samplesPerSecond / static_cast<double>(size)),
           halfSeconds(0.0) {
-        count = samples.size() / size;
+        count = samples / size;
         halfSeconds = 0.5 * static_cast<double>(count) / rateHz;
-        const std::size_t pairs = (count + 1) / 2;
-        const std::size_t padded = (pairs + block - 1) / block * block;
-        for (std::vector<double>* const each : {&places, &weights, &sums, &differences}) {
-            each->resize(padded);
-        }
-        for (std::size_t i = 0; i < pairs; ++i) {
+        places.resize((pairs() + block - 1) / block * block);
+        weights.resize(places.size());
+        for (std::size_t i = 0; i < pairs(); ++i) {
             const std::size_t later = count / 2 + i;
-            const std::size_t earlier = count - 1 - later;
             places[i] =
                 (2.0 * static_cast<double>(later) - static_cast<double>(count - 1)) / static_cast<double>(count);
-            weights[i] =
-                (weight == Weight::hann ? 0.5 + 0.5 * std::cos(pi * places[i]) : 1.0) * (later == earlier ? 0.5 : 1.0);
-            const double x = meanOf(samples.subspan(earlier * size, size));
-            const double y = meanOf(samples.subspan(later * size, size));
-            sums[i] = y + x;
-            differences[i] = y - x;
+            weights[i] = (weight == Weight::hann ? 0.5 + 0.5 * std::cos(pi * places[i]) : 1.0) *
+                         (later == count - 1 - later ? 0.5 : 1.0);
         }
     }
+
+    std::size_t pairs() const { return (count + 1) / 2; }
 
     /// What averaging leaves of a sine of this frequency.
     double gain(double frequencyHz) const {
         const double half = pi * frequencyHz / (rateHz * static_cast<double>(size));
         return std::sin(half * static_cast<double>(size)) / (static_cast<double>(size) * std::sin(half));
+    }
+};
+
+/// The groups of a signal.
+struct Groups {
+    const Grid& grid;
+    std::vector<double> sums;         // of the means in a pair
+    std::vector<double> differences;  // the later less the earlier
+
+    Groups(std::span<const double> samples, const Grid& gridOfAll)
+        : grid(gridOfAll), sums(grid.places.size()), differences(grid.places.size()) {
+        for (std::size_t i = 0; i < grid.pairs(); ++i) {
+            const std::size_t later = grid.count / 2 + i;
+            const std::size_t earlier = grid.count - 1 - later;
+            const double x = meanOf(samples.subspan(earlier * grid.size, grid.size));
+            const double y = meanOf(samples.subspan(later * grid.size, grid.size));
+            sums[i] = y + x;
+            differences[i] = y - x;
+        }
     }
 
     static double meanOf(std::span<const double> samples) {
@@ -150,16 +161,16 @@ Turns turnsBy(const Block& angles) {
 
 /// Calls visit(first pair, turns) for each block; the angle at the place u is u `angle`.
 template <class Visit>
-ALWAYS_INLINE inline void forBlocks(const Groups& groups, double angle, Visit visit) {
+ALWAYS_INLINE inline void forBlocks(const Grid& grid, double angle, Visit visit) {
     Block ones;
     ones.fill(1.0);
     Block step;
-    step.fill(angle * 2.0 * static_cast<double>(block) / static_cast<double>(groups.count));
+    step.fill(angle * 2.0 * static_cast<double>(block) / static_cast<double>(grid.count));
     const Turns stepTurns = turnsBy(step);
     Turns turns{};
-    for (std::size_t first = 0; first < groups.places.size(); first += block) {
+    for (std::size_t first = 0; first < grid.places.size(); first += block) {
         if (first / block % blocksPerRotation == 0) {
-            turns = turnsBy(product(blockAt(groups.places, first), ones, angle));
+            turns = turnsBy(product(blockAt(grid.places, first), ones, angle));
         } else {
             turns.multiply(stepTurns);
         }
@@ -169,9 +180,9 @@ ALWAYS_INLINE inline void forBlocks(const Groups& groups, double angle, Visit vi
 
 ALWAYS_INLINE inline void addMoments(const Groups* groups, double angle, std::size_t harmonics,
                                      Moments<Block>* moments) {
-    forBlocks(*groups, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
-        const Block u = blockAt(groups->places, first);
-        const Block weight = blockAt(groups->weights, first);
+    forBlocks(groups->grid, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
+        const Block u = blockAt(groups->grid.places, first);
+        const Block weight = blockAt(groups->grid.weights, first);
         const Block one = product(weight, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0}, 2.0);
         const Block place = product(one, u);
         const Block square = product(place, u);
@@ -195,22 +206,40 @@ ALWAYS_INLINE inline void addMoments(const Groups* groups, double angle, std::si
     });
 }
 
-/// Adds the products of the samples without their mean with the powers of z from 1 on.
-ALWAYS_INLINE inline void addHarmonics(const Groups* groups, double mean, double angle, std::span<Block> cosines,
-                                       std::span<Block> sines) {
-    forBlocks(*groups, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
-        const Block weight = blockAt(groups->weights, first);
-        Block sum = blockAt(groups->sums, first);
-        for (double& x : sum) {
-            x -= 2.0 * mean;
-        }
-        sum = product(sum, weight);
-        const Block difference = product(weight, blockAt(groups->differences, first));
+/// The correlation of a signal without its mean with the powers of z from 1 on.
+struct HarmonicSums {
+    const double* samples;
+    double mean;
+    std::vector<Block> cosines;
+    std::vector<Block> sines;
+};
+
+/// Adds up the correlations of signals on a grid of single samples. `powers` has room for those of a block.
+ALWAYS_INLINE inline void addHarmonics(const Grid* grid, double angle, std::span<Turns> powers,
+                                       std::span<HarmonicSums> signals) {
+    forBlocks(*grid, angle, [=](std::size_t first, const Turns& turns) ALWAYS_INLINE {
         Turns power = turns;
-        for (std::size_t i = 0; i < cosines.size(); ++i) {
-            addProduct(sum, power.real, cosines[i]);
-            addProduct(difference, power.imaginary, sines[i]);
+        for (Turns& each : powers) {
+            each = power;
             power.multiply(turns);
+        }
+        const Block weight = blockAt(grid->weights, first);
+        const std::size_t pairs = std::min(block, grid->pairs() - first);
+        for (HarmonicSums& signal : signals) {
+            const double* const later = signal.samples + grid->count / 2 + first;
+            const double* const earlier = signal.samples + (grid->count - 1) / 2 - first;
+            Block sum{};
+            Block difference{};
+            for (std::size_t i = 0; i < pairs; ++i) {
+                sum[i] = weight[i] * (later[i] + *(earlier - i) - 2.0 * signal.mean);
+                difference[i] = weight[i] * (later[i] - *(earlier - i));
+            }
+            Block* const cosines = signal.cosines.data();
+            Block* const sines = signal.sines.data();
+            for (std::size_t i = 0; i < powers.size(); ++i) {
+                addProduct(sum, powers[i].real, cosines[i]);
+                addProduct(difference, powers[i].imaginary, sines[i]);
+            }
         }
     });
 }
@@ -221,13 +250,13 @@ ALWAYS_INLINE inline double residual(const Groups* groups, double angle, std::sp
                                      std::span<const double> sines) {
     double squares = 0.0;
     double weights = 0.0;
-    forBlocks(*groups, angle, [&, groups, cosines, sines](std::size_t first, const Turns& turns) ALWAYS_INLINE {
+    forBlocks(groups->grid, angle, [&, groups, cosines, sines](std::size_t first, const Turns& turns) ALWAYS_INLINE {
         Turns power = turns;
         Block even = blockAt(groups->sums, first);
         Block odd = blockAt(groups->differences, first);
         for (std::size_t i = 0; i < block; ++i) {
             even[i] = 0.5 * even[i] - cosines[0];
-            odd[i] = 0.5 * odd[i] - sines[0] * groups->places[first + i];
+            odd[i] = 0.5 * odd[i] - sines[0] * groups->grid.places[first + i];
         }
         for (std::size_t h = 1; h < cosines.size(); ++h, power.multiply(turns)) {
             for (std::size_t i = 0; i < block; ++i) {
@@ -236,7 +265,7 @@ ALWAYS_INLINE inline double residual(const Groups* groups, double angle, std::sp
             }
         }
         for (std::size_t i = 0; i < block; ++i) {
-            const double weight = groups->weights[first + i];
+            const double weight = groups->grid.weights[first + i];
             weights += weight;
             squares += weight * (even[i] * even[i] + odd[i] * odd[i]);
         }
@@ -321,7 +350,7 @@ public:
         : groups_(groups),
           frequency_(nearHz),
           harmonics_(static_cast<std::size_t>(
-              std::clamp(static_cast<int>(0.45 * groups.rateHz / nearHz), 1, static_cast<int>(mostHarmonics)))) {}
+              std::clamp(static_cast<int>(0.45 * groups.grid.rateHz / nearHz), 1, static_cast<int>(mostHarmonics)))) {}
 
     /// Fits everything but the frequency. False when there are too few samples.
     bool runAtFixedFrequency() {
@@ -335,7 +364,7 @@ public:
         if (!runAtFixedFrequency()) {
             return false;
         }
-        const double halfSeconds = groups_.halfSeconds;
+        const double halfSeconds = groups_.grid.halfSeconds;
         const double start = frequency_;
         for (double change = frequency_; std::fabs(change) > 1e-8 * frequency_;) {
             if (steps > 0) {
@@ -354,24 +383,25 @@ public:
     }
 
     Phasor phasor() const {
-        const double firstSample = 0.5 / (groups_.rateHz * static_cast<double>(groups_.size)) - groups_.halfSeconds;
+        const double firstSample =
+            0.5 / (groups_.grid.rateHz * static_cast<double>(groups_.grid.size)) - groups_.grid.halfSeconds;
         // a cos + b sin = Re((a - jb) e^(j w t)); a sine has the angle of j times that
         const Phasor atCenter = Phasor(0.0, 1.0) * Phasor(solution_[1], -solution_[sineOf(1)]) /
-                                (std::numbers::sqrt2 * groups_.gain(frequency_));
+                                (std::numbers::sqrt2 * groups_.grid.gain(frequency_));
         return atCenter * std::polar(1.0, 2.0 * pi * frequency_ * firstSample);
     }
 
     FundamentalFit result() const {
         const double residual = residualOf();
         constexpr double hannNoise = 0.75;  // sum of squares over sum of the weights
-        return {frequency_, std::sqrt(residual * residual * hannNoise * inverse_) / groups_.halfSeconds, phasor(),
+        return {frequency_, std::sqrt(residual * residual * hannNoise * inverse_) / groups_.grid.halfSeconds, phasor(),
                 residual};
     }
 
 private:
     /// The place of the sine of a harmonic among the unknowns; of the drift for 0.
     std::size_t sineOf(std::size_t harmonic) const { return harmonics_ + 1 + harmonic; }
-    double angle() const { return 2.0 * pi * frequency_ * groups_.halfSeconds; }
+    double angle() const { return 2.0 * pi * frequency_ * groups_.grid.halfSeconds; }
 
     void findMoments() {
         Moments<Block> sums;
@@ -476,7 +506,8 @@ std::optional<FundamentalFit> fitFundamental(std::span<const double> samples, do
     if (!canBeFitted(samples.size(), rateHz, nearHz)) {
         return std::nullopt;
     }
-    const Groups groups(samples, rateHz, nearHz, Groups::Weight::hann);
+    const Grid grid(samples.size(), rateHz, nearHz, Grid::Weight::hann);
+    const Groups groups(samples, grid);
     Fit fit(groups, nearHz);
     if (!fit.run()) {
         return std::nullopt;
@@ -493,7 +524,8 @@ std::optional<FundamentalFit> findFundamental(const LineSearch& search, std::spa
 
 Phasor phasorAt(std::span<const double> samples, double rateHz, double frequencyHz) {
     if (canBeFitted(samples.size(), rateHz, frequencyHz)) {
-        const Groups groups(samples, rateHz, frequencyHz, Groups::Weight::equal);
+        const Grid grid(samples.size(), rateHz, frequencyHz, Grid::Weight::equal);
+        const Groups groups(samples, grid);
         Fit fit(groups, frequencyHz);
         if (fit.runAtFixedFrequency()) {
             return fit.phasor();
@@ -502,20 +534,30 @@ Phasor phasorAt(std::span<const double> samples, double rateHz, double frequency
     return sineIn(samples, rateHz, frequencyHz);
 }
 
-std::vector<double> harmonicLevels(std::span<const double> samples, double rateHz, double frequencyHz,
-                                   std::size_t orders) {
-    const auto count = static_cast<double>(samples.size());
-    const double mean = sumOf(samples.size(), [&](std::size_t k) { return samples[k]; }) / count;
-    const Groups single(samples, rateHz, rateHz, Groups::Weight::hann);
-    std::vector<Block> cosines(orders, Block{});
-    std::vector<Block> sines(orders, Block{});
-    coder::vectorized<addHarmonics>(&single, mean, 2.0 * pi * frequencyHz * single.halfSeconds,
-                                    std::span<Block>(cosines), std::span<Block>(sines));
-    std::vector<double> levels(orders);
-    for (std::size_t order = 1; order <= orders; ++order) {
-        const bool isThere = static_cast<double>(order) * frequencyHz < 0.5 * rateHz;
-        const double sum = std::hypot(totalOf(cosines[order - 1]), totalOf(sines[order - 1]));
-        levels[order - 1] = isThere ? 2.0 * sum * std::numbers::sqrt2 / count : 0.0;
+std::vector<std::vector<double>> harmonicLevels(const std::vector<std::span<const double>>& signals, double rateHz,
+                                                double frequencyHz, std::size_t orders) {
+    if (signals.empty()) {
+        return {};
+    }
+    const std::size_t length = signals[0].size();
+    const auto count = static_cast<double>(length);
+    const Grid single(length, rateHz, rateHz, Grid::Weight::hann);
+    std::vector<HarmonicSums> sums;
+    sums.reserve(signals.size());
+    for (const std::span<const double> samples : signals) {
+        const double mean = sumOf(length, [samples](std::size_t k) { return samples[k]; }) / count;
+        sums.push_back({samples.data(), mean, std::vector<Block>(orders), std::vector<Block>(orders)});
+    }
+    std::vector<Turns> powers(orders);
+    coder::vectorized<addHarmonics>(&single, 2.0 * pi * frequencyHz * single.halfSeconds, std::span(powers),
+                                    std::span(sums));
+    std::vector<std::vector<double>> levels(signals.size(), std::vector<double>(orders));
+    for (std::size_t i = 0; i < signals.size(); ++i) {
+        for (std::size_t order = 1; order <= orders; ++order) {
+            const bool isThere = static_cast<double>(order) * frequencyHz < 0.5 * rateHz;
+            const double sum = std::hypot(totalOf(sums[i].cosines[order - 1]), totalOf(sums[i].sines[order - 1]));
+            levels[i][order - 1] = isThere ? 2.0 * sum * std::numbers::sqrt2 / count : 0.0;
+        }
     }
     return levels;
 }

@@ -36,11 +36,11 @@ std::optional<FundamentalFit> findFundamental(const LineSearch& search, std::spa
 /// cycles or four samples a cycle the model is offset and sine alone; 0 when the samples are too few for that too.
 Phasor phasorAt(std::span<const double> samples, double rateHz, double frequencyHz);
 
-/// RMS values of the harmonics 1 to `orders` of a frequency, each correlated alone under a Hann window: over five
-/// cycles or more they do not disturb one another, and what lies two cycles per length beside them does not count.
-/// Orders above half the rate have 0.
-std::vector<double> harmonicLevels(std::span<const double> samples, double rateHz, double frequencyHz,
-                                   std::size_t orders);
+/// RMS values of the harmonics 1 to `orders` of a frequency, by signal, which have one length. Each harmonic is
+/// correlated alone under a Hann window: over five cycles or more they do not disturb one another, and what lies two
+/// cycles per length beside them does not count. Orders above half the rate have 0.
+std::vector<std::vector<double>> harmonicLevels(const std::vector<std::span<const double>>& signals, double rateHz,
+                                                double frequencyHz, std::size_t orders);
 
 }  // namespace rt305
 
