@@ -150,6 +150,8 @@ std::vector<std::span<const double>> spansOf(const Measurement& recorded, const 
     return spans;
 }
 
+namespace {
+
 /// Those of `channels` whose cycles have most of their variation in the fundamental; all where none has.
 std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, const std::vector<std::size_t>& channels,
                                                  const PerChannel<double>& variations, double frequencyHz) {
@@ -167,6 +169,28 @@ std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, co
     return kept.empty() ? channels : kept;
 }
 
+/// Measures the frequency in the longest live part; once more if the phasors, which do not turn at the frequency that
+/// is found, give another part.
+void measureFrequency(GridState& state, const Measurement& recorded) {
+    const auto leading = leadingChannels(state.channels);
+    const auto isKnown = [&state](const SteadyPart& part) {
+        return state.source && part.first == state.source->first && part.count == state.source->count;
+    };
+    for (int pass = 0; pass < 2; ++pass) {
+        const SteadyPart* const part = longestLivePart(state.steadiness.parts, leading.size());
+        const double found =
+            part != nullptr && !isKnown(*part) ? frequencyIn(*part, recorded, leading, state.frequencyHz) : 0.0;
+        if (found > 0.0) {
+            state.frequencyHz = found;
+            state.source = *part;
+            state.steadiness =
+                pass == 0 ? steadinessOf(spansOf(recorded, state.channels), recorded.rateHz, found) : state.steadiness;
+        }
+    }
+}
+
+}  // namespace
+
 GridState gridStateOf(const Measurement& recorded, double nominalHz) {
     const auto variations = variationsOf(recorded);
     const auto varying = varyingChannels(variations);
@@ -183,17 +207,7 @@ GridState gridStateOf(const Measurement& recorded, double nominalHz) {
             state = {start, {}, steadiness, channels};
         }
     }
-    const auto leading = leadingChannels(state.channels);
-    for (int pass = 0; pass < 2; ++pass) {  // once more with the frequency that is found, at which phasors do not turn
-        const SteadyPart* const part = longestLivePart(state.steadiness.parts, leading.size());
-        const double found = part != nullptr ? frequencyIn(*part, recorded, leading, state.frequencyHz) : 0.0;
-        if (found > 0.0) {
-            state.frequencyHz = found;
-            state.source = *part;
-            state.steadiness =
-                pass == 0 ? steadinessOf(spansOf(recorded, state.channels), recorded.rateHz, found) : state.steadiness;
-        }
-    }
+    measureFrequency(state, recorded);
     return state;
 }
 
