@@ -281,7 +281,7 @@ private:
                     column->samples.push_back(plainRow_[i]);
                 }
                 ++column;
-            } else if (!options_.rateHz) {
+            } else {
                 time_.add(plainRow_[i], lines_.number());
             }
         }
@@ -312,7 +312,7 @@ private:
             }
             if (i != timeColumn_) {
                 addSample(*column++, cells[i]);
-            } else if (!options_.rateHz && !time_.add(cells[i], lines_.number(), layout_.comma)) {
+            } else if (!time_.add(cells[i], lines_.number(), layout_.comma) && !options_.rateHz) {
                 failHere("column " + inQuotes(time_.name) + ": " + inQuotes(cells[i]) + " is not a time");
             }
         }
@@ -365,14 +365,23 @@ private:
         }
     }
 
+    /// The file's own time, with which a given rate is compared. A given rate needs none, so doubts about it do not
+    /// count.
     void setTime() {
-        if (options_.rateHz) {
-            recording_.setRate(*options_.rateHz, "as given");
-        } else if (timeColumn_) {
+        const auto warnings = static_cast<std::ptrdiff_t>(recording_.warnings.size());
+        if (timeColumn_ && (!options_.rateHz || isTimeUsable())) {
             setTimeFromColumn();
-        } else if (layout_.rateHz) {
+        } else if (!timeColumn_ && layout_.rateHz) {
             recording_.setRate(*layout_.rateHz, "from the lines above the rows");
         }
+        if (options_.rateHz) {
+            recording_.warnings.erase(recording_.warnings.begin() + warnings, recording_.warnings.end());
+        }
+    }
+
+    bool isTimeUsable() const {
+        const auto& seconds = time_.seconds;
+        return seconds.size() == recording_.length && seconds.back() > seconds.front();
     }
 
     void setTimeFromColumn() {

@@ -227,7 +227,7 @@ void requireRates(const Recording& recording) {
 void warnOfOtherRate(double rateHz, Recording& recording) {
     constexpr double sameRate = 0.01;
     const double fileHz = recording.segments.empty() ? rateHz : recording.segments[mainSegment(recording)].rateHz;
-    if (std::fabs(rateHz / fileHz - 1.0) > sameRate) {
+    if (std::isfinite(fileHz) && std::fabs(rateHz / fileHz - 1.0) > sameRate) {
         recording.warnings.emplace_back(recording.source + ": by the file the rate is " + formatNumber(fileHz) +
                                         " Hz; --rate " + formatNumber(rateHz) +
                                         " changes all times and frequencies by the factor " +

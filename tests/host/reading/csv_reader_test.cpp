@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "reading/described.h"
+#include "reading/recording_reader.h"
 #include "recording/channel_assignment.h"
 
 namespace {
@@ -21,6 +22,7 @@ void expectRead(const std::vector<Case>& cases) {
     for (const Case& c : cases) {
         const auto read = [&c] {
             auto recording = readCsv(c.text, "rec.csv", c.options);
+            recording = c.options.rateHz ? completed(std::move(recording), c.options) : recording;
             rt305::assignColumns(recording);  // refuses columns with faults
             return recording;
         };
@@ -57,6 +59,8 @@ TEST(CsvReader, ReadsTheWaysInWhichLoggersWrite) {
         {"Time_UTC,Ua\n2020-02-29 23:59:59.9999,1\n2020-03-01T00:00:00Z,2\n", "10000 Hz: Ua 1 2"},
         {"timestamp,Ua\n18:15:21.499998208,1\n18:15:21.500018208,2\n18:15:21.500038208,3\n", "50000 Hz: Ua 1 2 3"},
         {"time,Ua,note\nsoon,1,ok\n", "50 Hz: Ua 1", "", {.rateHz = 50.0}},
+        {"time,Ua\n1,1\n0,2\n", "50 Hz: Ua 1 2", "", {.rateHz = 50.0}},
+        {"time,Ua\n0,1\n0.001,2\n", "50 Hz: Ua 1 2", "by the file the rate is 1000 Hz", {.rateHz = 50.0}},
         {"Zeitpunkt [ms];Ua\n0;1\n0,5;2\n", "2000 Hz: Ua 1 2"},
         {"Zeit;Ua\n0;1\n0,5;2\n", "2 Hz: Ua 1 2"},
         {"t/ms;Ua/kV\n0;1\n0,5;2\n", "2000 Hz: Ua kV 1 2"},
