@@ -203,22 +203,26 @@ MetricPrefix metricPrefixFor(double magnitude) {
     return fitting == std::end(prefixes) ? MetricPrefix{1e-9, "n"} : *fitting;
 }
 
-std::string joined(const std::vector<std::string>& words) {
+std::string joined(const std::vector<std::string>& words, std::string_view last) {
     std::string text;
     for (std::size_t i = 0; i < words.size(); ++i) {
-        text += i == 0 ? "" : i + 1 == words.size() ? " and " : ", ";
+        text += i == 0 ? "" : i + 1 == words.size() ? " " + std::string(last) + " " : ", ";
         text += words[i];
     }
     return text;
 }
 
-std::string inQuotes(std::string_view text) {
-    constexpr std::size_t most = 80;
+std::string firstBytes(std::string_view text, std::size_t most) {
     std::size_t end = std::min(text.size(), most);
     while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
         --end;
     }
-    return '"' + std::string(text.substr(0, end)) + (end < text.size() ? "...\"" : "\"");
+    return std::string(text.substr(0, end));
+}
+
+std::string inQuotes(std::string_view text) {
+    constexpr std::size_t most = 80;
+    return '"' + firstBytes(text, most) + (text.size() > most ? "...\"" : "\"");
 }
 
 }  // namespace rt305

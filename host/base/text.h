@@ -54,7 +54,10 @@ struct MetricPrefix {
 MetricPrefix metricPrefixFor(double magnitude);
 
 /// "Ua, Ub and Uc".
-std::string joined(const std::vector<std::string>& words);
+std::string joined(const std::vector<std::string>& words, std::string_view last = "and");
+
+/// At most `most` bytes of UTF-8, of whole characters.
+std::string firstBytes(std::string_view text, std::size_t most);
 
 /// A text in quotes; of a longer one the first 80 bytes with "...", without a part of a UTF-8 character.
 std::string inQuotes(std::string_view text);

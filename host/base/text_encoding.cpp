@@ -80,12 +80,16 @@ struct CloseConversion {
     void operator()(void* conversion) const { iconv_close(conversion); }
 };
 
-std::string decoded(std::string_view bytes, const std::string& encoding) {
+std::unique_ptr<void, CloseConversion> conversionFrom(const std::string& encoding) {
     const auto opened = iconv_open("UTF-8", encoding.c_str());
     if (opened == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr): as iconv defines it
         failUsage("--encoding: " + inQuotes(encoding) + " is not a known text encoding; iconv -l lists them");
     }
-    const std::unique_ptr<void, CloseConversion> conversion(opened);
+    return std::unique_ptr<void, CloseConversion>(opened);
+}
+
+std::string decoded(std::string_view bytes, const std::string& encoding) {
+    const auto conversion = conversionFrom(encoding);
     std::string source(bytes);
     std::string text;
     char* in = source.data();
@@ -129,6 +133,10 @@ std::string shown(std::string_view text, std::size_t most) {
     return result;
 }
 
+void requireEncoding(const std::string& encoding) {
+    conversionFrom(encoding);
+}
+
 bool isUtf8(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::size_t length = characterLength(bytes);
@@ -166,16 +174,6 @@ std::string withoutPercentEscapes(std::string_view text) {
         }
     }
     return bytes;
-}
-
-std::string firstBytes(std::string_view text, std::size_t most) {
-    const auto isInside = [&](std::size_t place) {
-        return place < text.size() && (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U;
-    };
-    while (isInside(most)) {
-        --most;
-    }
-    return std::string(text.substr(0, most));
 }
 
 std::string undecodedText(const std::string& source) {

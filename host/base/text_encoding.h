@@ -20,12 +20,12 @@ std::string shown(std::string_view text, std::size_t most = std::string_view::np
 
 bool isUtf8(std::string_view bytes);
 
+/// Fails with a message about --encoding unless iconv knows the encoding.
+void requireEncoding(const std::string& encoding);
+
 /// Any bytes as ASCII, as in a URL: "%", control characters and bytes above 0x7E as %XX. The second gets them back.
 std::string percentEscaped(std::string_view bytes);
 std::string withoutPercentEscapes(std::string_view text);
-
-/// At most `most` bytes of UTF-8, of whole characters.
-std::string firstBytes(std::string_view text, std::size_t most);
 
 /// Converts UTF-16 to UTF-8: text with a byte order mark, or of an encoding whose name begins with "UTF-16". Leaves any
 /// other text as it is.

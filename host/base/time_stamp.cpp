@@ -61,6 +61,17 @@ std::string isoDate(const std::chrono::year_month_day& date) {
            twoDigits(static_cast<unsigned>(date.day()));
 }
 
+/// "9:5:1,25" -> "09:05:01.25", with all decimals; the clock must be one that parseClock() takes.
+std::string isoClock(std::string_view clock) {
+    const std::size_t point = std::min(clock.find_first_of(".,"), clock.size());
+    const auto fields = parseThree(clock.substr(0, point), ':');
+    std::string text;
+    for (const int field : *fields) {
+        text += (text.empty() ? "" : ":") + twoDigits(field);
+    }
+    return point + 1 < clock.size() ? text + "." + std::string(clock.substr(point + 1)) : text;
+}
+
 /// Parses decimals of a second, with the point, into ns: ".25" -> 250 000 000.
 std::optional<std::int64_t> parseFraction(std::string_view decimals) {
     if (decimals.empty()) {
@@ -191,7 +202,7 @@ std::string isoTimeOfComtrade(std::string_view text) {
                                                std::chrono::month(static_cast<unsigned>(month)),
                                                std::chrono::day(static_cast<unsigned>(day))};
         if (date.ok()) {
-            return isoDate(date) + (clock[1] == ':' ? "T0" : "T") + std::string(clock);
+            return isoDate(date) + "T" + isoClock(clock);
         }
     }
     return std::string(text);

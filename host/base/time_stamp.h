@@ -21,8 +21,8 @@ std::optional<std::int64_t> parseTimeStamp(std::string_view text);
 /// of its decimals. Empty without a date.
 std::string isoTime(std::int64_t stamp);
 
-/// A date and time of a COMTRADE record by ISO 8601, with the decimals of the file: "02/12/11,11:41:11.081315" is
-/// "2011-02-12T11:41:11.081315". With a year of two digits (1991) the month comes first, with one of four (since 1999)
+/// A date and time of a COMTRADE record by ISO 8601, with the decimals of the file: "02/12/11,9:41:11.081315" is
+/// "2011-02-12T09:41:11.081315". With a year of two digits (1991) the month comes first, with one of four (since 1999)
 /// the day, unless only the other order gives a valid date. Years below 70 are of this century. A date of zeros is
 /// not known and gives an empty text. Another text is
 /// unchanged.

@@ -70,6 +70,7 @@ OptionText textOf(const CLI::Option& option) {
     text.help = option.get_description();
     text.group = option.get_group();
     text.isRepeated = option.get_items_expected_max() > 1;
+    text.isRequired = option.get_required();
     if (option.get_items_expected_max() > 0 && !option.get_positional()) {
         text.value = option.get_type_name();
     }
@@ -129,7 +130,10 @@ std::string CommandText::synopsis() const {
         !std::all_of(options.begin(), options.end(), [](const OptionText& option) { return option.isPositional(); });
     std::string line = "rt305 " + name + (hasOptions ? " [OPTION...]" : "");
     for (const OptionText& option : options) {
-        line += option.isPositional() ? " " + option.names[0] + (option.isRepeated ? "..." : "") : "";
+        if (option.isPositional()) {
+            const std::string word = option.names[0] + (option.isRepeated ? "..." : "");
+            line += option.isRequired || option.isRepeated ? " " + word : " [" + word + "]";
+        }
     }
     return line;
 }

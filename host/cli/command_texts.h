@@ -16,6 +16,7 @@ struct OptionText {
     std::string help;
     std::string group;
     bool isRepeated = false;
+    bool isRequired = false;
 
     bool operator==(const OptionText& other) const { return names == other.names && help == other.help; }
     bool isPositional() const { return names[0][0] != '-'; }
@@ -33,7 +34,7 @@ struct CommandText {
     std::vector<OptionText> options;  // by group
     std::vector<Example> examples;
 
-    std::string synopsis() const;  // "rt305 report [OPTION...] FILE"
+    std::string synopsis() const;  // "rt305 check [OPTION...] [LIB]"
 };
 
 /// A command, or the program itself, without its hidden options.

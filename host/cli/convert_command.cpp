@@ -60,7 +60,19 @@ void writePair(const ConvertOptions& options, const std::vector<SourceFile>& inp
     writeOutput(named(".cfg"), [&](std::ostream& out) { writeComtradeConfiguration(recording, options.samples, out); });
 }
 
-/// What the output does not have of the recording.
+/// The largest difference between the delays of two columns, in s.
+double spreadOfDelays(const Recording& recording) {
+    const auto [least, most] = std::minmax_element(
+        recording.columns.begin(), recording.columns.end(),
+        [](const Column& one, const Column& other) { return one.delaySeconds < other.delaySeconds; });
+    return most->delaySeconds - least->delaySeconds;
+}
+
+bool isComtrade(const std::string& form) {
+    return form == "cff" || form == "cfg";
+}
+
+/// Says what the output does not have of the recording.
 void noteLosses(const Recording& recording, const Recording& result, const ConvertOptions& options,
                 const std::string& form) {
     if (recording.segments.size() > 1) {
@@ -74,6 +86,14 @@ void noteLosses(const Recording& recording, const Recording& result, const Conve
     std::string names;
     for (const Column& column : result.columns) {
         names += (names.empty() ? "" : ",") + headingOf(column);
+    }
+    if (isComtrade(form)) {
+        if (recording.fact("Trigger").empty() && !recording.fact("Start").empty()) {
+            note("the recording has no time of a trigger; the record has that of its first sample instead");
+        }
+    } else if (const double apart = 1e6 * spreadOfDelays(result); apart > 0.0) {
+        note("the channels were sampled up to " + formatNumber(apart, 4) +
+             " us apart, which this form cannot say: angles between channels are no longer corrected; write COMTRADE");
     }
     if (form == "wav") {
         note("WAV has no names and units; read it with --columns " + inQuotes(names));
@@ -102,6 +122,9 @@ void convertRecording(const ConvertOptions& options) {
     std::optional<Activity> activity(std::in_place, "converting");
     const Recording result = converted(recording, conversionOf(options));
     activity.reset();
+    if (isComtrade(form)) {
+        requireFiniteSamples(result);
+    }
     noteLosses(recording, result, options, form);
     if (form == "cfg") {
         return writePair(options, recording.files, result);

@@ -77,7 +77,10 @@ void showHelp(const CLI::App& app, const std::string& name) {
     const std::string hint = "; see rt305 help " + command.get_name();
     const std::vector<std::string> surplus = command.remaining();
     if (surplus.empty()) {
-        failUsage(error.what() + hint);
+        const std::string problem = error.what();
+        const std::size_t isSwitch = problem.find(" was given a disallowed flag override");
+        failUsage((isSwitch < problem.size() ? "--" + problem.substr(0, isSwitch) + " takes no value" : problem) +
+                  hint);
     }
     const std::string word = surplus[0].substr(0, surplus[0].find('='));
     if (word[0] != '-') {
@@ -178,6 +181,15 @@ void addOtherCommands(CLI::App& app, CommandLine& line) {
     addManualOptions(app);
 }
 
+/// Lets switches take no value: --json=no would be a switch that is on.
+void refuseValuesOfSwitches(CLI::App& app) {
+    for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        for (CLI::Option* const option : command->get_options()) {
+            option->disable_flag_override(option->get_items_expected_max() == 0);
+        }
+    }
+}
+
 int runCommandLine(int argc, char** argv) {
     CLI::App app("measures sampled three-phase voltages and currents with libRT305_4.so.1", "rt305");
     app.formatter_fn(
@@ -188,6 +200,7 @@ int runCommandLine(int argc, char** argv) {
     CommandLine line;
     addMeasuringCommands(app, line);
     addOtherCommands(app, line);
+    refuseValuesOfSwitches(app);
 
     if (argc > 1 && argv[1][0] != '-' && findCommand(app, argv[1]) == nullptr) {
         failUnknownCommand(app, argv[1]);

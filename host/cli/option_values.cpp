@@ -25,6 +25,16 @@ std::string limitsOf(const NumberRange& range) {
     return range.lowest > 0.0 ? " above 0" : range.lowest == 0.0 ? " of at least 0" : "";
 }
 
+/// Adds a value for a column unless it has one.
+template <class Value>
+void addOnce(std::vector<std::pair<std::string, Value>>& list, const char* option, std::string_view column,
+             const Value& value) {
+    if (std::any_of(list.begin(), list.end(), [column](const auto& known) { return known.first == column; })) {
+        failUsage(std::string(option) + ": " + inQuotes(column) + " is given twice");
+    }
+    list.emplace_back(column, value);
+}
+
 }  // namespace
 
 Harmonic parseHarmonic(const std::string& text) {
@@ -57,7 +67,7 @@ std::vector<std::pair<std::string, double>> parseGains(const std::string& text) 
         if (!factor || equals == 0) {
             failUsage("--gain: " + inQuotes(item) + " is not of the form COLUMN=FACTOR");
         }
-        gains.emplace_back(trimmed(item.substr(0, equals)), *factor);
+        addOnce(gains, "--gain", trimmed(item.substr(0, equals)), *factor);
     }
     return gains;
 }
@@ -69,7 +79,7 @@ std::vector<std::pair<std::string, std::string>> parseNames(const std::string& t
         if (equals == 0 || equals + 1 >= item.size()) {
             failUsage("--rename: " + inQuotes(item) + " is not of the form COLUMN=NAME");
         }
-        names.emplace_back(trimmed(item.substr(0, equals)), trimmed(item.substr(equals + 1)));
+        addOnce(names, "--rename", trimmed(item.substr(0, equals)), std::string(trimmed(item.substr(equals + 1))));
     }
     return names;
 }
@@ -145,6 +155,14 @@ double parseTime(const std::string& option, const std::string& text) {
         failUsage(option + ": " + inQuotes(text) + " is not a time such as 0.2s or 200ms");
     }
     return *value * known.factor;
+}
+
+double parseLength(const std::string& option, const std::string& text) {
+    const double seconds = parseTime(option, text);
+    if (seconds == 0.0) {
+        failUsage(option + ": " + inQuotes(text) + " is no length: give a longer one, or leave " + option + " out");
+    }
+    return seconds;
 }
 
 }  // namespace rt305

@@ -49,6 +49,9 @@ std::optional<double> parseCycles(std::string_view text);
 /// "0.2", "0.2s" or "200ms" in seconds.
 double parseTime(const std::string& option, const std::string& text);
 
+/// The same above 0.
+double parseLength(const std::string& option, const std::string& text);
+
 }  // namespace rt305
 
 #endif

@@ -11,6 +11,7 @@
 #include "base/failure.h"
 #include "base/limits.h"
 #include "base/text.h"
+#include "base/text_encoding.h"
 #include "cli/option_values.h"
 #include "measuring/power_methods.h"
 
@@ -155,22 +156,28 @@ void addReadOptions(CLI::App& command, ReadOptions& reading) {
     command.add_flag("--sqrt2", reading.storedAsRms,
                      "multiply by sqrt(2): the recorder stored instantaneous values divided by it");
     command
-        .add_option("--encoding", reading.encoding,
-                    "encoding of texts that are not UTF-8, such as windows-1251 or GB18030")
+        .add_option_function<std::string>(
+            "--encoding",
+            [&reading](const std::string& name) {
+                requireEncoding(name);
+                reading.encoding = name;
+            },
+            "encoding of texts that are not UTF-8, such as windows-1251 or GB18030")
         ->type_name("NAME");
     command.add_option("--dat", reading.dataFile, "data file of a COMTRADE record that is not beside its .cfg file")
         ->type_name("FILE");
 }
 
-void addTimeOption(CLI::App& command, const std::string& name, double& seconds, const std::string& help) {
+void addTimeOption(CLI::App& command, const std::string& name, double& seconds, const std::string& help,
+                   decltype(parseTime)& parse = parseTime) {
     command
         .add_option_function<std::string>(
-            name, [name, &seconds](const std::string& text) { seconds = parseTime(name, text); }, help)
+            name, [name, &seconds, &parse](const std::string& text) { seconds = parse(name, text); }, help)
         ->type_name("TIME");
 }
 
-/// Which part of the recording to measure.
-void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
+/// Which part of the recording to measure, or what the command does else: `use`.
+void addPartOptions(CLI::App& command, MeasurementSettings& settings, const std::string& use = "measure") {
     command.option_defaults()->group("Part of the recording");
     command
         .add_option_function<std::string>(
@@ -178,21 +185,20 @@ void addPartOptions(CLI::App& command, MeasurementSettings& settings) {
             [&settings](const std::string& text) {
                 settings.segment = static_cast<std::size_t>(parseNumberIn({"--segment", 1.0, 1e9, true}, text));
             },
-            "segment to measure (default: the longest at the highest rate)")
+            "segment to " + use + " (default: the longest at the highest rate)")
         ->type_name("N");
-    addTimeOption(command, "--start", settings.startSeconds, "start of the part to measure, after the segment's start");
+    addTimeOption(command, "--start", settings.startSeconds,
+                  "start of the part to " + use + ", after the segment's start");
     command
         .add_option_function<std::string>(
             "--duration",
             [&settings](const std::string& text) {
                 const auto cycles = parseCycles(text);
                 settings.durationCycles = cycles.value_or(0.0);
-                settings.durationSeconds = cycles ? 0.0 : parseTime("--duration", text);
-                if (!cycles && settings.durationSeconds == 0.0) {
-                    failUsage("--duration: " + inQuotes(text) + " is no length; without --duration all is measured");
-                }
+                settings.durationSeconds = cycles ? 0.0 : parseLength("--duration", text);
             },
-            "length of the part to measure, such as 0.2s or 10cycles (default: to the segment's end)")
+            "length of the part to " + use + ", such as 0.2s" + (use == "measure" ? " or 10cycles" : "") +
+                " (default: to the segment's end)")
         ->type_name("TIME");
 }
 
@@ -206,7 +212,9 @@ void addSteadyPartOptions(CLI::App& command, MeasurementSettings& settings) {
     command
         .add_option_function<std::string>(
             "--part", [&settings](const std::string& word) { settings.part = parts.at(word); },
-            "steady part to measure: the first, the one after the largest change, or the longest (default: all)")
+            "steady part to measure: pre-fault, the first; fault, that with the largest currents and smallest "
+            "voltages; "
+            "longest-steady, the longest (default: all)")
         ->check(CLI::IsMember(parts));
     command.add_flag("--all-samples", settings.allSamples, "measure all samples, not only whole cycles");
 }
@@ -411,9 +419,10 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
     addFileOptions(command, options);
     addColumnOptions(command, options.each);
     command.option_defaults()->group("Part of the recording");
-    addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms");
+    addTimeOption(command, "--window", options.windowSeconds, "measure windows of this length, such as 0.2s or 200ms",
+                  parseLength);
     addTimeOption(command, "--step", options.stepSeconds,
-                  "time from the start of one window to the next (default: its length)");
+                  "time from the start of one window to the next (default: its length)", parseLength);
     addCommonOptions(command, options.each);
     addSteadyPartOptions(command, options.each.settings);
     addFormOptions(command, options.each.form);
@@ -554,7 +563,7 @@ void addConvertOptions(CLI::App& command, ConvertOptions& options) {
             "new names of columns: COLUMN=NAME,...")
         ->type_name("LIST");
     addNominalOption(command, options.measure.settings);
-    addPartOptions(command, options.measure.settings);
+    addPartOptions(command, options.measure.settings, "write");
     addReadOptions(command, options.measure.reading);
 }
 

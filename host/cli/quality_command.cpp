@@ -4,6 +4,7 @@
 #include "base/checksum.h"
 #include "base/failure.h"
 #include "base/terminal.h"
+#include "base/text.h"
 #include "cli/document_batch.h"
 #include "cli/messages.h"
 #include "measuring/full_measurement.h"
@@ -74,12 +75,27 @@ LimitSet takeLimits(QualityOptions& options) {
     return limits;
 }
 
+/// An event must be able to end, and no voltage may be two events at once.
+void checkThresholds(const QualitySettings& settings) {
+    const double dipEnd = settings.dipPercent + settings.hysteresisPercent;
+    const double swellEnd = settings.swellPercent - settings.hysteresisPercent;
+    if (dipEnd > swellEnd) {
+        failUsage("a dip ends at " + formatNumber(dipEnd) + " %, --dip and --hysteresis, but a swell already at " +
+                  formatNumber(swellEnd) + " %, --swell less --hysteresis: choose thresholds that leave room between");
+    }
+    if (settings.interruptionPercent > settings.dipPercent) {
+        failUsage("an interruption begins at " + formatNumber(settings.interruptionPercent) +
+                  " %, --interruption, above a dip at " + formatNumber(settings.dipPercent) + " %, --dip");
+    }
+}
+
 }  // namespace
 
 int analyseQuality(QualityOptions options) {
     if (options.each.settings.durationCycles > 0.0) {
         failUsage("rt305 measure and rt305 report take a --duration in cycles; give it in seconds here");
     }
+    checkThresholds(options.choice.settings);
     prepareFiles(options, "quality");
     LimitSet limits = takeLimits(options);
     const QualityWork work(options, std::move(limits));

@@ -134,7 +134,7 @@ std::vector<std::string> recordingsNamed(const std::vector<std::string>& names) 
         const auto some = recordingsNamed(name);
         if (some.empty()) {
             failInput(name + ": no recordings in this folder: no file ends with " +
-                      joined({std::begin(recordingExtensions), std::end(recordingExtensions)}) +
+                      joined({std::begin(recordingExtensions), std::end(recordingExtensions)}, "or") +
                       ", or with .gz behind that");
         }
         all.insert(all.end(), some.begin(), some.end());

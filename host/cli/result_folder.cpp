@@ -17,6 +17,7 @@
 #include <new>
 
 #include "base/checksum.h"
+#include "base/text.h"
 #include "base/text_encoding.h"
 #include "base/version.h"
 #include "cli/open_file.h"

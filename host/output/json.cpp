@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text_encoding.h"
+#include "base/time_stamp.h"
 #include "base/version.h"
 
 namespace rt305 {
@@ -11,6 +12,11 @@ namespace {
 
 Json orNull(const std::string& text) {
     return text.empty() ? Json() : Json(text);
+}
+
+/// Other texts than dates by ISO 8601 become null.
+Json dateOrNull(const std::string& text) {
+    return text.find('T') == std::string("2020-02-24").size() && parseTimeStamp(text) ? Json(text) : Json();
 }
 
 Json orNull(double value) {
@@ -38,8 +44,8 @@ Json jsonOf(const RecordingFacts& facts) {
                    {"format", orNull(facts.format)},
                    {"station", orNull(facts.station)},
                    {"recorder", orNull(facts.recorder)},
-                   {"start", orNull(facts.start)},
-                   {"trigger", orNull(facts.trigger)},
+                   {"start", dateOrNull(facts.start)},
+                   {"trigger", dateOrNull(facts.trigger)},
                    {"segment", facts.segment == 0 ? Json() : Json(facts.segment)},
                    {"rate", orNull(facts.rateHz)},
                    {"duration", orNull(facts.durationSeconds)},

@@ -153,6 +153,21 @@ std::string openText(const Json& object) {
     return text.substr(0, text.rfind('}'));
 }
 
+/// "8 intervals, 6 of them flagged because an event touches them"
+std::string countsOf(const QualityResults& results) {
+    const std::size_t cycles = results.settings.cyclesPerInterval();
+    if (results.intervals == 0) {
+        const bool isShort = results.durationSeconds * results.settings.nominalHz < static_cast<double>(cycles);
+        return isShort ? formatNumber(results.durationSeconds) + " s are shorter than an interval of " +
+                             counted(cycles, "cycle")
+                       : "no interval of " + counted(cycles, "cycle") + " is whole";
+    }
+    return counted(results.intervals, "interval") +
+           (results.flagged == 0
+                ? ", none of them flagged"
+                : ", " + std::to_string(results.flagged) + " of them flagged because an event touches them");
+}
+
 std::string limitText(const std::optional<double>& limit) {
     return limit ? formatNumber(*limit) : "";
 }
@@ -208,13 +223,13 @@ ResultTable statisticsTable(const QualityResults& results) {
 }
 
 Cells verdictCells(const QualityDocument& document) {
-    Cells cells{{"IntervalQuantity", "Lower", "Upper", "Wanted, %", "Inside, %", "Intervals", "Worst", ""}};
+    Cells cells{{"Quantity", "Lower", "Upper", "Wanted, %", "Inside, %", "Intervals", "Worst", ""}};
     for (const Verdict& verdict : document.verdicts) {
         const bool hasValues = verdict.intervals > 0;
         cells.push_back({verdict.limit.quantity, limitText(verdict.limit.lower), limitText(verdict.limit.upper),
                          formatNumber(verdict.limit.percent), hasValues ? formatFixed(verdict.insidePercent, 2) : "-",
                          std::to_string(verdict.intervals), hasValues ? verdict.channel : "",
-                         !hasValues         ? "not measured"
+                         !hasValues         ? (verdict.flagged > 0 ? "all intervals are flagged" : "not measured")
                          : verdict.isKept() ? "kept"
                                             : "NOT KEPT"});
     }
@@ -260,8 +275,7 @@ void writeQuality(const QualityDocument& document, OutputForm form, bool styled,
         << (results.events.empty() ? std::string(settings.hasVoltages() ? "No events\n" : "No voltages, so no events\n")
                                    : textOf(eventCells(results), "lrrlrrrl"))
         << '\n'
-        << textOf(statisticsTable(results), styled) << counted(results.intervals, "interval") << ", " << results.flagged
-        << " of them flagged: an event touches them\n";
+        << (results.intervals > 0 ? textOf(statisticsTable(results), styled) : "") << countsOf(results) << '\n';
     if (!document.verdicts.empty()) {
         out << '\n' << shown(document.limits.name) << '\n' << textOf(verdictCells(document), "lrrrrrll");
     }

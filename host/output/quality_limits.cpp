@@ -63,18 +63,23 @@ double judgedValue(const Judged& what, const Interval& interval, std::size_t at,
 /// The verdict on one quantity.
 Verdict verdictOn(const Limit& limit, const Judged& what, const std::string& key, std::size_t fundamental,
                   const QualityResults& results) {
-    Verdict verdict{limit, key};
+    Verdict verdict{.limit = limit, .channel = key};
     const auto at = findQuantity(results.quantities, key);
     std::size_t inside = 0;
+    if (!at) {
+        return verdict;
+    }
     for (const Interval& interval : what.base == Judged::Base::nominal ? results.tenSeconds : results.tenMinutes) {
-        if (!at || interval.isFlagged) {
+        const double value = judgedValue(what, interval, *at, fundamental, results.settings);
+        if (std::isnan(value)) {
             continue;
         }
-        const double value = judgedValue(what, interval, *at, fundamental, results.settings);
-        if (!std::isnan(value)) {
-            ++verdict.intervals;
-            inside += value >= limit.lower.value_or(value) && value <= limit.upper.value_or(value) ? 1 : 0;
+        if (interval.isFlagged) {
+            ++verdict.flagged;
+            continue;
         }
+        ++verdict.intervals;
+        inside += value >= limit.lower.value_or(value) && value <= limit.upper.value_or(value) ? 1 : 0;
     }
     verdict.insidePercent =
         verdict.intervals > 0 ? 100.0 * static_cast<double>(inside) / static_cast<double>(verdict.intervals) : 0.0;

@@ -42,6 +42,7 @@ struct Verdict {
     Limit limit;
     std::string channel;        // the key of the quantity that has most values outside
     std::size_t intervals = 0;  // with a value, and not flagged
+    std::size_t flagged = 0;    // with a value
     double insidePercent = 0.0;
     bool isKept() const { return intervals > 0 && insidePercent >= limit.percent; }
 };

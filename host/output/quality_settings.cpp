@@ -41,22 +41,6 @@ std::vector<std::span<const double>> gaplessVoltages(const Measurement& recorded
     return voltages;
 }
 
-/// Why the power quality of samples cannot be followed: fewer than 12 samples a nominal cycle, or less than three
-/// cycles. Empty when it can.
-std::string obstacleToQuality(const Measurement& recorded) {
-    const std::string grid = "; a grid of " + formatNumber(recorded.nominalHz, 4) + " Hz needs ";
-    if (recorded.rateHz < leastSamplesPerCycle * recorded.nominalHz) {
-        return "a sample rate of " + formatNumber(recorded.rateHz) +
-               " Hz is too low to follow the voltage from cycle to cycle" + grid +
-               formatNumber(leastSamplesPerCycle * recorded.nominalHz) + " Hz";
-    }
-    if (recorded.durationSeconds() * recorded.nominalHz < leastCycles) {
-        return formatNumber(recorded.durationSeconds()) + " s are too short" + grid +
-               formatNumber(leastCycles / recorded.nominalHz, 3) + " s, " + formatNumber(leastCycles) + " cycles";
-    }
-    return {};
-}
-
 /// The declared voltage stays 0 where voltages are dead or have gaps.
 QualitySettings settingsFor(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
                             const QualityChoice& choice) {
@@ -78,6 +62,20 @@ QualitySettings settingsFor(const Recording& recording, const Measurement& recor
 }
 
 }  // namespace
+
+std::string obstacleToQuality(const Measurement& recorded) {
+    const std::string grid = "; a grid of " + formatNumber(recorded.nominalHz, 4) + " Hz needs ";
+    if (recorded.rateHz < leastSamplesPerCycle * recorded.nominalHz) {
+        return "a sample rate of " + formatNumber(recorded.rateHz) +
+               " Hz is too low to follow the voltage from cycle to cycle" + grid +
+               formatNumber(leastSamplesPerCycle * recorded.nominalHz) + " Hz";
+    }
+    if (recorded.durationSeconds() * recorded.nominalHz < leastCycles) {
+        return formatNumber(recorded.durationSeconds()) + " s are too short" + grid +
+               formatNumber(leastCycles / recorded.nominalHz, 3) + " s, " + formatNumber(leastCycles) + " cycles";
+    }
+    return {};
+}
 
 QualitySettings qualitySettings(const Recording& recording, const Measurement& recorded, bool fromLineVoltages,
                                 const QualityChoice& choice) {

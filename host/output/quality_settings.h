@@ -24,6 +24,10 @@ QualitySettings qualitySettings(const Recording& recording, const Measurement& r
 /// fundamental, no voltage, or a dead one.
 std::optional<QualitySettings> qualitySettingsOf(const Recording& recording, const FullMeasurement& full);
 
+/// Why the power quality of samples cannot be followed: fewer than 12 samples a nominal cycle, or less than three
+/// cycles. Empty when it can.
+std::string obstacleToQuality(const Measurement& recorded);
+
 }  // namespace rt305
 
 #endif

@@ -93,16 +93,25 @@ std::optional<std::size_t> channelOf(std::size_t column, const Assignment& assig
 }
 
 std::string reportColumns(const Recording& recording, const Assignment& assignment) {
-    TextTable table("rllrrrrrlll");
-    table.add({"No.", "Column", "Unit", "Minimum", "Maximum", "Mean", "Missing", "Clipped", "Side", "Channel", ""});
+    const bool hasSkew = std::any_of(recording.columns.begin(), recording.columns.end(),
+                                     [](const Column& column) { return column.delaySeconds != 0.0; });
+    TextTable table(hasSkew ? "rllrrrrrrlll" : "rllrrrrrlll");
+    const auto add = [&table, hasSkew](std::vector<std::string> cells, const std::string& skew) {
+        constexpr std::ptrdiff_t skewPlace = 8;
+        cells.insert(cells.begin() + skewPlace, hasSkew ? 1 : 0, skew);
+        table.add(cells);
+    };
+    add({"No.", "Column", "Unit", "Minimum", "Maximum", "Mean", "Missing", "Clipped", "Side", "Channel", ""},
+        "Skew, us");
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
         const Column& column = recording.columns[i];
         const auto channel = channelOf(i, assignment);
         const auto range = TextTable::numbers(rangeOf(column));
-        table.add({std::to_string(i + 1), column.name, column.unit, range[0], range[1], range[2],
-                   countOrNothing(countMissing(column.samples)), countOrNothing(countClipped(column.samples)),
-                   sideOf(column.transformer), channel ? std::string(assignment.nameOf(*channel)) : "-",
-                   channel ? assignment.reasons[*channel] : ""});
+        add({std::to_string(i + 1), column.name, column.unit, range[0], range[1], range[2],
+             countOrNothing(countMissing(column.samples)), countOrNothing(countClipped(column.samples)),
+             sideOf(column.transformer), channel ? std::string(assignment.nameOf(*channel)) : "-",
+             channel ? assignment.reasons[*channel] : ""},
+            formatNumber(1e6 * column.delaySeconds));
     }
     return '\n' + table.text();
 }
@@ -144,6 +153,7 @@ Json columnsOf(const Recording& recording, const Assignment& assignment) {
                            {"mean", range[2]},
                            {"missing", countMissing(column.samples)},
                            {"clipped", countClipped(column.samples)},
+                           {"skew", column.delaySeconds},
                            {"transformer", transformerOf(column.transformer)},
                            {"channel", channel ? Json(assignment.nameOf(*channel)) : Json()},
                            {"reason", channel ? Json(assignment.reasons[*channel]) : Json()},

@@ -284,11 +284,14 @@ Section moreSection(const FullMeasurement& full, const FullResults& results, con
                 folded("Crest factors and peaks", tablesOf(results.signals, "without the mean", peakTable))};
 }
 
-Section eventSection(const std::optional<QualityResults>& quality, bool hasVoltages, const Figures& figures) {
+Section eventSection(const std::optional<QualityResults>& quality, const Measurement& recorded,
+                     const Figures& figures) {
     if (!quality) {
+        const std::string obstacle = obstacleToQuality(recorded);
         return {"events", "Events",
-                paragraph("", hasVoltages ? "The voltages cannot be followed from cycle to cycle."
-                                          : "Events are those of voltages, which are not recorded.")};
+                paragraph("", !recorded.hasVoltages() ? "Events are those of voltages, which are not recorded."
+                              : !obstacle.empty()     ? "Events are not looked for: " + obstacle + "."
+                                                      : "The voltages cannot be followed from cycle to cycle.")};
     }
     const auto cells = eventCells(*quality);
     const auto [factor, prefix] = metricPrefixFor(quality->settings.declaredVolts);
@@ -349,7 +352,7 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
     const PageRemarks remarks =
         remarksOf(document, remarksOnOffsets(full, results.derived), full, shownTopics, recording);
     const std::vector<Section> sections{summarySection(full, summary, remarks, figures),
-                                        eventSection(quality, full.measurement.hasVoltages(), figures),
+                                        eventSection(quality, full.asRecorded(), figures),
                                         {"signals", "Waveforms", figures.waveforms},
                                         {"course", "RMS and frequency over time", figures.traces},
                                         {"harmonics", "Harmonics", figures.harmonics},

@@ -24,6 +24,10 @@ constexpr std::size_t ratioChannelFields = 12;  // with a transformer ratio
 
 constexpr std::size_t nanosecondDecimals = 9;
 
+/// The largest skew that is taken as meant, in us: a cycle of the slowest grid, 16 2/3 Hz. A recorder scans its
+/// channels within a sampling period, but a limit of one would refuse what exists: 841 us where a period has 833 us.
+constexpr double mostSkew = 60000.0;
+
 using Fields = std::vector<std::string_view>;
 
 /// Parses "24A" or "24a" into 24, for the letter a.
@@ -61,7 +65,7 @@ public:
         readChannels();
         const std::string_view nominal = nextFields("the nominal frequency")[0];
         result_.nominalHz = std::max(0.0, parseNumber(nominal).value_or(0.0));
-        addFact("Nominal frequency", result_.nominalHz > 0.0 ? nominal : "");
+        addFact("Nominal frequency", result_.nominalHz > 0.0 ? formatNumber(result_.nominalHz, 9) + " Hz" : "");
         readRates();
         readTail();
         return std::move(result_);
@@ -136,12 +140,25 @@ private:
         channel.column.unit = field(4).empty() ? nameAndUnit(fields[1]).second : field(4);
         channel.multiplier = numberIn(field(5), "the multiplier");
         channel.offset = numberIn(field(6), "the offset", 0.0);
-        channel.column.delaySeconds = 1e-6 * parseNumber(field(7)).value_or(0.0);
+        channel.column.delaySeconds = 1e-6 * skewIn(field(7), fields[1]);
         if (fields.size() >= ratioChannelFields) {
             channel.column.transformer =
                 transformerOf(field(10), field(11), fields.size() >= mostChannelFields ? field(12) : "");
         }
         result_.analog.push_back(std::move(channel));
+    }
+
+    /// A skew in us; 0, with a warning, for one that cannot be meant.
+    double skewIn(std::string_view field, std::string_view channel) {
+        const auto skew = field.empty() ? 0.0 : parseNumber(field);
+        if (skew && std::fabs(*skew) <= mostSkew) {
+            return *skew;
+        }
+        result_.warnings.emplace_back(source_ + ":" + std::to_string(lines_.number()) + ": channel " +
+                                      std::string(channel) + ": the skew " + inQuotes(field) + " is " +
+                                      (skew ? "more than " + formatNumber(mostSkew / 1e3) + " ms" : "not a number") +
+                                      " and is ignored");
+        return 0.0;
     }
 
     static bool isSide(std::string_view field) { return lowerCase(field) == "p" || lowerCase(field) == "s"; }

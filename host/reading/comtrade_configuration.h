@@ -40,6 +40,7 @@ struct ComtradeConfiguration {
     double secondsPerStamp = 1e-6;
     double nominalHz = 0.0;  // of the grid; 0: not stated
     std::vector<std::pair<std::string, std::string>> facts;
+    std::vector<Remark> warnings;
 };
 
 /// Reads a configuration in UTF-8. The number of fields in a line decides how it is read, not the revision year. Dates

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <span>
@@ -387,7 +388,8 @@ Recording readComtrade(const ComtradeParts& parts, const ReadOptions& options, R
     recording.length = rows.length();
     recording.nominalHz = configuration.nominalHz;
     recording.facts = std::move(configuration.facts);
-    recording.warnings = std::move(rows.warnings);
+    recording.warnings = std::move(configuration.warnings);
+    std::move(rows.warnings.begin(), rows.warnings.end(), std::back_inserter(recording.warnings));
     if (options.encoding.empty() && !isUtf8(parts.configuration)) {
         recording.warnings.emplace_back(undecodedText(parts.configurationName));
     }

@@ -23,6 +23,12 @@ std::optional<std::pair<std::size_t, std::string_view>> parseAssignment(std::str
     return std::pair{*channel, trimmed(item.substr(equals + 1))};
 }
 
+void requireFirst(bool isGiven, std::string_view option, std::size_t channel) {
+    if (isGiven) {
+        failUsage(std::string(option) + ": " + std::string(channelNames[channel]) + " is given twice");
+    }
+}
+
 }  // namespace
 
 std::optional<std::size_t> findChannel(std::string_view name) {
@@ -39,12 +45,15 @@ PerChannel<double> parsePerChannel(std::string_view option, std::string_view tex
     values.fill(otherwise);
     const auto items = split(text, ',');
     const bool named = text.find('=') != std::string_view::npos;
+    PerChannel<bool> isGiven{};
     bool valid = named || items.size() == channelTotal;
     for (std::size_t i = 0; valid && i < items.size(); ++i) {
         const auto target = named ? parseAssignment(items[i]) : std::pair{i, items[i]};
         const auto value = target ? parseNumber(target->second) : std::nullopt;
         valid = value && std::isfinite(*value);
         if (valid) {
+            requireFirst(isGiven[target->first], option, target->first);
+            isGiven[target->first] = true;
             values[target->first] = *value;
         }
     }
@@ -65,6 +74,7 @@ PerChannel<std::string> parseColumnMap(std::string_view option, std::string_view
         if (!target || target->second.empty()) {
             failUsage(std::string(option) + ": " + inQuotes(item) + " is not of the form Ua=COLUMN");
         }
+        requireFirst(!columns[target->first].empty(), option, target->first);
         columns[target->first] = target->second;
     }
     return columns;

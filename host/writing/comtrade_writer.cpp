@@ -8,6 +8,7 @@
 #include <limits>
 #include <ostream>
 
+#include "base/failure.h"
 #include "base/text.h"
 #include "base/time_stamp.h"
 #include "writing/number_text.h"
@@ -44,18 +45,26 @@ std::string field(std::string text) {
     return text;
 }
 
+/// Whether a date needs more than six decimals.
+bool hasNanoseconds(const Recording& recording) {
+    const auto needsMore = [&recording](const char* label) {
+        return parseTimeStamp(recording.fact(label)).value_or(0) % 1000 != 0;
+    };
+    return needsMore("Start") || needsMore("Trigger");
+}
+
 /// "24/02/2020,18:15:21.500000" for a date by ISO 8601.
-std::string dateOf(const std::string& iso) {
+std::string dateOf(const std::string& iso, std::size_t decimals) {
     const auto stamp = parseTimeStamp(iso);
     const std::string text = stamp ? isoTime(*stamp) : "";
     if (text.empty()) {
-        return "00/00/0000,00:00:00.000000";
+        return "00/00/0000,00:00:00." + std::string(decimals, '0');
     }
     constexpr std::size_t clockAt = 11;
-    constexpr std::size_t clockWithMicroseconds = 15;
+    constexpr std::size_t clockWithPoint = 9;
     std::string clock = text.substr(clockAt);
     clock += clock.find('.') == std::string::npos ? "." : "";
-    clock.resize(clockWithMicroseconds, '0');
+    clock.resize(clockWithPoint + decimals, '0');
     return text.substr(8, 2) + "/" + text.substr(5, 2) + "/" + text.substr(0, 4) + "," + clock;
 }
 
@@ -98,6 +107,15 @@ std::string asciiOf(double sample, double multiplier) {
 
 }  // namespace
 
+void requireFiniteSamples(const Recording& recording) {
+    for (const Column& column : recording.columns) {
+        if (std::isinf(largestMagnitude(column.samples))) {
+            failInput(recording.source + ": column " + inQuotes(column.name) +
+                      " has infinite samples, which COMTRADE cannot hold");
+        }
+    }
+}
+
 void writeComtradeConfiguration(const Recording& recording, SampleForm form, std::ostream& out) {
     const std::string total = std::to_string(recording.columns.size());
     out << field(recording.fact("Station")) << ',' << field(recording.fact("Recorder")) << ",2013" << lineEnd << total
@@ -105,12 +123,13 @@ void writeComtradeConfiguration(const Recording& recording, SampleForm form, std
     for (std::size_t i = 0; i < recording.columns.size(); ++i) {
         out << channelLine(i + 1, recording.columns[i], form) << lineEnd;
     }
-    const std::string start = dateOf(recording.fact("Start"));
-    const std::string trigger = dateOf(recording.fact("Trigger"));
+    const bool isFine = hasNanoseconds(recording);  // stamps are in ns then
+    const std::string start = dateOf(recording.fact("Start"), isFine ? 9 : 6);
+    const std::string trigger = dateOf(recording.fact("Trigger"), isFine ? 9 : 6);
     out << exactText(recording.nominalHz) << lineEnd << 1 << lineEnd << exactText(recording.segments[0].rateHz) << ','
         << recording.length << lineEnd << start << lineEnd << (recording.fact("Trigger").empty() ? start : trigger)
-        << lineEnd << nameOf(form) << lineEnd << exactText(stampUnit(recording)) << lineEnd << "0,0" << lineEnd << "F,3"
-        << lineEnd;
+        << lineEnd << nameOf(form) << lineEnd << exactText(stampUnit(recording) * (isFine ? 1e3 : 1.0)) << lineEnd
+        << "0,0" << lineEnd << "F,3" << lineEnd;
 }
 
 void writeComtradeData(const Recording& recording, SampleForm form, std::ostream& out) {

@@ -162,6 +162,8 @@ def measure_files(
     """
     if errors not in ("raise", "yield"):
         raise ValueError(f"errors is {errors!r}, not 'raise' or 'yield'")
+    if folder := {"output_folder", "force", "retry_failed"} & options.keys():
+        raise ValueError(f"{min(folder)}: measure_files() yields results; the tool writes them into a folder")
     names = [os.fspath(path) for path in ([paths] if isinstance(paths, (str, os.PathLike)) else paths)]
     if bad := [name for name in names if "\n" in name or not name]:
         raise ValueError(f"the tool cannot be given the name {bad[0]!r}")

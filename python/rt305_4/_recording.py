@@ -107,6 +107,12 @@ class Recording(Table, Mapping[str, Values]):
         return {name: column["unit"] or "" for name, column in zip(self, self._columns)}
 
     @property
+    def skews(self) -> dict[str, float]:
+        """Delay of the samples of each column after the times of the recording, in s; measure() corrects it, the arrays
+        have the samples as they were taken."""
+        return {name: column["skew"] for name, column in zip(self, self._columns)}
+
+    @property
     def channels(self) -> dict[str, str]:
         """The column that is taken for each of the channels Ua to Ic; measure(map={"Ua": "VA"}) chooses another."""
         return {column["channel"]: name for name, column in zip(self, self._columns) if column["channel"]}

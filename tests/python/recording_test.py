@@ -69,6 +69,7 @@ class Measurements(unittest.TestCase):
         good = [result for result in results if isinstance(result, rt305_4.Measurement)]
         self.assertEqual([result.start for result in good[-5:]], [k * 0.05 for k in range(5)])
         self.assertEqual((len(good), results[19].file, results[19].exit_code), (24, str(files[1]), 3))
+        self.assertRaises(ValueError, rt305_4.measure_files, files, output_folder="x")
         self.assertEqual(good[-1].time, datetime(2023, 7, 27, 9, 19, 53, 356666))
         row = good[0].to_row()
         self.assertEqual((row["file"], row["parameters_phase_voltage_b"]), (str(SAMPLE), good[0]["parameters"]["phase_voltage"]["b"]))

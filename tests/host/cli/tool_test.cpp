@@ -104,6 +104,13 @@ TEST(Tool, RefusesWrongOptions) {
         {"rt305 measure --step 0.1 $sample", "--window", 2},
         {"rt305 measure --window 0.2 --step 1e-300 $sample", "less than one sample apart: give a longer --step", 2},
         {"rt305 measure --window 200mA $sample", "\"200mA\"", 2},
+        {"rt305 measure --window 0 $sample", "--window: \"0\" is no length", 2},
+        {"rt305 measure --map Ua=Ua,Ua=Ub $sample", "--map: Ua is given twice", 2},
+        {"rt305 info --gain Ua=1,Ua=2 $sample", "--gain: \"Ua\" is given twice", 2},
+        {"rt305 info --encoding nonsense $sample", "--encoding: \"nonsense\"", 2},
+        {"rt305 info --json=no $sample", "--json takes no value", 2},
+        {"rt305 quality --dip 120 --swell 110 $sample", "a dip ends at 122 %; a swell already at 108 %", 2},
+        {"rt305 quality --interruption 95 $sample", "an interruption begins at 95 %; above a dip at 90 %", 2},
         {"rt305 measure - --files-from -", "stdin", 2},
     });
 }
@@ -124,6 +131,11 @@ TEST(Tool, AnalysesPowerQuality) {
         {"rt305 quality --json dip.csv dip.csv", "--json-lines writes one", 2},
         {"rt305 quality --declared 0 dip.csv", "--declared: \"0\" is neither auto nor a voltage", 2},
         {"rt305 quality --raw dip.csv", "--raw", 2},
+        {"rt305 quality --declared 400 --limits " + limits + " $sample",
+         "4 intervals, 4 of them flagged because an event touches them; voltage -10 10 95 - 0 all intervals are "
+         "flagged"},
+        {"generate --duration 0.16 -o short.csv; rt305 quality short.csv",
+         "\n\n0.16 s are shorter than an interval of 10 cycles"},
         {"generate --rate 500 -o slow.csv; rt305 quality slow.csv", "500 Hz is too low to follow; needs 600 Hz", 3},
         {"generate --duration 0.05 -o short.csv; rt305 quality short.csv", "0.05 s are too short; 3 cycles", 3},
         {"generate --voltage 0 -o dead.csv; rt305 quality dead.csv", "voltages are dead or have gaps; --declared V", 3},

@@ -133,6 +133,12 @@ TEST(ComtradeReader, KeepsTransformersAndDelays) {
     EXPECT_EQ(current.transformer.primary, 1.0) << "a ratio of 0 is none";
     EXPECT_EQ(current.unit, "kA") << "from the name";
     EXPECT_NEAR(current.delaySeconds, 841e-6, 1e-15);
+    for (const char* const skew : {"1e30", "-60001", "inf", "x"}) {
+        const Configuration wrong{.second = std::string("2,I,A,,A,2,0,") + skew + ",0,0,0,1,P"};
+        const auto read = rt305::readComtrade({"rec.cfg", wrong.text(), "rec.dat", threeRows, {}, {}});
+        EXPECT_EQ(read.columns[1].delaySeconds, 0.0);
+        EXPECT_NE(read.warnings.at(0).text.find(std::string("channel I: the skew \"") + skew), std::string::npos);
+    }
 }
 
 TEST(ComtradeReader, ReportsPeaksThatTheHeaderQuotesAsRms) {

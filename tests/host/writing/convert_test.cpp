@@ -94,6 +94,14 @@ TEST(Convert, CutsRenamesAndResamples) {
         {"rt305 convert $sample -o n.npy; head -c 6 n.npy | tail -c 5; wc -c n.npy; strings n.npy | head -2",
          "NUMPY; 'Ua (V)', '<f8'; 560256 n.npy"},
         {"rt305 convert $data/segments.cfg -o s.csv", "note: one of"},
+        {"sed 's/0:0:0/9:5:1.000000001/' $data/segments.cfg > g.cfg; cp $data/segments.dat g.dat; rt305 convert g.cfg "
+         "-o "
+         "h.cff; rt305 info --json h.cff",
+         "\"start\": \"2020-01-01T09:05:01.160000001\"; \"rate\": 3200.0"},
+        {"rt305 convert $data/swing.CFG -o d.csv", "note: the channels were sampled up to 104 us apart"},
+        {"rt305 convert $data/swing.CFG --to cff | rt305 info -", "Skew, us"},
+        {"rt305 convert --gain 1=1e308 $sample -o i.cff; ls i.cff", "column \"Ua\" has infinite samples; No such file",
+         2},
     });
 }
 
