@@ -51,10 +51,7 @@ void HalfCycleMeter::measurePhase(std::size_t phase, const Mark& mark, const Sam
             continue;
         }
         const CycleSums sums = sumsOf(store.from(channel, integral_.first), integral_.weights, angle);
-        result.rms[channel] = std::sqrt(std::fmax(0.0, sums.squares / mark.period));
-        if (std::isnan(sums.squares)) {
-            result.rms[channel] = nan;
-        }
+        result.rms[channel] = std::isnan(sums.squares) ? nan : std::sqrt(std::fmax(0.0, sums.squares / mark.period));
         if (!isCurrent(channel)) {
             const double ahead = angle * (begin - static_cast<double>(integral_.first));
             result.voltages[phase] =

@@ -58,14 +58,16 @@ struct Quantities {
         add("P" + name, "W", Averaging::mean, [phase](const auto& f) { return f.P[phase]; });
         add("Q1" + name, "var", Averaging::mean, [phase](const auto& f) { return f.Q1[phase]; });
         add("S" + name, "VA", Averaging::rms, [phase](const auto& f) { return f.S[phase]; });
-        add("PF" + name, "1", Averaging::mean, [phase](const auto& f) { return f.P[phase] / f.S[phase]; });
+        add("PF" + name, "1", Averaging::mean,
+            [phase](const auto& f) { return f.isInterrupted[phase] ? nan : f.P[phase] / f.S[phase]; });
     }
 
     void addTotalPower() {
         add("P", "W", Averaging::mean, [](const auto& f) { return sumOf(f.P); });
         add("Q1", "var", Averaging::mean, [](const auto& f) { return sumOf(f.Q1); });
         add("S", "VA", Averaging::rms, [](const auto& f) { return f.effectiveS; });
-        add("PF", "1", Averaging::mean, [](const auto& f) { return sumOf(f.P) / f.effectiveS; });
+        add("PF", "1", Averaging::mean,
+            [](const auto& f) { return std::isnan(f.frequencyHz) ? nan : sumOf(f.P) / f.effectiveS; });
     }
 
     /// The components and their ratios; forward is what is larger.
@@ -269,6 +271,11 @@ IntervalFigures IntervalMeter::measure(const SampleStore& store, double begin, d
         }
     }
     measurePower(figures);
+    const double least = 0.01 * settings_.interruptionPercent * settings_.declaredVolts;
+    std::transform(figures.rms.begin(), figures.rms.begin() + phaseTotal, figures.isInterrupted.begin(),
+                   [least](double rms) { return rms < least; });
+    const bool isAnyLeft = std::ranges::count(figures.isInterrupted, false) > 0;
+    figures.frequencyHz = isAnyLeft ? figures.frequencyHz : nan;
     const auto& f = fundamentals_;
     figures.voltages = sequenceComponentsOf({f[0], f[1], f[2]});
     figures.currents = sequenceComponentsOf({f[3], f[4], f[5]});

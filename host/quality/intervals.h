@@ -33,7 +33,8 @@ struct Interval {
 
 /// What is computed of the samples of an interval. Harmonics are subgroups, RMS.
 struct IntervalFigures {
-    double frequencyHz = 0.0;
+    double frequencyHz = 0.0;        // NaN while all voltages are below the threshold of an interruption
+    PerPhase<bool> isInterrupted{};  // the voltage is; it has no power factor then
     PerChannel<double> rms{};
     PerChannel<double> thds{};                         // %
     PerChannel<std::vector<double>> harmonics{};       // order 1 first

@@ -61,20 +61,12 @@ QualityListener keeper(QualityResults& results, KeepTraces keepTraces, const Qua
                 }};
 }
 
-std::size_t lengthOf(const PerChannel<std::vector<double>>& samples) {
-    std::size_t length = 0;
-    for (const auto& each : samples) {
-        length = std::max(length, each.size());
-    }
-    return length;
-}
-
 }  // namespace
 
 QualityResults analyse(const PerChannel<std::vector<double>>& samples, const QualitySettings& settings,
                        KeepTraces keepTraces, const QualityListener& listener) {
     QualityResults results{.settings = settings};
-    const std::size_t length = lengthOf(samples);
+    const std::size_t length = std::ranges::max_element(samples, {}, [](auto& each) { return each.size(); })->size();
     results.durationSeconds = static_cast<double>(length) / settings.rateHz;
     results.traces.startSeconds = settings.startSeconds;
     results.traces.stepSeconds = 0.5 / settings.nominalHz;

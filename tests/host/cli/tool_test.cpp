@@ -134,6 +134,10 @@ TEST(Tool, AnalysesPowerQuality) {
         {"rt305 quality --declared 400 --limits " + limits + " $sample",
          "4 intervals, 4 of them flagged because an event touches them; voltage -10 10 95 - 0 all intervals are "
          "flagged"},
+        {"generate --rate 10k --dropout Ua:4000:6000 --dropout Ub:4000:6000 --dropout Uc:4000:6000 -o out.csv; rt305 "
+         "quality "
+         "--csv out.csv | cut -d, -f7,17 | tr '\\n' ' '",
+         "frequency,PFa 50,1 50,0.9746794 , , "},
         {"generate --duration 0.16 -o short.csv; rt305 quality short.csv",
          "\n\n0.16 s are shorter than an interval of 10 cycles"},
         {"generate --rate 500 -o slow.csv; rt305 quality slow.csv", "500 Hz is too low to follow; needs 600 Hz", 3},
