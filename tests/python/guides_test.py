@@ -4,6 +4,8 @@ import doctest
 import os
 import re
 import shutil
+import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
@@ -28,3 +30,8 @@ class Guides(unittest.TestCase):
                 self.assertEqual(result.failed, 0, page.name)
                 examples += result.attempted
         self.assertGreater(examples, 30)
+
+    def test_accuracy(self):
+        source, build = Path(os.environ["RT305_4_SOURCE"]), Path(os.environ["RT305_4_TOOL"]).parents[1]
+        table = subprocess.check_output([sys.executable, source / "scripts/accuracy", build, "thd"], text=True)
+        self.assertIn(table.split("\n\n")[1], (source / "docs/accuracy.md").read_text())
