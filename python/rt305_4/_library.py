@@ -24,7 +24,8 @@ class Error(Exception):
     """The library refused the request, or the tool could not measure. The text is their own message."""
 
     __module__ = "rt305_4"  # where users find it
-    exit_code = 1  #: of the tool: 1 refused, 3 input that cannot be read or measured, 5 no library or no memory
+    #: of the tool: 1 refused, 3 input that cannot be read or measured, 5 no library or no memory, -9 ended by signal 9
+    exit_code = 1
     file: str | None = None  #: the recording, where it is one of many
 
 

@@ -9,7 +9,7 @@ import struct
 from collections.abc import Iterable, Iterator, Mapping
 from dataclasses import dataclass
 from datetime import datetime, timedelta
-from typing import TYPE_CHECKING, Any, Literal
+from typing import TYPE_CHECKING, Any, Literal, overload
 from urllib.parse import unquote_to_bytes
 
 import numpy as np
@@ -94,7 +94,7 @@ class Measurement(Table, Mapping[str, Any]):
 def _name_in(recording: Mapping[str, Any]) -> str:
     """The name as os.listdir() gives it, which is not UTF-8 everywhere."""
     escaped = recording.get("file_escaped")
-    return os.fsdecode(unquote_to_bytes(escaped)) if escaped else str(recording["file"])
+    return os.fsdecode(unquote_to_bytes(escaped) if escaped else recording["file"].encode())
 
 
 def _sound(channels: Mapping[str, ArrayLike]) -> memoryview:
@@ -143,6 +143,30 @@ def measure(
         return Measurement(json.loads(_tool.run(command, stdin)))
 
 
+@overload
+def measure_files(
+    paths: PathLike | Iterable[PathLike],
+    *,
+    window: float | str | None = None,
+    step: float | str | None = None,
+    jobs: int = 1,
+    errors: Literal["raise"] = "raise",
+    **options: Option,
+) -> Iterator[Measurement]: ...
+
+
+@overload
+def measure_files(
+    paths: PathLike | Iterable[PathLike],
+    *,
+    window: float | str | None = None,
+    step: float | str | None = None,
+    jobs: int = 1,
+    errors: Literal["yield"],
+    **options: Option,
+) -> Iterator[Measurement | Error]: ...
+
+
 def measure_files(
     paths: PathLike | Iterable[PathLike],
     *,
@@ -157,45 +181,56 @@ def measure_files(
     window   length of the windows to measure, in s or as text such as "200ms" (default: all of a recording)
     step     from the start of one window to that of the next (default: their length)
     jobs     processes that measure at the same time
-    errors   "raise" ends with the first recording that fails; "yield" gives its Error in its place and goes on
+    errors   "raise" ends with the first recording that fails; "yield" gives its Error in its place and goes on. What
+             ends the whole run, such as a signal, is raised in any case
     options  those of `rt305 measure`: nominal=60, map={"Ua": "VA"}, primary=True, settings="auto"
     """
     if errors not in ("raise", "yield"):
         raise ValueError(f"errors is {errors!r}, not 'raise' or 'yield'")
-    if folder := {"output_folder", "force", "retry_failed"} & options.keys():
-        raise ValueError(f"{min(folder)}: measure_files() yields results; the tool writes them into a folder")
-    names = [os.fspath(path) for path in ([paths] if isinstance(paths, (str, os.PathLike)) else paths)]
-    if bad := [name for name in names if "\n" in name or not name]:
-        raise ValueError(f"the tool cannot be given the name {bad[0]!r}")
+    names = _tool.names(paths)
     own: dict[str, Option] = {"window": window, "step": step, "jobs": jobs}
     command = ["measure", "--json-lines", "--files-from=-", *_tool.library_arguments(), *_tool.arguments(own | options)]
     return _results(command, names, errors == "yield")
 
 
 def _results(command: list[str], names: list[str], yields_errors: bool) -> Iterator[Measurement | Error]:
-    failed = False
+    lines = 0
+    told = None  # the exit code that stands for the failures that were yielded
     with contextlib.ExitStack() as stack:
         stdin = stack.enter_context(_tool.content(os.fsencode("".join(name + "\n" for name in names))))
         try:
             with _tool.running(command, stdin) as output:
                 for line in output:
+                    if not line.endswith(b"\n"):
+                        break  # the tool has died
+                    lines += 1
                     document = json.loads(line)
                     if "error" not in document:
                         yield Measurement(document)
                         continue
-                    failed = True
                     error = _tool.failure(document["error"], document["exit_code"])
                     if not yields_errors or not isinstance(error, Error):
                         raise error
+                    told = error.exit_code if len(names) == 1 else _tool.PARTIAL
                     error.file = _name_in(document["recording"])
                     yield error
-        except Error:
-            if not (failed and yields_errors):  # else the exit code tells of the failures that were yielded
+        except Error as error:
+            if told is None or error.exit_code not in (told, _tool.PARTIAL):
                 raise
+    if lines < len(names):
+        raise _tool.failure(f"the tool rt305 gave results for {lines} of {len(names)} names", _tool.ENVIRONMENT)
 
 
 def to_pandas(results: Iterable[Measurement]) -> pandas.DataFrame:
-    """A table of one row for each result: file, station, time, start, then every figure (see Measurement.to_row)."""
+    """A table of one row for each result: file, station, time, start, then every figure (see Measurement.to_row).
+
+    An Error among the results, as measure_files(errors="yield") gives, has no figures and is a ValueError.
+    """
     import pandas
 
-    return pandas.DataFrame([result.to_row() for result in results])
+    rows = []
+    for result in results:
+        if isinstance(result, Error):
+            raise ValueError(f"leave the errors out of the table, such as {result!r}")
+        rows.append(result.to_row())
+    return pandas.DataFrame(rows)

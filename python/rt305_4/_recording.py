@@ -156,11 +156,10 @@ class Recording(Table, Mapping[str, Values]):
 
     def measure(self, **options: Option) -> Measurement:
         """The figures of the segment: measure_files() of this one file, with the same options except for windows."""
-        if "window" in options:
-            raise TypeError("measure_files() measures windows")
+        if several := options.keys() & {"window", "step", "errors"}:
+            raise ValueError(f"{min(several)}= is for measure_files(), which measures windows and several files")
         given: dict[str, Any] = self._reading | {"segment": self.segment.number} | options
-        (result,) = measure_files(self.file, **given)
-        assert isinstance(result, Measurement)
+        (result,) = measure_files(self.file, errors="raise", **given)
         return result
 
     def to_pandas(self) -> pandas.DataFrame:

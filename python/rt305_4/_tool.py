@@ -8,11 +8,13 @@ from __future__ import annotations
 
 import contextlib
 import os
+import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
-from collections.abc import Iterator, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from pathlib import Path
 from typing import IO, Union
 
@@ -21,7 +23,14 @@ from . import _library
 PathLike = Union[str, "os.PathLike[str]"]
 Option = Union[None, bool, float, str, Sequence[Union[str, float]], Mapping[str, Union[str, float]]]
 
-_UNUSABLE_OPTIONS = 2
+UNUSABLE_OPTIONS, PARTIAL, ENVIRONMENT = 2, 4, 5  # exit codes
+
+# Options after which the tool does not write what this package reads, and what to do instead.
+_ELSEWHERE = {
+    "--help": "the command `rt305 help measure` lists the options",
+    "--files-from": "give the names themselves",
+    "--output-folder": "the command `rt305 measure` and fleet.measure_into() write into a folder",
+}
 
 
 def find() -> str:
@@ -40,6 +49,8 @@ def arguments(options: Mapping[str, Option]) -> list[str]:
         option = "--" + name.replace("_", "-")
         if value is None or value is False:
             continue
+        if option in _ELSEWHERE:
+            raise ValueError(f"{name}= has no use here: {_ELSEWHERE[option]}")
         if value is True:
             given.append(option)
         elif isinstance(value, Mapping):
@@ -51,9 +62,18 @@ def arguments(options: Mapping[str, Option]) -> list[str]:
     return given
 
 
+def names(paths: PathLike | Iterable[PathLike]) -> list[str]:
+    """One path or several as text, each of which can be a line of a list of names."""
+    texts = [os.fspath(path) for path in ([paths] if isinstance(paths, (str, os.PathLike)) else paths)]
+    for text in texts:
+        if text in ("", "-") or text.endswith("\r") or "\n" in text or "\0" in text:
+            raise ValueError(f"the tool cannot be given the name {text!r}: rename the file")
+    return texts
+
+
 def failure(message: str, exit_code: int) -> Exception:
     """The exception for a message of the tool: ValueError for unusable options, else Error."""
-    if exit_code == _UNUSABLE_OPTIONS:
+    if exit_code == UNUSABLE_OPTIONS:
         return ValueError(message)
     error = _library.Error(message)
     error.exit_code = exit_code
@@ -61,14 +81,14 @@ def failure(message: str, exit_code: int) -> Exception:
 
 
 def _failure_on(messages: bytes, exit_code: int) -> Exception:
-    """The exception for what the tool wrote to stderr, without its warnings and notes."""
-    lines: list[str] = []
-    for line in messages.decode(errors="replace").splitlines():
-        if line.startswith("rt305: "):
-            lines = [line.removeprefix("rt305: ")]
-        elif lines:
-            lines.append(line.strip())
-    return failure("\n".join(lines) or f"rt305 ended with exit code {exit_code}", exit_code)
+    """The exception for what the tool wrote to stderr, without its warnings and notes, or for the signal that ended it."""
+    if exit_code < 0:
+        cause = ", as when memory runs out" if exit_code == -signal.SIGKILL else ""
+        return failure(f"signal {-exit_code} ({signal.strsignal(-exit_code)}) ended the tool rt305{cause}", exit_code)
+    paragraphs = re.split(r"^rt305: ", messages.decode(errors="replace"), flags=re.MULTILINE)[1:]
+    errors = [paragraph for paragraph in paragraphs if not paragraph.startswith(("warning: ", "note: "))]
+    message = "\n".join(map(str.strip, errors[-1].splitlines())) if errors else ""
+    return failure(message or f"rt305 ended with exit code {exit_code}", exit_code)
 
 
 @contextlib.contextmanager

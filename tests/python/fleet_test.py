@@ -41,16 +41,17 @@ class Fleet(unittest.TestCase):
             found = list(fleet.measure(self.client, files, **given))
             self.assertEqual([getattr(one, "document", str(one)) for one in found],
                              [getattr(one, "document", str(one)) for one in expected])
-        (long,) = expected = [generate(self.folder / "long.csv", 2)]
+        long = generate(self.folder / "long.csv", 2)
         for window, step in ((0.2, None), (0.3, 0.1)):
             whole = list(rt305_4.measure_files(long, window=window, step=step))
-            parts = list(fleet.measure(self.client, expected, window=window, step=step, span=0.6))
+            parts = list(fleet.measure(self.client, long, window=window, step=step, span=0.6))
             self.assertEqual(len(whole), len(parts))
             for one, other in zip(whole, parts):
                 self.assertAlmostEqual(one.start, other.start, delta=1e-9)
                 self.assertAlmostEqual(one["derived"]["P"]["total"], other["derived"]["P"]["total"], delta=1e-2)
-        with self.assertRaises(ValueError):
-            list(fleet.measure(self.client, files, window=0.2, span=0.5))
+        for window in (0.2, "200ms", 0):
+            with self.assertRaises(ValueError):
+                list(fleet.measure(self.client, files, window=window, span=0.5))
 
     def test_survives_a_worker_that_dies(self):
         files = [generate(self.folder / f"{'x' * i}.csv", 0.3) for i in range(1, 30)]

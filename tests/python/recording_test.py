@@ -1,6 +1,7 @@
 """Recordings and measurements by the tool: what goes through the pipes, and failures."""
 
 import os
+import tempfile
 import unittest
 import unittest.mock
 from datetime import datetime
@@ -69,7 +70,6 @@ class Measurements(unittest.TestCase):
         good = [result for result in results if isinstance(result, rt305_4.Measurement)]
         self.assertEqual([result.start for result in good[-5:]], [k * 0.05 for k in range(5)])
         self.assertEqual((len(good), results[19].file, results[19].exit_code), (24, str(files[1]), 3))
-        self.assertRaises(ValueError, rt305_4.measure_files, files, output_folder="x")
         self.assertEqual(good[-1].time, datetime(2023, 7, 27, 9, 19, 53, 356666))
         row = good[0].to_row()
         self.assertEqual((row["file"], row["parameters_phase_voltage_b"]), (str(SAMPLE), good[0]["parameters"]["phase_voltage"]["b"]))
@@ -89,8 +89,26 @@ class Measurements(unittest.TestCase):
             (rt305_4.Error, "there are no samples", lambda: rt305_4.measure(np.zeros(0), rate=10000)),
             (ValueError, "no option --windows", lambda: list(rt305_4.measure_files(SAMPLE, windows=1))),
             (ValueError, "equally many samples", lambda: rt305_4.measure(six[0], six[1][1:], rate=10000)),
-            (ValueError, "cannot be given the name 'a", lambda: rt305_4.measure_files(["a\nb"])),
+            *((ValueError, "cannot be given the name", lambda name=name: rt305_4.measure_files(name))
+              for name in ("a\nb", "a\0b", "a\r", "-")),
+            (ValueError, "output_folder= has no use here", lambda: rt305_4.measure_files(SAMPLE, output_folder="x")),
+            (ValueError, "errors= is for measure_files", lambda: rt305_4.open(SAMPLE).measure(errors="yield")),
+            (ValueError, "leave the errors", lambda: rt305_4.to_pandas(rt305_4.measure_files("x", errors="yield"))),
             (TypeError, "at least one channel", lambda: rt305_4.measure(rate=10000)),
         ):
             with self.subTest(message), self.assertRaisesRegex(error, message):
                 call()
+
+    def test_a_tool_that_dies(self):
+        tool = Path(self.enterContext(tempfile.TemporaryDirectory()), "tool")
+        line = '{"recording": {"file": "a"}, "error": "a: No such file", "exit_code": 3}'
+        for ending, message in (
+            ("kill -9 $$", r"^signal 9 \(Killed\) ended"),
+            ("exit 5", "^no room$"),
+            ("exit 4", "for 1 of 2 names"),
+        ):
+            tool.write_text(f"#!/bin/sh\necho '{line}'\necho 'rt305: no room\nrt305: warning: unsteady' >&2\n{ending}\n")
+            tool.chmod(0o755)
+            with unittest.mock.patch.dict(os.environ, RT305_4_TOOL=str(tool)):
+                with self.assertRaisesRegex(rt305_4.Error, message):
+                    list(rt305_4.measure_files(["a", "b"], errors="yield"))
