@@ -226,11 +226,11 @@ def to_pandas(results: Iterable[Measurement]) -> pandas.DataFrame:
 
     An Error among the results, as measure_files(errors="yield") gives, has no figures and is a ValueError.
     """
-    import pandas
-
     rows = []
     for result in results:
         if isinstance(result, Error):
             raise ValueError(f"leave the errors out of the table, such as {result!r}")
         rows.append(result.to_row())
+    import pandas
+
     return pandas.DataFrame(rows)
