@@ -52,13 +52,17 @@ private:
         std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     };
 
+    /// Member by member: where memory runs out in nested braces, GCC 12 destroys what is complete twice.
     Attempt newAttempt(const std::string& file) const {
-        return {.run = {.file = file,
-                        .isOneOfMany = options_.isMany(),
-                        .keepsFolders = !folder_,
-                        .known = {.file = file},
-                        .reading = readOptionsOf(options_.each)},
-                .line = {.command = work_.command, .file = file, .state = stateDone}};
+        Attempt attempt;
+        attempt.run.file = file;
+        attempt.run.isOneOfMany = options_.isMany();
+        attempt.run.keepsFolders = !folder_;
+        attempt.run.known.file = file;
+        attempt.run.reading = readOptionsOf(options_.each);
+        attempt.line.command = work_.command;
+        attempt.line.file = file;
+        return attempt;
     }
 
     int attempt(const std::string& file) const {

@@ -11,7 +11,7 @@ namespace rt305 {
 
 /// One file of a batch while it is worked on.
 struct DocumentRun {
-    std::string file;
+    std::string file{};
     bool isOneOfMany = false;
     bool keepsFolders = true;     // in the names of files in results
     std::ostream* out = nullptr;  // where its results go

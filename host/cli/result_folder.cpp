@@ -44,11 +44,11 @@ int lock(int file, int operation) {
 
 /// Removes the files that no process has locked.
 void removeAbandoned(const std::string& folder) {
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
-        const OpenFile file(entry.path().string(), O_RDWR);
+    std::error_code error;
+    for (auto entry = fs::directory_iterator(folder, error); !error && entry != end(entry); entry.increment(error)) {
+        const OpenFile file(entry->path().string(), O_RDWR);
         if (file.descriptor() >= 0 && lock(file.descriptor(), LOCK_EX | LOCK_NB) == 0) {
-            unlink(entry.path().c_str());
+            unlink(entry->path().c_str());
         }
     }
 }

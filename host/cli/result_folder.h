@@ -27,11 +27,15 @@ struct ResultIdentity {
     std::string fileName() const;
 };
 
+inline constexpr const char* stateDone = "done";
+inline constexpr const char* stateSkipped = "skipped";
+inline constexpr const char* stateFailed = "failed";
+
 /// What the manifest says about a recording.
 struct ManifestLine {
-    std::string command;
-    std::string file;  // as it was named
-    const char* state;
+    std::string command{};
+    std::string file{};  // as it was named
+    const char* state = stateDone;
     std::string result{};    // the name of its file; empty if there is none
     std::string checksum{};  // of the recording's first file; empty if it could not be read
     double seconds = 0.0;
@@ -39,10 +43,6 @@ struct ManifestLine {
     std::size_t windows = 0;  // lines of the result
     std::string error{};
 };
-inline constexpr const char* stateDone = "done";
-inline constexpr const char* stateSkipped = "skipped";
-inline constexpr const char* stateFailed = "failed";
-
 /// The folder cannot be written to, so that the run should end.
 class FolderFailure : public Failure {
 public:

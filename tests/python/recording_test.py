@@ -30,6 +30,7 @@ class Recordings(unittest.TestCase):
             facts = recording.rate, len(recording["Ua"]), len(recording.time), recording.channels["Ua"], recording.start
             self.assertEqual(facts, (rate, samples, samples, ua, start), file)
             self.assertAlmostEqual(np.sqrt(np.mean(recording[ua] ** 2)) / rms, 1, 3, file)
+        self.assertEqual(list(rt305_4.open(DATA / "swing.CFG").skews.values())[:3], [0, 13e-6, 26e-6])
         self.assertEqual(recording.units, {"Ua": "V", "b": "", "c": "", "d": "", "e": "", "f": ""})
 
     def test_samples_are_exact(self):

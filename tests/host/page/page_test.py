@@ -105,6 +105,8 @@ class ReportPage(unittest.TestCase):
         values = base64.b64decode(page.groups[0]["panels"][0]["curves"][2]["values"][1:])
         self.assertEqual(values.count(0), 40, "one for each missing sample")
         self.assertIn("SHA-256 of stdin", page.texts)
+        self.assertIn("Events are not looked for: 0.04 s are too short; a grid of 50 Hz needs 0.06 s, 3 cycles.",
+                      Page(report(SAMPLE, "--duration", "2cycles")).texts)
 
     def test_figures_have_their_caveats_beside_them(self):
         unsteady = "rt305 generate --duration 0.5s >a; rt305 generate --duration 0.5s --voltage 100 | sed 1d >>a; cut -d, -f2- a"
