@@ -37,6 +37,8 @@ struct Measured {
     Measurement measurement;
     Library library;
     ResultDocument document;
+    double cycles;
+    GridState state{};
 
     ResultTexts texts(std::uint32_t operation) const {
         const Activity activity("measuring");
@@ -48,12 +50,13 @@ struct Measured {
         document.warnings.emplace_back(message);
     }
 
-    /// THD, frequencies and power by phase angles are those of a steady signal.
+    /// THD, frequencies, lines and power by phase angles are those of a steady signal.
     void warnOfChange() {
-        if (const std::string change = changeIn(measurement); !change.empty()) {
+        state = gridStateOf(measurement, measurement.nominalHz);
+        if (const std::string change = describeChange(state, measurement); !change.empty()) {
             warnAndKeep(change +
-                        ", so figures of the fundamental and the harmonics can be wrong; rt305 measure lists "
-                        "the steady parts");
+                        ", so figures of the fundamental and the harmonics, and lines beside them, can be wrong; rt305 "
+                        "measure lists the steady parts");
         }
     }
 };
@@ -87,7 +90,10 @@ Measured measure(const MeasureOptions& options, std::uint32_t operation) {
         options.form == OutputForm::raw && !remark.empty()) {
         note(remark);
     }
-    return {std::move(measurement), library, std::move(document)};
+    const double cycles = cyclesOf(measurement);
+    document.remarks.emplace_back("Measured: all " + counted(measurement.length, "sample") + ", " +
+                                  formatFixed(cycles, 2) + " cycles; rt305 measure measures whole cycles.");
+    return {std::move(measurement), library, std::move(document), cycles};
 }
 
 void show(const MeasureOptions& options, const ResultDocument& document) {
@@ -143,8 +149,10 @@ void showParameters(const MeasureOptions& options) {
     ResultDocument& document = result.document;
     document.settings = describeMethods(result.measurement);
     document.tables.push_back(parameterTable(parameters));
-    document.remarks =
-        remarksOn(parameters, result.measurement, cyclesOf(result.measurement), result.measurement.powerFlag());
+    for (const Remark& remark :
+         remarksOn(parameters, result.measurement, result.cycles, result.measurement.powerFlag())) {
+        document.remarks.push_back(remark);
+    }
     if (std::isnan(parameterNamed(parameters, "Pf").value) && result.measurement.isCombined()) {
         document.remarks.emplace_back("No power factors: this library does not compute them; rt305 measure does.");
     }
@@ -163,6 +171,7 @@ void showSignals(const MeasureOptions& options) {
 
 void showSpectra(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_SPECTRUM);
+    result.warnOfChange();
     result.document.remarks.emplace_back(
         (options.settings.spectrumFlags & RT305_4_SPECTRUM_LEVEL_MASK) == RT305_4_SPECTRUM_LEVEL_DB
             ? "dB below the largest line; side lobes of larger lines are left out."
@@ -176,18 +185,21 @@ void showSpectra(const MeasureOptions& options) {
 void showHarmonics(const MeasureOptions& options) {
     Measured result = measure(options, RT305_4_OPERATION_DISTORTION);
     result.warnOfChange();
-    if (const std::string remark = remarkOnLength(result.measurement, cyclesOf(result.measurement)); !remark.empty()) {
+    if (const std::string remark = remarkOnLength(result.measurement, result.cycles); !remark.empty()) {
         result.warnAndKeep(remark);
     }
     ResultTexts texts = result.texts(RT305_4_OPERATION_DISTORTION);
-    const Parameters parameters = measuredParameters(texts.parameters, result.measurement);
-    result.document.tables.push_back(distortionTable(parameters));
+    const Measurement& measurement = result.measurement;
+    const Parameters parameters = measuredParameters(texts.parameters, measurement);
+    auto harmonics = measuredHarmonics(std::move(texts), measurement);
+    const DistortionDoubts doubts =
+        removeDoubtful(harmonics, fundamentalsOf(measurement, result.state.frequencyHz, true));
+    result.document.tables.push_back(distortionTable(withoutDoubtful(parameters, doubts, measurement.hasVoltages())));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
-    for (const Remark& remark : remarksOnDistortion(parameters, result.measurement)) {
-        result.document.remarks.push_back(remark);
+    for (const auto& remarks : {remarksOnDoubts(doubts), remarksOnDistortion(parameters, measurement, doubts)}) {
+        result.document.remarks.insert(result.document.remarks.end(), remarks.begin(), remarks.end());
     }
-    showKinds(options, result.document, measuredHarmonics(std::move(texts), result.measurement), "harmonics",
-              harmonicTable);
+    showKinds(options, result.document, std::move(harmonics), "harmonics", harmonicTable);
 }
 
 void checkLibrary(const CheckOptions& options) {

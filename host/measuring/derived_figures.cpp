@@ -104,6 +104,8 @@ Phasor meanPower(const Samples& voltage, const Samples& current, const FullMeasu
 PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamentals, const DerivedFigures& rms) {
     PowerFigures power{undefined, undefined, undefined, undefined, undefined, undefined,
                        undefined, undefined, nan,       nan,       nan};
+    constexpr double fewestCycles = 0.5;  // in which a sine and an offset can be told apart
+    const bool hasFundamental = fundamentals.frequencyHz > 0.0 && full.cyclesThere() >= fewestCycles;
     Phasor vectorSum = 0.0;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         const Samples& voltage = full.asRecorded().samples[phase];
@@ -112,7 +114,6 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
             continue;
         }
         const std::size_t at = 1 + phase;
-        const bool hasFundamental = fundamentals.frequencyHz > 0.0;
         const Phasor fundamental = full.isSteady() || !hasFundamental
                                        ? fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase])
                                        : meanPower(voltage, current, full);
@@ -120,9 +121,11 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
         power.S[at] = (*rms.voltages)[at] * (*rms.currents)[at];
         power.N[at] = nonActive(power.S[at], power.P[at]);
         power.PF[at] = factorOf(power.P[at], power.S[at]);
-        power.P1[at] = hasFundamental ? fundamental.real() : nan;
-        power.Q1[at] = hasFundamental ? fundamental.imag() : nan;
-        power.S1[at] = hasFundamental ? std::abs(fundamental) : nan;
+        if (hasFundamental) {
+            power.P1[at] = fundamental.real();
+            power.Q1[at] = fundamental.imag();
+            power.S1[at] = std::abs(fundamental);
+        }
         power.DPF[at] = factorOf(power.P1[at], power.S1[at]);
         vectorSum += Phasor(power.P[at], std::copysign(power.N[at], power.Q1[at]));
     }
@@ -204,7 +207,7 @@ DerivedFigures derivedFigures(const FullMeasurement& full, const Fundamentals& f
         const auto& [total, a, b, c] = *figures.currents;
         figures.currentSum = {rmsOfSum(i[0], i[1], 1.0, &i[2]), std::max({a, b, c})};
     }
-    if (full.isSteady()) {
+    if (full.obstacleToComponents().empty()) {
         addAnglesAndComponents(figures, recorded, fundamentals);
     }
     return figures;

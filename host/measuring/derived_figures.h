@@ -15,7 +15,8 @@ using TotalAndPhases = std::array<double, 1 + phaseTotal>;
 /// Power by IEEE Std 1459-2010, from the samples without their means. By phase P is the mean of u i, S = U I,
 /// N = sqrt(S^2 - P^2), PF = P / S; P1, Q1 and S1 belong to the fundamental, Q1 positive when the current lags, and
 /// DPF = P1 / S1. In total P, P1 and Q1 are sums; S is the effective apparent power, N and PF belong to it; S1 is the
-/// magnitude of P1 + j Q1. When the signal is not steady, P1 + j Q1 by phase is the mean over the cycles.
+/// magnitude of P1 + j Q1. When the signal is not steady, P1 + j Q1 by phase is the mean over the cycles; in less than
+/// half a cycle it is NaN.
 struct PowerFigures {
     TotalAndPhases P, S, N, PF, P1, Q1, S1, DPF;  // W, VA, var
     double vectorS;                               // |sum of P + j sum of Q|, Q of a phase being N with the sign of Q1

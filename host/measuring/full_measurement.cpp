@@ -6,6 +6,7 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "base/failure.h"
@@ -116,28 +117,14 @@ void cutToWholeCycles(FullMeasurement& full) {
     }
 }
 
-std::string secondsOf(std::size_t samples, const Measurement& recorded) {
-    return formatFixed(static_cast<double>(samples) / recorded.rateHz, 3);
+/// The time of a sample, as --start counts it.
+std::string secondsOf(std::size_t sample, const Measurement& recorded) {
+    return formatFixed(recorded.settings.startSeconds + static_cast<double>(sample) / recorded.rateHz, 3);
 }
 
 /// "0.100-0.200 s"
 std::string rangeOf(std::size_t first, std::size_t count, const Measurement& recorded) {
     return secondsOf(first, recorded) + "-" + secondsOf(first + count, recorded) + " s";
-}
-
-/// What changes most and where; empty for a steady signal.
-std::string describeChange(const GridState& state, const Measurement& recorded) {
-    const LargestChange& change = state.steadiness.change;
-    if (state.steadiness.isSteady || state.channels.empty()) {
-        return {};
-    }
-    std::string text = "the signal is not steady: the fundamental of " +
-                       std::string(channelNames[state.channels[change.channel]]) + " changes by " +
-                       formatFixed(change.percent, 0) + " % in magnitude";
-    if (std::fabs(change.degrees) >= 1.0) {
-        text += " and " + formatFixed(change.degrees, 0) + " degrees in angle";
-    }
-    return text + " about " + secondsOf(change.sample, recorded) + " s after the start";
 }
 
 /// The change and the parts that are steady; empty for a steady signal.
@@ -198,16 +185,59 @@ std::optional<Candidate> mostFaulty(const std::vector<SteadyPart>& parts, const 
     return longest == candidates.end() ? std::nullopt : std::optional(*longest);
 }
 
+/// How the fundamentals of the cycles before a part differ from it.
+enum class Before { same, dead, different };
+
+/// Magnitudes within a tenth are the same. Channels are dead below a twentieth.
+Before signalBefore(const SteadyPart& part, const GridState& state, const Measurement& recorded) {
+    constexpr double sameShare = 0.1;
+    constexpr double deadShare = 0.05;
+    constexpr double leastShare = 0.2;  // of a channel's largest magnitude: below it changes count as at it
+    bool isSame = true;
+    bool isDead = true;
+    for (std::size_t i = 0; i < state.channels.size(); ++i) {
+        double largest = 0.0;
+        for (const SteadyPart& any : state.steadiness.parts) {
+            largest = std::max(largest, any.levels[i]);
+        }
+        const double reference = std::max(part.levels[i], leastShare * largest);
+        const auto samples = std::span(recorded.samples[state.channels[i]]).first(part.first);
+        const auto cycles = fundamentalTrace(samples, recorded.rateHz, state.frequencyHz);
+        isSame = isSame && std::all_of(cycles.begin(), cycles.end(), [&](const Phasor& cycle) {
+                     return std::fabs(std::abs(cycle) - part.levels[i]) <= sameShare * reference;
+                 });
+        isDead = isDead && (cycles.empty() || std::abs(cycles.front()) < deadShare * reference);
+    }
+    return isSame ? Before::same : isDead ? Before::dead : Before::different;
+}
+
+/// Also those that are too brief for a steady part.
+std::vector<SteadyPart> briefParts(const GridState& state, const Measurement& recorded) {
+    return state.steadiness.isSteady
+               ? std::vector<SteadyPart>()
+               : briefPartsOf(spansOf(recorded, state.channels), recorded.rateHz, state.frequencyHz);
+}
+
+/// The signal before the first change: the first steady part, unless that has another level than the cycles before it
+/// and these begin with a brief part.
+SteadyPart partBefore(const GridState& state, const Measurement& recorded) {
+    const SteadyPart& first = state.steadiness.parts.front();
+    if (signalBefore(first, state, recorded) == Before::different) {
+        const auto brief = briefParts(state, recorded);
+        if (!brief.empty() && brief.front().first == 0) {
+            return brief.front();
+        }
+    }
+    return first;
+}
+
 /// The part that looks most like a fault. A brief one counts when it does so clearly more than the steady ones.
 SteadyPart faultPart(const GridState& state, const Measurement& recorded, const std::string& source) {
     constexpr double leastMeasure = 0.5;
     constexpr double clearly = 1.5;
-    const SteadyPart& before = state.steadiness.parts.front();
+    const SteadyPart before = partBefore(state, recorded);
     auto best = mostFaulty(state.steadiness.parts, before, state.channels);
-    const auto brief = mostFaulty(
-        state.steadiness.isSteady ? std::vector<SteadyPart>()
-                                  : briefPartsOf(spansOf(recorded, state.channels), recorded.rateHz, state.frequencyHz),
-        before, state.channels);
+    const auto brief = mostFaulty(briefParts(state, recorded), before, state.channels);
     if (brief && (!best || brief->measure > clearly * best->measure)) {
         best = brief;
     }
@@ -218,7 +248,7 @@ SteadyPart faultPart(const GridState& state, const Measurement& recorded, const 
     return best->part;
 }
 
-/// The part that the user asks for: the first steady one, the longest, or the fault.
+/// The part that the user asks for: that before the first change, the longest, or the fault.
 SteadyPart partFor(const GridState& state, const Measurement& recorded, const std::string& source) {
     const auto& parts = state.steadiness.parts;
     if (parts.empty()) {
@@ -226,7 +256,7 @@ SteadyPart partFor(const GridState& state, const Measurement& recorded, const st
     }
     switch (recorded.settings.part) {
         case Part::preFault:
-            return parts.front();
+            return partBefore(state, recorded);
         case Part::fault:
             return faultPart(state, recorded, source);
         default:
@@ -251,49 +281,62 @@ void takeFrequency(FullMeasurement& full, const GridState& state) {
     full.frequencySource = sourceOf(state, full.asRecorded());
 }
 
-/// A part of less than four cycles is too short to measure its frequency, and to see whether it is steady.
-void takeBriefPart(FullMeasurement& full, const SteadyPart& part) {
-    const std::string range = rangeOf(part.first, part.count, full.asRecorded());
-    const double rate = full.asRecorded().rateHz;
-    const double cycles = static_cast<double>(part.count) / rate * full.frequencyHz;
+std::string warningOfBriefPart(const SteadyPart& part, const Measurement& recorded, double cycles) {
+    const bool isFault = recorded.settings.part == Part::fault;
+    return (isFault ? "the fault is steady for " : "the signal before its first change is steady for ") +
+           formatFixed(cycles, 1) + " cycles only, " + rangeOf(part.first, part.count, recorded) +
+           ": too short for its frequency, THD and harmonics" +
+           (isFault ? "; a decaying offset can be part of its RMS values and powers" : "");
+}
+
+std::string warningOfLatePart(const SteadyPart& part, const Measurement& recorded) {
+    return "the signal changes before the first steady part, " + rangeOf(part.first, part.count, recorded) +
+           ", and does not begin with a steady cycle: the figures can be those of a fault";
+}
+
+/// Cuts a part that the settings choose, with the frequency that it has. A fault of less than four cycles, and other
+/// parts of less than two, are too short to measure that.
+void takePart(FullMeasurement& full, const GridState& state, const SteadyPart& part) {
+    const Measurement& recorded = full.asRecorded();
+    const Part asked = recorded.settings.part;
+    const double rate = recorded.rateHz;
+    const double cycles = static_cast<double>(part.count) / rate * state.frequencyHz;
+    std::string warning;
+    if (!state.steadiness.isSteady && cycles < (asked == Part::fault ? 4.0 : 2.0)) {
+        warning = warningOfBriefPart(part, recorded, cycles);
+    } else {
+        if (const double frequency = frequencyIn(part, state, recorded); frequency > 0.0) {
+            full.frequencyHz = frequency;
+            full.isFrequencyMeasured = true;
+            full.frequencySource.clear();
+        }
+        if (asked == Part::preFault && signalBefore(part, state, recorded) == Before::different) {
+            warning = warningOfLatePart(part, recorded);
+        }
+    }
+    if (!warning.empty()) {
+        full.measurement.warnings.emplace_back(warning, topic::ofVoltage | topic::ofCurrent);
+    }
     cut(full, static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
-    full.measurement.warnings.emplace_back(
-        "the fault is steady for " + formatFixed(cycles, 1) + " cycles only, " + range +
-            ": too short for its frequency, THD and harmonics; a decaying offset can be "
-            "part of its RMS values and powers",
-        topic::ofVoltage | topic::ofCurrent);
 }
 
 /// Finds the fundamental, and cuts what the settings choose.
 FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
     const MeasurementSettings settings = full.asRecorded().settings;
     GridState state = gridStateOf(full.asRecorded(), full.measurement.nominalHz);
-    const auto choose = [&](double startSeconds, double durationSeconds) {
-        cut(full, startSeconds, durationSeconds);
-        state = gridStateOf(full.asRecorded(), state.frequencyHz);
-    };
     if (settings.durationCycles > 0.0) {
         if (!(state.frequencyHz > 0.0)) {
             failInput(recording.source + ": a length in cycles was asked for, but there is no fundamental");
         }
-        choose(0.0, settings.durationCycles / state.frequencyHz);
+        cut(full, 0.0, settings.durationCycles / state.frequencyHz);
+        state = gridStateOf(full.asRecorded(), state.frequencyHz);
     }
     takeFrequency(full, state);
-    if (settings.part != Part::all) {
-        const SteadyPart part = partFor(state, full.asRecorded(), recording.source);
-        const double rate = full.asRecorded().rateHz;
-        constexpr double fewestCycles = 4.0;
-        if (settings.part == Part::fault && static_cast<double>(part.count) * state.frequencyHz < fewestCycles * rate) {
-            takeBriefPart(full, part);
-            cutToWholeCycles(full);
-            return full;
-        }
-        choose(static_cast<double>(part.first) / rate, static_cast<double>(part.count) / rate);
-        takeFrequency(full, state);
-        cutToWholeCycles(full);  // it is steady
-        return full;
+    if (settings.part == Part::all) {
+        full.unsteadiness = describeUnsteadiness(state, full.asRecorded());
+    } else {
+        takePart(full, state, partFor(state, full.asRecorded(), recording.source));
     }
-    full.unsteadiness = describeUnsteadiness(state, full.asRecorded());
     cutToWholeCycles(full);
     return full;
 }
@@ -309,6 +352,14 @@ bool makePhases(Measurement& measurement) {
 }
 
 }  // namespace
+
+std::string FullMeasurement::obstacleToComponents() const {
+    constexpr double wholeCycle = 0.95;
+    if (!isSteady()) {
+        return "the signal is not steady";
+    }
+    return cyclesThere() < wholeCycle ? "this is less than one cycle" : "";
+}
 
 RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& settings) {
     RecordedPhases phases{makeMeasurement(recording, settings, RateMatters::no), false};
@@ -352,8 +403,18 @@ FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, doubl
     return window;
 }
 
-std::string changeIn(const Measurement& measurement) {
-    return describeChange(gridStateOf(measurement, measurement.nominalHz), measurement);
+std::string describeChange(const GridState& state, const Measurement& measurement) {
+    const LargestChange& change = state.steadiness.change;
+    if (state.steadiness.isSteady || state.channels.empty()) {
+        return {};
+    }
+    std::string text = "the signal is not steady: the fundamental of " +
+                       std::string(channelNames[state.channels[change.channel]]) + " changes by " +
+                       formatFixed(change.percent, 0) + " % in magnitude";
+    if (std::fabs(change.degrees) >= 1.0) {
+        text += " and " + formatFixed(change.degrees, 0) + " degrees in angle";
+    }
+    return text + " at about " + secondsOf(change.sample, measurement) + " s";
 }
 
 std::vector<double> lineVoltage(const Measurement& measurement, std::size_t phase) {

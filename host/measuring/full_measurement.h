@@ -25,6 +25,8 @@ struct FullMeasurement {
     /// The samples at their own rate, for statistics and waveforms.
     const Measurement& asRecorded() const { return notResampled ? *notResampled : measurement; }
     bool isSteady() const { return unsteadiness.empty(); }
+    /// Why there are no symmetrical components, angles and no verdict on the wiring; empty: there are.
+    std::string obstacleToComponents() const;
 
     /// Cycles of the fundamental, or of the nominal frequency where there is none.
     double cyclesThere() const {
@@ -49,7 +51,7 @@ RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& s
 FullMeasurement windowOf(const FullMeasurement& full, double startSeconds, double durationSeconds);
 
 /// What makes a signal unsteady, by how much and where; empty when it is steady.
-std::string changeIn(const Measurement& measurement);
+std::string describeChange(const GridState& state, const Measurement& measurement);
 
 /// The voltage between a phase and the next: ab, bc or ca.
 std::vector<double> lineVoltage(const Measurement& measurement, std::size_t phase);

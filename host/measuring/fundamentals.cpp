@@ -87,8 +87,8 @@ const SteadyPart* longestLivePart(const std::vector<SteadyPart>& parts, std::siz
 }
 
 /// The frequency of the leading channels in a part, found near `nearHz`; 0 for none.
-double frequencyIn(const SteadyPart& part, const Measurement& recorded, const std::vector<std::size_t>& leading,
-                   double nearHz) {
+double leadingFrequencyIn(const SteadyPart& part, const Measurement& recorded, const std::vector<std::size_t>& leading,
+                          double nearHz) {
     std::vector<std::optional<FundamentalFit>> fits;
     std::vector<double> frequencies;
     const LineSearch search(part.count);
@@ -152,34 +152,59 @@ std::vector<std::span<const double>> spansOf(const Measurement& recorded, const 
 
 namespace {
 
-/// Those of `channels` whose cycles have most of their variation in the fundamental; all where none has.
-std::vector<std::size_t> channelsWithFundamental(const Measurement& recorded, const std::vector<std::size_t>& channels,
-                                                 const PerChannel<double>& variations, double frequencyHz) {
-    std::vector<std::size_t> kept;
-    for (const std::size_t channel : channels) {
-        const auto trace = fundamentalTrace(recorded.samples[channel], recorded.rateHz, frequencyHz);
-        double square = 0.0;
-        for (const Phasor& cycle : trace) {
-            square += std::norm(cycle) / static_cast<double>(trace.size());
-        }
-        if (std::sqrt(square) >= leastFundamentalShare * variations[channel]) {
-            kept.push_back(channel);
+/// Whether the cycles of a channel have most of their variation in the fundamental. White noise has 2 / N of its own
+/// there, where N is the number of samples a cycle: so much of the rest is taken off.
+bool hasFundamental(std::span<const double> samples, double rateHz, double frequencyHz) {
+    const double samplesPerCycle = rateHz / frequencyHz;
+    const auto trace = fundamentalTrace(samples, rateHz, frequencyHz);
+    double ofFundamental = 0.0;
+    double ofAll = 0.0;
+    for (std::size_t cycle = 0; cycle < trace.size(); ++cycle) {
+        const auto first = static_cast<std::size_t>(static_cast<double>(cycle) * samplesPerCycle);
+        const double variation = rmsWithoutMean(
+            samples.subspan(first, std::min(samples.size() - first, static_cast<std::size_t>(samplesPerCycle))));
+        ofFundamental += std::norm(trace[cycle]);
+        ofAll += variation * variation;
+    }
+    const double noise = std::max(0.0, ofAll - ofFundamental) * 2.0 / samplesPerCycle;
+    return ofAll > 0.0 && ofFundamental - noise >= leastFundamentalShare * leastFundamentalShare * ofAll;
+}
+
+/// The steadiness of the channels with a fundamental. Empty channels: none has one at that frequency.
+GridState stateNear(double frequencyHz, const Measurement& recorded, const std::vector<std::size_t>& varying) {
+    GridState state{.frequencyHz = frequencyHz};
+    std::copy_if(varying.begin(), varying.end(), std::back_inserter(state.channels), [&](std::size_t channel) {
+        return hasFundamental(recorded.samples[channel], recorded.rateHz, frequencyHz);
+    });
+    state.steadiness = steadinessOf(spansOf(recorded, state.channels), recorded.rateHz, frequencyHz);
+    return state;
+}
+
+/// The strongest line of a record with a fault can be far from the grid's frequency, and a grid far from its nominal
+/// frequency: the one at which more of the record is steady counts. A short record does not show that.
+GridState stateNearNominalOrLine(double nominalHz, bool isShort, const Measurement& recorded,
+                                 const std::vector<std::size_t>& varying) {
+    GridState state = nominalHz > 0.0 ? stateNear(nominalHz, recorded, varying) : GridState{};
+    const double line = isShort ? 0.0 : commonFundamental(spansOf(recorded.samples), recorded.rateHz);
+    if (line > 0.0) {
+        GridState found = stateNear(line, recorded, varying);
+        if (state.frequencyHz == 0.0 || longestOf(found.steadiness.parts) > longestOf(state.steadiness.parts)) {
+            return found;
         }
     }
-    return kept.empty() ? channels : kept;
+    return state;
 }
 
 /// Measures the frequency in the longest live part; once more if the phasors, which do not turn at the frequency that
 /// is found, give another part.
-void measureFrequency(GridState& state, const Measurement& recorded) {
-    const auto leading = leadingChannels(state.channels);
+void measureFrequency(GridState& state, const Measurement& recorded, const std::vector<std::size_t>& leading) {
     const auto isKnown = [&state](const SteadyPart& part) {
         return state.source && part.first == state.source->first && part.count == state.source->count;
     };
     for (int pass = 0; pass < 2; ++pass) {
         const SteadyPart* const part = longestLivePart(state.steadiness.parts, leading.size());
         const double found =
-            part != nullptr && !isKnown(*part) ? frequencyIn(*part, recorded, leading, state.frequencyHz) : 0.0;
+            part != nullptr && !isKnown(*part) ? leadingFrequencyIn(*part, recorded, leading, state.frequencyHz) : 0.0;
         if (found > 0.0) {
             state.frequencyHz = found;
             state.source = *part;
@@ -189,26 +214,55 @@ void measureFrequency(GridState& state, const Measurement& recorded) {
     }
 }
 
+/// Of a record that is too short to see changes otherwise: the largest change of a magnitude from one cycle to the
+/// next.
+LargestChange changeOfCycles(const GridState& state, const Measurement& recorded,
+                             const std::vector<std::size_t>& leading) {
+    LargestChange change;
+    for (std::size_t i = 0; i < leading.size(); ++i) {
+        const auto cycles = fundamentalTrace(recorded.samples[leading[i]], recorded.rateHz, state.frequencyHz);
+        for (std::size_t k = 1; k < cycles.size(); ++k) {
+            const double before = std::abs(cycles[k - 1]);
+            const double after = std::abs(cycles[k]);
+            const double percent = 100.0 * (after - before) / std::max(before, after);
+            if (std::fabs(percent) > std::fabs(change.percent)) {
+                const double place = static_cast<double>(k) * recorded.rateHz / state.frequencyHz;
+                change = {i, static_cast<std::size_t>(place), percent, 0.0};
+            }
+        }
+    }
+    return change;
+}
+
 }  // namespace
 
 GridState gridStateOf(const Measurement& recorded, double nominalHz) {
-    const auto variations = variationsOf(recorded);
-    const auto varying = varyingChannels(variations);
-    GridState state;
-    // The strongest line of a record with a fault can be far from the grid's frequency, and a grid far from its nominal
-    // frequency: the one at which more of the record is steady counts.
-    for (const double start : {nominalHz, commonFundamental(spansOf(recorded.samples), recorded.rateHz)}) {
-        if (!(start > 0.0) || varying.empty()) {
-            continue;
-        }
-        const auto channels = channelsWithFundamental(recorded, varying, variations, start);
-        const Steadiness steadiness = steadinessOf(spansOf(recorded, channels), recorded.rateHz, start);
-        if (state.frequencyHz == 0.0 || longestOf(steadiness.parts) > longestOf(state.steadiness.parts)) {
-            state = {start, {}, steadiness, channels};
+    constexpr double fewestCycles = 4.0;  // in which steadinessOf() sees changes
+    const bool isShort = nominalHz > 0.0 && recorded.durationSeconds() * nominalHz < fewestCycles;
+    const auto varying = varyingChannels(variationsOf(recorded));
+    GridState state = varying.empty() ? GridState{} : stateNearNominalOrLine(nominalHz, isShort, recorded, varying);
+    if (state.frequencyHz == 0.0) {
+        return {};
+    }
+    const bool isNoise = state.channels.empty();  // which says nothing about steadiness
+    if (isNoise) {
+        state.channels = varying;
+        state.steadiness = {{{0, recorded.length, std::vector<double>(varying.size())}}, {}, true};
+    }
+    const double near = state.frequencyHz;
+    const auto leading = leadingChannels(state.channels);
+    measureFrequency(state, recorded, leading);
+    if (isShort && !isNoise) {
+        const LargestChange change = changeOfCycles(state, recorded, leading);
+        if (std::fabs(change.percent) > 100.0 * steadyShare) {
+            return {near, {}, {{}, change, false}, state.channels};
         }
     }
-    measureFrequency(state, recorded);
     return state;
+}
+
+double frequencyIn(const SteadyPart& part, const GridState& state, const Measurement& recorded) {
+    return leadingFrequencyIn(part, recorded, leadingChannels(state.channels), state.frequencyHz);
 }
 
 }  // namespace rt305

@@ -39,14 +39,17 @@ std::vector<std::span<const double>> spansOf(const Measurement& recorded, const 
 /// The frequency of a recording and how steady its channels are. The frequency is that of the longest steady part in
 /// which the voltages, or the currents alone, have a fifth of their largest fundamental or more.
 struct GridState {
-    double frequencyHz = 0.0;            // 0: there is none
-    std::optional<SteadyPart> source{};  // where it is measured; else it is `nominalHz` or that of a line
-    Steadiness steadiness;               // of the channels below
-    std::vector<std::size_t> channels;   // those with a fundamental
+    double frequencyHz = 0.0;             // 0: there is none
+    std::optional<SteadyPart> source{};   // where it is measured; else it is `nominalHz` or that of a line
+    Steadiness steadiness{};              // of the channels below
+    std::vector<std::size_t> channels{};  // those with a fundamental
 };
 
 /// Looks for the fundamental near `nominalHz`, unless that is 0, and near commonFundamental().
 GridState gridStateOf(const Measurement& recorded, double nominalHz);
+
+/// The frequency in a steady part of two cycles or more; 0 for none.
+double frequencyIn(const SteadyPart& part, const GridState& state, const Measurement& recorded);
 
 }  // namespace rt305
 

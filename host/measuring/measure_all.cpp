@@ -4,10 +4,12 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <string_view>
 
 #include "base/text.h"
 #include "measuring/measured_results.h"
 #include "measuring/power_methods.h"
+#include "measuring/thd_gate.h"
 #include "measuring/wiring.h"
 
 namespace rt305 {
@@ -50,20 +52,21 @@ bool isAsked(const PowerMethod& method, const Measurement& measurement) {
            (measurement.isCombined() && (measurement.isThreePhase() || method.givesPhases));
 }
 
-/// Why the harmonics of a channel rest on something else than its steady fundamental; empty when they do not.
-std::string doubtOn(std::size_t channel, double libraryHz, const FullMeasurement& full,
-                    const Fundamentals& fundamentals) {
-    constexpr double agreement = 0.01;
+/// Why no harmonics are those of a steady fundamental; empty when they can be.
+std::string doubtOnAll(const FullMeasurement& full) {
     constexpr double fewestCycles = 5.0;  // of which a pure sine reads 13 %
-    const double frequencyHz = fundamentals.frequencyHz;
     if (!full.isSteady()) {
         return "the signal is not steady";
     }
-    if (full.cyclesThere() < fewestCycles - 0.05) {
-        return formatFixed(full.cyclesThere(), 1) + " cycles are too few";
-    }
+    return full.cyclesThere() < fewestCycles - 0.05 ? formatFixed(full.cyclesThere(), 1) + " cycles are too few" : "";
+}
+
+/// Why the harmonics of a channel rest on something else than its fundamental; empty when they do not.
+std::string doubtOn(std::size_t channel, double libraryHz, const Fundamentals& fundamentals) {
+    constexpr double agreement = 0.01;
+    const double frequencyHz = fundamentals.frequencyHz;
     if (!fundamentals.hasSignal[channel]) {
-        return "there is hardly a fundamental";
+        return "there is hardly a steady fundamental";
     }
     if (libraryHz > 0.0 && !(std::fabs(libraryHz - frequencyHz) <= agreement * frequencyHz)) {
         return "the library found a fundamental of " + formatFixed(libraryHz, 2) + " Hz, but it is at " +
@@ -72,23 +75,8 @@ std::string doubtOn(std::size_t channel, double libraryHz, const FullMeasurement
     return {};
 }
 
-/// Finds the channels whose harmonics are in doubt, and removes those.
-void removeDoubtfulHarmonics(FullResults& results, const FullMeasurement& full) {
-    for (auto& kind : results.harmonics) {
-        for (std::size_t phase = 0; phase < kind.channels.size(); ++phase) {
-            Harmonics& harmonics = kind.channels[phase];
-            const std::size_t channel = phase + (kind.areCurrents ? phaseTotal : 0);
-            const double libraryHz = harmonics.frequencies.empty() ? 0.0 : harmonics.frequencies[0];
-            results.distortionDoubts[channel] = doubtOn(channel, libraryHz, full, results.fundamentals);
-            if (!results.distortionDoubts[channel].empty()) {
-                std::fill(harmonics.levels.begin(), harmonics.levels.end(), std::numeric_limits<double>::quiet_NaN());
-            }
-        }
-    }
-}
-
 /// The harmonics that the library gives, from what lies at their frequencies alone, of the channels without doubts.
-PerChannel<std::vector<double>> plainHarmonicsOf(const FullMeasurement& full, const PerChannel<std::string>& doubts) {
+PerChannel<std::vector<double>> plainHarmonicsOf(const FullMeasurement& full, const DistortionDoubts& doubts) {
     constexpr std::size_t orders = 50;
     const Measurement& recorded = full.asRecorded();
     std::vector<std::size_t> channels;
@@ -109,7 +97,47 @@ PerChannel<std::vector<double>> plainHarmonicsOf(const FullMeasurement& full, co
     return harmonics;
 }
 
+void removeParameter(std::string_view name, Parameters& parameters) {
+    for (NamedValue& parameter : parameters) {
+        if (parameter.name == name) {
+            parameter.value = std::numeric_limits<double>::quiet_NaN();
+        }
+    }
+}
+
 }  // namespace
+
+DistortionDoubts removeDoubtful(std::vector<KindResults<Harmonics>>& kinds, const Fundamentals& fundamentals,
+                                const std::string& onAll) {
+    DistortionDoubts doubts{};
+    for (auto& kind : kinds) {
+        for (std::size_t phase = 0; phase < kind.channels.size(); ++phase) {
+            Harmonics& harmonics = kind.channels[phase];
+            const std::size_t channel = phase + (kind.areCurrents ? phaseTotal : 0);
+            const double libraryHz = harmonics.frequencies.empty() ? 0.0 : harmonics.frequencies[0];
+            doubts[channel] = onAll.empty() ? doubtOn(channel, libraryHz, fundamentals) : onAll;
+            if (!doubts[channel].empty()) {
+                removeFrom(harmonics, 0);
+            }
+        }
+    }
+    return doubts;
+}
+
+Parameters withoutDoubtful(Parameters parameters, const DistortionDoubts& doubts, bool hasVoltages) {
+    static constexpr std::string_view frequencies[] = {"Fa", "Fb", "Fc"};
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (doubts[channel].empty()) {
+            continue;
+        }
+        const std::size_t phase = channel % phaseTotal;
+        removeParameter(thdSets[channel / phaseTotal].parameters[phase], parameters);
+        if (isCurrent(channel) != hasVoltages) {
+            removeParameter(frequencies[phase], parameters);
+        }
+    }
+    return parameters;
+}
 
 FullResults measureAll(const FullMeasurement& full, const Library& library, Shown shown) {
     const Measurement& measurement = full.measurement;
@@ -133,7 +161,7 @@ FullResults measureAll(const FullMeasurement& full, const Library& library, Show
                                           shown == Shown::texts ? SignalTexts::wanted : SignalTexts::notWanted);
     }
     results.fundamentals = fundamentalsOf(full.asRecorded(), full.frequencyHz, full.frequencySource.empty());
-    removeDoubtfulHarmonics(results, full);
+    results.distortionDoubts = removeDoubtful(results.harmonics, results.fundamentals, doubtOnAll(full));
     results.derived = derivedFigures(full, results.fundamentals);
     if (shown == Shown::everything) {
         results.plainHarmonics = plainHarmonicsOf(full, results.distortionDoubts);

@@ -23,6 +23,18 @@ enum class Shown {
     texts     // of the library
 };
 
+/// Why the harmonics, THD and library's frequency of each channel are not to be trusted; empty where they are.
+using DistortionDoubts = PerChannel<std::string>;
+
+/// Removes the harmonics of channels that have hardly a fundamental or whose fundamental the library did not find, or
+/// of all when there is a doubt on all.
+DistortionDoubts removeDoubtful(std::vector<KindResults<Harmonics>>& kinds, const Fundamentals& fundamentals,
+                                const std::string& onAll = {});
+
+/// The parameters without THD and frequency of those channels. Frequencies are those of the voltages, or of currents
+/// alone.
+Parameters withoutDoubtful(Parameters parameters, const DistortionDoubts& doubts, bool hasVoltages);
+
 /// Everything that the library and the tool find in one measurement.
 struct FullResults {
     std::string libraryVersion;
@@ -35,8 +47,7 @@ struct FullResults {
     double spectraSeconds = 0.0;
     Fundamentals fundamentals{};
     DerivedFigures derived{};
-    PerChannel<std::string>
-        distortionDoubts{};  // why the harmonics and THD of a channel are not to be trusted; or empty
+    DistortionDoubts distortionDoubts{};
     PerChannel<std::vector<double>> plainHarmonics{};  // by the tool, in % of the fundamental; empty where in doubt
     std::vector<Remark> wiring{};                      // the verdict, in sentences
 };

@@ -180,9 +180,14 @@ std::vector<KindResults<Spectrum>> measuredSpectra(ResultTexts texts, const Meas
 
 std::vector<KindResults<Harmonics>> measuredHarmonics(ResultTexts texts, const Measurement& measurement) {
     auto kinds = measuredKinds(std::move(texts), measurement, readHarmonics);
+    const double highestHz = measurement.highestHz();
     for (auto& kind : kinds) {
         for (Harmonics& channel : kind.channels) {
-            scale(channel.frequencies, measurement.frequencyScale());
+            auto& frequencies = channel.frequencies;
+            scale(frequencies, measurement.frequencyScale());
+            const auto above = std::find_if(frequencies.begin(), frequencies.end(),
+                                            [highestHz](double frequency) { return frequency > highestHz; });
+            removeFrom(channel, static_cast<std::size_t>(above - frequencies.begin()));
         }
     }
     return kinds;

@@ -124,8 +124,8 @@ std::string describeResampling(const Measurement& measurement) {
                        formatNumber(measurement.rateHz) + " Hz, as the library needs 200 samples a cycle of " +
                        textOfNominal(measurement.nominalHz);
     if (measurement.recordedRateHz < measurement.rateHz) {
-        text += "; the recording contains no harmonics above " +
-                formatNumber(std::floor(measurement.recordedRateHz * resampledBandwidth / 2.0)) + " Hz";
+        text +=
+            "; the recording contains no harmonics above " + formatNumber(std::floor(measurement.highestHz())) + " Hz";
     }
     return text;
 }
@@ -137,10 +137,11 @@ void warnOfGaps(Measurement& measurement) {
         const auto first = std::find_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
         if (first != samples.end()) {
             const std::string name(channelNames[channel]);
-            const double seconds = static_cast<double>(first - samples.begin()) / measurement.rateHz;
+            const double seconds =
+                measurement.settings.startSeconds + static_cast<double>(first - samples.begin()) / measurement.rateHz;
             const std::size_t missing = countMissing(samples);
             std::string warning = counted(missing, "sample") + " of " + name;
-            warning.append(missing == 1 ? " is" : " are").append(" missing, the first after ");
+            warning.append(missing == 1 ? " is" : " are").append(" missing, the first at ");
             warning.append(formatNumber(seconds))
                 .append(" s, in gaps too long to interpolate: values with ")
                 .append(name);
@@ -169,6 +170,21 @@ ChannelSpans samplesOf(const ChosenPart& chosen) {
     return part;
 }
 
+/// The fundamental of the part, in Hz; of the whole segment where the part has less than ten cycles of that. 0 for
+/// none.
+double fundamentalOf(const ChosenPart& chosen) {
+    constexpr double enoughCycles = 10.0;
+    constexpr double lowestHz = 50.0 / 3.0;  // of a standard grid
+    const Measurement& measurement = chosen.measurement;
+    const double ofPart = commonFundamental(samplesOf(chosen), measurement.recordedRateHz);
+    const double seconds = static_cast<double>(chosen.count) / measurement.recordedRateHz;
+    if (chosen.count == measurement.length || seconds * lowestHz >= enoughCycles) {
+        return ofPart;
+    }
+    const double ofSegment = commonFundamental(spansOf(measurement.samples), measurement.recordedRateHz);
+    return ofSegment > 0.0 && seconds * ofSegment < enoughCycles ? ofSegment : ofPart;
+}
+
 /// The user's nominal frequency, else the file's, else one by the fundamental, the latter if a grid can have them;
 /// otherwise 50 Hz.
 double chooseNominal(const ChosenPart& chosen, const Recording& recording) {
@@ -179,8 +195,7 @@ double chooseNominal(const ChosenPart& chosen, const Recording& recording) {
     if (ofGrids.contains(recording.nominalHz)) {
         return recording.nominalHz;
     }
-    const double measured =
-        nominalFrequencyFor(commonFundamental(samplesOf(chosen), chosen.measurement.recordedRateHz));
+    const double measured = nominalFrequencyFor(fundamentalOf(chosen));
     return ofGrids.contains(measured) ? measured : libraryNominalHz;
 }
 
@@ -286,6 +301,11 @@ std::string FrequencyWindow::text() const {
 
 bool Measurement::isAtWantedRate() const {
     return std::fabs(rateHz - wantedRateHz()) <= 1e-4 * wantedRateHz();
+}
+
+double Measurement::highestHz() const {
+    const double lower = std::min(recordedRateHz, rateHz);
+    return lower / 2.0 * (rateHz == recordedRateHz ? 1.0 : resampledBandwidth);
 }
 
 double Measurement::frequencyScale() const {

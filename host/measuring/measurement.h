@@ -99,6 +99,9 @@ struct Measurement {
     double wantedRateHz() const { return libraryRateHz / libraryNominalHz * nominalHz; }
     bool isAtWantedRate() const;
 
+    /// The highest frequency that the samples contain, also before they were resampled.
+    double highestHz() const;
+
     /// Real hertz for a hertz of the library.
     double frequencyScale() const;
     FrequencyWindow window() const;  // in real hertz

@@ -137,6 +137,13 @@ std::vector<Harmonics> readHarmonics(const std::string& text) {
     });
 }
 
+void removeFrom(Harmonics& harmonics, std::size_t first) {
+    for (std::vector<double>* const values : {&harmonics.frequencies, &harmonics.levels}) {
+        const auto begin = values->begin() + static_cast<std::ptrdiff_t>(std::min(first, values->size()));
+        std::fill(begin, values->end(), std::numeric_limits<double>::quiet_NaN());
+    }
+}
+
 NamedValue parameterNamed(const Parameters& parameters, std::string_view name) {
     const auto found = std::find_if(parameters.begin(), parameters.end(),
                                     [name](const NamedValue& parameter) { return parameter.name == name; });

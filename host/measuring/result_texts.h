@@ -59,6 +59,9 @@ struct KindResults {
     std::vector<Channel> channels;
 };
 
+/// Makes the harmonics from an order on missing, `first` being that less one.
+void removeFrom(Harmonics& harmonics, std::size_t first);
+
 /// The parameter of that name; NaN without a unit when there is none.
 NamedValue parameterNamed(const Parameters& parameters, std::string_view name);
 

@@ -126,8 +126,8 @@ std::vector<std::string> lineVoltagesAmong(const Phasors& voltages) {
 
 /// Empty when there is none.
 std::string reasonNotToJudge(const FullMeasurement& full, const Fundamentals& fundamentals) {
-    if (!full.isSteady()) {
-        return ", because the signal is not steady";
+    if (const std::string obstacle = full.obstacleToComponents(); !obstacle.empty()) {
+        return ", because " + obstacle;
     }
     if (full.asRecorded().settings.part == Part::fault) {
         return " in a fault";

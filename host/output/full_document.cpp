@@ -263,54 +263,6 @@ ResultTable derivedTable(const FullMeasurement& full, const FullResults& results
     return table;
 }
 
-void removeParameter(std::string_view name, Parameters& parameters) {
-    for (NamedValue& parameter : parameters) {
-        if (parameter.name == name) {
-            parameter.value = std::numeric_limits<double>::quiet_NaN();
-        }
-    }
-}
-
-/// The parameters without THD and frequency of channels whose harmonics are in doubt. Frequencies are those of the
-/// voltages, or of currents alone.
-Parameters withoutDoubtful(Parameters parameters, const PerChannel<std::string>& doubts, bool hasVoltages) {
-    static constexpr std::string_view frequencies[] = {"Fa", "Fb", "Fc"};
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (doubts[channel].empty()) {
-            continue;
-        }
-        const std::size_t phase = channel % phaseTotal;
-        removeParameter(thdSets[channel / phaseTotal].parameters[phase], parameters);
-        if (isCurrent(channel) != hasVoltages) {
-            removeParameter(frequencies[phase], parameters);
-        }
-    }
-    return parameters;
-}
-
-/// One sentence for each reason why harmonics are not shown.
-std::vector<Remark> remarksOnDoubts(const PerChannel<std::string>& doubts) {
-    std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        if (doubts[channel].empty()) {
-            continue;
-        }
-        auto known = std::find_if(byReason.begin(), byReason.end(),
-                                  [&](const auto& entry) { return entry.first == doubts[channel]; });
-        if (known == byReason.end()) {
-            known = byReason.insert(byReason.end(), {doubts[channel], {}});
-        }
-        known->second.emplace_back(channelNames[channel]);
-    }
-    std::vector<Remark> remarks;
-    std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {
-        return Remark("THD, harmonics and frequency by the library not shown for " + joined(entry.second) + ": " +
-                          entry.first + ".",
-                      topic::library);
-    });
-    return remarks;
-}
-
 /// Where the library's harmonics, which count all that lies around them, differ from those alone.
 std::string remarkOnNoise(const FullResults& results) {
     constexpr double agreement = 0.2;  // percentage points
@@ -386,8 +338,8 @@ void addParameters(const FullMeasurement& full, const FullResults& results, Resu
     }
 }
 
-/// Which samples are measured.
-Remark describeSamples(const FullMeasurement& full) {
+/// Which samples are measured. `frequencyHz` is that of the fundamental in them.
+Remark describeSamples(const FullMeasurement& full, double frequencyHz) {
     const Measurement& recorded = full.asRecorded();
     const double start = recorded.settings.startSeconds;
     const std::string range = counted(recorded.length, "sample") + " at " + formatNumber(recorded.rateHz, 9) +
@@ -403,7 +355,7 @@ Remark describeSamples(const FullMeasurement& full) {
             isPart ? topic::voltage | topic::current | topic::power : 0U};
     }
     return "Measured: " + std::to_string(full.cycles) + (full.cycles == 1 ? " cycle" : " whole cycles") + " of " +
-           formatFixed(full.frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
+           formatFixed(frequencyHz, 4) + " Hz, " + range + "; --all-samples takes all.";
 }
 
 constexpr const char* phaseColumns[] = {"total", "a", "b", "c"};
@@ -460,7 +412,7 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
     if (!full.isSteady()) {
         document.warnings.emplace_back(full.unsteadiness, topic::voltage | topic::current | topic::power);
     }
-    document.remarks.push_back(describeSamples(full));
+    document.remarks.push_back(describeSamples(full, results.fundamentals.frequencyHz));
     constexpr double nominalTolerance = 0.1;
     if (full.isFrequencyMeasured &&
         std::fabs(full.frequencyHz - measurement.nominalHz) > nominalTolerance * measurement.nominalHz) {
@@ -473,11 +425,11 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
         document.remarks.emplace_back("Frequency: " + full.frequencySource + ".",
                                       topic::frequency | topic::reactivePower);
     }
-    if (!full.isSteady()) {
-        document.remarks.emplace_back(
-            "Symmetrical components and angles not shown, and P1 and Q1 are means over the cycles: the signal is not "
-            "steady.",
-            topic::reactivePower | topic::unbalance);
+    if (const std::string obstacle = full.obstacleToComponents(); !obstacle.empty()) {
+        document.remarks.emplace_back(std::string("Symmetrical components and angles not shown") +
+                                          (full.isSteady() ? "" : ", and P1 and Q1 are means over the cycles") + ": " +
+                                          obstacle + ".",
+                                      full.isSteady() ? topic::unbalance : topic::reactivePower | topic::unbalance);
     }
     for (const Remark& remark : remarksOnDoubts(results.distortionDoubts)) {
         document.remarks.push_back(remark);

@@ -93,7 +93,7 @@ std::string hintOn(const MissingThd& missing) {
 
 /// Adds a remark when THD of the set is missing and the reason is not in `doubts`, and returns the reason.
 std::string explainThd(const ThdSet& set, const Parameters& parameters, const Measurement& measurement,
-                       const PerChannel<std::string>& doubts, std::vector<Remark>& remarks) {
+                       const DistortionDoubts& doubts, std::vector<Remark>& remarks) {
     const MissingThd missing = missingThd(set, parameters, measurement);
     if (missing.phases.empty()) {
         return "";
@@ -175,16 +175,39 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra) {
     return differences.empty() ? "" : "the texts are the library's own: " + joined(differences);
 }
 
-std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement) {
+std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts) {
+    std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        if (doubts[channel].empty()) {
+            continue;
+        }
+        auto known = std::find_if(byReason.begin(), byReason.end(),
+                                  [&](const auto& entry) { return entry.first == doubts[channel]; });
+        if (known == byReason.end()) {
+            known = byReason.insert(byReason.end(), {doubts[channel], {}});
+        }
+        known->second.emplace_back(channelNames[channel]);
+    }
+    std::vector<Remark> remarks;
+    std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {
+        return Remark("THD, harmonics and frequency by the library not shown for " + joined(entry.second) + ": " +
+                          entry.first + ".",
+                      topic::library);
+    });
+    return remarks;
+}
+
+std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement,
+                                        const DistortionDoubts& doubts) {
     std::vector<Remark> remarks;
     for (const ThdSet& set : thdSets) {
-        explainThd(set, parameters, measurement, {}, remarks);
+        explainThd(set, parameters, measurement, doubts, remarks);
     }
     return remarks;
 }
 
 std::vector<Remark> remarksOn(const Parameters& parameters, const Measurement& measurement, double cycles,
-                              std::uint32_t powerFlag, const PerChannel<std::string>& doubts) {
+                              std::uint32_t powerFlag, const DistortionDoubts& doubts) {
     std::vector<Remark> remarks;
     std::string thdReason;
     for (const ThdSet& set : thdSets) {

@@ -15,8 +15,6 @@ namespace {
 
 using Cells = decltype(SummaryRow::figures);
 
-constexpr const char* notSteady = "the signal is not steady";
-
 /// Figures of the phases that are measured.
 Cells byPhase(const PerPhase<double>& values, const Measurement& measurement, std::size_t firstChannel) {
     Cells figures{};
@@ -88,7 +86,7 @@ SummaryRow thdRow(const Measurement& recorded, const FullResults& results, const
     return row;
 }
 
-/// Two rows; one with the reason when the signal is not steady.
+/// Two rows; one with the reason when there is none.
 void addUnbalance(std::vector<SummaryRow>& rows, const FullMeasurement& full, const std::optional<Unbalance>& unbalance,
                   bool ofCurrents) {
     const std::string name = ofCurrents ? "Unbalance of current " : "Unbalance of voltage ";
@@ -96,7 +94,8 @@ void addUnbalance(std::vector<SummaryRow>& rows, const FullMeasurement& full, co
     SummaryRow row{ofCurrents ? "i2" : "u2", name + letter + "2/" + letter + "1", "%", 2,
                    ofCurrents ? topic::currentUnbalance : topic::voltageUnbalance};
     row.figures[0] = unbalance ? unbalance->negativePercent : std::numeric_limits<double>::quiet_NaN();
-    row.reasons[0] = unbalance ? "" : full.isSteady() ? "there is hardly a fundamental" : notSteady;
+    const std::string obstacle = full.obstacleToComponents();
+    row.reasons[0] = unbalance ? "" : obstacle.empty() ? "there is hardly a fundamental" : obstacle;
     rows.push_back(row);
     if (unbalance && (ofCurrents || !full.fromLineVoltages)) {
         row.key = ofCurrents ? "i0" : "u0";

@@ -88,7 +88,7 @@ std::vector<std::vector<std::string>> phasorRows(const Measurement& recorded, co
 /// Nothing without a steady fundamental.
 std::string phasorFigure(const FullMeasurement& full, const Fundamentals& fundamentals) {
     const auto rows = phasorRows(full.asRecorded(), fundamentals);
-    if (fundamentals.frequencyHz == 0.0 || !full.isSteady() || rows.size() == 1) {
+    if (fundamentals.frequencyHz == 0.0 || !full.obstacleToComponents().empty() || rows.size() == 1) {
         return {};
     }
     return figure(phasorDiagram(fundamentals),

@@ -68,12 +68,26 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
          "derived/Q1/c = 0 ~ 5; derived/frequency/a = -; 2.0 cycles are too few"},
         {"generate | rt305 measure --part fault -", "no fault to tell from it", 3},
         {"generate --duration 0.018 --angle 60 | measure -",
-         "less than one cycle; derived/frequency = - - -; derived/P1/a = 575; derived/voltage_unbalance_u2 = 0"},
+         "less than one cycle; derived/frequency = - - -; derived/P1/a = 575; not shown: this is less; !unbalance; "
+         "Wiring: not judged"},
         {"generate | cut -d, -f1-4 > u.csv; generate --noise 900 | cut -d, -f5-7 | paste -d, u.csv - | measure -",
-         "for Ia, Ib and Ic: there is hardly a fundamental; parameters/thd_voltage/a = 0; Wiring: nothing odd; "
+         "for Ia, Ib and Ic: there is hardly a steady fundamental; parameters/thd_voltage/a = 0; Wiring: nothing odd; "
          "derived/current_lag = - - -; !I0"},
         {"rt305 distortion dropout.csv", "not steady: the fundamental of Ia; can be wrong"},
+        {"generate --dropout Ia:1000:9000 | rt305 distortion -", "not shown for Ia: there is"},
+        {"rt305 spectrum dropout.csv", "not steady: the fundamental of Ia; all 10000 samples, 50.00 cycles"},
         {"measure --part pre-fault dropout.csv", "derived/I/a = 5; 20 whole cycles"},
+        {"measure --start 0.1 dropout.csv", "at about 0.4; steady are 0.100-0.4; longest steady part, 0.6"},
+        {"measure --start 0.37 --part pre-fault fault.csv",
+         "first change is steady for 1.; from 0.3700 s to 0.3900 s; derived/I/c = 5 ~ 0.01; derived/U/c = 230"},
+        {"rt305 measure --start 0.39 --part pre-fault fault.csv", "does not begin with a steady cycle"},
+        {"generate --rate 1000 --noise 450 | cut -d, -f1-4 > n.csv; generate --rate 1000 --dropout Ia:400:200 | "
+         "cut -d, -f5-7 | paste -d, n.csv - | measure -",
+         "not steady: the fundamental of Ia"},
+        {"generate --duration 0.04 | awk -F, 'BEGIN {OFS = FS} NR > 201 {$2 *= .5; $3 *= .5; $4 *= .5; $5 *= 3} 1' | "
+         "measure -",
+         "fundamental of Ua changes by -50 % in magnitude at about 0.0; no part; !unbalance"},
+        {"measure n.csv", "!not steady; hardly a steady fundamental"},
         {"measure --part longest-steady dropout.csv", "nothing odd; measured/samples = 4000 ~ 150"},
         {"generate --factors Ic=0 | measure -",
          "derived/sum_of_currents/total = 5; derived/current_unbalance_i0/total = 50; derived/current_lag = 0 0 -"},
@@ -107,8 +121,9 @@ TEST(Measure, APartOfASegment) {
         {"rt305 signals --segment 3 two.csv", "segment 3", 3},
         {"rt305 signals --segment 2 --start 2 --duration 3 two.csv", "the part from 2 s", 3},
         {"rt305 signals --segment 2 --start 4 two.csv", "the part from 4 s", 3},
+        {"generate --frequency 60 | rt305 measure --start 0.3 --duration 12ms -", "a cycle at 60 Hz", 3},
         {"generate --rate 2000 | sed '621,629s/,[^,]*/,/' | signals --start 0.305 --duration 0.02 -",
-         "9 samples of Ua are missing; 0.0045 s; signals_u/rms/Ua = -; signals_u/rms/Ub = 230"},
+         "9 samples of Ua are missing; 0.3095 s; signals_u/rms/Ua = -; signals_u/rms/Ub = 230"},
         {"generate --harmonic-u 5:4 --offsets Ua=2,Ib=-0.2 | sed '100,107s/,[^,]*/,/; 300s/,[^,]*/,/' | measure -",
          "interpolated: 9 of Ua; parameters/thd_voltage = 4 4 4 ~ 0.01; derived/voltage_offset/a = 2 ~ 0.001; "
          "derived/current_offset/b = -0.2"},
@@ -166,6 +181,8 @@ TEST(Measure, ResamplesUnlessToldOtherwise) {
         {"generate --rate 4000 --harmonic-u 5:3 | params --power three-wattmeter-complex -",
          "resampled from 4000 Hz; 1820 Hz; parameters/phase_voltage/a = 230.103; parameters/thd_voltage/b = 3 ~ 0.001; "
          "parameters/active_power/total = 3450"},
+        {"generate --rate 1000 --frequency 50.1 | rt305 distortion --json-lines -",
+         "harmonics/8/level = -120 ~ 60; harmonics/9/level = -; harmonics/9/frequency = -"},
         {"generate --rate 10000.5 | rt305 params -", "!resampled"},
         {"generate --duration 0.3 --rate 8000 | cut -d, -f1-4 | signals -", "measured/samples = 2400; !resampled"},
         {"generate --rate 50000 --frequency 60 | params --no-resample -",
