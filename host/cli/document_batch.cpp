@@ -9,6 +9,7 @@
 #include "cli/batch.h"
 #include "cli/file_batch.h"
 #include "cli/messages.h"
+#include "cli/open_file.h"
 #include "cli/process.h"
 #include "cli/recording_names.h"
 #include "cli/result_folder.h"
@@ -133,6 +134,16 @@ private:
     std::optional<ResultFolder> folder_{};
 };
 
+/// What failed, and of a folder that could not be read what is in it.
+std::vector<std::string> filesToRetry(const std::string& folder, const std::string& command) {
+    std::vector<std::string> files;
+    for (const std::string& failed : failedFilesIn(folder, command)) {
+        const auto some = isFolder(failed) ? recordingsNamed(failed) : std::vector{failed};
+        files.insert(files.end(), some.begin(), some.end());
+    }
+    return files;
+}
+
 }  // namespace
 
 Recording DocumentRun::read() {
@@ -180,7 +191,7 @@ void prepareFiles(DocumentOptions& options, const std::string& command) {
         failUsage("--retry-failed takes the files from the manifest in the folder; give no FILE");
     }
     options.files =
-        options.retriesFailed ? failedFilesIn(options.outputFolder, command) : recordingsNamed(options.files);
+        options.retriesFailed ? filesToRetry(options.outputFolder, command) : recordingsNamed(options.files);
     form = options.outputFolder.empty() ? form : OutputForm::jsonLines;
 }
 

@@ -28,7 +28,12 @@ TEST(Batch, AFailingFileStopsNoOther) {
         {"mkdir -p closed/b; for name in a b/x c; do cp 100.csv closed/$name.csv; done; chmod 0 closed/b; " +
              withoutRights + "measure --json-lines closed 'closed/*/x.csv' 2>&-" + phaseVoltages,
          "100 error 3 100 error 3 "},
-        {withoutRights + "report 100.csv -o closed/b/x.html", "rt305: closed/b/x.html: Permission denied", 5},
+        {withoutRights +
+             "measure --output-folder opened closed 2>&-; chmod 755 closed/b; rt305 measure --output-folder "
+             "opened --retry-failed; ls opened",
+         "a-; c-; x-"},
+        {"chmod 0 closed/b; " + withoutRights + "report 100.csv -o closed/b/x.html",
+         "rt305: closed/b/x.html: Permission denied", 5},
         {"rm -r closed; rt305 measure $sample > /dev/full", "cannot write to stdout: No space left on device", 5},
     });
 }
