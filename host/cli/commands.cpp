@@ -196,7 +196,8 @@ void showHarmonics(const MeasureOptions& options) {
         removeDoubtful(harmonics, fundamentalsOf(measurement, result.state.frequencyHz, true));
     result.document.tables.push_back(distortionTable(withoutDoubtful(parameters, doubts, measurement.hasVoltages())));
     result.document.remarks.emplace_back("0 dB is 1 V or 1 A RMS; % is of the fundamental.");
-    for (const auto& remarks : {remarksOnDoubts(doubts), remarksOnDistortion(parameters, measurement, doubts)}) {
+    for (const auto& remarks :
+         {remarksOnDoubts(doubts, measurement), remarksOnDistortion(parameters, measurement, doubts)}) {
         result.document.remarks.insert(result.document.remarks.end(), remarks.begin(), remarks.end());
     }
     showKinds(options, result.document, std::move(harmonics), "harmonics", harmonicTable);

@@ -409,7 +409,7 @@ std::string describeChange(const GridState& state, const Measurement& measuremen
         return {};
     }
     std::string text = "the signal is not steady: the fundamental of " +
-                       std::string(channelNames[state.channels[change.channel]]) + " changes by " +
+                       std::string(measurement.nameOf(state.channels[change.channel])) + " changes by " +
                        formatFixed(change.percent, 0) + " % in magnitude";
     if (std::fabs(change.degrees) >= 1.0) {
         text += " and " + formatFixed(change.degrees, 0) + " degrees in angle";

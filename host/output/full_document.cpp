@@ -431,7 +431,7 @@ ResultDocument fullDocument(const Recording& recording, const FullMeasurement& f
                                           obstacle + ".",
                                       full.isSteady() ? topic::unbalance : topic::reactivePower | topic::unbalance);
     }
-    for (const Remark& remark : remarksOnDoubts(results.distortionDoubts)) {
+    for (const Remark& remark : remarksOnDoubts(results.distortionDoubts, measurement)) {
         document.remarks.push_back(remark);
     }
     for (const Remark& verdict : results.wiring) {

@@ -175,7 +175,7 @@ std::string remarkOnTexts(const Measurement& measurement, bool areSpectra) {
     return differences.empty() ? "" : "the texts are the library's own: " + joined(differences);
 }
 
-std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts) {
+std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts, const Measurement& measurement) {
     std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         if (doubts[channel].empty()) {
@@ -186,7 +186,7 @@ std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts) {
         if (known == byReason.end()) {
             known = byReason.insert(byReason.end(), {doubts[channel], {}});
         }
-        known->second.emplace_back(channelNames[channel]);
+        known->second.emplace_back(measurement.nameOf(channel));
     }
     std::vector<Remark> remarks;
     std::transform(byReason.begin(), byReason.end(), std::back_inserter(remarks), [](const auto& entry) {

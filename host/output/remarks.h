@@ -17,7 +17,7 @@ std::string remarkOnLength(const Measurement& measurement, double cycles);
 std::string remarkOnTexts(const Measurement& measurement, bool areSpectra);
 
 /// One sentence for each reason why harmonics are not shown.
-std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts);
+std::vector<Remark> remarksOnDoubts(const DistortionDoubts& doubts, const Measurement& measurement);
 
 /// Why THD is missing for other reasons than these: one sentence for each set of channels.
 std::vector<Remark> remarksOnDistortion(const Parameters& parameters, const Measurement& measurement,

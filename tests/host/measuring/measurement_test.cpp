@@ -74,7 +74,9 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
          "for Ia, Ib and Ic: there is hardly a steady fundamental; parameters/thd_voltage/a = 0; Wiring: nothing odd; "
          "derived/current_lag = - - -; !I0"},
         {"rt305 distortion dropout.csv", "not steady: the fundamental of Ia; can be wrong"},
-        {"generate --dropout Ia:1000:9000 | rt305 distortion -", "not shown for Ia: there is"},
+        {"generate --dropout Ua:1000:9000 | sed '1s/U./U_&/; 1s/U_Ua/Uab/; 1s/Ub/Ubc/; 1s/Uc/Uca/' | rt305 distortion "
+         "-",
+         "the fundamental of Uab; not shown for Uab: there is"},
         {"rt305 spectrum dropout.csv", "not steady: the fundamental of Ia; all 10000 samples, 50.00 cycles"},
         {"measure --part pre-fault dropout.csv", "derived/I/a = 5; 20 whole cycles"},
         {"measure --start 0.1 dropout.csv", "at about 0.4; steady are 0.100-0.4; longest steady part, 0.6"},
