@@ -291,7 +291,7 @@ std::string warningOfBriefPart(const SteadyPart& part, const Measurement& record
 
 std::string warningOfLatePart(const SteadyPart& part, const Measurement& recorded) {
     return "the signal changes before the first steady part, " + rangeOf(part.first, part.count, recorded) +
-           ", and does not begin with a steady cycle: the figures can be those of a fault";
+           ", and what comes before is too short to be measured: the figures can be those of a fault";
 }
 
 /// Cuts a part that the settings choose, with the frequency that it has. A fault of less than four cycles, and other

@@ -82,7 +82,7 @@ TEST(Measure, HarmonicsUnbalanceAndCurrents) {
         {"measure --start 0.1 dropout.csv", "at about 0.4; steady are 0.100-0.4; longest steady part, 0.6"},
         {"measure --start 0.37 --part pre-fault fault.csv",
          "first change is steady for 1.; from 0.3700 s to 0.3900 s; derived/I/c = 5 ~ 0.01; derived/U/c = 230"},
-        {"rt305 measure --start 0.39 --part pre-fault fault.csv", "does not begin with a steady cycle"},
+        {"rt305 measure --start 0.39 --part pre-fault fault.csv", "what comes before is too short"},
         {"generate --rate 1000 --noise 450 | cut -d, -f1-4 > n.csv; generate --rate 1000 --dropout Ia:400:200 | "
          "cut -d, -f5-7 | paste -d, n.csv - | measure -",
          "not steady: the fundamental of Ia"},
