@@ -31,7 +31,8 @@ public:
     void measure(DocumentRun& run) {
         Recording recording = run.read();
         std::optional<Activity> activity(std::in_place, "preparing the samples");
-        const FullMeasurement full = prepare(recording, options_.each.settings);
+        const FullMeasurement full = prepare(recording, options_.each.settings,
+                                             options_.windowSeconds > 0.0 ? WholeCycles::inWindows : WholeCycles::here);
         activity.reset();
         run.known = factsOf(recording, full.measurement.settings.segment, full.measurement.nominalHz);
         const auto warnOf = [&run](const Remark& warning) { run.warnOf(warning); };

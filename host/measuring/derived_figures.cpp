@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "base/sum.h"
 #include "signal/effective_power.h"
@@ -47,15 +48,10 @@ TotalAndPhases rmsValues(const Measurement& recorded, std::size_t firstChannel) 
     return values;
 }
 
-/// Sum of the phases that have a value; NaN when none has.
-double sumOfPhases(const TotalAndPhases& values) {
-    double sum = nan;
-    for (std::size_t phase = 1; phase < values.size(); ++phase) {
-        if (!std::isnan(values[phase])) {
-            sum = std::isnan(sum) ? values[phase] : sum + values[phase];
-        }
-    }
-    return sum;
+/// Sum of the measured phases; NaN when one of them has no value.
+double sumOfPhases(const TotalAndPhases& values, const std::vector<std::size_t>& measured) {
+    return std::accumulate(measured.begin(), measured.end(), 0.0,
+                           [&](double sum, std::size_t phase) { return sum + values[1 + phase]; });
 }
 
 /// That of IEEE Std 1459-2010. NaN unless all six channels are measured.
@@ -107,12 +103,14 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
     constexpr double fewestCycles = 0.5;  // in which a sine and an offset can be told apart
     const bool hasFundamental = fundamentals.frequencyHz > 0.0 && full.cyclesThere() >= fewestCycles;
     Phasor vectorSum = 0.0;
+    std::vector<std::size_t> measured;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         const Samples& voltage = full.asRecorded().samples[phase];
         const Samples& current = full.asRecorded().samples[phaseTotal + phase];
         if (voltage.empty() || current.empty()) {
             continue;
         }
+        measured.push_back(phase);
         const std::size_t at = 1 + phase;
         const Phasor fundamental = full.isSteady() || !hasFundamental
                                        ? fundamentals.voltages[phase] * std::conj(fundamentals.currents[phase])
@@ -130,10 +128,10 @@ PowerFigures powerOf(const FullMeasurement& full, const Fundamentals& fundamenta
         vectorSum += Phasor(power.P[at], std::copysign(power.N[at], power.Q1[at]));
     }
     power.vectorS = std::abs(vectorSum);
-    power.arithmeticS = sumOfPhases(power.S);
+    power.arithmeticS = sumOfPhases(power.S, measured);
     power.effectiveS = effectivePower(full, rms);
     for (TotalAndPhases* const sums : {&power.P, &power.P1, &power.Q1}) {
-        sums->front() = sumOfPhases(*sums);
+        sums->front() = sumOfPhases(*sums, measured);
     }
     power.S[0] = std::isnan(power.effectiveS) ? power.arithmeticS : power.effectiveS;
     power.N[0] = nonActive(power.S[0], power.P[0]);

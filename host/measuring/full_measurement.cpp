@@ -337,7 +337,6 @@ FullMeasurement chosenPart(FullMeasurement full, const Recording& recording) {
     } else {
         takePart(full, state, partFor(state, full.asRecorded(), recording.source));
     }
-    cutToWholeCycles(full);
     return full;
 }
 
@@ -367,7 +366,7 @@ RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& s
     return phases;
 }
 
-FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings) {
+FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings, WholeCycles wholeCycles) {
     MeasurementSettings toTheEnd = settings;
     toTheEnd.durationSeconds = settings.durationCycles > 0.0 ? 0.0 : settings.durationSeconds;
     MeasurementPair pair = makeMeasurementPair(recording, toTheEnd);
@@ -377,6 +376,9 @@ FullMeasurement prepare(Recording& recording, const MeasurementSettings& setting
         makePhases(*full.notResampled);
     }
     full = chosenPart(std::move(full), recording);
+    if (wholeCycles == WholeCycles::here) {
+        cutToWholeCycles(full);
+    }
     if (recording.segments.size() == 1) {
         keepPart(recording.seconds, 0, std::min<std::size_t>(recording.seconds.size(), 1));
         recording.seconds.shrink_to_fit();

@@ -34,10 +34,16 @@ struct FullMeasurement {
     }
 };
 
-/// Takes the part that the settings choose, and of that the longest whole number of cycles unless all samples are
-/// wanted. Fails when there is no such part. Takes the samples out of the recording, which keeps
-/// everything else; of the times of a single segment it keeps the first.
-FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings);
+/// Where samples are cut to the longest whole number of cycles, unless all samples are wanted.
+enum class WholeCycles {
+    here,
+    inWindows  // windows have their own; a cut before could lose the last of them
+};
+
+/// Takes the part that the settings choose. Fails when there is no such part. Takes the samples out of the recording,
+/// which keeps everything else; of the times of a single segment it keeps the first.
+FullMeasurement prepare(Recording& recording, const MeasurementSettings& settings,
+                        WholeCycles wholeCycles = WholeCycles::here);
 
 /// The part that the settings choose at its own rate: phase voltages and currents in V and A with coefficients applied.
 struct RecordedPhases {

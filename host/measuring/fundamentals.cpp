@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "measuring/nominal_frequency.h"
 #include "signal/median.h"
@@ -15,6 +16,7 @@ constexpr double nominalTolerance = 0.2;
 constexpr double leastShareOfKind = 0.01;
 constexpr double leastFundamentalShare = 0.5;  // of a channel's RMS
 constexpr double largestDisagreement = 0.02;   // between the frequencies of channels
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 bool isGapless(const std::vector<double>& samples) {
     return !samples.empty() && std::none_of(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
@@ -104,6 +106,14 @@ double leadingFrequencyIn(const SteadyPart& part, const Measurement& recorded, c
     return combined(fits, median(std::move(frequencies)));
 }
 
+/// That of the fundamental; 0 without samples, NaN where some are missing.
+Phasor phasorOf(const std::vector<double>& samples, double rateHz, double frequencyHz) {
+    if (samples.empty()) {
+        return 0.0;
+    }
+    return isGapless(samples) ? phasorAt(samples, rateHz, frequencyHz) : Phasor(nan, nan);
+}
+
 std::size_t longestOf(const std::vector<SteadyPart>& parts) {
     std::size_t longest = 0;
     for (const SteadyPart& part : parts) {
@@ -131,11 +141,7 @@ Fundamentals fundamentalsOf(const Measurement& recorded, double nearHz, bool mea
         result.frequencyHz = frequency;
     }
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const auto& samples = recorded.samples[channel];
-        if (!isGapless(samples)) {
-            continue;
-        }
-        const Phasor phasor = phasorAt(samples, recorded.rateHz, result.frequencyHz);
+        const Phasor phasor = phasorOf(recorded.samples[channel], recorded.rateHz, result.frequencyHz);
         (isCurrent(channel) ? result.currents : result.voltages)[channel % phaseTotal] = phasor;
         result.hasSignal[channel] = std::find(channels.begin(), channels.end(), channel) != channels.end() &&
                                     std::abs(phasor) >= leastFundamentalShare * variations[channel];

@@ -1,6 +1,7 @@
 #ifndef RT305_HOST_MEASURING_FUNDAMENTALS_H
 #define RT305_HOST_MEASURING_FUNDAMENTALS_H
 
+#include <cmath>
 #include <optional>
 
 #include "measuring/measurement.h"
@@ -10,7 +11,7 @@
 
 namespace rt305 {
 
-/// The fundamentals of voltages and currents; 0 for a channel that is not measured.
+/// The fundamentals of voltages and currents; 0 for a channel that is not measured, NaN for one with missing samples.
 struct Fundamentals {
     double frequencyHz = 0.0;        // of all channels; 0: there is none
     PerPhase<double> frequencies{};  // Hz, of the voltages, or of the currents alone; 0 where it is not measured
@@ -22,6 +23,8 @@ struct Fundamentals {
     const Phasor& of(std::size_t channel) const {
         return isCurrent(channel) ? currents[channel - phaseTotal] : voltages[channel];
     }
+
+    bool hasGaps(std::size_t channel) const { return std::isnan(of(channel).real()); }
 
     /// Whether one of three channels has a signal.
     bool anySignal(std::size_t firstChannel) const {

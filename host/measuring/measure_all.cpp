@@ -66,7 +66,7 @@ std::string doubtOn(std::size_t channel, double libraryHz, const Fundamentals& f
     constexpr double agreement = 0.01;
     const double frequencyHz = fundamentals.frequencyHz;
     if (!fundamentals.hasSignal[channel]) {
-        return "there is hardly a steady fundamental";
+        return fundamentals.hasGaps(channel) ? "samples are missing" : "there is hardly a steady fundamental";
     }
     if (libraryHz > 0.0 && !(std::fabs(libraryHz - frequencyHz) <= agreement * frequencyHz)) {
         return "the library found a fundamental of " + formatFixed(libraryHz, 2) + " Hz, but it is at " +

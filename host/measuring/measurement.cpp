@@ -130,28 +130,6 @@ std::string describeResampling(const Measurement& measurement) {
     return text;
 }
 
-/// The library gives no value of a channel with a missing sample.
-void warnOfGaps(Measurement& measurement) {
-    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
-        const auto& samples = measurement.samples[channel];
-        const auto first = std::find_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); });
-        if (first != samples.end()) {
-            const std::string name(channelNames[channel]);
-            const double seconds =
-                measurement.settings.startSeconds + static_cast<double>(first - samples.begin()) / measurement.rateHz;
-            const std::size_t missing = countMissing(samples);
-            std::string warning = counted(missing, "sample") + " of " + name;
-            warning.append(missing == 1 ? " is" : " are").append(" missing, the first at ");
-            warning.append(formatNumber(seconds))
-                .append(" s, in gaps too long to interpolate: values with ")
-                .append(name);
-            warning.append(" are not given; --start and --duration choose a part without gaps");
-            measurement.warnings.emplace_back(std::move(warning),
-                                              isCurrent(channel) ? topic::ofCurrent : topic::ofVoltage);
-        }
-    }
-}
-
 /// A part of a segment, and the measurement with the samples of the whole segment, which the resampler needs around it.
 struct ChosenPart {
     Measurement measurement;
@@ -183,6 +161,28 @@ double fundamentalOf(const ChosenPart& chosen) {
     }
     const double ofSegment = commonFundamental(spansOf(measurement.samples), measurement.recordedRateHz);
     return ofSegment > 0.0 && seconds * ofSegment < enoughCycles ? ofSegment : ofPart;
+}
+
+/// The library gives no value of a channel with a missing sample.
+void warnOfGaps(ChosenPart& chosen) {
+    Measurement& measurement = chosen.measurement;
+    const ChannelSpans part = samplesOf(chosen);
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        const std::size_t missing = countMissing(part[channel]);
+        if (missing == 0) {
+            continue;
+        }
+        const auto first =
+            std::find_if(part[channel].begin(), part[channel].end(), [](double x) { return std::isnan(x); });
+        const auto sample = chosen.first + static_cast<std::size_t>(first - part[channel].begin());
+        const std::string name(channelNames[channel]);
+        std::string warning = counted(missing, "sample") + " of " + name;
+        warning.append(missing == 1 ? " is" : " are").append(" missing, the first at ");
+        warning.append(formatNumber(static_cast<double>(sample) / measurement.recordedRateHz));
+        warning.append(" s, in gaps too long to interpolate: values with ").append(name);
+        warning.append(" are not given; --start and --duration choose a part without gaps");
+        measurement.warnings.emplace_back(std::move(warning), isCurrent(channel) ? topic::ofCurrent : topic::ofVoltage);
+    }
 }
 
 /// The user's nominal frequency, else the file's, else one by the fundamental, the latter if a grid can have them;
@@ -327,26 +327,25 @@ Measurement makeMeasurement(Recording& recording, const MeasurementSettings& set
         failUsage("rt305 measure and rt305 report take a --duration in cycles; give it in seconds here");
     }
     ChosenPart chosen = choosePart(recording, settings);
+    warnOfGaps(chosen);
     Measurement measurement = std::move(chosen.measurement);
     if (rateMatters == RateMatters::yes) {
         cutAndResample(measurement, chosen, recording.source);
     } else {
         cut(measurement, chosen);
     }
-    warnOfGaps(measurement);
     return measurement;
 }
 
 MeasurementPair makeMeasurementPair(Recording& recording, const MeasurementSettings& settings) {
     ChosenPart chosen = choosePart(recording, settings);
+    warnOfGaps(chosen);
     MeasurementPair pair{std::move(chosen.measurement), std::nullopt};
     if (isToBeResampled(pair.measured)) {
         pair.asRecorded = pair.measured;
         cut(*pair.asRecorded, chosen);
-        warnOfGaps(*pair.asRecorded);
     }
     cutAndResample(pair.measured, chosen, recording.source);
-    warnOfGaps(pair.measured);
     return pair;
 }
 

@@ -134,7 +134,8 @@ std::string reasonNotToJudge(const FullMeasurement& full, const Fundamentals& fu
     }
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         if (!fundamentals.hasSignal[phase]) {
-            return ", because " + channelName(phase) + " has no fundamental";
+            return ", because " + channelName(phase) +
+                   (fundamentals.hasGaps(phase) ? " has missing samples" : " has no fundamental");
         }
     }
     return "";

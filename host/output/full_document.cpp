@@ -143,7 +143,7 @@ void addRow(ResultTable& table, std::string_view key, const TotalAndPhases& valu
                                          [key](const DerivedRow& known) { return known.key == key; });
     assert(row != std::end(derivedRows));
     std::vector<Cell> cells{values.begin(), values.end()};
-    if (row->where == Where::phases || (row->where == Where::both && key != "frequency" && std::isnan(values[0]))) {
+    if (row->where == Where::phases) {
         cells[0] = std::nullopt;
     }
     if (row->where == Where::total) {
@@ -200,9 +200,12 @@ void addSignalRows(ResultTable& table, const FullMeasurement& full, const FullRe
     addRow(table, "frequency",
            {full.isFrequencyMeasured ? orNan(fundamentals.frequencyHz) : orNan(0.0), orNan(fundamentals.frequencies[0]),
             orNan(fundamentals.frequencies[1]), orNan(fundamentals.frequencies[2])});
-    const auto offsets = [&full](std::size_t first) {
-        const auto* const samples = &full.asRecorded().samples[first];
-        return byPhase({meanOf(samples[0]), meanOf(samples[1]), meanOf(samples[2])});
+    const auto offsetOf = [&full](std::size_t channel) {
+        const auto& samples = full.asRecorded().samples[channel];
+        return countMissing(samples) == 0 ? meanOf(samples) : std::numeric_limits<double>::quiet_NaN();
+    };
+    const auto offsets = [&](std::size_t first) {
+        return byPhase({offsetOf(first), offsetOf(first + 1), offsetOf(first + 2)});
     };
     if (results.derived.voltages) {
         addRow(table, "U", *results.derived.voltages);

@@ -86,6 +86,15 @@ SummaryRow thdRow(const Measurement& recorded, const FullResults& results, const
     return row;
 }
 
+/// Why there is no unbalance.
+std::string reasonWithout(const std::optional<Unbalance>& unbalance, const FullMeasurement& full) {
+    if (unbalance) {
+        return std::isnan(unbalance->negativePercent) ? "samples are missing" : "";
+    }
+    const std::string obstacle = full.obstacleToComponents();
+    return obstacle.empty() ? "there is hardly a fundamental" : obstacle;
+}
+
 /// Two rows; one with the reason when there is none.
 void addUnbalance(std::vector<SummaryRow>& rows, const FullMeasurement& full, const std::optional<Unbalance>& unbalance,
                   bool ofCurrents) {
@@ -94,8 +103,7 @@ void addUnbalance(std::vector<SummaryRow>& rows, const FullMeasurement& full, co
     SummaryRow row{ofCurrents ? "i2" : "u2", name + letter + "2/" + letter + "1", "%", 2,
                    ofCurrents ? topic::currentUnbalance : topic::voltageUnbalance};
     row.figures[0] = unbalance ? unbalance->negativePercent : std::numeric_limits<double>::quiet_NaN();
-    const std::string obstacle = full.obstacleToComponents();
-    row.reasons[0] = unbalance ? "" : obstacle.empty() ? "there is hardly a fundamental" : obstacle;
+    row.reasons[0] = reasonWithout(unbalance, full);
     rows.push_back(row);
     if (unbalance && (ofCurrents || !full.fromLineVoltages)) {
         row.key = ofCurrents ? "i0" : "u0";

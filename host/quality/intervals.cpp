@@ -36,11 +36,7 @@ std::size_t smoothFrom(double n) {
 }
 
 double sumOf(const PerPhase<double>& values) {
-    double sum = nan;
-    for (const double value : values) {
-        sum = std::isnan(value) ? sum : std::isnan(sum) ? value : sum + value;
-    }
-    return sum;
+    return values[0] + values[1] + values[2];
 }
 
 using Getter = std::function<double(const IntervalFigures&)>;
@@ -244,7 +240,6 @@ void IntervalMeter::measurePower(IntervalFigures& figures) const {
     bool isThreePhase = true;
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         const std::size_t current = phase + phaseTotal;
-        figures.P[phase] = figures.Q1[phase] = figures.S[phase] = nan;
         if (!settings_.measures(phase) || !settings_.measures(current)) {
             isThreePhase = false;
             continue;

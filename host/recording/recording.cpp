@@ -174,7 +174,7 @@ std::size_t countClipped(const std::vector<double>& samples) {
     return clipped;
 }
 
-std::size_t countMissing(const std::vector<double>& samples) {
+std::size_t countMissing(std::span<const double> samples) {
     return static_cast<std::size_t>(
         std::count_if(samples.begin(), samples.end(), [](double x) { return std::isnan(x); }));
 }

@@ -1,6 +1,7 @@
 #ifndef RT305_HOST_RECORDING_RECORDING_H
 #define RT305_HOST_RECORDING_RECORDING_H
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -100,7 +101,7 @@ Segment partOf(const Recording& recording, const Segment& segment, double startS
 std::size_t countClipped(const std::vector<double>& samples);
 
 /// Counts missing samples (NaN).
-std::size_t countMissing(const std::vector<double>& samples);
+std::size_t countMissing(std::span<const double> samples);
 
 /// The mean of the samples that are not missing; NaN when there are none.
 double meanOf(const std::vector<double>& samples);

@@ -9,14 +9,12 @@ namespace calc_modul_K9_web_ns {
 /// Electrical parameters of a three-phase system from its conditioned voltages and currents, sampled at 10 kHz.
 ///
 /// N is the sample count: every mean is a sum times 1/N. With wiring "three" the voltages are line voltages Uab, Ubc,
-/// Uca, with "four" phase voltages; with any other text they are 0. The record gets
-///   - RMS of phase and line voltages and of currents, in V and A; the RMS of a rebuilt current is the mean of the
-///   other
-///     two unless the options keep it; Ud0 = RMS(Ua + Ub + Uc) / 3;
+/// Uca, otherwise phase voltages. The record gets
+///   - RMS of phase and line voltages and of currents, in V and A. That of a rebuilt current is the mean of the other
+///     two unless the options keep it. Ud0 = RMS(Ua + Ub + Uc) / 3;
 ///   - THD in % of each channel that is admitted: the mean fundamental of its set and its own fundamental are inside
-///   the
-///     frequency window. For voltages, phase b is admitted by the fundamental of phase c and phase c by that of phase
-///     b; this is part of the interface;
+///     the frequency window. For voltages, phase b is admitted by the fundamental of phase c and phase c by that of
+///     phase b; this is part of the interface;
 ///   - frequency in Hz of each admitted voltage phase;
 ///   - powers in W, VA and var by the chosen method, if all six channels are admitted.
 /// All other values, power factors included, stay unchanged.

@@ -44,6 +44,7 @@ TEST(Batch, NamesComeFromAListAndWindowsAreLines) {
         {"printf '%s\\n' 100.csv '' 200.csv | measure --files-from - --window 0.3 --step 100ms" + phaseVoltages,
          "100 100 100 200 200 200"},
         {"rt305 measure --csv --window 0.25s 200.csv | grep -c parameters,current,a", "2\n"},
+        {"rt305 generate --frequency 49.97 | rt305 measure --json-lines --window 0.2 - | wc -l", "5\n"},
         {"rt305 measure --csv 100.csv 200.csv | grep -c '^file,start,table,quantity,column,value,unit$'", "1\n"},
         {"rt305 measure --plain - < 200.csv", "stdin\t0\tparameters\tfrequency\ta\t50\tHz\n"},
         {"rt305 measure --csv-wide --window 0.25s --jobs 2 100.csv 200.csv | cut -d, -f1-4",

@@ -125,7 +125,9 @@ TEST(Measure, APartOfASegment) {
         {"rt305 signals --segment 2 --start 4 two.csv", "the part from 4 s", 3},
         {"generate --frequency 60 | rt305 measure --start 0.3 --duration 12ms -", "a cycle at 60 Hz", 3},
         {"generate --rate 2000 | sed '621,629s/,[^,]*/,/' | signals --start 0.305 --duration 0.02 -",
-         "9 samples of Ua are missing; 0.3095 s; signals_u/rms/Ua = -; signals_u/rms/Ub = 230"},
+         "9 samples of Ua are missing, the first at 0.3095 s; signals_u/rms/Ua = -; signals_u/rms/Ub = 230"},
+        {"generate | sed '2000,2200s/,[^,]*/,/' | measure -",
+         "derived/P = - - 1150 1150; derived/U1/total = -; derived/voltage_offset/a = -; Ua: samples are missing"},
         {"generate --harmonic-u 5:4 --offsets Ua=2,Ib=-0.2 | sed '100,107s/,[^,]*/,/; 300s/,[^,]*/,/' | measure -",
          "interpolated: 9 of Ua; parameters/thd_voltage = 4 4 4 ~ 0.01; derived/voltage_offset/a = 2 ~ 0.001; "
          "derived/current_offset/b = -0.2"},
