@@ -212,7 +212,8 @@ void addSteadyPartOptions(CLI::App& command, MeasurementSettings& settings) {
     command
         .add_option_function<std::string>(
             "--part", [&settings](const std::string& word) { settings.part = parts.at(word); },
-            "steady part to measure: pre-fault, the first; fault, that with the largest currents and smallest "
+            "steady part to measure: pre-fault, before the first change; fault, that with the largest currents and "
+            "smallest "
             "voltages; "
             "longest-steady, the longest (default: all)")
         ->check(CLI::IsMember(parts));
