@@ -8,7 +8,6 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "base/time_stamp.h"
 #include "signal/usual_level.h"
 
 namespace rt305 {
@@ -20,14 +19,9 @@ constexpr double leastCycles = 3.0;
 constexpr std::int64_t nanosecondsOfTwoHours = 7'200'000'000'000;
 
 /// The time of the first sample that is measured, since a full two hours; 0 without a clock.
-double clockOf(const Recording& recording, const MeasurementSettings& settings) {
-    const auto stamp = parseTimeStamp(recording.fact("Start"));
-    if (!stamp || recording.segments.empty()) {
-        return 0.0;
-    }
-    const auto& segment = recording.segments[settings.segment ? *settings.segment - 1 : mainSegment(recording)];
-    const double since = recording.seconds[segment.first] - recording.seconds[0] + settings.startSeconds;
-    return static_cast<double>(*stamp % nanosecondsOfTwoHours) * 1e-9 + since;
+double clockSecondsOf(const Recording& recording, const MeasurementSettings& settings) {
+    const auto clock = clockOf(recording, settings.segment);
+    return clock ? static_cast<double>(*clock % nanosecondsOfTwoHours) * 1e-9 + settings.startSeconds : 0.0;
 }
 
 std::vector<std::span<const double>> gaplessVoltages(const Measurement& recorded) {
@@ -48,7 +42,7 @@ QualitySettings settingsFor(const Recording& recording, const Measurement& recor
     settings.rateHz = recorded.rateHz;
     settings.nominalHz = recorded.nominalHz;
     settings.startSeconds = recorded.settings.startSeconds;
-    settings.clockSeconds = clockOf(recording, recorded.settings);
+    settings.clockSeconds = clockSecondsOf(recording, recorded.settings);
     settings.hasNeutral = !fromLineVoltages;
     for (std::size_t channel = 0; channel < channelTotal; ++channel) {
         settings.isMeasured[channel] = recorded.measures(channel);

@@ -6,8 +6,6 @@
 #include "base/text.h"
 #include "base/version.h"
 #include "page/html.h"
-#include "page/page_files.h"
-#include "page/policy.h"
 
 namespace rt305 {
 
@@ -81,17 +79,19 @@ std::string indexPage(const std::string& rows, const PageTexts& texts) {
         const bool ofText = heading == "Station" || heading == "Start" || heading == "First remark";
         head += element("th", ofText ? R"(class="text" scope="col")" : R"(scope="col")", heading);
     }
-    const std::string title = texts.title.empty() ? "Measurements" : texts.title;
-    const std::string style = styleFor(title) + "@page { size: landscape; }\n";
-    return filled(
-        page::index,
-        {{"title", escaped(title)},
-         {"texts", htmlOf(texts)},
-         {"table", scrollingTable("Recordings", R"(class="index")",
-                                  element("thead", "", element("tr", "", head)) + element("tbody", "", rows))},
-         {"generator", escaped(std::string("rt305 ") + toolVersion)},
-         {"style", style},
-         {"style-hash", policyHashOf(style)}});
+    PageTexts titled = texts;
+    titled.title = texts.title.empty() ? "Measurements" : texts.title;
+    const std::string table = scrollingTable(
+        "Recordings", R"(class="index")", element("thead", "", element("tr", "", head)) + element("tbody", "", rows));
+    const std::string remark = element("p", R"(class="remark")",
+                                       "Voltages, currents and THD are those of the phases a, b and c, powers and the "
+                                       "power factor those of all. The page of a recording says what to know about "
+                                       "each figure.");
+    return htmlOf({.texts = titled,
+                   .generator = std::string("rt305 ") + toolVersion,
+                   .style = "@page { size: landscape; }\n",
+                   .bodyAttributes = R"(class="wide")",
+                   .main = table + remark});
 }
 
 }  // namespace rt305

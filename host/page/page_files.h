@@ -6,8 +6,7 @@
 namespace rt305::page {
 
 /// The files of a report, embedded by the build. Without plots the script and uPlot are empty.
-extern const std::string_view html;
-extern const std::string_view index;        // the page that lists others
+extern const std::string_view html;         // page.html
 extern const std::string_view style;        // page.css, plots.css and the style sheet of uPlot
 extern const std::string_view script;       // plots.js
 extern const std::string_view plotLibrary;  // the licence of uPlot, then uPlot

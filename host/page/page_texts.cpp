@@ -6,6 +6,7 @@
 #include "base/text_encoding.h"
 #include "page/html.h"
 #include "page/page_files.h"
+#include "page/policy.h"
 
 namespace rt305 {
 
@@ -23,9 +24,8 @@ std::string cssString(const std::string& text) {
     return quoted + '"';
 }
 
-}  // namespace
-
-std::string htmlOf(const PageTexts& texts) {
+/// Site and note as paragraphs.
+std::string paragraphsOf(const PageTexts& texts) {
     const auto paragraph = [](std::string_view attributes, const std::string& text) {
         return text.empty() ? "" : element("p", attributes, escaped(text));
     };
@@ -36,8 +36,24 @@ std::string htmlOf(const PageTexts& texts) {
     return paragraphs;
 }
 
-std::string styleFor(const std::string& title) {
-    return std::string(page::style) + "@page { @top-left { content: " + cssString(title) + "; } }\n";
+}  // namespace
+
+std::string htmlOf(const Page& parts) {
+    const std::string& title = parts.texts.title;
+    const std::string style =
+        std::string(page::style) + "@page { @top-left { content: " + cssString(title) + "; } }\n" + parts.style;
+    return filled(page::html,
+                  {{"title", escaped(title)},
+                   {"texts", paragraphsOf(parts.texts)},
+                   {"generator", escaped(parts.generator)},
+                   {"body", parts.bodyAttributes.empty() ? "" : ' ' + parts.bodyAttributes},
+                   {"skip", parts.skipLink},
+                   {"facts", parts.facts},
+                   {"main", parts.main},
+                   {"scripts", parts.scripts},
+                   {"style", style},
+                   {"style-hash", policyHashOf(style)},
+                   {"script-policy", parts.scriptHashes.empty() ? "" : "script-src " + parts.scriptHashes + "; "}});
 }
 
 }  // namespace rt305

@@ -12,11 +12,22 @@ struct PageTexts {
     std::string note{};
 };
 
-/// Site and note as paragraphs.
-std::string htmlOf(const PageTexts& texts);
+/// A page: its texts in place, and HTML.
+struct Page {
+    PageTexts texts;               // with a title
+    std::string generator;         // the programs that made it
+    std::string style{};           // CSS beside that of all pages
+    std::string bodyAttributes{};  // as in html
+    std::string skipLink{};        // before all
+    std::string facts{};           // below the texts
+    std::string main;
+    std::string scripts{};
+    std::string scriptHashes{};  // of all of them
+};
 
-/// The style sheet of a page, and its title at the top of each printed page but the first.
-std::string styleFor(const std::string& title);
+/// The page in HTML, with a policy that admits nothing but its style sheet and scripts. The title is also at the top of
+/// each printed page but the first.
+std::string htmlOf(const Page& page);
 
 }  // namespace rt305
 

@@ -57,21 +57,9 @@ bool isConstant(const std::vector<double>& samples) {
     return std::all_of(samples.begin(), samples.end(), [&](double x) { return x == samples[0] || std::isnan(x); });
 }
 
-/// A date and time of the recording, in ns since 1970.
-std::optional<std::int64_t> stampOf(const Recording& recording, std::string_view fact) {
-    const auto stamp = parseTimeStamp(recording.fact(fact));
+/// A time stamp that has a date.
+std::optional<std::int64_t> withDate(std::optional<std::int64_t> stamp) {
     return stamp && !isoTime(*stamp).empty() ? stamp : std::nullopt;
-}
-
-/// Date and time of the first sample of the segment that is measured.
-std::optional<std::int64_t> clockOf(const Recording& recording, const Measurement& recorded) {
-    const auto start = stampOf(recording, "Start");
-    if (!start || recording.segments.empty() || recording.seconds.empty()) {
-        return start;
-    }
-    const auto& chosen = recorded.settings.segment;
-    const Segment& segment = recording.segments.at(chosen ? *chosen - 1 : mainSegment(recording));
-    return *start + std::llround((recording.seconds[segment.first] - recording.seconds[0]) * 1e9);
 }
 
 PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
@@ -146,7 +134,7 @@ PlotGroup waveformPlots(const Recording& recording, const FullMeasurement& full,
                     .unit = "s",
                     .item = "sample",
                     .hasOverview = true,
-                    .clock = clockOf(recording, recorded),
+                    .clock = withDate(clockOf(recording, recorded.settings.segment)),
                     .marks = eventMarks(quality)};
     const double first = recorded.settings.startSeconds;
     const double last = first + static_cast<double>(recorded.length - 1) / recorded.rateHz;
@@ -156,7 +144,7 @@ PlotGroup waveformPlots(const Recording& recording, const FullMeasurement& full,
     if (!group.marks.empty()) {
         place = group.marks[0].from;
     }
-    const auto trigger = stampOf(recording, "Trigger");
+    const auto trigger = withDate(parseTimeStamp(recording.fact("Trigger")));
     if (group.clock && trigger) {
         const double seconds = static_cast<double>(*trigger - *group.clock) * 1e-9;
         if (first <= seconds && seconds <= last) {

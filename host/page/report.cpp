@@ -15,9 +15,7 @@
 #include "page/figures.h"
 #include "page/html.h"
 #include "page/index_page.h"
-#include "page/page_files.h"
 #include "page/plot_scripts.h"
-#include "page/policy.h"
 
 namespace rt305 {
 
@@ -360,19 +358,16 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
                                         moreSection(full, results, document, remarks.ofLibrary),
                                         originSection(recording, full, document)};
     const std::string file = baseNameOf(recording.source);
-    const std::string title = texts.title.empty() ? "Measurement of " + file : texts.title;
-    const std::string style = styleFor(title);
-    std::string page = filled(
-        page::html, {{"title", escaped(title)},
-                     {"texts", htmlOf(texts)},
-                     {"recorded", recordedFacts(recording, document)},
-                     {"generator", escaped(std::string("rt305 ") + toolVersion + ", library " + document.library)},
-                     {"navigation", navigationOf(sections)},
-                     {"sections", htmlOf(sections)},
-                     {"scripts", plotScripts(figures.data)},
-                     {"style", style},
-                     {"style-hash", policyHashOf(style)},
-                     {"script-hashes", plotScriptHashes()}});
+    PageTexts titled = texts;
+    titled.title = texts.title.empty() ? "Measurement of " + file : texts.title;
+    std::string page = htmlOf({.texts = titled,
+                               .generator = std::string("rt305 ") + toolVersion + ", library " + document.library,
+                               .skipLink = "<a class=\"skip\" href=\"#main\">Skip to the results</a>\n",
+                               .facts = recordedFacts(recording, document) + "\n" +
+                                        element("nav", R"(aria-label="Sections")", navigationOf(sections)),
+                               .main = htmlOf(sections),
+                               .scripts = plotScripts(figures.data) + '\n',
+                               .scriptHashes = plotScriptHashes()});
     const std::string first = !remarks.caveats.empty()    ? remarks.caveats[0].text
                               : !remarks.warnings.empty() ? remarks.warnings[0]
                                                           : "";

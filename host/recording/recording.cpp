@@ -10,6 +10,7 @@
 #include "base/failure.h"
 #include "base/sum.h"
 #include "base/text.h"
+#include "base/time_stamp.h"
 #include "base/units.h"
 
 namespace rt305 {
@@ -136,6 +137,15 @@ std::size_t mainSegment(const Recording& recording) {
         return countAtHighest(a) < countAtHighest(b);
     });
     return static_cast<std::size_t>(longest - segments.begin());
+}
+
+std::optional<std::int64_t> clockOf(const Recording& recording, std::optional<std::size_t> segment) {
+    const auto start = parseTimeStamp(recording.fact("Start"));
+    if (!start || recording.segments.empty() || recording.seconds.empty()) {
+        return start;
+    }
+    const std::size_t first = recording.segments.at(segment ? *segment - 1 : mainSegment(recording)).first;
+    return *start + std::llround((recording.seconds[first] - recording.seconds[0]) * 1e9);
 }
 
 Segment partOf(const Recording& recording, const Segment& segment, double startSeconds, double durationSeconds) {

@@ -1,6 +1,8 @@
 #ifndef RT305_HOST_RECORDING_RECORDING_H
 #define RT305_HOST_RECORDING_RECORDING_H
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -90,6 +92,10 @@ EvenTimes evenTimesOf(const std::vector<double>& seconds, std::size_t first, std
 /// The segment that is measured by default: the longest of those within 1 % of the highest rate. The recording must
 /// have a segment.
 std::size_t mainSegment(const Recording& recording);
+
+/// The time stamp of the first sample of a segment, which has a number from 1 on, or of the main one, in ns since 1970
+/// or, without a date, since midnight; nothing when the file does not say it.
+std::optional<std::int64_t> clockOf(const Recording& recording, std::optional<std::size_t> segment);
 
 /// The part of a segment that begins `startSeconds` after its first sample and lasts `durationSeconds` (0: to the end
 /// of the segment), with its own mean rate. Fails when it is empty or not inside the segment.
