@@ -213,9 +213,7 @@ void addSteadyPartOptions(CLI::App& command, MeasurementSettings& settings) {
         .add_option_function<std::string>(
             "--part", [&settings](const std::string& word) { settings.part = parts.at(word); },
             "steady part to measure: pre-fault, before the first change; fault, that with the largest currents and "
-            "smallest "
-            "voltages; "
-            "longest-steady, the longest (default: all)")
+            "smallest voltages; longest-steady, the longest (default: all)")
         ->check(CLI::IsMember(parts));
     command.add_flag("--all-samples", settings.allSamples, "measure all samples, not only whole cycles");
 }
