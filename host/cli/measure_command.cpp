@@ -31,8 +31,8 @@ public:
     void measure(DocumentRun& run) {
         Recording recording = run.read();
         std::optional<Activity> activity(std::in_place, "preparing the samples");
-        const FullMeasurement full = prepare(recording, options_.each.settings,
-                                             options_.windowSeconds > 0.0 ? WholeCycles::inWindows : WholeCycles::here);
+        FullMeasurement full = prepare(recording, options_.each.settings,
+                                       options_.windowSeconds > 0.0 ? WholeCycles::inWindows : WholeCycles::here);
         activity.reset();
         run.known = factsOf(recording, full.measurement.settings.segment, full.measurement.nominalHz);
         const auto warnOf = [&run](const Remark& warning) { run.warnOf(warning); };
@@ -49,7 +49,7 @@ public:
             }
         }
         if (options_.windowSeconds == 0.0) {
-            return writeOne(recording, full, *run.out);
+            return writeOne(recording, std::move(full), *run.out);
         }
         const double step = options_.stepSeconds > 0.0 ? options_.stepSeconds : options_.windowSeconds;
         const std::size_t windows = countWindows(full.measurement, step, recording.source);
@@ -74,7 +74,7 @@ private:
         return static_cast<std::size_t>(left / step) + 1;
     }
 
-    void writeOne(const Recording& recording, const FullMeasurement& full, std::ostream& out) {
+    void writeOne(const Recording& recording, FullMeasurement full, std::ostream& out) {
         const OutputForm form = options_.each.form;
         if (form == OutputForm::text && documents_++ > 0) {
             out << '\n';
@@ -84,6 +84,7 @@ private:
         ResultDocument document = fullDocument(recording, full, measureAll(full, library_, shown));
         document.options = options_.each.given;
         if (shown == Shown::everything && options_.windowSeconds == 0.0) {
+            full.appendRest();
             addEvents(recording, full, document);
         }
         activity.reset();

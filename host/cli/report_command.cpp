@@ -44,7 +44,7 @@ public:
         warnAll(recording.warnings, prefix);
         refuseInputAsOutput(target, recording.files);
         std::optional<Activity> activity(std::in_place, "preparing the samples");
-        const FullMeasurement full = prepare(recording, options_.each.settings);
+        FullMeasurement full = prepare(recording, options_.each.settings);
         activity.reset();
         if (!options_.isMany()) {
             std::for_each(full.measurement.notes.begin(), full.measurement.notes.end(), note);
@@ -58,7 +58,8 @@ public:
         addSpectraAndStatistics(results, full, library_);
         PageTexts texts = options_.texts;
         texts.title += texts.title.empty() || !options_.isMany() ? "" : ": " + baseNameOf(file);
-        const Report report = reportOf(recording, full, results, texts, limits_, fs::path(target).filename().string());
+        const Report report =
+            reportOf(recording, std::move(full), results, texts, limits_, fs::path(target).filename().string());
         activity.reset();
         writeOutput(target, [&report](std::ostream& out) { out << report.page; });
         return report.row;

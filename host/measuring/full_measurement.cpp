@@ -112,7 +112,14 @@ void cutToWholeCycles(FullMeasurement& full) {
     const double samplesPerCycle = recorded.rateHz / full.frequencyHz;
     const double cycles = std::floor((static_cast<double>(recorded.length) + tolerance) / samplesPerCycle);
     if (cycles >= 1.0) {
-        cut(full, 0.0, std::min(cycles / full.frequencyHz, recorded.durationSeconds()));
+        const double seconds = std::min(cycles / full.frequencyHz, recorded.durationSeconds());
+        const auto count = static_cast<std::ptrdiff_t>(samplesIn(recorded, 0.0, seconds).count);
+        for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+            if (const Samples& samples = recorded.samples[channel]; !samples.empty()) {
+                full.rest[channel].assign(samples.begin() + count, samples.end());
+            }
+        }
+        cut(full, 0.0, seconds);
         full.cycles = static_cast<std::size_t>(cycles);
     }
 }
@@ -358,6 +365,16 @@ std::string FullMeasurement::obstacleToComponents() const {
         return "the signal is not steady";
     }
     return cyclesThere() < wholeCycle ? "this is less than one cycle" : "";
+}
+
+void FullMeasurement::appendRest() {
+    Measurement& recorded = notResampled ? *notResampled : measurement;
+    for (std::size_t channel = 0; channel < channelTotal; ++channel) {
+        Samples& samples = recorded.samples[channel];
+        samples.insert(samples.end(), rest[channel].begin(), rest[channel].end());
+        recorded.length = std::max(recorded.length, samples.size());
+        rest[channel].clear();
+    }
 }
 
 RecordedPhases recordedPhases(Recording& recording, const MeasurementSettings& settings) {

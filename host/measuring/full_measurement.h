@@ -20,13 +20,17 @@ struct FullMeasurement {
     bool isFrequencyMeasured = true;  // otherwise it is assumed
     std::string frequencySource{};    // where it is from, if not from the measured samples
     std::size_t cycles = 0;           // whole cycles that the samples span; 0: all samples are measured
-    std::string unsteadiness{};       // how the signal changes, and which parts do not; empty: it is steady
+    PerChannel<std::vector<double>> rest{};  // of those at their own rate, the samples behind the last whole cycle
+    std::string unsteadiness{};              // how the signal changes, and which parts do not; empty: it is steady
 
     /// The samples at their own rate, for statistics and waveforms.
     const Measurement& asRecorded() const { return notResampled ? *notResampled : measurement; }
     bool isSteady() const { return unsteadiness.empty(); }
     /// Why there are no symmetrical components, angles and no verdict on the wiring; empty: there are.
     std::string obstacleToComponents() const;
+
+    /// Appends the rest to the samples at their own rate: for events and waveforms, when everything else is measured.
+    void appendRest();
 
     /// Cycles of the fundamental, or of the nominal frequency where there is none.
     double cyclesThere() const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <ostream>
 
@@ -168,6 +169,37 @@ std::string countsOf(const QualityResults& results) {
                 : ", " + std::to_string(results.flagged) + " of them flagged because an event touches them");
 }
 
+/// "14 s", "12.5 min", "3 h".
+std::string lengthText(double seconds) {
+    constexpr double minute = 60.0;
+    constexpr double hour = 3600.0;
+    const auto [length, unit] = seconds < 2.0 * minute ? std::pair(1.0, " s")
+                                : seconds < 2.0 * hour ? std::pair(minute, " min")
+                                                       : std::pair(hour, " h");
+    return formatNumber(seconds / length, 4) + unit;
+}
+
+/// Where the declared voltage rests on some of the phases; empty when they agree within 10 %.
+std::string remarkOnPhases(const QualityResults& results) {
+    constexpr double agreement = 0.9;
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = 0.0;
+    std::vector<std::string> levels;
+    for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
+        const std::string name(channelNames[phase]);
+        const auto at = findQuantity(results.quantities, name);
+        if (const Statistics s = at ? statisticsOf(results.values[*at]) : Statistics(); s.count > 0) {
+            lowest = std::min(lowest, s.mean);
+            highest = std::max(highest, s.mean);
+            levels.push_back(name + " " + formatNumber(s.mean, 4) + " V");
+        }
+    }
+    return lowest >= agreement * highest ? ""
+                                         : "The voltages differ by more than 10 %: " + joined(levels) +
+                                               " on average. The declared voltage is that of phases of at least 80 % "
+                                               "of the highest; --declared V if that is wrong.";
+}
+
 std::string limitText(const std::optional<double>& limit) {
     return limit ? formatNumber(*limit) : "";
 }
@@ -201,7 +233,9 @@ Cells eventCells(const QualityResults& results) {
                          formatFixed(event.durationSeconds, 4), joined(phasesOf(event)),
                          formatFixed(event.volts / factor, decimals), formatFixed(event.percent, 1),
                          std::isnan(event.jumpDegrees) ? "" : formatFixed(event.jumpDegrees, 1),
-                         event.isCut ? "not all of it is recorded" : ""});
+                         event.isCut                          ? "not all of it is recorded"
+                         : event.kind == EventKind::transient ? "% of the crest"
+                                                              : ""});
     }
     return results.events.empty() ? Cells{} : cells;
 }
@@ -250,7 +284,10 @@ std::vector<std::string> qualityRemarks(const QualityDocument& document) {
     if (const double days = document.limits.days; results.durationSeconds < days * secondsOfDay) {
         remarks.push_back("A verdict by " + document.limits.name + " needs " + formatNumber(days) +
                           " days; this recording is too short for one and judged on what it has, " +
-                          formatNumber(results.durationSeconds / 3600.0, 4) + " hours.");
+                          lengthText(results.durationSeconds) + ".");
+    }
+    if (const std::string remark = remarkOnPhases(results); !document.isDeclaredKnown && !remark.empty()) {
+        remarks.push_back(remark);
     }
     return remarks;
 }

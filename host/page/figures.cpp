@@ -50,10 +50,13 @@ std::string waveformFigure(const PlotGroup& waveforms, const Measurement& record
 }
 
 std::string traceFigure(const PlotGroup& traces, const QualitySettings& settings) {
-    return plotElements(
-        traces, "RMS of one cycle, refreshed each half cycle, and the frequency. The dashed lines are shares of " +
-                    formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) +
-                    " V, the RMS of the first steady part; events refer to it too. rt305 quality has more.");
+    const bool hasLines = std::any_of(traces.panels.begin(), traces.panels.end(),
+                                      [](const PlotPanel& panel) { return !panel.levels.empty(); });
+    return plotElements(traces, "RMS of one cycle, refreshed each half cycle, and the frequency. " +
+                                    std::string(hasLines ? "The dashed lines are shares of " : "Events refer to ") +
+                                    formatFixed(settings.declaredVolts, decimalsFor(settings.declaredVolts, 5)) +
+                                    " V, the RMS of the first steady part" +
+                                    (hasLines ? "; events refer to it too" : "") + ". rt305 quality has more.");
 }
 
 std::string spectrumFigure(const PlotGroup& spectra, const FullResults& results) {

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
+#include <numeric>
 #include <string_view>
 
 #include "base/text.h"
@@ -39,18 +42,39 @@ void bound(PlotPanel& panel, const Bound& most, double placeOfInterest) {
     }
 }
 
-/// Unit and decimals by the largest magnitude in V or A.
-void scaleFor(PlotPanel& panel, const char* unit, int digits) {
+double largestOf(std::span<const double> values) {
+    return std::transform_reduce(
+        values.begin(), values.end(), 0.0, [](double x, double y) { return std::fmax(x, y); },
+        [](double x) { return std::fabs(x); });
+}
+
+/// The largest magnitude in the part of a curve where it is smallest, of those with more than zeros; 0 without any.
+double smallestPart(std::span<const double> values, std::size_t length) {
+    double smallest = 0.0;
+    for (std::size_t first = 0; first + length <= values.size(); first += length) {
+        const double largest = largestOf(values.subspan(first, length));
+        smallest = largest > 0.0 && (smallest == 0.0 || largest < smallest) ? largest : smallest;
+    }
+    return smallest;
+}
+
+/// Unit by the largest magnitude in V or A. Decimals for as many digits of it, and for one digit less of the smallest
+/// part of `length` values of a curve: a load current before a fault has its form too. At most two digits more.
+void scaleFor(PlotPanel& panel, const char* unit, int digits, std::size_t length) {
+    constexpr int mostMore = 2;
     double largest = 0.0;
     for (const Curve& curve : panel.curves) {
-        for (const double x : curve.values) {
-            largest = std::fmax(largest, std::fabs(x));
-        }
+        largest = std::fmax(largest, largestOf(curve.values));
     }
     const MetricPrefix prefix = metricPrefixFor(largest);
     panel.unit = std::string(prefix.symbol) + unit;
     panel.factor = prefix.factor;
-    panel.decimals = decimalsFor(largest / prefix.factor, digits);
+    const int decimals = decimalsFor(largest / prefix.factor, digits);
+    for (Curve& curve : panel.curves) {
+        const double smallest = smallestPart(curve.values, length);
+        curve.decimals = std::clamp(smallest > 0.0 ? decimalsFor(smallest / prefix.factor, digits - 1) : 0, decimals,
+                                    decimals + mostMore);
+    }
 }
 
 bool isConstant(const std::vector<double>& samples) {
@@ -72,7 +96,8 @@ PlotPanel waveformsOf(const Measurement& recorded, std::size_t firstChannel) {
             panel.curves.push_back({std::string(recorded.nameOf(firstChannel + phase)), phase, samples});
         }
     }
-    scaleFor(panel, isCurrent(firstChannel) ? "A" : "V", 4);
+    scaleFor(panel, isCurrent(firstChannel) ? "A" : "V", 4,
+             static_cast<std::size_t>(recorded.rateHz / recorded.nominalHz) + 1);
     return panel;
 }
 
@@ -100,26 +125,38 @@ PlotPanel tracesOf(const QualityTraces& traces, std::size_t firstChannel) {
             panel.curves.push_back({std::string(channelNames[firstChannel + phase]), phase, rms});
         }
     }
-    scaleFor(panel, isCurrent(firstChannel) ? "A" : "V", 5);
+    scaleFor(panel, isCurrent(firstChannel) ? "A" : "V", 5, 1);
     return panel;
 }
 
-/// The thresholds of events, and the limits of voltage that differ from them.
-std::vector<std::pair<std::string, double>> voltageLevels(const QualitySettings& settings, const LimitSet& limits) {
-    std::vector<double> percents{settings.dipPercent, settings.swellPercent};
+/// The limits of voltage, and the thresholds of events that differ from them and that the curves reach.
+std::vector<PlotLevel> voltageLevels(const PlotPanel& panel, const QualitySettings& settings, const LimitSet& limits) {
+    std::map<double, bool> wanted;  // by percent
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = 0.0;
+    for (const Curve& curve : panel.curves) {
+        for (const double x : curve.values) {
+            lowest = std::fmin(lowest, x);
+            highest = std::fmax(highest, x);
+        }
+    }
+    if (lowest < settings.dipPercent / 100.0 * settings.declaredVolts) {
+        wanted[settings.dipPercent] = false;
+    }
+    if (highest > settings.swellPercent / 100.0 * settings.declaredVolts) {
+        wanted[settings.swellPercent] = false;
+    }
     for (const Limit& limit : limits.limits) {
         for (const auto& edge : {limit.lower, limit.upper}) {
             if (limit.quantity == "voltage" && edge) {
-                percents.push_back(100.0 + *edge);
+                wanted[100.0 + *edge] = true;
             }
         }
     }
-    std::sort(percents.begin(), percents.end());
-    percents.erase(std::unique(percents.begin(), percents.end()), percents.end());
-    std::vector<std::pair<std::string, double>> levels;
-    levels.reserve(percents.size());
-    for (const double percent : percents) {
-        levels.emplace_back(formatNumber(percent) + " %", percent / 100.0 * settings.declaredVolts);
+    std::vector<PlotLevel> levels;
+    levels.reserve(wanted.size());
+    for (const auto& [percent, isWanted] : wanted) {
+        levels.push_back({formatNumber(percent) + " %", percent / 100.0 * settings.declaredVolts, isWanted});
     }
     return levels;
 }
@@ -176,7 +213,9 @@ PlotGroup tracePlots(const QualityResults& quality, const PlotGroup& waveforms, 
                     .marks = waveforms.marks};
     for (const std::size_t first : {std::size_t{0}, phaseTotal}) {
         if (PlotPanel panel = tracesOf(traces, first); !panel.curves.empty()) {
-            panel.levels = isCurrent(first) ? panel.levels : voltageLevels(quality.settings, limits);
+            if (!isCurrent(first)) {
+                panel.levels = voltageLevels(panel, quality.settings, limits);
+            }
             group.panels.push_back(std::move(panel));
         }
     }
@@ -186,10 +225,9 @@ PlotGroup tracePlots(const QualityResults& quality, const PlotGroup& waveforms, 
     if (std::any_of(traces.frequency.begin(), traces.frequency.end(), [](double f) { return f > 0.0; })) {
         group.panels.push_back({.quantity = "Frequency",
                                 .unit = "Hz",
-                                .decimals = 3,
                                 .start = traces.startSeconds,
                                 .step = traces.stepSeconds,
-                                .curves = {{"f", 0, traces.frequency}}});
+                                .curves = {{"f", 0, traces.frequency, 3}}});
     }
     for (PlotPanel& panel : group.panels) {
         bound(panel, traceBound, waveforms.shownFrom);
@@ -209,7 +247,6 @@ PlotGroup spectrumPlots(const FullResults& results) {
         }
         PlotPanel panel{.quantity = kind.areCurrents ? "Current" : "Voltage",
                         .unit = "dB",
-                        .decimals = 1,
                         .start = axis[0],
                         .step = axis[1] - axis[0],
                         .lowest = lowestLevelDb};
@@ -217,7 +254,7 @@ PlotGroup spectrumPlots(const FullResults& results) {
             const Spectrum& spectrum = kind.channels[phase];
             if (spectrum.lines.size() == axis.size() &&
                 std::any_of(spectrum.lines.begin(), spectrum.lines.end(), [](double x) { return std::isfinite(x); })) {
-                panel.curves.push_back({spectrum.channel, phase, spectrum.lines});
+                panel.curves.push_back({spectrum.channel, phase, spectrum.lines, 1});
             }
         }
         if (!panel.curves.empty()) {

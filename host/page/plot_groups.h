@@ -20,7 +20,8 @@ namespace rt305 {
 PlotGroup waveformPlots(const Recording& recording, const FullMeasurement& full,
                         const std::optional<QualityResults>& quality);
 
-/// RMS of each cycle and the frequency over time, with the thresholds of events and the limits of voltage.
+/// RMS of each cycle and the frequency over time, with the limits of voltage and the thresholds of events that it
+/// passes.
 PlotGroup tracePlots(const QualityResults& quality, const PlotGroup& waveforms, const LimitSet& limits);
 
 /// The spectra in dB.

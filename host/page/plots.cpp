@@ -41,7 +41,7 @@ std::vector<std::uint8_t> differences(const std::vector<std::int64_t>& numbers, 
 
 json curveData(const PlotPanel& panel, const Curve& curve) {
     const auto write = [&](std::span<const double> values) {
-        return packed(values, 1.0 / panel.factor, panel.decimals);
+        return packed(values, 1.0 / panel.factor, curve.decimals);
     };
     std::vector<double> stretch(
         curve.values.begin() + static_cast<std::ptrdiff_t>(panel.stretch.first),
@@ -51,6 +51,7 @@ json curveData(const PlotPanel& panel, const Curve& curve) {
     }
     json data{{"name", curve.name},
               {"phase", std::string(1, static_cast<char>('a' + curve.phase))},
+              {"decimals", curve.decimals},
               {"values", write(stretch)}};
     if (panel.bands > 0) {
         auto [low, high] = bandsOf(curve.values, panel.bands);
@@ -71,12 +72,11 @@ json panelData(const PlotPanel& panel) {
         curves.push_back(curveData(panel, curve));
     }
     json levels = json::array();
-    for (const auto& [label, value] : panel.levels) {
-        levels.push_back({{"label", label}, {"value", value / panel.factor}});
+    for (const PlotLevel& level : panel.levels) {
+        levels.push_back({{"label", level.label}, {"value", level.value / panel.factor}, {"wanted", level.isWanted}});
     }
     return {{"quantity", panel.quantity},
             {"unit", panel.unit},
-            {"decimals", panel.decimals},
             {"start", panel.start},
             {"step", panel.step},
             {"count", panel.curves.at(0).values.size()},

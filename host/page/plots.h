@@ -14,6 +14,7 @@ struct Curve {
     std::string name;
     std::size_t phase;  // 0: a, 1: b, 2: c
     std::span<const double> values;
+    int decimals = 0;  // that the page shows, in the unit of the panel
 };
 
 /// A run of values, by their indexes.
@@ -22,20 +23,26 @@ struct Stretch {
     std::size_t count;
 };
 
+/// A line to draw across.
+struct PlotLevel {
+    std::string label;
+    double value;
+    bool isWanted;  // the axis reaches it
+};
+
 /// Curves over one axis: value k of each is at start + k * step. The page gets every value of the stretch, and of all
 /// values the smallest and the largest in each of `bands` intervals, so that no peak is lost.
 struct PlotPanel {
     std::string quantity;  // "Voltage"
     std::string unit{};    // "kV"
     double factor = 1.0;   // of the unit
-    int decimals = 0;      // that the page shows, in that unit
     double start;
     double step;
     Stretch stretch{};
     std::size_t bands = 0;                                     // 0: the stretch holds all values
     double lowest = -std::numeric_limits<double>::infinity();  // values below are drawn there
     std::vector<Curve> curves{};
-    std::vector<std::pair<std::string, double>> levels{};  // lines to draw across: name, value
+    std::vector<PlotLevel> levels{};
 };
 
 /// A moment or, with a length, a part of the axis to mark.

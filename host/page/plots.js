@@ -56,7 +56,7 @@
       this.end = this.start + (this.count - 1) * this.step;
       for (const curve of this.curves) {
         for (const key of ["values", "low", "high"]) {
-          curve[key] = curve[key] && unpacked(curve[key], this.decimals);
+          curve[key] = curve[key] && unpacked(curve[key], curve.decimals);
         }
         curve.isShown = true;
       }
@@ -136,7 +136,11 @@
       if (low > high) {
         return [-1, 1];
       }
-      const least = 10 ** -this.decimals;
+      for (const { value } of this.levels.filter(({ wanted }) => wanted)) {
+        low = Math.min(low, value);
+        high = Math.max(high, value);
+      }
+      const least = 10 ** -Math.max(...this.curves.map(({ decimals }) => decimals));
       const margin = Math.max(0.06 * (high - low), high - low < 4 * least ? 10 * least : 0);
       return [low - margin, high + margin];
     }
@@ -183,13 +187,13 @@
     /* The values at a place: [its place, the text of each curve, and its value for a dot]. */
     read(place) {
       const index = Math.max(0, Math.min(this.count - 1, Math.round(this.indexOf(place))));
-      const text = (low, high = "") => (Number.isNaN(low) ? "missing" : `${fixed(low, this.decimals)}${high} ${this.unit}`);
+      const text = ({ decimals }, low, high = "") => (Number.isNaN(low) ? "missing" : `${fixed(low, decimals)}${high} ${this.unit}`);
       if (this.isInStretch(index)) {
         const values = this.curves.map((curve) => curve.values[index - this.first]);
-        return { place: this.placeOf(index), texts: values.map((value) => text(value)), values };
+        return { place: this.placeOf(index), texts: values.map((value, k) => text(this.curves[k], value)), values };
       }
       const band = this.bandAt(index);
-      const texts = this.curves.map(({ low, high }) => text(low[band], ` to ${fixed(high[band], this.decimals)}`));
+      const texts = this.curves.map((curve) => text(curve, curve.low[band], ` to ${fixed(curve.high[band], curve.decimals)}`));
       return { place: this.placeOf(index), texts, values: texts.map(() => NaN) };
     }
   }

@@ -294,7 +294,7 @@ Section eventSection(const std::optional<QualityResults>& quality, const Measure
     const auto cells = eventCells(*quality);
     const auto [factor, prefix] = metricPrefixFor(quality->settings.declaredVolts);
     const std::string caption = "Events; % of " + formatNumber(quality->settings.declaredVolts / factor, 5) + " " +
-                                prefix + "V, the voltage before them";
+                                prefix + "V, the voltage before them; transients: of its crest";
     const std::string events = cells.empty()
                                    ? paragraph("", "There are no events.")
                                    : element("div", R"(class="beside")", htmlTexts(caption, cells) + figures.events);
@@ -334,14 +334,9 @@ std::string htmlOf(const std::vector<Section>& sections) {
 
 }  // namespace
 
-Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
-                const PageTexts& texts, const LimitSet& limits, const std::string& pageName) {
+Report reportOf(const Recording& recording, FullMeasurement full, const FullResults& results, const PageTexts& texts,
+                const LimitSet& limits, const std::string& pageName) {
     const ResultDocument document = fullDocument(recording, full, results);
-    std::optional<QualityResults> quality;
-    if (const auto settings = qualitySettingsOf(recording, full)) {
-        quality = analyse(full.asRecorded().samples, *settings, KeepTraces::yes);
-    }
-    const Figures figures = figuresOf(recording, full, results, quality, limits);
     const auto summary = summaryOf(full, results);
     unsigned shownTopics = 0;
     for (const SummaryRow& row : summary) {
@@ -349,6 +344,12 @@ Report reportOf(const Recording& recording, const FullMeasurement& full, const F
     }
     const PageRemarks remarks =
         remarksOf(document, remarksOnOffsets(full, results.derived), full, shownTopics, recording);
+    full.appendRest();
+    std::optional<QualityResults> quality;
+    if (const auto settings = qualitySettingsOf(recording, full)) {
+        quality = analyse(full.asRecorded().samples, *settings, KeepTraces::yes);
+    }
+    const Figures figures = figuresOf(recording, full, results, quality, limits);
     const std::vector<Section> sections{summarySection(full, summary, remarks, figures),
                                         eventSection(quality, full.asRecorded(), figures),
                                         {"signals", "Waveforms", figures.waveforms},

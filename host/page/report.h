@@ -18,9 +18,9 @@ struct Report {
 
 /// The results of `rt305 measure` with waveforms, spectra and harmonics, as one HTML page that needs no other file. The
 /// same recording, settings, texts and limits give the same bytes. `results` include spectra and statistics. `pageName`
-/// is what the index links to.
-Report reportOf(const Recording& recording, const FullMeasurement& full, const FullResults& results,
-                const PageTexts& texts, const LimitSet& limits, const std::string& pageName);
+/// is what the index links to. Waveforms and events are those of all samples, also behind the last whole cycle.
+Report reportOf(const Recording& recording, FullMeasurement full, const FullResults& results, const PageTexts& texts,
+                const LimitSet& limits, const std::string& pageName);
 
 }  // namespace rt305
 

@@ -48,8 +48,9 @@ void QualityAnalyser::push(const SampleBlock& block) {
     }
     advance(false);
     double needed = static_cast<double>(tracker_.firstNeeded());
-    if (previous_) {
-        needed = std::min(needed, previous_->place - 3.0 * previous_->period - 4.0);
+    if (previous_ || !waiting_.empty()) {
+        const Mark& oldest = previous_ ? *previous_ : waiting_.front();
+        needed = std::min(needed, oldest.place - 3.0 * oldest.period - 4.0);
     }
     if (!begun_.empty()) {
         needed = std::min(needed, begun_.front().place - static_cast<double>(PointSampler::margin));
@@ -61,7 +62,8 @@ void QualityAnalyser::advance(bool isLast) {
     for (const Mark& mark : tracker_.advance(store_, isLast)) {
         waiting_.push_back(mark);
     }
-    while (!waiting_.empty() && (isLast || HalfCycleMeter::samplesNeeded(waiting_.front()) <= store_.end())) {
+    while (isLast ? !waiting_.empty()
+                  : waiting_.size() > 2 && HalfCycleMeter::samplesNeeded(waiting_.front()) <= store_.end()) {
         take(waiting_.front());
         waiting_.pop_front();
     }
@@ -73,7 +75,7 @@ void QualityAnalyser::take(const Mark& mark) {
         transients_.scan(*previous_, mark, store_, found);
         emit(found);
     }
-    const HalfCycle cycle = halfCycles_.measure(mark, store_);
+    const HalfCycle cycle = halfCycles_.measure(waiting_, store_);
     if (settings_.hasVoltages()) {
         detect(cycle);
     }
@@ -86,12 +88,14 @@ void QualityAnalyser::take(const Mark& mark) {
 }
 
 void QualityAnalyser::detect(const HalfCycle& cycle) {
-    bool isDisturbed = false;
     for (LevelDetector& level : levels_) {
         emit(level.push(cycle, references_));
-        isDisturbed = isDisturbed || level.isOpen();
     }
-    emit(changes_.push(cycle, isDisturbed));
+    emit(changes_.push(cycle, isDisturbed()));
+}
+
+bool QualityAnalyser::isDisturbed() const {
+    return std::any_of(levels_.begin(), levels_.end(), [](const LevelDetector& level) { return level.isOpen(); });
 }
 
 long QualityAnalyser::tickAt(double place, double length) const {
@@ -101,11 +105,12 @@ long QualityAnalyser::tickAt(double place, double length) const {
 void QualityAnalyser::countFrequency(const Mark& mark) {
     if (const long tick = tickAt(mark.place, tenSeconds); tick != frequency_.tick) {
         emitFrequency();
-        frequency_ = {tick, mark.place, mark.place, 0};
+        frequency_ = {tick, mark.place, mark.place, 0, isDisturbed()};
         return;
     }
     frequency_.last = mark.place;
     ++frequency_.halfCycles;
+    frequency_.isFlagged = frequency_.isFlagged || isDisturbed();
 }
 
 void QualityAnalyser::emitFrequency() {
@@ -113,7 +118,8 @@ void QualityAnalyser::emitFrequency() {
     if (frequency_.halfCycles < 2) {
         return;
     }
-    Interval interval{IntervalLength::tenSeconds, settings_.startSeconds + secondsAt(frequency_.first), length};
+    Interval interval{IntervalLength::tenSeconds, settings_.startSeconds + secondsAt(frequency_.first), length,
+                      frequency_.isFlagged};
     interval.isPartial = length < tenSeconds - 2.0 / settings_.nominalHz;
     interval.values = {0.5 * static_cast<double>(frequency_.halfCycles) / length};
     listener_.interval(interval);
@@ -137,10 +143,8 @@ void QualityAnalyser::advanceIntervals(const Mark& mark) {
     if ((hasEnded || isTick) && mark.place >= margin) {
         begun_.push_back({mark.place, 0, false});
     }
-    const bool isDisturbed =
-        std::any_of(levels_.begin(), levels_.end(), [](const LevelDetector& level) { return level.isOpen(); });
     for (Begun& begun : begun_) {
-        begun.isFlagged = begun.isFlagged || isDisturbed;
+        begun.isFlagged = begun.isFlagged || isDisturbed();
     }
 }
 

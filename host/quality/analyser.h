@@ -46,11 +46,13 @@ private:
         double first = 0.0;
         double last = 0.0;
         std::size_t halfCycles = 0;
+        bool isFlagged = false;
     };
 
     void advance(bool isLast);
     void take(const Mark& mark);
     void detect(const HalfCycle& cycle);
+    bool isDisturbed() const;
     void countFrequency(const Mark& mark);
     void emitFrequency();
     void advanceIntervals(const Mark& mark);

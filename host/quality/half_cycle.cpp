@@ -60,16 +60,10 @@ void HalfCycleMeter::measurePhase(std::size_t phase, const Mark& mark, const Sam
     }
 }
 
-void HalfCycleMeter::setFrequency(const Mark& mark, HalfCycle& result) {
-    marks_.push_back(mark);
-    result.frequencyHz = nan;
+void HalfCycleMeter::setFrequency(const std::deque<Mark>& marks, HalfCycle& result) {
+    const bool isMeasured = marks.size() > 2 && !marks[0].isHeld && !marks[1].isHeld && !marks[2].isHeld;
+    result.frequencyHz = isMeasured ? settings_.rateHz / (marks[2].place - marks[0].place) : nan;
     result.rocof = nan;
-    if (const std::size_t n = marks_.size(); n >= 3) {
-        if (!marks_[n - 1].isHeld && !marks_[n - 2].isHeld && !marks_[n - 3].isHeld) {
-            result.frequencyHz = settings_.rateHz / (marks_[n - 1].place - marks_[n - 3].place);
-        }
-        marks_.pop_front();
-    }
     frequencies_.push_back(result.frequencyHz);
     if (frequencies_.size() > 2) {
         result.rocof = (frequencies_[2] - frequencies_[0]) / result.cycleSeconds;
@@ -77,13 +71,14 @@ void HalfCycleMeter::setFrequency(const Mark& mark, HalfCycle& result) {
     }
 }
 
-HalfCycle HalfCycleMeter::measure(const Mark& mark, const SampleStore& store) {
+HalfCycle HalfCycleMeter::measure(const std::deque<Mark>& marks, const SampleStore& store) {
+    const Mark& mark = marks.front();
     HalfCycle result{.place = mark.place,
                      .period = mark.period,
                      .seconds = settings_.startSeconds + (mark.place + mark.period / 2.0) / settings_.rateHz,
                      .cycleSeconds = mark.period / settings_.rateHz};
     result.rms.fill(nan);
-    setFrequency(mark, result);
+    setFrequency(marks, result);
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         measurePhase(phase, mark, store, result);
     }

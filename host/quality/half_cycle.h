@@ -12,7 +12,7 @@ struct HalfCycle {
     double period = 0.0;          // in samples
     double seconds = 0.0;         // of the middle of the cycle
     double cycleSeconds = 0.0;    // one cycle
-    double frequencyHz = 0.0;     // by the crossings one cycle apart; NaN where they are not measured
+    double frequencyHz = 0.0;     // by the crossings at its two ends; NaN where they are not measured
     double rocof = 0.0;           // Hz/s, from the cycle before to this one; NaN likewise
     PerPhase<double> middles{};   // s, of each phase, whose cycle begins at its own crossing
     PerChannel<double> rms{};     // U_rms(1/2) and that of the currents; NaN without samples
@@ -29,16 +29,16 @@ public:
         return static_cast<std::size_t>(mark.place + 1.25 * mark.period) + 4;
     }
 
-    /// Call it once for each mark, in order. Beyond the end of the samples values are NaN.
-    HalfCycle measure(const Mark& mark, const SampleStore& store);
+    /// Measures the cycle of the first mark; its frequency needs the two marks behind it. Call it once for each mark,
+    /// in order. Beyond the end of the samples values are NaN.
+    HalfCycle measure(const std::deque<Mark>& marks, const SampleStore& store);
 
 private:
     void measurePhase(std::size_t phase, const Mark& mark, const SampleStore& store, HalfCycle& result);
-    void setFrequency(const Mark& mark, HalfCycle& result);
+    void setFrequency(const std::deque<Mark>& marks, HalfCycle& result);
 
     const QualitySettings& settings_;
     IntegralWeights integral_{};
-    std::deque<Mark> marks_{};          // of the last one and a half cycles
     std::deque<double> frequencies_{};  // at the marks before
 };
 

@@ -121,8 +121,13 @@ TEST(Tool, AnalysesPowerQuality) {
         {"generate --duration 2 --dropout Ua:10000:1000 -o dip.csv; rt305 quality --limits " + limits + " dip.csv",
          "dip 1.0000 0.1000 Ua 0.00 0.0; 9 intervals, 2 of them flagged; EN 50160 low voltage; plt 1 95 - 0 not "
          "measured; "
-         "frequency -1 1 99.5 100.00 1 frequency kept; needs 7 days; flicker needs more than 10 s"},
+         "frequency -1 1 99.5 - 0 all intervals are flagged; needs 7 days; what it has, 2 s; flicker needs "
+         "more than 10 s"},
         {"measure dip.csv", "There was an event: dip of Ua to 0.0 % for 0.100 s at 1.000 s. rt305 quality lists"},
+        {"generate --frequency 50.7 --duration 1.005 --dropout Ua:9650:400 -o end.csv; rt305 measure end.csv",
+         "There was an event: dip of Ua to 0.0 % for 0.0"},
+        {"generate --dropout Ua:0:10000 -o dead-a.csv; rt305 quality dead-a.csv",
+         "declared 230.00 V; voltages differ by more than 10 %: Ua 0 V, Ub 230 V; !swell"},
         {"rt305 quality --json-lines --interval 3s --dip 50 --declared 400V dip.csv",
          "\"event\":\"dip\"; \"percent\":0.0; !\"event\":\"swell\""},
         {"rt305 quality --csv --interval half-cycle dip.csv | head -2",

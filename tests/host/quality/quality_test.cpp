@@ -213,9 +213,8 @@ TEST(Quality, FollowsFrequency) {
         ASSERT_FALSE(result.tenSeconds.empty());
         EXPECT_NEAR(result.tenSeconds[0].values[0], c.hz + 5.0 * c.slope, c.slope == 0.0 ? 1e-4 : 0.01);
         for (const auto& cycle : result.cycles) {
-            const double begin = cycle.seconds - cycle.cycleSeconds / 2.0;  // the crossings are this and the one before
-            if (std::isfinite(cycle.rocof) && begin > 0.1 && begin < 10.2) {
-                ASSERT_NEAR(cycle.frequencyHz, c.hz + c.slope * (begin - cycle.cycleSeconds / 2.0), 0.01);
+            if (std::isfinite(cycle.rocof) && cycle.seconds > 0.1 && cycle.seconds < 10.2) {
+                ASSERT_NEAR(cycle.frequencyHz, c.hz + c.slope * cycle.seconds, 0.01);
                 ASSERT_NEAR(cycle.rocof, c.slope, 0.1);
             }
         }
@@ -307,6 +306,9 @@ TEST(Quality, JoinsIntervalsByTheClock) {
     EXPECT_NEAR(result.value("Ua", whole), volts * std::sqrt((1.02 * 1.02 + 0.98 * 0.98) / 2.0), 0.1);
     EXPECT_NEAR(static_cast<double>(result.flagged), 1.0, 1.0);
     EXPECT_EQ(result.tenSeconds.size(), 62U);
+    EXPECT_TRUE(std::ranges::all_of(result.tenSeconds, [](const auto& each) {
+        return each.isFlagged == (each.startSeconds < 300.1 && each.startSeconds + each.durationSeconds > 300.0);
+    }));
     EXPECT_EQ(std::count_if(result.intervals_.begin(), result.intervals_.end(),
                             [](const auto& each) {
                                 return each.length == rt305::IntervalLength::threeSeconds && !each.isPartial;
