@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/large_pages.h"
 #include "toolkit/level.h"
 #include "toolkit/peaks.h"
 #include "toolkit/ranges.h"
@@ -70,9 +69,7 @@ public:
         zoom_.load(x);
         // Levels need a second bin: bin 0 takes its value.
         const int computed = std::min(std::max(kept_, 2), zoom_.bins());
-        std::vector<double> result;
-        coder::reserveLargePages(result, static_cast<std::size_t>(computed));
-        result.resize(static_cast<std::size_t>(computed));
+        std::vector<double> result(static_cast<std::size_t>(computed));
         zoom_.magnitudes(computed, result.data());
         if (logarithmic_) {
             coder::toLevels(result, zoom_.largest(result));

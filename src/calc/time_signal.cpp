@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "toolkit/extremes.h"
-#include "toolkit/large_pages.h"
 #include "toolkit/sums.h"
 
 namespace calc_modul_K9_web_ns {
@@ -36,9 +35,7 @@ std::array<double, coder::table::rows> statisticsOf(samples x) {
 void measureTimeSignals(const ConditionedSet& set, const ChannelKind& kind, coder::b_table& record) {
     record.prefill(kind);
     for (std::size_t phase = 0; phase < coder::phases; ++phase) {
-        std::vector<double> signal;
-        coder::reserveLargePages(signal, set.length(phase));
-        signal.resize(set.length(phase));
+        std::vector<double> signal(set.length(phase));
         set.write(phase, signal.data());
         record.variables.statistics[phase].values = statisticsOf(signal);
         record.variables.signals[phase] = std::make_shared<const std::vector<double>>(std::move(signal));

@@ -11,7 +11,6 @@
 #include "adapter/nlohmann/json.h"
 #include "table/json_number.h"
 #include "table/mlab_table.h"
-#include "toolkit/large_pages.h"
 
 // One traversal makes the JSON form of a table. Its sink either builds a value or writes text.
 
@@ -334,7 +333,7 @@ json MatlabTable::toJson() const {
 
 std::string MatlabTable::toJsonText() const {
     std::string text;
-    coder::reserveLargePages(text, textRoom(*this));
+    text.reserve(textRoom(*this));
     TextSink sink(text);
     traverse(*this, Place::outermost, sink);
     sink.flush();

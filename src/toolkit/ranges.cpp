@@ -5,7 +5,6 @@
 #include <cmath>
 #include <new>
 
-#include "toolkit/large_pages.h"
 #include "toolkit/non_finite.h"
 
 namespace coder {
@@ -41,8 +40,6 @@ void eml_float_colon(double a, double d, double b, std::vector<double>& y, int m
     }
     const int last = steps.count < 0.0 ? -1 : static_cast<int>(steps.count);
     const int made = std::min(last + 1, most);
-    y.clear();
-    reserveLargePages(y, static_cast<std::size_t>(made));
     y.resize(static_cast<std::size_t>(made));
     const bool whole = a == std::floor(a) && d == std::floor(d);
     const int fromStart = whole ? made : std::min(last / 2 + 1, made);
