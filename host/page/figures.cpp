@@ -102,10 +102,10 @@ std::string phasorFigure(const FullMeasurement& full, const Fundamentals& fundam
 
 HarmonicChart chartOf(const FullMeasurement& full, const FullResults& results, std::size_t firstChannel,
                       const LimitSet& limits) {
-    const double orders = 0.5 * full.asRecorded().rateHz / full.frequencyHz;
+    const double orders = 0.5 * full.asRecorded().rateHz / full.frequencyHz;  // infinite without a fundamental
     HarmonicChart chart{
         .channels = {},
-        .orders = std::min(highestOrder, static_cast<std::size_t>(std::fmax(std::ceil(orders) - 1.0, 0.0)))};
+        .orders = static_cast<std::size_t>(std::clamp(std::ceil(orders) - 1.0, 0.0, double{highestOrder}))};
     for (std::size_t phase = 0; phase < phaseTotal; ++phase) {
         if (const auto& percents = results.plainHarmonics[firstChannel + phase]; !percents.empty()) {
             chart.channels.push_back({std::string(full.asRecorded().nameOf(firstChannel + phase)), phase, percents});
