@@ -43,6 +43,7 @@ struct ManifestLine {
     std::size_t windows = 0;  // lines of the result
     std::string error{};
 };
+
 /// The folder cannot be written to, so that the run should end.
 class FolderFailure : public Failure {
 public:

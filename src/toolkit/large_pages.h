@@ -7,8 +7,8 @@ namespace coder {
 
 /// Asks the system for large pages, where it has them, for a block that is written soon: one page fault then serves
 /// 2 MiB instead of 4 KiB. What is before the first boundary of 2 MiB and behind the last keeps small pages.
-/// For working memory, which several channels use: where a virtual machine returns free memory to its host, large pages
-/// are slow the first time, and a block that is written once, such as a text, takes longer than with small ones.
+/// Not for the texts and rows of results: on a virtual machine that returns free memory to its host, new large pages
+/// made them slower.
 void preferLargePages(void* block, std::size_t bytes);
 
 /// Reserves such a block for `total` elements of a text or vector.
